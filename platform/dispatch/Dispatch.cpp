@@ -1,0 +1,146 @@
+#include "platform/dispatch/Dispatch.h"
+
+#include <deque>
+#include <mutex>
+#include <stdexcept>
+#include <vector>
+
+class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
+ public:
+  enum class Kind { main, global, serial };
+
+  DispatchQueue(Kind kind, std::string label) : kind_(kind), label_(std::move(label)) {}
+
+  void async(dispatch_block_t block) {
+    switch (kind_) {
+      case Kind::main:
+        RunLoop::main().post(std::move(block));
+        break;
+      case Kind::global:
+        RunLoop::main().performWork(std::move(block));
+        break;
+      case Kind::serial:
+        enqueue(std::move(block));
+        break;
+    }
+  }
+
+ private:
+  void enqueue(dispatch_block_t block) {
+    {
+      std::lock_guard lock(mutex_);
+      blocks_.push_back(std::move(block));
+      if (draining_) return;
+      draining_ = true;
+    }
+    RunLoop::main().performWork([self = shared_from_this()] { self->drain(); });
+  }
+
+  // One block a turn, so that a busy queue leaves room for the others.
+  void drain() {
+    dispatch_block_t block;
+    {
+      std::lock_guard lock(mutex_);
+      block = std::move(blocks_.front());
+      blocks_.pop_front();
+    }
+    block();
+    block = nullptr;
+    {
+      std::lock_guard lock(mutex_);
+      if (blocks_.empty()) {
+        draining_ = false;
+        return;
+      }
+    }
+    RunLoop::main().performWork([self = shared_from_this()] { self->drain(); });
+  }
+
+  const Kind kind_;
+  const std::string label_;
+  std::mutex mutex_;
+  std::deque<dispatch_block_t> blocks_;
+  bool draining_ = false;
+};
+
+class DispatchGroup {
+ public:
+  void enter() {
+    std::lock_guard lock(mutex_);
+    ++count_;
+  }
+
+  void leave() {
+    std::vector<std::pair<dispatch_queue_t, dispatch_block_t>> due;
+    {
+      std::lock_guard lock(mutex_);
+      if (count_ == 0) throw std::logic_error("dispatch_group_leave without dispatch_group_enter");
+      if (--count_ == 0) due.swap(notifications_);
+    }
+    for (auto& [queue, block] : due) dispatch_async(queue, std::move(block));
+    RunLoop::main().notifyWaiters();
+  }
+
+  void wait() {
+    RunLoop::main().waitUntil([this] {
+      std::lock_guard lock(mutex_);
+      return count_ == 0;
+    });
+  }
+
+  void notify(const dispatch_queue_t& queue, dispatch_block_t block) {
+    {
+      std::lock_guard lock(mutex_);
+      if (count_ > 0) {
+        notifications_.emplace_back(queue, std::move(block));
+        return;
+      }
+    }
+    dispatch_async(queue, std::move(block));
+  }
+
+ private:
+  std::mutex mutex_;
+  std::size_t count_ = 0;
+  std::vector<std::pair<dispatch_queue_t, dispatch_block_t>> notifications_;
+};
+
+dispatch_queue_t dispatch_get_main_queue() {
+  static const auto queue = std::make_shared<DispatchQueue>(DispatchQueue::Kind::main, "main");
+  return queue;
+}
+
+dispatch_queue_t dispatch_get_global_queue() {
+  static const auto queue = std::make_shared<DispatchQueue>(DispatchQueue::Kind::global, "global");
+  return queue;
+}
+
+dispatch_queue_t dispatch_queue_create(std::string label) {
+  return std::make_shared<DispatchQueue>(DispatchQueue::Kind::serial, std::move(label));
+}
+
+void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block) { queue->async(std::move(block)); }
+
+void dispatch_after(RunLoop::Duration delay, const dispatch_queue_t& queue, dispatch_block_t block) {
+  RunLoop::main().schedule(delay, [queue, block = std::move(block)]() mutable { queue->async(std::move(block)); });
+}
+
+dispatch_group_t dispatch_group_create() { return std::make_shared<DispatchGroup>(); }
+
+void dispatch_group_enter(const dispatch_group_t& group) { group->enter(); }
+
+void dispatch_group_leave(const dispatch_group_t& group) { group->leave(); }
+
+void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block) {
+  group->enter();
+  queue->async([group, block = std::move(block)] {
+    block();
+    group->leave();
+  });
+}
+
+void dispatch_group_wait(const dispatch_group_t& group) { group->wait(); }
+
+void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block) {
+  group->notify(queue, std::move(block));
+}

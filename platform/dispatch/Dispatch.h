@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/Export.h"
+#include "platform/dispatch/RunLoop.h"
+
+// Queues and groups over the installed RunLoop. All functions may be called from any thread.
+//
+// Kept from the platform: blocks of a serial queue (the main queue is one) run one at a time in the order in which they
+// were handed over; blocks of the global queue run side by side; a group counts what was begun in it. Left out:
+// priorities, barriers, synchronous dispatch, targets.
+
+class DispatchQueue;
+class DispatchGroup;
+using dispatch_queue_t = std::shared_ptr<DispatchQueue>;
+using dispatch_group_t = std::shared_ptr<DispatchGroup>;
+using dispatch_block_t = std::function<void()>;
+
+// The queue of the run loop's thread.
+YMR_API dispatch_queue_t dispatch_get_main_queue();
+// The concurrent queue of default priority.
+YMR_API dispatch_queue_t dispatch_get_global_queue();
+// A new serial queue. It lives as long as somebody holds it or a block waits on it.
+YMR_API dispatch_queue_t dispatch_queue_create(std::string label);
+
+YMR_API void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block);
+// Hands `block` to `queue` when `delay` has passed.
+YMR_API void dispatch_after(RunLoop::Duration delay, const dispatch_queue_t& queue, dispatch_block_t block);
+
+YMR_API dispatch_group_t dispatch_group_create();
+YMR_API void dispatch_group_enter(const dispatch_group_t& group);
+// Throws std::logic_error when it was not entered.
+YMR_API void dispatch_group_leave(const dispatch_group_t& group);
+YMR_API void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block);
+// Returns when everything that entered has left; not for the main thread. In virtual form it runs the loop.
+YMR_API void dispatch_group_wait(const dispatch_group_t& group);
+// Hands `block` to `queue` when everything that entered has left; at once when nothing is inside.
+YMR_API void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block);

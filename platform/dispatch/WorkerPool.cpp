@@ -1,0 +1,42 @@
+#include "platform/dispatch/WorkerPool.h"
+
+namespace {
+thread_local bool onWorkerThread = false;
+}
+
+WorkerPool::~WorkerPool() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+    blocks_.clear();
+  }
+  wake_.notify_all();
+  for (auto& thread : threads_) thread.join();
+}
+
+void WorkerPool::run(std::function<void()> block) {
+  std::lock_guard lock(mutex_);
+  if (stopping_) return;
+  blocks_.push_back(std::move(block));
+  if (idle_ < blocks_.size() && threads_.size() < maximumThreads) threads_.emplace_back([this] { work(); });
+  wake_.notify_one();
+}
+
+bool WorkerPool::isWorkerThread() { return onWorkerThread; }
+
+void WorkerPool::work() {
+  onWorkerThread = true;
+  std::unique_lock lock(mutex_);
+  for (;;) {
+    ++idle_;
+    wake_.wait(lock, [this] { return stopping_ || !blocks_.empty(); });
+    --idle_;
+    if (stopping_) return;
+    auto block = std::move(blocks_.front());
+    blocks_.pop_front();
+    lock.unlock();
+    block();
+    block = nullptr;  // what the block owns goes before the lock is taken
+    lock.lock();
+  }
+}

@@ -1,0 +1,47 @@
+#include "platform/foundation/NSNotificationCenter.h"
+
+#include "platform/foundation/MainThread.h"
+#include "platform/foundation/NSObject.h"
+
+struct NSNotificationCenter::Registration {
+  const void* observer;
+  std::string name;
+  std::weak_ptr<NSObject> object;
+  bool anyObject;
+  Block block;
+  bool removed = false;
+};
+
+NSNotificationCenter::NSNotificationCenter() = default;
+NSNotificationCenter::~NSNotificationCenter() = default;
+
+NSNotificationCenter& NSNotificationCenter::defaultCenter() {
+  static NSNotificationCenter center;
+  return center;
+}
+
+void NSNotificationCenter::addObserver(const void* observer, std::string_view name,
+                                       const std::shared_ptr<NSObject>& object, Block block) {
+  YMR_ASSERT_MAIN_THREAD();
+  registrations_.push_back(std::make_shared<Registration>(
+      Registration{observer, std::string(name), object, object == nullptr, std::move(block)}));
+}
+
+void NSNotificationCenter::removeObserver(const void* observer) {
+  YMR_ASSERT_MAIN_THREAD();
+  std::erase_if(registrations_, [observer](const auto& registration) {
+    if (registration->observer != observer) return false;
+    registration->removed = true;
+    return true;
+  });
+}
+
+void NSNotificationCenter::postNotificationName(std::string_view name, const std::shared_ptr<NSObject>& object) {
+  YMR_ASSERT_MAIN_THREAD();
+  const NSNotification notification{std::string(name), object};
+  for (const auto snapshot = registrations_; const auto& registration : snapshot) {
+    if (registration->removed || registration->name != notification.name) continue;
+    if (!registration->anyObject && (!object || registration->object.lock() != object)) continue;
+    registration->block(notification);
+  }
+}

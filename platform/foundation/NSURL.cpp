@@ -1,0 +1,97 @@
+#include "platform/foundation/NSURL.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+using Handle = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
+
+Handle makeHandle() { return Handle(curl_url(), &curl_url_cleanup); }
+
+std::optional<std::string> part(CURLU* handle, CURLUPart which, unsigned flags = 0) {
+  char* text = nullptr;
+  if (curl_url_get(handle, which, &text, flags) != CURLUE_OK) return std::nullopt;
+  std::string result(text);
+  curl_free(text);
+  return result;
+}
+
+constexpr unsigned parseFlags = CURLU_NON_SUPPORT_SCHEME;
+
+bool hasControlOrSpace(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), [](unsigned char c) { return c <= 0x20 || c == 0x7f; });
+}
+
+}  // namespace
+
+std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
+  if (text.empty() || hasControlOrSpace(text)) return std::nullopt;
+  const Handle handle = makeHandle();
+  if (!handle || curl_url_set(handle.get(), CURLUPART_URL, std::string(text).c_str(), parseFlags) != CURLUE_OK) {
+    return std::nullopt;
+  }
+  NSURL url;
+  auto whole = part(handle.get(), CURLUPART_URL);
+  auto scheme = part(handle.get(), CURLUPART_SCHEME);
+  if (!whole || !scheme) return std::nullopt;
+  url.text_ = std::move(*whole);
+  url.scheme_ = std::move(*scheme);
+  std::transform(url.scheme_.begin(), url.scheme_.end(), url.scheme_.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  url.host_ = part(handle.get(), CURLUPART_HOST).value_or("");
+  if (url.host_.size() > 2 && url.host_.front() == '[') url.host_ = url.host_.substr(1, url.host_.size() - 2);
+  // A path whose escapes do not decode (an encoded NUL) stays as it was written.
+  url.path_ = part(handle.get(), CURLUPART_PATH, CURLU_URLDECODE).value_or(part(handle.get(), CURLUPART_PATH).value_or(""));
+  return url;
+}
+
+std::optional<NSURL> NSURL::URLWithString(std::string_view text, const NSURL& base) {
+  if (hasControlOrSpace(text)) return std::nullopt;
+  const Handle handle = makeHandle();
+  if (!handle || curl_url_set(handle.get(), CURLUPART_URL, base.text_.c_str(), parseFlags) != CURLUE_OK ||
+      curl_url_set(handle.get(), CURLUPART_URL, std::string(text).c_str(), parseFlags) != CURLUE_OK) {
+    return std::nullopt;
+  }
+  const auto whole = part(handle.get(), CURLUPART_URL);
+  return whole ? URLWithString(*whole) : std::nullopt;
+}
+
+NSURL NSURL::fileURLWithPath(std::string_view path) {
+  std::error_code error;
+  const std::filesystem::path given(path);
+  auto absolute = std::filesystem::absolute(given, error);
+  NSURL url;
+  url.scheme_ = "file";
+  url.path_ = (error || path.empty() ? std::filesystem::current_path(error) : absolute).lexically_normal().string();
+  url.text_ = "file://";
+  constexpr char digits[] = "0123456789ABCDEF";
+  for (const unsigned char c : url.path_) {
+    if (std::isalnum(c) || std::string_view("-._~/!$&'()*+,;=:@").find(static_cast<char>(c)) != std::string_view::npos) {
+      url.text_ += static_cast<char>(c);
+    } else {
+      url.text_ += {'%', digits[c >> 4], digits[c & 15]};
+    }
+  }
+  return url;
+}
+
+std::optional<NSURL> NSURL::URLFromUserInput(std::string_view text) {
+  if (text.find("://") != std::string_view::npos) return URLWithString(text);
+  if (text.empty()) return std::nullopt;
+  return fileURLWithPath(text);
+}
+
+std::string NSURL::pathExtension() const {
+  const auto slash = path_.rfind('/');
+  const auto dot = path_.rfind('.');
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash + 2)) return "";
+  std::string extension = path_.substr(dot + 1);
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension;
+}

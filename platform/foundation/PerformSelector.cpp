@@ -1,0 +1,48 @@
+#include "platform/foundation/PerformSelector.h"
+
+#include <list>
+#include <string>
+
+#include "platform/foundation/MainThread.h"
+
+namespace {
+
+struct Request {
+  const void* target;
+  std::string selector;
+  RunLoop::TimerToken token;
+};
+
+std::list<Request>& requests() {
+  static std::list<Request> list;
+  return list;
+}
+
+void cancelIf(const std::function<bool(const Request&)>& matches) {
+  YMR_ASSERT_MAIN_THREAD();
+  requests().remove_if([&](const Request& request) {
+    if (!matches(request)) return false;
+    if (RunLoop* loop = RunLoop::mainIfInstalled()) loop->cancel(request.token);
+    return true;
+  });
+}
+
+}  // namespace
+
+void performSelectorAfterDelay(const void* target, std::string_view selector, RunLoop::Duration delay,
+                               std::function<void()> block) {
+  YMR_ASSERT_MAIN_THREAD();
+  const auto request = requests().insert(requests().end(), {target, std::string(selector), 0});
+  request->token = RunLoop::main().schedule(delay, [request, block = std::move(block)] {
+    requests().erase(request);
+    block();
+  });
+}
+
+void cancelPreviousPerformRequestsWithTarget(const void* target) {
+  cancelIf([target](const Request& request) { return request.target == target; });
+}
+
+void cancelPreviousPerformRequestsWithTarget(const void* target, std::string_view selector) {
+  cancelIf([=](const Request& request) { return request.target == target && request.selector == selector; });
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Export.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/foundation/NSError.h"
+#include "platform/foundation/NSURL.h"
+
+// What is asked of a URL, and within which bounds. A file URL is read; http and https are fetched with GET.
+struct URLRequest {
+  NSURL url;
+  std::chrono::milliseconds silence{10'000};      // without a byte: NSURLErrorTimedOut
+  std::chrono::milliseconds whole{20'000};        // from the start of the transfer: NSURLErrorTimedOut
+  std::size_t maximumBytes = 16 * 1024 * 1024;    // of the body, decoded: NSURLErrorDataLengthExceedsMaximum
+  bool allowsFiles = false;                       // whether a file URL may be read at all
+};
+
+// What came back. `error` is set when there is no response, a transfer that broke off included; a status other than 200
+// is a response like any other. `status` is 200 for a file that was read.
+struct URLResponse {
+  long status = 0;
+  std::vector<std::byte> body;
+  std::optional<NSError> error;
+  std::chrono::milliseconds elapsed{0};
+};
+
+// The one way to fetch bytes: curl in the product, scripted in tests. Any thread.
+class YMR_API URLLoader {
+ public:
+  using Completion = std::function<void(URLResponse)>;
+
+  virtual ~URLLoader();
+  // Calls `completion` exactly once, on `queue`, never before load() has returned.
+  virtual void load(URLRequest request, const dispatch_queue_t& queue, Completion completion) = 0;
+
+  // The loader that everybody uses unless given another; curl's until a test sets one. Never null.
+  static std::shared_ptr<URLLoader> shared();
+  // nil puts curl's back.
+  static void setShared(std::shared_ptr<URLLoader> loader);
+};
