@@ -1,0 +1,116 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Export.h"
+#include "platform/avfoundation/engine/VideoFrame.h"
+#include "platform/coremedia/CMTime.h"
+#include "platform/foundation/NSError.h"
+#include "platform/foundation/NSURL.h"
+
+// How much an engine holds ready, and what it opens.
+enum class MediaPurpose {
+  programme,      // buffers at least 30 s ahead; any container that the machine decodes; files, http and https
+  advertisement,  // starts as soon as it can; only containers that an ad may have; http and https
+};
+
+// What an engine plays.
+struct MediaSource {
+  NSURL url;
+  MediaPurpose purpose = MediaPurpose::programme;
+};
+
+// One stream of the media.
+struct MediaTrack {
+  enum class Kind { video, audio, subtitle, closedCaption };
+  Kind kind = Kind::video;
+  std::string identifier;      // unique and stable within the media
+  std::string languageTag;     // extended language tag (BCP 47); empty when unknown
+  std::string title;           // for people; may be empty
+  double nominalFrameRate = 0; // frames a second of a video track; 0 when unknown
+  int width = 0;               // of a video track, in pixels as stored
+  int height = 0;
+};
+
+// The machine that decodes and plays one source: the seam between the platform's semantics (AVPlayer and its fellows,
+// above) and a media library (below). One engine, one source, one life: it is made, loaded, played and destroyed.
+//
+// Main thread, destruction included. Nothing here waits for the network or a decoder. Destruction is prompt, and final:
+// what the engine still had to say is never said.
+class YMR_API MediaEngine {
+ public:
+  // What an engine reports, always by a turn of the main queue of its own, in the order in which it happened, never from
+  // inside a call to the engine. After `failed` nothing more comes. Members may be empty.
+  struct Events {
+    // The first picture (or sound) is decoded and waits; tracks, duration and position are known. Once.
+    std::function<void()> ready;
+    // It can't be played, or no further. Data that is needed and does not come within the silence limit is one reason
+    // (AVErrorNoDataReceived).
+    std::function<void(NSError)> failed;
+    std::function<void()> durationChanged;
+    std::function<void()> tracksChanged;
+    // Any of bufferedRanges(), isBufferEmpty(), isLikelyToKeepUp() changed.
+    std::function<void()> bufferingChanged;
+    // The last picture and sound have been presented; the pipeline holds the last picture. Again after a seek back and
+    // another run to the end.
+    std::function<void()> ended;
+    // The text of the selected legible track that is due now, as plain text with line feeds; nil when there is none.
+    std::function<void(std::optional<std::string>)> captionChanged;
+  };
+
+  // True when the seek was carried out, false when a later seek or the end of the engine took its place. By a turn of
+  // the main queue, exactly once, unless the engine is destroyed first.
+  using SeekCompletion = std::function<void(bool finished)>;
+
+  virtual ~MediaEngine();
+
+  virtual void setEvents(Events events) = 0;
+  // Opens the source and decodes up to the first picture. Once; `ready` or `failed` follows.
+  virtual void load() = 0;
+
+  // Playing speed: 0 holds, 1 plays. Takes effect once ready. At the end it holds whatever the rate.
+  virtual void setRate(double rate) = 0;
+  // Goes to exactly `time` (clamped to the media; on a live stream to what can be reached) and shows the picture there.
+  // Seeks given before `ready` or during another seek are remembered; the last one wins.
+  virtual void seek(const CMTime& time, SeekCompletion completion) = 0;
+  // The media time of what is on screen. Moves smoothly while playing; during a seek it is the target. Zero until ready.
+  virtual CMTime position() const = 0;
+  // Invalid until known, indefinite for a live stream.
+  virtual CMTime duration() const = 0;
+  virtual bool isLive() const = 0;
+
+  // What can be played without waiting, in media time, ascending; the range that holds the position comes first.
+  virtual std::vector<CMTimeRange> bufferedRanges() const = 0;
+  // Playback needs data that is not there.
+  virtual bool isBufferEmpty() const = 0;
+  // Playback would go on without waiting. False until ready.
+  virtual bool isLikelyToKeepUp() const = 0;
+
+  // Empty until ready; video first, then audio, then legible tracks in the container's order.
+  virtual std::vector<MediaTrack> tracks() const = 0;
+  // Chooses the legible track by identifier; nil turns captions off (which is how an engine starts).
+  virtual void selectLegibleTrack(const std::optional<std::string>& identifier) = 0;
+
+  virtual void setMuted(bool muted) = 0;
+  // Where pictures go; nil for nowhere. The present picture is handed over again at once, so that a new sink is not black.
+  virtual void setFrameSink(std::shared_ptr<VideoFrameSink> sink) = 0;
+
+  // A new engine of the kind that the process uses.
+  static std::unique_ptr<MediaEngine> make(const MediaSource& source);
+  // What make() makes; nil puts the product's own engine back. For tests.
+  using Factory = std::function<std::unique_ptr<MediaEngine>(const MediaSource&)>;
+  static void setFactory(Factory factory);
+};
+
+// Bounds that a host may change before the first engine is made. Seconds.
+struct YMR_API MediaEngineSettings {
+  double silenceBeforeFirstFrame = 10;   // also all of an ad
+  double silenceOfProgramme = 60;        // of a programme that has begun
+  enum class Audio { automatic, none } audio = Audio::automatic;  // none: sound is decoded and thrown away in real time
+
+  static MediaEngineSettings& shared();
+};
