@@ -119,17 +119,25 @@ dispatch_queue_t dispatch_queue_create(std::string label) {
   return std::make_shared<DispatchQueue>(DispatchQueue::Kind::serial, std::move(label));
 }
 
-void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block) { queue->async(std::move(block)); }
+void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block) {
+  queue->async(std::move(block));
+}
 
 void dispatch_after(RunLoop::Duration delay, const dispatch_queue_t& queue, dispatch_block_t block) {
   RunLoop::main().schedule(delay, [queue, block = std::move(block)]() mutable { queue->async(std::move(block)); });
 }
 
-dispatch_group_t dispatch_group_create() { return std::make_shared<DispatchGroup>(); }
+dispatch_group_t dispatch_group_create() {
+  return std::make_shared<DispatchGroup>();
+}
 
-void dispatch_group_enter(const dispatch_group_t& group) { group->enter(); }
+void dispatch_group_enter(const dispatch_group_t& group) {
+  group->enter();
+}
 
-void dispatch_group_leave(const dispatch_group_t& group) { group->leave(); }
+void dispatch_group_leave(const dispatch_group_t& group) {
+  group->leave();
+}
 
 void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block) {
   group->enter();
@@ -139,7 +147,9 @@ void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t&
   });
 }
 
-void dispatch_group_wait(const dispatch_group_t& group) { group->wait(); }
+void dispatch_group_wait(const dispatch_group_t& group) {
+  group->wait();
+}
 
 void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block) {
   group->notify(queue, std::move(block));

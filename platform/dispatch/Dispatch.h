@@ -38,4 +38,5 @@ YMR_API void dispatch_group_async(const dispatch_group_t& group, const dispatch_
 // Returns when everything that entered has left; not for the main thread. In virtual form it runs the loop.
 YMR_API void dispatch_group_wait(const dispatch_group_t& group);
 // Hands `block` to `queue` when everything that entered has left; at once when nothing is inside.
-YMR_API void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block);
+YMR_API void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue,
+                                   dispatch_block_t block);

@@ -2,9 +2,27 @@
 
 #include <algorithm>
 
-PlainRunLoop::PlainRunLoop() { install(this); }
+PlainRunLoop::PlainRunLoop() {
+  install(this);
+}
 
-PlainRunLoop::~PlainRunLoop() { stopWork(); }
+PlainRunLoop::~PlainRunLoop() {
+  stopWork();
+  drop();
+  uninstall();
+}
+
+void PlainRunLoop::drop() {
+  decltype(posted_) posted;
+  decltype(timers_) timers;
+  do {  // what goes may post once more
+    posted.clear();
+    timers.clear();
+    std::lock_guard lock(mutex_);
+    posted.swap(posted_);
+    timers.swap(timers_);
+  } while (!posted.empty() || !timers.empty());
+}
 
 void PlainRunLoop::post(Block block) {
   {

@@ -2,10 +2,10 @@
 
 #include <condition_variable>
 #include <deque>
-#include <utility>
 #include <map>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "platform/dispatch/ThreadedRunLoop.h"
 
@@ -29,6 +29,8 @@ class YMR_API PlainRunLoop final : public ThreadedRunLoop {
   bool runUntil(const std::function<bool()>& done, Duration bound);
 
  private:
+  // Lets go of the blocks that wait, with what they own.
+  void drop();
   // Runs what is due; waits at most until `deadline` when nothing is. Returns false at the deadline.
   bool turn(std::optional<Duration> deadline);
 

@@ -30,6 +30,9 @@ class YMR_API RunLoop {
   static RunLoop& main();
   // The installed loop, or null.
   static RunLoop* mainIfInstalled();
+  // Calls `use` with the installed loop, which stays installed meanwhile, and returns true; returns false when there is
+  // none. For threads that may outlive the loop; `use` hands something over and does no more.
+  static bool whileInstalled(const std::function<void(RunLoop&)>& use);
   // Makes `loop` the process's loop; null uninstalls. Main thread.
   static void install(RunLoop* loop);
 
@@ -46,8 +49,12 @@ class YMR_API RunLoop {
   virtual void cancel(TimerToken token) = 0;
   // Runs `block` off the loop: on a thread of a pool, or, in virtual form, as a turn of its own with isCurrent() false.
   virtual void performWork(Block block) = 0;
-  // Returns when `done` does: blocks the calling thread, or, in virtual form, runs the loop. `done` is asked again after
-  // every notifyWaiters(), under the lock that waiting uses, so it must not call the loop.
+  // Returns when `done` does: blocks the calling thread, or, in virtual form, runs the loop. `done` is asked again
+  // after every notifyWaiters(), under the lock that waiting uses, so it must not call the loop.
   virtual void waitUntil(const std::function<bool()>& done) = 0;
   virtual void notifyWaiters() = 0;
+
+ protected:
+  // Ends being the installed loop, when it is. A subclass calls it in its destructor, while its members still stand.
+  void uninstall();
 };

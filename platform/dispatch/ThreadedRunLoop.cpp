@@ -1,20 +1,25 @@
 #include "platform/dispatch/ThreadedRunLoop.h"
 
-ThreadedRunLoop::ThreadedRunLoop()
-    : thread_(std::this_thread::get_id()), workers_(std::make_unique<WorkerPool>()) {}
+ThreadedRunLoop::ThreadedRunLoop() : thread_(std::this_thread::get_id()) {}
 
-ThreadedRunLoop::~ThreadedRunLoop() { stopWork(); }
+ThreadedRunLoop::~ThreadedRunLoop() {
+  stopWork();
+}
 
-void ThreadedRunLoop::stopWork() { workers_.reset(); }
+void ThreadedRunLoop::stopWork() {
+  workers_.stop();
+}
 
 RunLoop::Duration ThreadedRunLoop::now() const {
   return std::chrono::duration_cast<Duration>(std::chrono::steady_clock::now().time_since_epoch());
 }
 
-bool ThreadedRunLoop::isCurrent() const { return std::this_thread::get_id() == thread_; }
+bool ThreadedRunLoop::isCurrent() const {
+  return std::this_thread::get_id() == thread_;
+}
 
 void ThreadedRunLoop::performWork(Block block) {
-  if (workers_) workers_->run(std::move(block));
+  workers_.run(std::move(block));
 }
 
 void ThreadedRunLoop::waitUntil(const std::function<bool()>& done) {

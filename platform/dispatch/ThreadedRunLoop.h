@@ -1,7 +1,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -22,12 +21,12 @@ class YMR_API ThreadedRunLoop : public RunLoop {
   void notifyWaiters() override;
 
  protected:
-  // Ends the worker threads; a subclass whose members the blocks may still reach calls it first in its destructor.
+  // Ends the worker threads. A subclass whose members the blocks may still reach calls it first in its destructor.
   void stopWork();
 
  private:
   const std::thread::id thread_;
   std::mutex waitMutex_;
   std::condition_variable waiters_;
-  std::unique_ptr<WorkerPool> workers_;
+  WorkerPool workers_;
 };

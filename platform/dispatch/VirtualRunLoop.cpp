@@ -17,7 +17,21 @@ VirtualRunLoop::VirtualRunLoop() : now_(std::chrono::hours(1)) {
 }
 
 VirtualRunLoop::~VirtualRunLoop() {
+  drop();
+  uninstall();
   if (loopOfThread == this) loopOfThread = nullptr;
+}
+
+void VirtualRunLoop::drop() {
+  decltype(turns_) turns;
+  decltype(timers_) timers;
+  do {  // what goes may post once more
+    turns.clear();
+    timers.clear();
+    std::lock_guard lock(mutex_);
+    turns.swap(turns_);
+    timers.swap(timers_);
+  } while (!turns.empty() || !timers.empty());
 }
 
 RunLoop::Duration VirtualRunLoop::now() const {
@@ -25,7 +39,9 @@ RunLoop::Duration VirtualRunLoop::now() const {
   return now_;
 }
 
-bool VirtualRunLoop::isCurrent() const { return loopOfThread == this && !inWork_; }
+bool VirtualRunLoop::isCurrent() const {
+  return loopOfThread == this && !inWork_;
+}
 
 void VirtualRunLoop::post(Block block) {
   std::lock_guard lock(mutex_);

@@ -1,28 +1,37 @@
 #include "platform/dispatch/WorkerPool.h"
 
+#include "platform/dispatch/BlockedSignals.h"
+
 namespace {
 thread_local bool onWorkerThread = false;
 }
 
-WorkerPool::~WorkerPool() {
+void WorkerPool::stop() {
+  std::deque<std::function<void()>> dropped;  // what they own goes without the lock
   {
     std::lock_guard lock(mutex_);
     stopping_ = true;
-    blocks_.clear();
+    dropped.swap(blocks_);
   }
   wake_.notify_all();
   for (auto& thread : threads_) thread.join();
+  threads_.clear();
 }
 
 void WorkerPool::run(std::function<void()> block) {
   std::lock_guard lock(mutex_);
   if (stopping_) return;
   blocks_.push_back(std::move(block));
-  if (idle_ < blocks_.size() && threads_.size() < maximumThreads) threads_.emplace_back([this] { work(); });
+  if (idle_ < blocks_.size() && threads_.size() < maximumThreads) {
+    const BlockedSignals blocked;
+    threads_.emplace_back([this] { work(); });
+  }
   wake_.notify_one();
 }
 
-bool WorkerPool::isWorkerThread() { return onWorkerThread; }
+bool WorkerPool::isWorkerThread() {
+  return onWorkerThread;
+}
 
 void WorkerPool::work() {
   onWorkerThread = true;

@@ -10,14 +10,15 @@
 // Threads that run blocks for the work queues. A block may wait for others, so the pool grows while blocks are queued
 // and nobody is idle, up to a limit; threads stay until the pool is destroyed.
 //
-// Any thread may call run(). The destructor waits for running blocks and drops those not begun.
+// Any thread may call run(). stop() waits for running blocks and drops those not begun and those that still come.
 class WorkerPool {
  public:
   static constexpr std::size_t maximumThreads = 64;
 
   WorkerPool() = default;
-  ~WorkerPool();
+  ~WorkerPool() { stop(); }
   void run(std::function<void()> block);
+  void stop();
   // True on a thread of any pool.
   static bool isWorkerThread();
 

@@ -19,15 +19,17 @@ NSKeyValueObserver::~NSKeyValueObserver() = default;
 NSObject::NSObject() = default;
 NSObject::~NSObject() = default;
 
-std::any NSObject::valueForKey(std::string_view) const { return {}; }
+std::any NSObject::valueForKey(std::string_view) const {
+  return {};
+}
 
 void NSObject::addObserver(const std::shared_ptr<NSKeyValueObserver>& observer, std::string_view keyPath,
                            std::uint32_t options, void* context) {
   YMR_ASSERT_MAIN_THREAD();
   if (!observer) return;
   std::erase_if(registrations_, [](const auto& registration) { return registration->observer.expired(); });
-  registrations_.push_back(std::make_shared<Registration>(
-      Registration{observer, observer.get(), std::string(keyPath), options, context}));
+  registrations_.push_back(
+      std::make_shared<Registration>(Registration{observer, observer.get(), std::string(keyPath), options, context}));
   if (options & NSKeyValueObservingOptionInitial) {
     NSKeyValueChange change{{}, true};
     if (options & NSKeyValueObservingOptionNew) change.newValue = valueForKey(keyPath);

@@ -15,7 +15,9 @@ struct NSTimer::State {
 
 NSTimer::NSTimer(std::shared_ptr<State> state) : state_(std::move(state)) {}
 
-NSTimer::~NSTimer() { invalidate(); }
+NSTimer::~NSTimer() {
+  invalidate();
+}
 
 std::shared_ptr<NSTimer> NSTimer::scheduledTimerWithTimeInterval(RunLoop::Duration interval, bool repeats,
                                                                  std::function<void()> block) {
@@ -50,4 +52,6 @@ void NSTimer::invalidate() {
   state_->block = nullptr;
 }
 
-bool NSTimer::isValid() const { return state_->valid; }
+bool NSTimer::isValid() const {
+  return state_->valid;
+}

@@ -11,7 +11,9 @@ namespace {
 
 using Handle = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
-Handle makeHandle() { return Handle(curl_url(), &curl_url_cleanup); }
+Handle makeHandle() {
+  return Handle(curl_url(), &curl_url_cleanup);
+}
 
 std::optional<std::string> part(CURLU* handle, CURLUPart which, unsigned flags = 0) {
   char* text = nullptr;
@@ -46,7 +48,8 @@ std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
   url.host_ = part(handle.get(), CURLUPART_HOST).value_or("");
   if (url.host_.size() > 2 && url.host_.front() == '[') url.host_ = url.host_.substr(1, url.host_.size() - 2);
   // A path whose escapes do not decode (an encoded NUL) stays as it was written.
-  url.path_ = part(handle.get(), CURLUPART_PATH, CURLU_URLDECODE).value_or(part(handle.get(), CURLUPART_PATH).value_or(""));
+  url.path_ =
+      part(handle.get(), CURLUPART_PATH, CURLU_URLDECODE).value_or(part(handle.get(), CURLUPART_PATH).value_or(""));
   return url;
 }
 
@@ -71,7 +74,8 @@ NSURL NSURL::fileURLWithPath(std::string_view path) {
   url.text_ = "file://";
   constexpr char digits[] = "0123456789ABCDEF";
   for (const unsigned char c : url.path_) {
-    if (std::isalnum(c) || std::string_view("-._~/!$&'()*+,;=:@").find(static_cast<char>(c)) != std::string_view::npos) {
+    if (std::isalnum(c) ||
+        std::string_view("-._~/!$&'()*+,;=:@").find(static_cast<char>(c)) != std::string_view::npos) {
       url.text_ += static_cast<char>(c);
     } else {
       url.text_ += {'%', digits[c >> 4], digits[c & 15]};

@@ -1,0 +1,132 @@
+#include "platform/foundation/CurlTransfers.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <vector>
+
+#include "platform/dispatch/BlockedSignals.h"
+#include "platform/foundation/CurlTransfer.h"
+
+namespace {
+
+// How often a running transfer is looked at although nothing came: the grain of the silence limit.
+constexpr int lookMilliseconds = 100;
+constexpr int idleMilliseconds = 60 * 60 * 1000;
+constexpr long keptConnections = 16;
+
+}  // namespace
+
+// The easy handles in flight and what drives them.
+class CurlTransfers::Multi {
+ public:
+  Multi() : multi_((curl_global_init(CURL_GLOBAL_DEFAULT), curl_multi_init()), &curl_multi_cleanup) {
+    if (!multi_) throw std::bad_alloc();
+    curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, keptConnections);
+  }
+
+  ~Multi() {
+    for (const auto& transfer : active_) curl_multi_remove_handle(multi_.get(), transfer->handle());
+  }
+
+  void wakeUp() { curl_multi_wakeup(multi_.get()); }
+
+  void add(std::unique_ptr<CurlTransfer> transfer) {
+    if (!transfer->handle() || curl_multi_add_handle(multi_.get(), transfer->handle()) != CURLM_OK) {
+      failed_.push_back(std::move(transfer));
+    } else {
+      active_.push_back(std::move(transfer));
+    }
+  }
+
+  // Moves everything on and returns what ended, after waiting for something to do.
+  std::vector<std::pair<std::unique_ptr<CurlTransfer>, CURLcode>> turn() {
+    std::vector<std::pair<std::unique_ptr<CurlTransfer>, CURLcode>> ended;
+    for (auto& transfer : failed_) ended.emplace_back(std::move(transfer), CURLE_OUT_OF_MEMORY);
+    failed_.clear();
+    int running = 0;
+    curl_multi_perform(multi_.get(), &running);
+    int left = 0;
+    while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
+      if (message->msg != CURLMSG_DONE) continue;
+      const CURLcode code = message->data.result;
+      ended.emplace_back(take(message->easy_handle), code);
+    }
+    if (ended.empty()) {
+      curl_multi_poll(multi_.get(), nullptr, 0, active_.empty() ? idleMilliseconds : lookMilliseconds, nullptr);
+    }
+    return ended;
+  }
+
+  std::vector<std::unique_ptr<CurlTransfer>> takeAll() {
+    for (const auto& transfer : active_) curl_multi_remove_handle(multi_.get(), transfer->handle());
+    return std::move(active_);
+  }
+
+ private:
+  std::unique_ptr<CurlTransfer> take(CURL* easy) {
+    curl_multi_remove_handle(multi_.get(), easy);
+    const auto found = std::find_if(active_.begin(), active_.end(),
+                                    [easy](const auto& transfer) { return transfer->handle() == easy; });
+    auto transfer = std::move(*found);
+    active_.erase(found);
+    return transfer;
+  }
+
+  std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi_;
+  std::vector<std::unique_ptr<CurlTransfer>> active_;
+  std::vector<std::unique_ptr<CurlTransfer>> failed_;
+};
+
+CurlTransfers::CurlTransfers(HostLimits limits) : multi_(std::make_unique<Multi>()), lanes_(limits) {}
+
+CurlTransfers::~CurlTransfers() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  multi_->wakeUp();
+  if (thread_.joinable()) thread_.join();
+}
+
+bool CurlTransfers::start(URLRequest request, Done done) {
+  {
+    std::lock_guard lock(mutex_);
+    const std::string host = request.url.host();
+    if (!lanes_.push(host, {std::move(request), std::move(done)})) return false;
+    if (!thread_.joinable()) {
+      const BlockedSignals blocked;
+      thread_ = std::thread([this] { run(); });
+    }
+  }
+  multi_->wakeUp();
+  return true;
+}
+
+bool CurlTransfers::drain(std::chrono::milliseconds bound) {
+  std::unique_lock lock(mutex_);
+  return idle_.wait_for(lock, bound, [this] { return lanes_.empty(); });
+}
+
+void CurlTransfers::run() {
+  std::unique_lock lock(mutex_);
+  while (!stopping_) {
+    while (auto waiting = lanes_.pop()) {
+      multi_->add(std::make_unique<CurlTransfer>(std::move(waiting->request), std::move(waiting->done)));
+    }
+    lock.unlock();
+    const auto ended = multi_->turn();
+    for (const auto& [transfer, code] : ended) transfer->finish(code);
+    lock.lock();
+    for (const auto& [transfer, code] : ended) lanes_.finished(transfer->url().host());
+    if (lanes_.empty()) idle_.notify_all();
+  }
+  lock.unlock();  // the destructor waits for this thread, and nobody else calls any more
+  for (const auto& transfer : multi_->takeAll()) {
+    transfer->cancel();
+    lanes_.finished(transfer->url().host());
+  }
+  while (auto waiting = lanes_.pop()) {
+    lanes_.finished(waiting->request.url.host());
+    CurlTransfer(std::move(waiting->request), std::move(waiting->done)).cancel();
+  }
+}

@@ -1,0 +1,74 @@
+#include "platform/foundation/CurlURLLoader.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+// More fetches at once than any break makes; a later one waits for a place.
+constexpr HostLimits limits{.atOnce = 64, .perHost = 16, .waiting = 10'000};
+
+URLResponse failed(int code, std::string message) {
+  URLResponse response;
+  response.error = NSError{NSURLErrorDomain, code, std::move(message)};
+  return response;
+}
+
+URLResponse readFile(const URLRequest& request) {
+  const std::string& path = request.url.path();
+  std::error_code error;
+  // Only a regular file: a pipe would never end.
+  if (!std::filesystem::is_regular_file(path, error)) {
+    return failed(NSURLErrorFileDoesNotExist, path + ": there is no such file.");
+  }
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return failed(NSURLErrorNoPermissionsToReadFile, path + ": " + std::strerror(errno));
+  URLResponse response;
+  char block[64 * 1024];
+  while (file.read(block, sizeof block), file.gcount() > 0) {
+    const auto count = static_cast<std::size_t>(file.gcount());
+    if (count > request.maximumBytes - response.body.size()) {
+      return failed(NSURLErrorDataLengthExceedsMaximum,
+                    path + ": longer than " + std::to_string(request.maximumBytes) + " bytes.");
+    }
+    const auto* bytes = reinterpret_cast<const std::byte*>(block);
+    response.body.insert(response.body.end(), bytes, bytes + count);
+  }
+  if (file.bad()) return failed(NSURLErrorResourceUnavailable, path + ": " + std::strerror(errno));
+  response.status = 200;
+  return response;
+}
+
+// The transfers' thread may outlive the run loop; then nobody waits any more.
+void complete(const dispatch_queue_t& queue, URLLoader::Completion completion, URLResponse response) {
+  RunLoop::whileInstalled([&](RunLoop&) {
+    dispatch_async(queue, [completion = std::move(completion), response = std::move(response)]() mutable {
+      completion(std::move(response));
+    });
+  });
+}
+
+}  // namespace
+
+CurlURLLoader::CurlURLLoader() : transfers_(limits) {}
+CurlURLLoader::~CurlURLLoader() = default;
+
+void CurlURLLoader::load(URLRequest request, const dispatch_queue_t& queue, Completion completion) {
+  if (request.url.isHTTP()) {
+    // Moved on to the queue, so that what it owns goes there and not on the transfers' thread.
+    const auto owned = std::make_shared<Completion>(std::move(completion));
+    const bool queued = transfers_.start(std::move(request), [queue, owned](URLResponse response) {
+      complete(queue, std::move(*owned), std::move(response));
+    });
+    if (!queued) complete(queue, std::move(*owned), failed(NSURLErrorResourceUnavailable, "Too many requests wait."));
+  } else if (request.url.isFileURL() && request.allowsFiles) {
+    RunLoop::main().performWork([request = std::move(request), queue, completion = std::move(completion)]() mutable {
+      complete(queue, std::move(completion), readFile(request));
+    });
+  } else {
+    complete(queue, std::move(completion),
+             failed(NSURLErrorUnsupportedURL, request.url.scheme() + ": this kind of URL is not opened here."));
+  }
+}

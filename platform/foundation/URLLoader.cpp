@@ -1,0 +1,26 @@
+#include "platform/foundation/URLLoader.h"
+
+#include <mutex>
+
+#include "platform/foundation/CurlURLLoader.h"
+
+namespace {
+
+std::mutex mutex;
+std::shared_ptr<URLLoader> given;
+
+}  // namespace
+
+URLLoader::~URLLoader() = default;
+
+std::shared_ptr<URLLoader> URLLoader::shared() {
+  std::lock_guard lock(mutex);
+  if (given) return given;
+  static const std::shared_ptr<URLLoader> curl = std::make_shared<CurlURLLoader>();
+  return curl;
+}
+
+void URLLoader::setShared(std::shared_ptr<URLLoader> loader) {
+  std::lock_guard lock(mutex);
+  given.swap(loader);
+}

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+// A web server on a free port of 127.0.0.1, for tests against real connections: a thread for each, kept alive between
+// requests, with ranges, HEAD and the faults that real servers have. Any thread may call it; all threads end with it.
+class HTTPServer {
+ public:
+  struct Request {
+    std::string method;
+    std::string target;  // path and query, as sent
+    std::string path;
+    std::map<std::string, std::string> headers;  // names in lower case
+    int connection = 0;                          // the server's number for it, from 1
+    std::chrono::steady_clock::time_point at;
+  };
+
+  struct Reply {
+    int status = 200;
+    std::string body;
+    std::string type = "text/plain";
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::string file;  // served in place of `body`, whole or the range asked for
+
+    // Faults. A pause is before each byte from then on.
+    bool silent = false;                // the request is read, nothing is ever sent
+    std::chrono::milliseconds wait{0};  // before the first byte of the head
+    std::chrono::milliseconds headPause{0};
+    std::chrono::milliseconds bodyPause{0};
+    std::optional<std::size_t> cutAfter;    // bytes of the body; then the connection is closed
+    std::optional<std::size_t> stallAfter;  // bytes of the body; then silence
+    bool endless = false;                   // `body` again and again, without a length
+  };
+  using Handler = std::function<Reply(const Request&)>;
+
+  HTTPServer();
+  HTTPServer(const HTTPServer&) = delete;
+  HTTPServer& operator=(const HTTPServer&) = delete;
+  ~HTTPServer();
+
+  // What a path gives from now on, whatever its query. Others give 404.
+  void on(const std::string& path, Handler handler);
+  void on(const std::string& path, Reply reply);
+  void on(const std::string& path, std::string body, std::string type = "text/plain");
+  void onFile(const std::string& path, std::string file, std::string type);
+  void onRedirect(const std::string& path, std::string location, int status = 302);
+  // For every path that has nothing of its own.
+  void onOthers(Handler handler);
+
+  std::string url(const std::string& target) const;
+  int port() const { return port_; }
+  // Requests so far, in the order in which their heads were read; of one path when given.
+  std::vector<Request> log() const;
+  std::size_t count(const std::string& path) const;
+  // Connections accepted so far.
+  int connections() const;
+  // Waits for at least that many requests; false when they have not come within the bound.
+  bool waitForRequests(std::size_t count, std::chrono::milliseconds bound) const;
+
+  // The machine goes away: open connections are cut, new ones refused. Cannot be undone.
+  void stop();
+
+  // A URL whose port refuses connections.
+  static std::string refusingURL();
+
+ private:
+  void accept();
+  void serve(int socket, int number);
+  std::optional<Request> read(int socket, std::string& buffered) const;
+  bool answer(int socket, const Request& request, const Reply& reply);
+  bool sendAll(int socket, std::string_view bytes, std::chrono::milliseconds pause);
+  // False when the server stopped meanwhile.
+  bool pause(std::chrono::milliseconds duration);
+
+  int port_ = 0;
+  const int listener_;
+  mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;
+  std::map<std::string, Handler> handlers_;
+  Handler others_;
+  std::vector<Request> log_;
+  std::map<int, int> sockets_;  // of open connections, by number
+  int connections_ = 0;
+  bool stopping_ = false;
+  std::vector<std::thread> threads_;
+  std::thread acceptor_;
+};
