@@ -1,0 +1,172 @@
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QQuickItem>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "platform/Export.h"
+#include "platform/uikit/CALayer.h"
+#include "platform/uikit/NSLayoutConstraint.h"
+#include "platform/uikit/UIGestureRecognizer.h"
+#include "platform/uikit/UIPress.h"
+#include "platform/uikit/values/CGGeometry.h"
+#include "platform/uikit/values/UIColor.h"
+
+class QPainter;
+class UIViewController;
+
+// A rectangle of the screen: an item of Qt Quick's with the platform's manners. Main thread.
+//
+// Always held by shared_ptr: by its superview, and by whoever made it. It has no parent in the sense of QObject; adding
+// a view sets the visual parent only. Views that an interface file makes are taken over by their superviews when the
+// file has been read. The first view installs a QtRunLoop when the process has no run loop.
+//
+// Kept from the platform: the tree, frames, constraints, layout before the next picture, content drawn once and kept,
+// gesture recognisers and presses. Left out: autoresizing masks, transforms, tint, touches; move and fade a view with
+// Qt's animations of x, y and opacity, which go by the run loop's time.
+class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UIView> {
+  Q_OBJECT
+  Q_PROPERTY(QColor backgroundColor READ qmlBackgroundColor WRITE setQmlBackgroundColor)
+  Q_PROPERTY(bool hidden READ isHidden WRITE setHidden)
+
+ public:
+  // An empty frame. `parent` is for interface files.
+  explicit UIView(QQuickItem* parent = nullptr);
+  explicit UIView(const CGRect& frame);
+  ~UIView() override;
+
+  // A view that `item` fills from now on. The item stays its owner's: it may go at any time, which leaves the view
+  // empty, and it is let go of, without a visual parent, when the view goes. The same view for an item that is one.
+  static std::shared_ptr<UIView> wrap(QQuickItem* item);
+
+  // Position in the superview (in the window's content when there is none) and size.
+  CGRect frame() const;
+  void setFrame(const CGRect& frame);
+  // The same size at 0, 0.
+  CGRect bounds() const;
+  // `rect` of this view's coordinates in those of `other`; of the window's when nil.
+  CGRect convertRectToView(const CGRect& rect, const std::shared_ptr<UIView>& other) const;
+
+  // A hidden view is neither drawn nor offered presses, nor is what it holds; its constraints count all the same.
+  bool isHidden() const { return hidden_; }
+  void setHidden(bool hidden);
+  bool clipsToBounds() const { return clip(); }
+  void setClipsToBounds(bool clips) { setClip(clips); }
+  // Opacity of the view and all that it holds, 0 to 1.
+  double alpha() const { return opacity(); }
+  void setAlpha(double alpha) { setOpacity(alpha); }
+  // Clear, as it starts: no background.
+  const UIColor& backgroundColor() const { return backgroundColor_; }
+  void setBackgroundColor(const UIColor& color);
+
+  // On top of the others. A view has one superview: it is taken out of the one before. A view that holds this one, or
+  // nil, is ignored.
+  void addSubview(const std::shared_ptr<UIView>& view);
+  // At `index` from the bottom; beyond the end on top.
+  void insertSubview(const std::shared_ptr<UIView>& view, std::size_t index);
+  // Also removes the constraints that outer views hold on it or on what it holds. Nothing when it has no superview.
+  void removeFromSuperview();
+  void bringSubviewToFront(const std::shared_ptr<UIView>& view);
+  void sendSubviewToBack(const std::shared_ptr<UIView>& view);
+  std::shared_ptr<UIView> superview() const;
+  // From the bottom to the top.
+  const std::vector<std::shared_ptr<UIView>>& subviews() const { return subviews_; }
+  // True for the view itself and for what it is inside of.
+  bool isDescendantOfView(const std::shared_ptr<UIView>& view) const;
+
+  const std::shared_ptr<CALayer>& layer();
+
+  const std::vector<std::shared_ptr<UIGestureRecognizer>>& gestureRecognizers() const { return recognizers_; }
+  void setGestureRecognizers(std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers);
+  void addGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
+  void removeGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
+
+  // Presses go to the first responder of the window. True when the view is in a window and not hidden.
+  bool becomeFirstResponder();
+  bool isFirstResponder() const;
+
+  // True, as it starts: the frame is what setFrame says. False: the frame comes from constraints alone; what they leave
+  // open is the intrinsic size, and a position of 0, 0.
+  bool translatesAutoresizingMaskIntoConstraints() const { return keepsFrame_; }
+  void setTranslatesAutoresizingMaskIntoConstraints(bool translates);
+  // What was added to this view, in that order.
+  const std::vector<std::shared_ptr<NSLayoutConstraint>>& constraints() const { return constraints_; }
+  // Takes it out of the view that held it before. Nothing when this view holds it already.
+  void addConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint);
+  void addConstraints(const std::vector<std::shared_ptr<NSLayoutConstraint>>& constraints);
+  void removeConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint);
+
+  // Lays the tree out before the next picture: constraints, then layoutSubviews().
+  void setNeedsLayout();
+  // Does it now, when there is something to do.
+  void layoutIfNeeded();
+  // Below 0: the view has no size of its own in that direction.
+  static constexpr double noIntrinsicMetric = -1;
+  // The size that the content asks for; nothing by default.
+  virtual CGSize intrinsicContentSize() const;
+  // What the content asks for when the width is given.
+  virtual double intrinsicHeightForWidth(double width) const;
+  // The content's size has changed.
+  void invalidateIntrinsicContentSize();
+
+  // Draws the content anew before the next picture. Only for views that draw.
+  void setNeedsDisplay();
+
+  // What a superclass of a view does when a button goes down (or repeats) or comes up: nothing. True ends its way.
+  virtual bool pressesBegan(const UIPress& press);
+  virtual bool pressesEnded(const UIPress& press);
+
+  // Whose view this is; null for one inside.
+  UIViewController* viewController() const { return viewController_; }
+
+  QColor qmlBackgroundColor() const;
+  void setQmlBackgroundColor(const QColor& color);
+
+ protected:
+  // Whether drawRect() is called. A view that draws costs a texture of its size.
+  void setDrawsContent(bool draws);
+  // Draws the content. Called before the next picture when the size, the screen's density or, after setNeedsDisplay(),
+  // the content has changed; what it draws is kept in a texture. `rect` is bounds(). The painter draws in points, with
+  // antialiasing, on nothing.
+  virtual void drawRect(QPainter& painter, const CGRect& rect);
+  // The size has changed, or setNeedsLayout() was called: the place to set frames of subviews. Constraints hold
+  // already.
+  virtual void layoutSubviews();
+
+  void componentComplete() override;
+  void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+  void itemChange(ItemChange change, const ItemChangeData& data) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void keyReleaseEvent(QKeyEvent* event) override;
+  void updatePolish() override;
+  QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
+
+ private:
+  friend class UIViewController;
+  friend class UIPressDelivery;
+  friend class LayoutPass;
+
+  void adoptQmlChildren();
+  UIView& root();
+  void detach();
+  void setNeedsSolving();
+  void draw();
+
+  bool hidden_ = false;
+  bool keepsFrame_ = true;
+  bool drawsContent_ = false;
+  bool needsDisplay_ = false;
+  bool needsLayout_ = true;
+  bool needsSolving_ = false;  // of a root: its tree's constraints
+  bool inLayout_ = false;      // of a root
+  UIColor backgroundColor_;
+  QImage content_;  // drawn, and not handed to the scene graph yet
+  std::vector<std::shared_ptr<UIView>> subviews_;
+  std::vector<std::shared_ptr<NSLayoutConstraint>> constraints_;
+  std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;
+  std::shared_ptr<CALayer> layer_;
+  UIViewController* viewController_ = nullptr;
+};
