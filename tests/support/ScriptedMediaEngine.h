@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/avfoundation/engine/MediaEngine.h"
@@ -71,7 +72,9 @@ struct MediaScript {
 
 // What was asked of an engine, and what it did. Readable after the engine is gone.
 struct MediaEngineLog {
-  MediaSource source;
+  explicit MediaEngineLog(MediaSource of) : source(std::move(of)) {}
+
+  const MediaSource source;
   int loads = 0;
   std::vector<double> seeks;  // targets as given, superseded ones included
   int flushes = 0;            // seeks that were carried out
@@ -121,8 +124,8 @@ class ScriptedMediaEngine final : public MediaEngine {
   CMTime duration() const override;
   bool isLive() const override { return script_.live; }
   std::vector<CMTimeRange> bufferedRanges() const override;
-  bool isBufferEmpty() const override { return stalled_ || buffering_.empty; }
-  bool isLikelyToKeepUp() const override { return ready_ && !stalled_ && buffering_.likelyToKeepUp; }
+  bool isBufferEmpty() const override { return stalled_ || saysEmpty_; }
+  bool isLikelyToKeepUp() const override { return ready_ && !stalled_ && saysLikelyToKeepUp_; }
   std::vector<MediaTrack> tracks() const override;
   void selectLegibleTrack(const std::optional<std::string>& identifier) override;
   void setMuted(bool muted) override { log_->muted = muted; }
@@ -130,26 +133,36 @@ class ScriptedMediaEngine final : public MediaEngine {
 
  private:
   using Nanoseconds = std::chrono::nanoseconds;
+  using Action = void (ScriptedMediaEngine::*)();
   struct Seek {
     Nanoseconds target;
     SeekCompletion completion;
   };
+  friend class ScriptedMedia;
 
   // Posts `report` as a turn of its own; dropped when the engine has failed or gone by then.
-  void report(std::function<void(ScriptedMediaEngine&)> report);
-  void schedule(RunLoop::TimerToken& timer, Nanoseconds delay, void (ScriptedMediaEngine::*action)());
+  void report(std::function<void()> report);
+  void schedule(RunLoop::TimerToken& timer, Nanoseconds delay, Action action);
+  static void cancel(RunLoop::TimerToken& timer);
+
   bool moves() const;
-  Nanoseconds here() const;
   Nanoseconds end() const;
+  // Where playing has come to, whatever a seek under way will do.
+  Nanoseconds played() const;
   // Fixes the position at this moment, does `change`, and plans what comes next on the new course.
   void change(const std::function<void()>& change);
   void plan();
-  void reachMilestone();
-  void carryOutSeek();
-  void startSilence();
-  void silenceIsOver();
+  void planSilence();
   void updateCaption();
   void present();
+
+  // What the plan brings.
+  void reachFailure();
+  void reachStall();
+  void reachCaption();
+  void reachEnd();
+  void carryOutSeek();
+  void giveUpWaiting();
 
   ScriptedMedia* media_;
   MediaScript script_;
@@ -158,20 +171,20 @@ class ScriptedMediaEngine final : public MediaEngine {
   Events events_;
   std::shared_ptr<VideoFrameSink> sink_;
 
+  bool loading_ = false;
   bool ready_ = false;
+  bool failing_ = false;  // nothing moves any more; the report is on its way
   bool failed_ = false;
   bool stalled_ = false;
   bool ended_ = false;
+  bool saysEmpty_ = false;
+  bool saysLikelyToKeepUp_ = true;
   double rate_ = 0;
-  struct {
-    bool empty = false;
-    bool likelyToKeepUp = true;
-  } buffering_;
   std::optional<Seek> seek_;
   std::optional<std::string> caption_;
   Nanoseconds anchorPosition_{0};
   Nanoseconds anchorTime_;
-  RunLoop::TimerToken loadTimer_ = 0, milestoneTimer_ = 0, seekTimer_ = 0, silenceTimer_ = 0, stallTimer_ = 0;
+  RunLoop::TimerToken loadTimer_ = 0, planTimer_ = 0, seekTimer_ = 0, silenceTimer_ = 0, stallTimer_ = 0;
 };
 
 // Installs scripted engines as what MediaEngine::make() makes, while it lives. One at a time; a VirtualRunLoop (or a
