@@ -1,0 +1,38 @@
+#include "platform/avkit/SeekBurst.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr double kShortestStep = 10;
+constexpr double kStepsAcross = 20;
+
+struct Gear {
+  int untilStep;
+  double seconds;
+};
+constexpr std::array<Gear, 3> kGears{{{3, kShortestStep}, {8, 30}, {15, 60}}};
+constexpr double kTopGear = 120;
+
+}  // namespace
+
+SeekBurst::SeekBurst(double position, double lower, double upper)
+    : lower_(lower), upper_(std::max(lower, upper)), target_(std::clamp(position, lower_, upper_)) {}
+
+void SeekBurst::step(Direction direction) {
+  stepsInDirection_ = direction == direction_ ? stepsInDirection_ + 1 : 1;
+  direction_ = direction;
+  target_ = std::clamp(target_ + static_cast<int>(direction) * stepLength(), lower_, upper_);
+}
+
+bool SeekBurst::isAtEnd(Direction direction) const {
+  return direction == Direction::forward ? target_ >= upper_ : target_ <= lower_;
+}
+
+double SeekBurst::stepLength() const {
+  const auto gear = std::find_if(kGears.begin(), kGears.end(),
+                                 [this](const Gear& candidate) { return stepsInDirection_ <= candidate.untilStep; });
+  const double seconds = gear == kGears.end() ? kTopGear : gear->seconds;
+  return std::clamp(seconds, kShortestStep, std::max(kShortestStep, (upper_ - lower_) / kStepsAcross));
+}
