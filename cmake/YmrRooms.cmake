@@ -21,6 +21,8 @@ function(ymr_room)
     target_link_libraries(${target} PUBLIC ${dependency})
   endforeach()
   target_link_libraries(${target} PUBLIC ${room_LIBRARIES})
+  set_property(GLOBAL APPEND PROPERTY YMR_ROOMS ${path})
+  set_property(GLOBAL PROPERTY YMR_LIBRARIES_${path} ${room_LIBRARIES})
 endfunction()
 
 # A test program: one or more files of GoogleTest cases against some rooms.

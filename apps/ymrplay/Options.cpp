@@ -1,0 +1,126 @@
+#include "apps/ymrplay/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "VAST/SKLogger.h"
+
+namespace {
+
+constexpr int wrongUsage = 2;
+
+const char* const description =
+    "Plays a video file or stream full screen, as a host of the player framework would.\n"
+    "MEDIA is a file or a URL (file, http, https; MP4, MKV, WebM, TS, HLS).";
+const char* const footer =
+    "Remote: arrows, Enter (select), Space (play/pause), Escape or Backspace (menu, leaves).\n"
+    "SECONDS count from the start of playback. Exit status: 0 dismissed, 1 the programme failed\n"
+    "or a snapshot could not be written, 2 wrong usage.\n\n"
+    "Examples:\n"
+    "  ymrplay --title \"Harbour\" harbour.mp4\n"
+    "  ymrplay --headless --events --start 5 clip.mp4\n"
+    "  ymrplay --headless --key 1=down --snapshot 2=panel.png clip.mkv";
+
+[[noreturn]] void fail(const std::string& option, const std::string& problem) {
+  throw CLI::ValidationError(option, problem);
+}
+
+// The two sides of "SECONDS=VALUE".
+std::pair<double, std::string> timed(const std::string& option, const std::string& text) {
+  const auto equals = text.find('=');
+  const std::string left = text.substr(0, equals);
+  char* end = nullptr;
+  const double seconds = std::strtod(left.c_str(), &end);
+  if (equals == std::string::npos || left.empty() || *end != '\0' || !std::isfinite(seconds) || seconds < 0) {
+    fail(option, "'" + text + "' is not SECONDS=VALUE with SECONDS of at least 0");
+  }
+  if (equals + 1 == text.size()) fail(option, "'" + text + "' has nothing after the equals sign");
+  return {seconds, text.substr(equals + 1)};
+}
+
+NSURL address(const std::string& option, const std::string& text) {
+  const auto url = NSURL::URLFromUserInput(text);
+  if (!url) fail(option, "'" + text + "' is not an address");
+  if (!url->isFileURL() && !url->isHTTP()) fail(option, "'" + text + "': only files, http and https can be opened");
+  return *url;
+}
+
+Options::Size size(const std::string& text) {
+  int width = 0, height = 0, used = 0;
+  const bool parsed = std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &used) == 2;
+  constexpr int smallest = 64, largest = 8192;
+  if (!parsed || used != static_cast<int>(text.size()) || std::min(width, height) < smallest ||
+      std::max(width, height) > largest) {
+    fail("--size", "'" + text + "' is not WxH with sides from 64 to 8192");
+  }
+  return {width, height};
+}
+
+bool isSet(const char* name) {
+  const char* value = std::getenv(name);
+  return value && *value;
+}
+
+}  // namespace
+
+const std::vector<std::string>& keyNames() {
+  static const std::vector<std::string> names{"up", "down", "left", "right", "select", "playpause", "menu"};
+  return names;
+}
+
+std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
+  CLI::App app(description, "ymrplay");
+  app.footer(footer);
+  app.set_version_flag("--version", std::string("ymrplay ") + YMR_VERSION);
+
+  Options options;
+  std::string media, artwork, windowSize, logLevel = "error";
+  std::vector<std::string> keys, snapshots;
+  app.add_option("MEDIA", media, "File or URL to play")->required();
+  app.add_option("--title", options.title, "Title in the information panel")->type_name("T");
+  app.add_option("--description", options.description, "Description in the information panel")->type_name("T");
+  app.add_option("--artwork", artwork, "Picture in the information panel")->type_name("FILE|URL");
+  app.add_option("--start", options.start, "Start position in whole seconds, may be negative")->type_name("SECONDS");
+  app.add_flag("--headless", options.headless,
+               "Play in memory and in real time, without display and sound; default where there is no display");
+  app.add_option("--size", windowSize, "Window size; without it full screen (headless: 1920x1080)")->type_name("WxH");
+  app.add_flag("--events", options.events, "Print every callback as a line of JSON on standard output");
+  app.add_option("--snapshot", snapshots, "Write the screen to a PNG at that time; may be repeated")
+      ->type_name("SECONDS=FILE.png")
+      ->allow_extra_args(false);
+  app.add_option("--key", keys,
+                 "Press a key at that time: up, down, left, right, select, playpause, menu; may be repeated")
+      ->type_name("SECONDS=NAME")
+      ->allow_extra_args(false);
+  app.add_option("--log", logLevel, "Log to standard error: none, error, warning, info, debug")
+      ->type_name("LEVEL")
+      ->check(CLI::IsMember(std::vector<std::string>(SKLogger::levelNames().begin(), SKLogger::levelNames().end())))
+      ->capture_default_str();
+
+  try {
+    app.parse(argc, argv);
+    options.media = address("MEDIA", media);
+    if (!artwork.empty()) options.artwork = address("--artwork", artwork);
+    if (!windowSize.empty()) options.size = size(windowSize);
+    for (const auto& text : snapshots) {
+      auto [seconds, file] = timed("--snapshot", text);
+      options.snapshots.push_back({seconds, std::move(file)});
+    }
+    for (const auto& text : keys) {
+      auto [seconds, name] = timed("--key", text);
+      if (std::find(keyNames().begin(), keyNames().end(), name) == keyNames().end()) {
+        fail("--key", "there is no key '" + name + "'");
+      }
+      options.keys.push_back({seconds, std::move(name)});
+    }
+  } catch (const CLI::ParseError& error) {
+    exitStatus = app.exit(error) == 0 ? 0 : wrongUsage;
+    return std::nullopt;
+  }
+  options.logLevel = SKLogger::levelNamed(logLevel).value();
+  if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) options.headless = true;
+  return options;
+}

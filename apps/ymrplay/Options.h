@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/foundation/NSURL.h"
+
+// What the command line asks for, checked: values are in range and addresses parse.
+struct Options {
+  struct Key {
+    double seconds;
+    std::string name;  // one of keyNames()
+  };
+  struct Snapshot {
+    double seconds;
+    std::string file;
+  };
+  struct Size {
+    int width;
+    int height;
+  };
+
+  std::optional<NSURL> media;
+  std::string title;
+  std::string description;
+  std::optional<NSURL> artwork;
+  std::int64_t start = 0;  // whole seconds, may be negative
+  bool headless = false;
+  std::optional<Size> size;
+  bool events = false;
+  std::vector<Snapshot> snapshots;
+  std::vector<Key> keys;
+  int logLevel = 1;  // SKLogger's numbers
+};
+
+// The keys of the remote, as --key names them.
+const std::vector<std::string>& keyNames();
+
+// Parses the command line. Without a value the program is to end with `exitStatus`: help or version was printed (0), or
+// what is wrong with the command line (2).
+std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus);

@@ -1,0 +1,81 @@
+#include "apps/ymrplay/PlayHost.h"
+
+#include <cstdio>
+
+#include "platform/uikit/UIWindow.h"
+
+namespace {
+
+// Headless, the size is the whole screen; on a display no size means full screen.
+std::optional<CGSize> windowSize(const Options& options) {
+  if (options.size) return CGSize{double(options.size->width), double(options.size->height)};
+  if (options.headless) return CGSize{1920, 1080};
+  return std::nullopt;
+}
+
+std::shared_ptr<YMRMediaItem> mediaItem(const Options& options) {
+  auto item = YMRMediaItem::itemWithUrl(options.media);
+  if (!options.title.empty()) item->setVideoTitle(options.title);
+  if (!options.description.empty()) item->setVideoDescription(options.description);
+  if (options.artwork) item->setVideoThumbnailUrl(options.artwork->absoluteString());
+  return item;
+}
+
+}  // namespace
+
+PlayHost::PlayHost(Options options, std::function<void()> finished)
+    : options_(std::move(options)),
+      finished_(std::move(finished)),
+      root_(std::make_shared<UIViewController>()),
+      window_(std::make_shared<UIWindow>(windowSize(options_),
+                                         options_.headless ? UIGraphics::software : UIGraphics::automatic)),
+      remote_(window_),
+      printer_([this] { return std::chrono::duration<double>(RunLoop::main().now() - startedAt_).count(); },
+               [this](const std::string& line) {
+                 if (!options_.events) return;
+                 std::puts(line.c_str());
+                 std::fflush(stdout);
+               }),
+      delegate_(std::make_shared<YMRVideoPlayerDelegate>(printer_.delegate())),
+      player_(std::make_unique<YMRVideoPlayer>()) {
+  answerCallbacks();
+  player_->setDelegate(delegate_);
+}
+
+PlayHost::~PlayHost() = default;
+
+void PlayHost::answerCallbacks() {
+  delegate_->videoDidPlayFinished = [this, print = delegate_->videoDidPlayFinished] {
+    print();
+    player_->dismiss();
+  };
+  delegate_->videoOnError = [this, print = delegate_->videoOnError](const NSError& error) {
+    print(error);
+    std::fprintf(stderr, "ymrplay: %s: %s\n", options_.media->absoluteString().c_str(), error.message.c_str());
+    failed_ = true;
+    player_->dismiss();
+  };
+  delegate_->playerDidDismiss = [this, print = delegate_->playerDidDismiss] {
+    print();
+    finished_();
+  };
+}
+
+void PlayHost::play() {
+  window_->setRootViewController(root_);
+  window_->makeKeyAndVisible();
+  player_->presentWithController(root_);
+  startedAt_ = RunLoop::main().now();
+  remote_.start(options_);
+  player_->playWithMediaItem(mediaItem(options_), options_.start);
+}
+
+void PlayHost::dismiss() {
+  player_->dismiss();
+}
+
+int PlayHost::exitStatus() const {
+  const auto failures = remote_.failures();
+  for (const auto& failure : failures) std::fprintf(stderr, "ymrplay: %s\n", failure.c_str());
+  return failed_ || !failures.empty() ? 1 : 0;
+}

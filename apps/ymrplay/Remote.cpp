@@ -1,0 +1,50 @@
+#include "apps/ymrplay/Remote.h"
+
+#include <map>
+
+#include "platform/uikit/UIWindow.h"
+
+namespace {
+
+UIPressType pressFor(const std::string& name) {
+  static const std::map<std::string, UIPressType> presses{
+      {"up", UIPressTypeUpArrow},       {"down", UIPressTypeDownArrow}, {"left", UIPressTypeLeftArrow},
+      {"right", UIPressTypeRightArrow}, {"select", UIPressTypeSelect},  {"playpause", UIPressTypePlayPause},
+      {"menu", UIPressTypeMenu},
+  };
+  return presses.at(name);
+}
+
+}  // namespace
+
+Remote::Remote(std::shared_ptr<UIWindow> window) : window_(std::move(window)) {}
+
+void Remote::at(double seconds, std::function<void()> block) {
+  const auto delay = std::chrono::duration_cast<RunLoop::Duration>(std::chrono::duration<double>(seconds));
+  timers_.push_back(NSTimer::scheduledTimerWithTimeInterval(delay, false, std::move(block)));
+}
+
+void Remote::start(const Options& options) {
+  for (const auto& key : options.keys) {
+    at(key.seconds, [this, press = pressFor(key.name)] { window_->sendPress(press); });
+  }
+  for (const auto& wanted : options.snapshots) {
+    Picture& picture = pictures_.emplace_back(Picture{wanted});
+    at(wanted.seconds, [this, &picture] {
+      const bool written = window_->writeSnapshot(picture.wanted.file);
+      picture.outcome = written ? Picture::Outcome::written : Picture::Outcome::failed;
+    });
+  }
+}
+
+std::vector<std::string> Remote::failures() const {
+  std::vector<std::string> sentences;
+  for (const auto& [wanted, outcome] : pictures_) {
+    if (outcome == Picture::Outcome::failed) {
+      sentences.push_back("could not write the snapshot " + wanted.file);
+    } else if (outcome == Picture::Outcome::waiting) {
+      sentences.push_back("playback was over before the snapshot " + wanted.file + " was due");
+    }
+  }
+  return sentences;
+}

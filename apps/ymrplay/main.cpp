@@ -1,0 +1,48 @@
+// Plays one programme the way a host application would; see Options for what it takes.
+#include <QGuiApplication>
+#include <algorithm>
+#include <clocale>
+#include <cstdio>
+#include <string>
+
+#include "VAST/SKLogger.h"
+#include "apps/ymrplay/Options.h"
+#include "apps/ymrplay/PlayHost.h"
+#include "apps/ymrplay/TerminationSignals.h"
+#include "platform/avfoundation/engine/MediaEngine.h"
+
+namespace {
+
+// Messages quote what servers sent: a terminal must not obey it.
+void logToStandardError(int level) {
+  SKLogger::installSink(level, [](int, std::string_view tag, std::string_view message) {
+    std::string line = std::string(tag) + ": " + std::string(message);
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, ' ');
+    std::fprintf(stderr, "%s\n", line.c_str());
+  });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int status = 0;
+  auto options = parseOptions(argc, argv, status);
+  if (!options) return status;
+
+  if (options->headless) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
+  }
+  logToStandardError(options->logLevel);
+  char* noArguments[] = {argv[0], nullptr};
+  int argumentCount = 1;
+  const QGuiApplication application(argumentCount, noArguments);
+  std::setlocale(LC_NUMERIC, "C");  // Qt takes the user's locale; numbers in JSON have a point
+
+  PlayHost host(std::move(*options), [] { QCoreApplication::quit(); });
+  const TerminationSignals signals([&host] { host.dismiss(); });
+  host.play();
+  QCoreApplication::exec();
+  return host.exitStatus();
+}

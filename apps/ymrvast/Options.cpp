@@ -1,0 +1,73 @@
+#include "apps/ymrvast/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <regex>
+#include <vector>
+
+#include "VAST/SKLogger.h"
+
+namespace {
+
+constexpr int wrongUsage = 2;
+
+const char* const description =
+    "Shows what the player would make of an ad tag: the chain of wrappers, each ad, which media file it picks and why,\n"
+    "and which URLs it would ask. SOURCE is a URL (http, https), a file, or - for standard input.";
+const char* const footer =
+    "Exit status: 0 the player would show at least one ad, 1 it would show none, 2 wrong usage or unreadable file.\n\n"
+    "Examples:\n"
+    "  ymrvast https://ads.example/tag\n"
+    "  ymrvast --validate --screen 1280x720 saved.xml\n"
+    "  curl -s https://ads.example/tag | ymrvast --json - | jq .ads";
+
+void parseSource(Options& options) {
+  if (options.source.empty()) throw CLI::ValidationError("SOURCE", "is empty");
+  if (options.source.find("://") == std::string::npos) return;
+  options.url = NSURL::URLWithString(options.source);
+  if (!options.url) throw CLI::ValidationError("SOURCE", "'" + options.source + "' is not a URL");
+  if (!options.url->isHTTP()) {
+    throw CLI::ValidationError("SOURCE", "'" + options.source + "': only http and https are fetched");
+  }
+}
+
+void parseScreen(const std::string& text, Options& options) {
+  std::smatch sides;
+  if (!std::regex_match(text, sides, std::regex("([1-9][0-9]{0,4})x([1-9][0-9]{0,4})"))) {
+    throw CLI::ValidationError("--screen", "'" + text + "' is not WxH with sides from 1 to 99999");
+  }
+  options.screenWidth = std::stoi(sides[1]);
+  options.screenHeight = std::stoi(sides[2]);
+}
+
+}  // namespace
+
+std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
+  CLI::App app(description, "ymrvast");
+  app.footer(footer);
+  app.set_version_flag("--version", std::string("ymrvast ") + YMR_VERSION);
+
+  Options options;
+  std::string screen, logLevel = "error";
+  const auto& names = SKLogger::levelNames();
+  app.add_option("SOURCE", options.source, "URL, file or - of the ad tag")->required();
+  app.add_flag("--json", options.json, "Print one JSON object for scripts in place of the view for people");
+  app.add_flag("--validate", options.validate, "Also check every fetched document against the VAST 2.0.1 schema");
+  app.add_option("--screen", screen, "Screen size to pick media files for (1920x1080)")->type_name("WxH");
+  app.add_option("--reachability-host", options.reachabilityHost, "Host whose route tells whether there is a network")
+      ->type_name("HOST");
+  app.add_option("--log", logLevel, "Log to standard error: none, error, warning, info, debug")
+      ->type_name("LEVEL")
+      ->check(CLI::IsMember(std::vector<std::string>(names.begin(), names.end())))
+      ->capture_default_str();
+
+  try {
+    app.parse(argc, argv);
+    parseSource(options);
+    if (!screen.empty()) parseScreen(screen, options);
+  } catch (const CLI::ParseError& error) {
+    exitStatus = app.exit(error) == 0 ? 0 : wrongUsage;
+    return std::nullopt;
+  }
+  options.logLevel = *SKLogger::levelNamed(logLevel);
+  return options;
+}

@@ -1,0 +1,50 @@
+# What `cmake --install` puts down, and the .deb of it.
+include(CMakePackageConfigHelpers)
+
+set(installed ymrvast)
+if(YMR_PLAYER)
+  list(APPEND installed ymrplayer)
+endif()
+install(TARGETS ${installed} EXPORT ymrTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(EXPORT ymrTargets NAMESPACE ymr:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ymr)
+
+# Headers go out by room, under their own paths, so that an include reads the same inside and outside.
+get_property(rooms GLOBAL PROPERTY YMR_ROOMS)
+foreach(room IN LISTS rooms)
+  file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${room}/*.h)
+  install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ymr/${room})
+endforeach()
+install(FILES ${PROJECT_SOURCE_DIR}/platform/Export.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ymr/platform)
+
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/ymrConfig.cmake.in ${PROJECT_BINARY_DIR}/ymrConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ymr)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/ymrConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/ymrConfig.cmake ${PROJECT_BINARY_DIR}/ymrConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ymr)
+
+foreach(library IN LISTS installed)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
+
+if(YMR_PLAYER)
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/man/ymrplay.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ymrplayer)
+set(CPACK_PACKAGE_CONTACT "The ymrplayer authors <ymrplayer@example.org>")
+set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+# What is loaded at run time, and so is seen by no linker; the list is the one that the scripts install from.
+file(STRINGS ${PROJECT_SOURCE_DIR}/scripts/packages.txt lines REGEX "^run[ \t]")
+set(depends)
+foreach(line IN LISTS lines)
+  string(REGEX REPLACE "^run[ \t]+([^ \t#]+).*" "\\1" package "${line}")
+  list(APPEND depends ${package})
+endforeach()
+list(JOIN depends ", " CPACK_DEBIAN_PACKAGE_DEPENDS)
+include(CPack)

@@ -1,0 +1,40 @@
+# The two shared libraries, made of the rooms' objects: ymrvast (no Qt, no GStreamer) and ymrplayer on top of it.
+set(ymrvast_rooms platform/coremedia platform/dispatch platform/foundation platform/systemconfiguration
+                  platform/uikit/values
+                  xml net VAST VAST/Parser ads/records ads/core)
+
+function(ymr_library name)
+  add_library(${name} SHARED)
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} EXPORT_NAME ${name})
+  add_library(ymr::${name} ALIAS ${name})
+  target_include_directories(${name} INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/ymr>)
+  target_compile_features(${name} INTERFACE cxx_std_20)
+  target_link_options(${name} PRIVATE -Wl,--as-needed $<$<STREQUAL:${YMR_SANITIZE},>:-Wl,--no-undefined>)
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:ymr_compile>)
+  foreach(room IN LISTS ARGN)
+    ymr_room_target(target ${room})
+    target_sources(${name} PRIVATE $<TARGET_OBJECTS:${target}>)
+    get_property(libraries GLOBAL PROPERTY YMR_LIBRARIES_${room})
+    target_link_libraries(${name} PRIVATE ${libraries})
+  endforeach()
+endfunction()
+
+get_property(rooms GLOBAL PROPERTY YMR_ROOMS)
+set(vast_rooms)
+set(player_rooms)
+foreach(room IN LISTS rooms)
+  if(room IN_LIST ymrvast_rooms)
+    list(APPEND vast_rooms ${room})
+  else()
+    list(APPEND player_rooms ${room})
+  endif()
+endforeach()
+
+ymr_library(ymrvast ${vast_rooms})
+if(YMR_PLAYER)
+  ymr_library(ymrplayer ${player_rooms})
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Quick)
+  # A host sees views, which are items of Qt Quick's.
+  target_link_libraries(ymrplayer PUBLIC ymrvast Qt6::Quick)
+endif()
