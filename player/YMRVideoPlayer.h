@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Export.h"
+#include "platform/avfoundation/AVURLAsset.h"
+#include "platform/uikit/UIViewController.h"
+#include "player/YMRMediaItem.h"
+#include "player/YMRVideoPlayerDelegate.h"
+
+class YMRVideoPlayerImpl;
+
+// The player as a host sees it: one object for one programme, full screen, told from start to end through a delegate.
+//
+//   UIWindow window;
+//   window.setRootViewController(std::make_shared<UIViewController>());
+//   window.makeKeyAndVisible();
+//   auto delegate = std::make_shared<YMRVideoPlayerDelegate>();   // keep it: the player does not
+//   delegate->playerDidDismiss = [] { QGuiApplication::quit(); };
+//   YMRVideoPlayer player;
+//   player.setDelegate(delegate);
+//   player.presentWithController(window.rootViewController());
+//   player.playWithMediaItem(YMRMediaItem::itemWithUrl(NSURL::URLWithString("https://example.com/film.mp4")), 0);
+//
+// Main thread. Everything here may be called from inside a callback, and so may the player be destroyed, which ends the
+// presentation at once and without a word. A second programme needs a second player once this one has been dismissed.
+class YMR_API YMRVideoPlayer {
+ public:
+  YMRVideoPlayer();
+  YMRVideoPlayer(const YMRVideoPlayer&) = delete;
+  YMRVideoPlayer& operator=(const YMRVideoPlayer&) = delete;
+  ~YMRVideoPlayer();
+
+  // Held weakly; nil for none.
+  std::shared_ptr<YMRVideoPlayerDelegate> delegate() const;
+  void setDelegate(std::weak_ptr<YMRVideoPlayerDelegate> delegate);
+  // A view of the host's over the picture and under all that the player draws, filling the screen. Taken up when a
+  // programme begins; nil for none.
+  const std::shared_ptr<UIView>& overlayView() const;
+  void setOverlayView(std::shared_ptr<UIView> view);
+
+  // Shows the player over the window of `controller`, fading in. Without it the programme plays unseen.
+  void presentWithController(const std::shared_ptr<UIViewController>& controller);
+
+  // Loads the programme and starts it when it is ready; `startPosition` in seconds, beyond the media's ends the nearest
+  // end. What can't be played is reported through videoOnError. Called again, the new programme takes the old one's
+  // place when it is ready. The item is not to be changed until then.
+  void playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, std::int64_t startPosition);
+  // The same with an asset of the host's; the item's address is not used.
+  void playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
+                         std::int64_t startPosition);
+  // Starts the presentation from its beginning. Playing calls it by itself; it is here for hosts that drive the player
+  // themselves. Nothing while the programme runs.
+  void start();
+  // Stops everything and takes the player off the screen. playerWillDismiss comes first, playerDidDismiss last. Nothing
+  // when it has been called before.
+  void dismiss();
+
+  // Seconds of the programme; NaN before it is loaded and after dismissal.
+  double currentPosition() const;
+  // Seconds; 0 before the programme is loaded and after dismissal, NaN when unknown or endless.
+  double videoDuration() const;
+
+  // Language tags (BCP 47) of the subtitle and caption renditions in the media, in their order. Empty without any.
+  std::vector<std::string> getClosedCaptionLanguageList() const;
+  // Shows the first rendition with exactly this tag; false, and nothing changes, when there is none.
+  bool setClosedCaption(const std::string& languageTag);
+  // The tag of the rendition that is shown; empty when none is, or it has no tag.
+  std::string currentClosedCaption() const;
+  // Limits the captions menu to the languages of getClosedCaptionLanguageList() at this moment.
+  void disableAutoClosedCaptionOptions();
+
+  // The machinery behind, which this class only forwards to. Never nil.
+  const std::shared_ptr<YMRVideoPlayerImpl>& ymrPlayer() const { return ymrPlayer_; }
+
+ private:
+  const std::shared_ptr<YMRVideoPlayerImpl> ymrPlayer_;
+};

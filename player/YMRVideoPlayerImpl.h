@@ -1,0 +1,173 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ads/YMRAd.h"
+#include "platform/Export.h"
+#include "platform/avfoundation/AVPlayer.h"
+#include "platform/avkit/AVPlayerViewController.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "platform/foundation/NSObject.h"
+#include "player/YMRMediaItem.h"
+#include "player/YMRVideoPlayerDelegate.h"
+#include "player/states/YMRAbstractPlayerState.h"
+#include "player/states/YMRPlayerStateHub.h"
+
+class YMRItemPreparation;
+
+// Where the presentation stands with its ads.
+enum YMRAdState : std::int32_t {
+  YMRAdStateNone = 0,
+  YMRAdStatePreRoll = 1,
+  YMRAdStateMidRoll = 2,   // in the programme, with mid-rolls to come
+  YMRAdStatePostRoll = 3,  // no mid-roll is left
+};
+
+// The hub of a presentation: it owns the player view controller, the players and the current state, hears every
+// observation and tick, hands each to the state first and draws its own conclusions after. Hosts use it through
+// YMRVideoPlayer, whose members of the same names say what each one does.
+//
+// Main thread. Every call into the host's code may come back with any other call, so whoever makes one checks
+// afterwards that the presentation, the player and the state are still those it began with. What arrives after
+// dismissal (a loaded asset, a tick, a poll) finds nobody.
+class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMRVideoPlayerImpl>,
+                                         public NSKeyValueObserver,
+                                         public AVPlayerViewControllerDelegate,
+                                         public YMRPlayerStateHub {
+ public:
+  // The presentation ends, in silence, as soon as nobody outside holds what this returns, even from inside a callback.
+  static std::shared_ptr<YMRVideoPlayerImpl> init();
+  ~YMRVideoPlayerImpl() override;
+
+  // ---- What a host calls.
+
+  std::shared_ptr<YMRVideoPlayerDelegate> delegate() const { return delegate_.lock(); }
+  void setDelegate(std::weak_ptr<YMRVideoPlayerDelegate> delegate) { delegate_ = std::move(delegate); }
+  const std::shared_ptr<UIView>& overlayView() const { return overlayView_; }
+  void setOverlayView(std::shared_ptr<UIView> view) { overlayView_ = std::move(view); }
+
+  void presentWithController(const std::shared_ptr<UIViewController>& controller);
+  void playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, std::int64_t startPosition);
+  void playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
+                         std::int64_t startPosition);
+  void start();
+  void dismiss();
+  double currentPosition() const;
+  double videoDuration() const;
+
+  std::vector<std::string> getClosedCaptionLanguageList() const;
+  bool setClosedCaption(const std::string& languageTag);
+  std::string currentClosedCaption() const;
+  void disableAutoClosedCaptionOptions();
+
+  // The player on the screen. Never nil.
+  const std::shared_ptr<AVPlayerViewController>& avPlayerVC() const { return avPlayerVC_; }
+  // The programme's player; nil before a programme is ready and after dismissal.
+  const std::shared_ptr<AVPlayer>& vodPlayer() const { return vodPlayer_; }
+  const std::shared_ptr<YMRAbstractPlayerState>& playerState() const { return playerState_; }
+  YMRAdState adState() const { return adState_; }
+
+  // ---- What the states use.
+
+  bool isCurrent(const YMRAbstractPlayerState& state) const override;
+  void setPlayerState(std::shared_ptr<YMRAbstractPlayerState> state) override { playerState_ = std::move(state); }
+  bool isVodPlayer(const NSObject* object) const override;
+  float vodPlayerRate() const override;
+  double programmeTime() const override { return currentPosition(); }
+  double programmeDuration() const override;
+  void seekVodPlayer(const CMTime& time) override;
+  bool isAdPlayer(const NSObject* object) const override;
+  float adPlayerRate() const override;
+  double adTime() const override;
+  double adDuration() const override;
+  std::shared_ptr<YMRAd> currentAdBreak() const override { return currentAdBreak_; }
+  void trackEvent(std::uint32_t event) override;
+  bool isPlaybackBufferEmpty(const NSObject* item) const override;
+  double itemTime(const NSObject* item) const override;
+  double itemDuration(const NSObject* item) const override;
+  float currentVodPlayerRate() const override { return currentVodPlayerRate_; }
+  void setCurrentVodPlayerRate(float rate) override { currentVodPlayerRate_ = rate; }
+  std::int64_t videoStartPosition() const override { return videoStartPosition_; }
+  void setVideoStartPosition(std::int64_t seconds) override { videoStartPosition_ = seconds; }
+  int currentQuartile() const override { return currentQuartile_; }
+  void setCurrentQuartile(int quartile) override { currentQuartile_ = quartile; }
+
+  void videoOnPlay() override;
+  void videoOnPlayDuration(double time, double duration) override;
+  void videoOnPause(double time) override;
+  void videoOnPauseDuration(double time, double duration) override;
+  void videoOnTime(double time) override;
+  void videoOnTimeDuration(double time, double duration) override;
+  void videoDidBuffer() override;
+  void videoOnBuffer() override;
+  void videoDidSeekTo(double time) override;
+  void videoAdOnTime(const std::shared_ptr<YMRAd>& ad, double duration, double second) override;
+  void videoAdOnPlayQuartile(const std::shared_ptr<YMRAd>& ad, int quartile, double duration) override;
+  void videoAdOnBuffer(const std::shared_ptr<YMRAd>& ad, double duration, double second) override;
+  void videoAdOnPause(const std::shared_ptr<YMRAd>& ad, double duration, double second) override;
+  void videoAdOnPlay(const std::shared_ptr<YMRAd>& ad, double duration, double second) override;
+
+ private:
+  enum class Presentation { alive, leaving, gone };
+
+  // ---- Core.
+  YMRVideoPlayerImpl();
+  void setUp();
+  void replaceMenuHandling();
+  void handleBack(const UIGestureRecognizer& recognizer);
+  void hostLetGo();
+  void letGoOfPlayers();
+  void prepare(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
+               std::int64_t startPosition);
+  void playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>& item);
+  void observeProgramme(const std::shared_ptr<AVPlayerItem>& item);
+  void removeObserver();
+  void observeValueForKeyPath(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
+                              const NSKeyValueChange& change, void* context) override;
+  void vodPlayerTick(const CMTime& time);
+  void videoDidSeek(const NSNotification& notification);
+  void videoPlayDidEnd();
+  void handleStalled();
+  // Media time up to which the programme is buffered, in seconds; 0 when nothing is.
+  double availableDuration() const;
+  void end();
+  bool isProgrammeRunning() const;
+
+  // ---- Ad breaks.
+  void startPreRoll();
+  void startMidRoll();
+  void startPostRoll();
+  // Starts the programme, or hands it back after a break: where it stands or, with `seek`, at lastPlayTime_.
+  void resumeVideoPlayer(bool seek);
+
+  // ---- Subtitles and captions.
+  std::shared_ptr<AVMediaSelectionGroup> legibleGroup() const;
+  void playerViewController(const std::shared_ptr<AVPlayerViewController>& playerViewController,
+                            const std::shared_ptr<AVMediaSelectionOption>& didSelectMediaSelectionOption,
+                            const std::shared_ptr<AVMediaSelectionGroup>& inMediaSelectionGroup) override;
+
+  // Everybody's.
+  std::weak_ptr<YMRVideoPlayerDelegate> delegate_;
+  std::shared_ptr<AVPlayerViewController> avPlayerVC_;
+  std::shared_ptr<AVPlayer> vodPlayer_;
+  std::shared_ptr<AVPlayer> adPlayer_;
+  std::shared_ptr<YMRAbstractPlayerState> playerState_;
+  Presentation presentation_ = Presentation::alive;
+
+  // The core's.
+  std::shared_ptr<UIView> overlayView_;
+  std::shared_ptr<YMRItemPreparation> preparation_;  // while a programme is being made ready
+  AVPlayerTimeObserverToken vodTimeObserver_;
+  std::int64_t videoStartPosition_ = 0;
+  float currentVodPlayerRate_ = 0;
+
+  // The ad breaks'.
+  YMRAdState adState_ = YMRAdStateNone;
+  CMTime lastPlayTime_ = kCMTimeZero;
+  std::shared_ptr<YMRAd> currentAdBreak_;
+  int currentQuartile_ = 0;
+  bool isPlayingAd_ = false;
+};

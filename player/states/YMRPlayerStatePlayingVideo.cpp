@@ -1,0 +1,46 @@
+#include "player/states/YMRPlayerStatePlayingVideo.h"
+
+#include "VAST/SKLogger.h"
+#include "player/states/YMRPlayerStatePausedVideo.h"
+#include "player/states/YMRPlayerStateRules.h"
+
+void YMRPlayerStatePlayingVideo::log() {}
+
+void YMRPlayerStatePlayingVideo::observeValueForKeyPath(const std::string& keyPath,
+                                                        const std::shared_ptr<NSObject>& object,
+                                                        const NSKeyValueChange&, void*, YMRPlayerStateHub& ymrPlayer) {
+  if (keyPath == "playbackBufferEmpty") {
+    if (ymrPlayer.isPlaybackBufferEmpty(object.get())) bufferRanEmpty(ymrPlayer);
+  } else if (keyPath == "rate" && ymrPlayer.isVodPlayer(object.get())) {
+    rateChanged(ymrPlayer);
+  }
+}
+
+void YMRPlayerStatePlayingVideo::bufferRanEmpty(YMRPlayerStateHub& ymrPlayer) {
+  SKLogger::debug(ymrPlayerTag, "Video ad onBuffer");
+  ymrPlayer.videoDidBuffer();
+  if (!ymrPlayer.isCurrent(*this)) return;
+  ymrPlayer.videoOnBuffer();
+}
+
+void YMRPlayerStatePlayingVideo::rateChanged(YMRPlayerStateHub& ymrPlayer) {
+  if (programmeDidStop(ymrPlayer.vodPlayerRate(), ymrPlayer.currentVodPlayerRate())) {
+    SKLogger::debug(ymrPlayerTag, "Video onPaused");
+    ymrPlayer.videoOnPause(ymrPlayer.programmeTime());
+    if (!ymrPlayer.isCurrent(*this)) return;
+    ymrPlayer.videoOnPauseDuration(ymrPlayer.programmeTime(), ymrPlayer.programmeDuration());
+    if (!ymrPlayer.isCurrent(*this)) return;
+    ymrPlayer.setPlayerState(std::make_shared<YMRPlayerStatePausedVideo>());
+  }
+  ymrPlayer.setCurrentVodPlayerRate(ymrPlayer.vodPlayerRate());
+}
+
+void YMRPlayerStatePlayingVideo::vodPlayerPeriodicTimeObserver(const CMTime& time, YMRPlayerStateHub& ymrPlayer) {
+  ymrPlayer.videoOnTime(CMTimeGetSeconds(time));
+  if (!ymrPlayer.isCurrent(*this)) return;
+  ymrPlayer.videoOnTimeDuration(CMTimeGetSeconds(time), ymrPlayer.programmeDuration());
+}
+
+void YMRPlayerStatePlayingVideo::videoDidSeek(const NSNotification& notification, YMRPlayerStateHub& ymrPlayer) {
+  reportProgrammeJump(notification, ymrPlayer);
+}
