@@ -1,7 +1,7 @@
 #pragma once
 
-#include <functional>
 #include <any>
+#include <functional>
 #include <memory>
 
 #include "platform/Export.h"

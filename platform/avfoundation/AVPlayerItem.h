@@ -1,8 +1,10 @@
 #pragma once
 
+#include <any>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Export.h"
@@ -89,5 +91,4 @@ class YMR_API AVPlayerItem : public NSObject {
   const std::shared_ptr<AVURLAsset> asset_;
   std::shared_ptr<ItemPlayback> playback_;
   std::vector<AVMetadataItem> externalMetadata_;
-  std::optional<std::string> selectedIdentifier_;
 };

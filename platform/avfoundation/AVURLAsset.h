@@ -71,9 +71,10 @@ class YMR_API AVURLAsset : public NSObject {
 
  private:
   class Loading;
-  void startLoading();
+  std::shared_ptr<EngineSession> openSession();
   void loaded();
   void failed(const NSError& error);
+  void givenUp();
   void learn();
   void completeWaiters();
 
@@ -82,9 +83,9 @@ class YMR_API AVURLAsset : public NSObject {
   AVKeyValueStatus status_ = AVKeyValueStatusUnknown;
   NSError error_;
   std::vector<std::function<void()>> waiters_;
-  std::shared_ptr<EngineSession> session_;        // loaded or loading, and no item's yet
-  std::weak_ptr<EngineSession> learningSession_;  // whose facts are the asset's; an item may have it
   std::shared_ptr<Loading> loading_;
+  std::shared_ptr<EngineSession> session_;   // loading or loaded, and no item's yet
+  std::weak_ptr<EngineSession> learnsFrom_;  // whose facts are the asset's; an item may have it
   CMTime duration_;
   std::vector<MediaTrack> tracks_;
   std::shared_ptr<AVMediaSelectionGroup> legibleGroup_;

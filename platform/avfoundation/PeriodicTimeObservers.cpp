@@ -1,0 +1,155 @@
+#include "platform/avfoundation/PeriodicTimeObservers.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPeriodicObserver> {
+ public:
+  AVPlayerPeriodicObserver(const CMTime& interval, dispatch_queue_t queue, std::function<void(CMTime)> block)
+      : interval_(interval), queue_(std::move(queue)), block_(std::move(block)) {}
+
+  // The next multiple to call with.
+  CMTime next() const { return CMTimeMake(interval_.value * next_, interval_.timescale); }
+  // Makes the first multiple at `position` or after it the next one; or the first one after it.
+  void countFrom(const CMTime& position) { next_ = multiples(position, interval_.value * position.timescale - 1); }
+  void countAfter(const CMTime& position) { next_ = multiples(position, 0) + 1; }
+  // Counts one on, and lets go of what lies more than `limit` multiples behind `position`.
+  void advance(const CMTime& position, std::int64_t limit) {
+    next_ = std::max(next_ + 1, multiples(position, 0) - limit);
+  }
+
+  void remove() { isRemoved_ = true; }
+  bool isRemoved() const { return isRemoved_; }
+
+  void call(const CMTime& time) {
+    if (!queue_ || queue_ == dispatch_get_main_queue()) {
+      block_(time);
+      return;
+    }
+    dispatch_async(queue_, [self = shared_from_this(), time] {
+      if (!self->isRemoved_) self->block_(time);
+    });
+  }
+
+ private:
+  __extension__ using Wide = __int128;
+
+  // How many whole intervals lie before `position`, with `add` to round up by.
+  std::int64_t multiples(const CMTime& position, Wide add) const {
+    if (!CMTIME_IS_NUMERIC(position)) return 0;
+    const Wide units = static_cast<Wide>(position.value) * interval_.timescale + add;
+    return static_cast<std::int64_t>(units / (static_cast<Wide>(interval_.value) * position.timescale));
+  }
+
+  const CMTime interval_;
+  const dispatch_queue_t queue_;
+  const std::function<void(CMTime)> block_;
+  std::atomic<bool> isRemoved_ = false;
+  std::int64_t next_ = 0;
+};
+
+namespace {
+
+// A main thread that was held up makes up for no more than this many multiples.
+constexpr std::int64_t missedLimit = 60;
+// The timer came before media time did: how long to wait before asking again, and while data are missing.
+constexpr RunLoop::Duration shortWait = 2ms;
+constexpr RunLoop::Duration longWait = 100ms;
+
+}  // namespace
+
+PeriodicTimeObservers::PeriodicTimeObservers(std::function<Pace()> pace) : pace_(std::move(pace)) {}
+
+PeriodicTimeObservers::~PeriodicTimeObservers() {
+  close();
+}
+
+AVPlayerTimeObserverToken PeriodicTimeObservers::add(const CMTime& interval, const dispatch_queue_t& queue,
+                                                     std::function<void(CMTime)> block) {
+  if (isClosed_ || !block || !CMTIME_IS_NUMERIC(interval) || interval <= kCMTimeZero) return nullptr;
+  const auto observer = std::make_shared<AVPlayerPeriodicObserver>(interval, queue, std::move(block));
+  observer->countFrom(pace_().position);
+  observers_.push_back(observer);
+  arm(0ms);
+  return observer;
+}
+
+void PeriodicTimeObservers::remove(const AVPlayerTimeObserverToken& token) {
+  const auto found = std::find(observers_.begin(), observers_.end(), token);
+  if (!token || found == observers_.end()) return;
+  token->remove();
+  observers_.erase(found);
+  if (observers_.empty()) disarm();
+}
+
+void PeriodicTimeObservers::close() {
+  isClosed_ = true;
+  disarm();
+  for (const auto& observer : std::exchange(observers_, {})) observer->remove();
+}
+
+void PeriodicTimeObservers::paceDidChange() {
+  arm(0ms);
+}
+
+void PeriodicTimeObservers::restart() {
+  ++items_;
+  for (const auto& observer : observers_) observer->countFrom(kCMTimeZero);
+  arm(0ms);
+}
+
+void PeriodicTimeObservers::timeDidJump() {
+  const auto self = shared_from_this();
+  const CMTime position = pace_().position;
+  for (const auto& observer : observers_) observer->countAfter(position);
+  const auto snapshot = observers_;
+  for (const auto item = items_; const auto& observer : snapshot) {
+    if (isClosed_ || item != items_ || pace_().isSeeking) return;
+    if (!observer->isRemoved()) observer->call(position);
+  }
+  arm(0ms);
+}
+
+void PeriodicTimeObservers::catchUp() {
+  const auto self = shared_from_this();
+  const auto snapshot = observers_;
+  for (const auto item = items_; const auto& observer : snapshot) {
+    while (!isClosed_ && !observer->isRemoved()) {
+      const Pace pace = pace_();
+      if (item != items_ || pace.isSeeking) return;
+      const CMTime due = observer->next();
+      if (due > pace.position) break;
+      observer->advance(pace.position, missedLimit);
+      observer->call(due);
+    }
+  }
+}
+
+void PeriodicTimeObservers::arm(RunLoop::Duration floor) {
+  disarm();
+  if (isClosed_ || observers_.empty()) return;
+  const Pace pace = pace_();
+  if (pace.isSeeking || pace.rate <= 0) return;
+  const auto nearest = std::min_element(observers_.begin(), observers_.end(), [](const auto& left, const auto& right) {
+    return left->next() < right->next();
+  });
+  const CMTime away = CMTimeConvertScale(CMTimeSubtract((*nearest)->next(), pace.position), 1000000000);
+  const RunLoop::Duration wait(static_cast<std::int64_t>(std::ceil(static_cast<double>(away.value) / pace.rate)));
+  timer_ = RunLoop::main().schedule(std::max(wait, pace.isWaiting ? longWait : floor), [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->timerFired();
+  });
+}
+
+void PeriodicTimeObservers::disarm() {
+  if (timer_) RunLoop::main().cancel(std::exchange(timer_, 0));
+}
+
+void PeriodicTimeObservers::timerFired() {
+  timer_ = 0;
+  catchUp();
+  arm(shortWait);
+}
