@@ -1,0 +1,154 @@
+#include "xml/Parser.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+namespace {
+
+// A tree on one line: name(attributes)"text"[children].
+std::string shown(const XML::Element& element) {
+  std::string line = element.name;
+  for (const auto& [name, value] : element.attributes) line += " " + name + "=" + value;
+  if (element.text) line += " \"" + *element.text + "\"";
+  if (element.childElements.empty()) return line;
+  std::string children;
+  for (const auto& child : element.childElements) children += (children.empty() ? "" : ", ") + shown(*child);
+  return line + " [" + children + "]";
+}
+
+struct Outcome {
+  bool isWellFormed;
+  std::string tree;  // of the document's element; "" without one
+};
+
+Outcome parsed(std::string_view document) {
+  XML::Parser parser;
+  const bool isWellFormed = parser.parse(std::as_bytes(std::span(document)));
+  const auto& children = parser.documentRoot()->childElements;
+  return {isWellFormed, children.empty() ? "" : shown(*children.front())};
+}
+
+std::string utf16(std::string_view ascii, bool littleEndian, bool mark = true) {
+  std::string bytes;
+  const auto add = [&](char high, char low) {
+    bytes += littleEndian ? low : high;
+    bytes += littleEndian ? high : low;
+  };
+  if (mark) add('\xFE', '\xFF');
+  for (const char c : ascii) add('\0', c);
+  return bytes;
+}
+
+}  // namespace
+
+TEST(Parser, buildsTheTreeAsWritten) {
+  const struct {
+    std::string document, tree;
+  } rows[] = {
+      {"<a/>", "a"},
+      {"<a></a>", "a"},
+      {"<a> </a>", "a \" \""},
+      {"<a>a<b/>b</a>", "a \"ab\" [b]"},
+      {"<a>\n <b>1</b>\n <b>2</b></a>", "a \"\n \n \" [b \"1\", b \"2\"]"},
+      {"<a>x&amp;y&lt;&#65;&#x42;</a>", "a \"x&y<AB\""},
+      {"<a>x<![CDATA[<b>&amp;]]>y<!-- no --><?no?></a>", "a \"x<b>&amp;y\""},
+      {"<a b='1' c=\"a&amp;b&#38;c&lt;&quot;&amp;amp;#38;\"/>", "a b=1 c=a&b&c<\"&amp;#38;"},
+      {"<a b=' x\ty '/>", "a b= x y "},
+      {"<v:a xmlns:v='urn:v' xmlns='urn:d' v:b='1' b='2'><v:c/><x:d/></v:a>",
+       "v:a b=2 v:b=1 xmlns=urn:d xmlns:v=urn:v [v:c, x:d]"},
+      {"<!DOCTYPE a SYSTEM \"file:///etc/passwd\"><a>t</a>", "a \"t\""},
+  };
+  for (const auto& row : rows) {
+    const auto outcome = parsed(row.document);
+    EXPECT_TRUE(outcome.isWellFormed) << row.document;
+    EXPECT_EQ(outcome.tree, row.tree) << row.document;
+  }
+}
+
+TEST(Parser, keepsTheTreeUpToTheFirstError) {
+  const struct {
+    std::string document, tree;
+  } rows[] = {
+      {"", ""},
+      {"text", ""},
+      {"<a", "a"},
+      {"<a><b>1</b><c>", "a [b \"1\", c]"},
+      {"<a><b>1</c></a>", "a [b \"1\"]"},
+      {"<a/><b/>", "a"},
+      {"<a b='1' b='2'/>", ""},
+      {"<a>&undeclared;</a>", "a"},
+      {"<a>x\0y</a>"s, "a \"x\""},
+      {"<a>x\xFFy</a>", "a \"x\""},
+      {"\n<?xml version='1.0'?><a/>", ""},
+  };
+  for (const auto& row : rows) {
+    const auto outcome = parsed(row.document);
+    EXPECT_FALSE(outcome.isWellFormed) << row.document;
+    EXPECT_EQ(outcome.tree, row.tree) << row.document;
+  }
+}
+
+TEST(Parser, failsByNameBelowAnEmptyDocument) {
+  const auto root = XML::parse("");
+  EXPECT_EQ(root.name(), "XML.Parser.AbstructedDocumentRoot");
+  EXPECT_THAT(root.element()->childElements, IsEmpty());
+  EXPECT_EQ(root["VAST"].error()->description(), "VAST not found.");
+}
+
+TEST(Parser, linksChildrenToTheirParents) {
+  const auto root = XML::parse("<a><b/></a>");
+  const auto b = root[{"a", "b"}].element();
+  EXPECT_EQ(b->parentElement.lock(), root["a"].element());
+  EXPECT_EQ(root.element()->parentElement.lock(), nullptr);
+}
+
+TEST(Parser, trimsTextWhenAnElementEnds) {
+  const auto root = XML::parse("<a>\n <b> \u00A0x y\u2028 </b><c> </c><d/></a>",
+                               NSCharacterSet::whitespaceAndNewlineCharacterSet())["a"];
+  EXPECT_EQ(root.text(), "");
+  EXPECT_EQ(root["b"].text(), "x y");
+  EXPECT_EQ(root["c"].text(), "");
+  EXPECT_EQ(root["d"].text(), std::nullopt);
+  EXPECT_EQ(XML::parse("<a>-é1.é-</a>", NSCharacterSet::characterSetWithCharactersInString("é-"))["a"].text(), "1.");
+}
+
+TEST(Parser, readsTheEncodingThatTheDocumentNames) {
+  const std::string document = "<a b='1'>text</a>";
+  const struct {
+    const char* name;
+    std::string bytes, tree;
+  } rows[] = {
+      {"UTF-8 mark", "\xEF\xBB\xBF" + document, "a b=1 \"text\""},
+      {"UTF-16 little", utf16(document, true), "a b=1 \"text\""},
+      {"UTF-16 big", utf16(document, false), "a b=1 \"text\""},
+      {"UTF-16 declared, no mark", utf16("<?xml version='1.0' encoding='UTF-16LE'?>" + document, true, false),
+       "a b=1 \"text\""},
+      {"Latin-1 declared", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9</a>", "a \"é\""},
+      {"Windows-1252 declared", "<?xml version='1.0' encoding='windows-1252'?><a>\x80</a>", "a \"€\""},
+  };
+  for (const auto& row : rows) {
+    const auto outcome = parsed(row.bytes);
+    EXPECT_TRUE(outcome.isWellFormed) << row.name;
+    EXPECT_EQ(outcome.tree, row.tree) << row.name;
+  }
+}
+
+TEST(Parser, refusesTextThatIsNotUtf8) {
+  for (const auto* text :
+       {"<a>\xFF</a>", "<a>\xC0\xAF</a>", "<a>\xED\xA0\x80</a>", "<a>\xF4\x90\x80\x80</a>", "\xC3"}) {
+    try {
+      XML::parse(text);
+      ADD_FAILURE() << text;
+    } catch (const XMLError& error) {
+      EXPECT_EQ(error, XMLError::parseError());
+      EXPECT_STREQ(error.what(), "parseError");
+    }
+  }
+  EXPECT_EQ(XML::parse("<a>€𝄞é</a>")["a"].text(), "€𝄞é");
+}
