@@ -13,7 +13,9 @@ __extension__ using Wide = __int128;
 constexpr Wide valueMax = std::numeric_limits<std::int64_t>::max();
 constexpr Wide valueMin = std::numeric_limits<std::int64_t>::min();
 
-bool fits(Wide value) { return value >= valueMin && value <= valueMax; }
+bool fits(Wide value) {
+  return value >= valueMin && value <= valueMax;
+}
 
 // numerator / denominator to the nearest integer, halves away from zero.
 Wide divideRounded(Wide numerator, Wide denominator, bool& rounded) {
@@ -44,15 +46,25 @@ int rank(const CMTime& time) {
   if (time.flags & kCMTimeFlags_Indefinite) return 3;
   if (time.flags & kCMTimeFlags_PositiveInfinity) return 2;
   if (time.flags & kCMTimeFlags_NegativeInfinity) return 0;
-  return 1;
+  return time.timescale > 0 ? 1 : 4;
 }
 
-CMTime negated(const CMTime& time) {
+CMTime opposite(const CMTime& time) {
   if (time.flags & kCMTimeFlags_PositiveInfinity) return kCMTimeNegativeInfinity;
   if (time.flags & kCMTimeFlags_NegativeInfinity) return kCMTimePositiveInfinity;
-  CMTime result = time;
-  if (CMTIME_IS_NUMERIC(time)) result.value = time.value == valueMin ? static_cast<std::int64_t>(valueMax) : -time.value;
-  return result;
+  return time;
+}
+
+// left + sign * right for numeric times.
+CMTime sum(const CMTime& left, const CMTime& right, int sign) {
+  const Wide divisor = std::gcd(left.timescale, right.timescale);
+  const Wide common = static_cast<Wide>(left.timescale) * right.timescale / divisor;
+  const Wide numerator = static_cast<Wide>(left.value) * (right.timescale / divisor) +
+                         static_cast<Wide>(right.value) * (left.timescale / divisor) * sign;
+  const std::int32_t timescale = common <= std::numeric_limits<std::int32_t>::max()
+                                     ? static_cast<std::int32_t>(common)
+                                     : std::max(left.timescale, right.timescale);
+  return makeRounded(numerator, common, timescale, CMTIME_HAS_BEEN_ROUNDED(left) || CMTIME_HAS_BEEN_ROUNDED(right));
 }
 
 }  // namespace
@@ -100,32 +112,26 @@ CMTime CMTimeAdd(const CMTime& left, const CMTime& right) {
   const int leftRank = rank(left), rightRank = rank(right);
   if (leftRank == 4 || rightRank == 4) return kCMTimeInvalid;
   if (leftRank == 3 || rightRank == 3) return kCMTimeIndefinite;
-  if (leftRank != 1 || rightRank != 1) {
-    if (leftRank == 1) return right;
-    if (rightRank == 1 || leftRank == rightRank) return left;
-    return kCMTimeInvalid;
-  }
-  const std::int64_t common = std::lcm<std::int64_t, std::int64_t>(left.timescale, right.timescale);
-  const std::int32_t timescale = common <= std::numeric_limits<std::int32_t>::max()
-                                     ? static_cast<std::int32_t>(common)
-                                     : std::max(left.timescale, right.timescale);
-  const Wide denominator = static_cast<Wide>(left.timescale) * right.timescale;
-  const Wide numerator =
-      static_cast<Wide>(left.value) * right.timescale + static_cast<Wide>(right.value) * left.timescale;
-  const Wide divisor = denominator / std::gcd(left.timescale, right.timescale);  // the lcm again, as a wide integer
-  const Wide reduced = numerator / (denominator / divisor);
-  return makeRounded(reduced, divisor, timescale, CMTIME_HAS_BEEN_ROUNDED(left) || CMTIME_HAS_BEEN_ROUNDED(right));
+  if (leftRank == 1 && rightRank == 1) return sum(left, right, 1);
+  if (leftRank == 1) return right;
+  if (rightRank == 1 || leftRank == rightRank) return left;
+  return kCMTimeInvalid;
 }
 
-CMTime CMTimeSubtract(const CMTime& left, const CMTime& right) { return CMTimeAdd(left, negated(right)); }
+CMTime CMTimeSubtract(const CMTime& left, const CMTime& right) {
+  if (rank(left) == 1 && rank(right) == 1) return sum(left, right, -1);
+  return CMTimeAdd(left, opposite(right));
+}
 
 CMTime CMTimeConvertScale(const CMTime& time, std::int32_t timescale) {
-  if (!CMTIME_IS_NUMERIC(time)) return time;
+  if (rank(time) != 1) return time;
   if (timescale <= 0) return kCMTimeInvalid;
   return makeRounded(time.value, time.timescale, timescale, CMTIME_HAS_BEEN_ROUNDED(time));
 }
 
-CMTime CMTimeRangeGetEnd(const CMTimeRange& range) { return CMTimeAdd(range.start, range.duration); }
+CMTime CMTimeRangeGetEnd(const CMTimeRange& range) {
+  return CMTimeAdd(range.start, range.duration);
+}
 
 std::string CMTimeDescription(const CMTime& time) {
   switch (rank(time)) {

@@ -36,16 +36,16 @@ RunLoop::TimerToken PlainRunLoop::schedule(Duration delay, Block block) {
   TimerToken token;
   {
     std::lock_guard lock(mutex_);
-    token = ++lastToken_;
-    timers_.emplace(std::pair(now() + std::max(delay, Duration::zero()), token), std::move(block));
+    token = timers_.add(now() + std::max(delay, Duration::zero()), std::move(block));
   }
   wake_.notify_one();
   return token;
 }
 
 void PlainRunLoop::cancel(TimerToken token) {
+  Block cancelled;  // goes without the lock
   std::lock_guard lock(mutex_);
-  std::erase_if(timers_, [token](const auto& timer) { return timer.first.second == token; });
+  cancelled = timers_.take(token);
 }
 
 bool PlainRunLoop::turn(std::optional<Duration> deadline) {
@@ -53,18 +53,15 @@ bool PlainRunLoop::turn(std::optional<Duration> deadline) {
   {
     std::unique_lock lock(mutex_);
     for (;;) {
-      if (stopped_) return true;
+      if (!deadline && std::exchange(stopped_, false)) return false;
       const Duration time = now();
-      const Duration timerDue = timers_.empty() ? Duration::max() : timers_.begin()->first.first;
+      const Duration timerDue = timers_.next().value_or(Duration::max());
       if (!posted_.empty() && posted_.front().first <= timerDue) {
         block = std::move(posted_.front().second);
         posted_.pop_front();
         break;
       }
-      if (timerDue <= time) {
-        block = std::move(timers_.extract(timers_.begin()).mapped());
-        break;
-      }
+      if ((block = timers_.takeDue(time))) break;
       if (deadline && *deadline <= time) return false;
       const Duration until = std::min(deadline.value_or(Duration::max()), timerDue);
       if (until == Duration::max()) {
@@ -79,15 +76,8 @@ bool PlainRunLoop::turn(std::optional<Duration> deadline) {
 }
 
 void PlainRunLoop::run() {
-  for (;;) {
-    {
-      std::lock_guard lock(mutex_);
-      if (stopped_) break;
-    }
-    turn(std::nullopt);
+  while (turn(std::nullopt)) {
   }
-  std::lock_guard lock(mutex_);
-  stopped_ = false;
 }
 
 void PlainRunLoop::stop() {
@@ -99,9 +89,12 @@ void PlainRunLoop::stop() {
 }
 
 bool PlainRunLoop::runUntil(const std::function<bool()>& done, Duration bound) {
+  constexpr Duration askAgain = std::chrono::milliseconds(10);
   const Duration deadline = now() + bound;
   while (!done()) {
-    if (!turn(deadline)) return done();
+    const Duration time = now();
+    if (time >= deadline) return false;
+    turn(std::min(deadline, time + askAgain));
   }
   return true;
 }

@@ -2,12 +2,12 @@
 
 #include <condition_variable>
 #include <deque>
-#include <map>
 #include <mutex>
 #include <optional>
 #include <utility>
 
 #include "platform/dispatch/ThreadedRunLoop.h"
+#include "platform/dispatch/TimerQueue.h"
 
 // The run loop of a program without a screen, and of tests that play real media. Real time.
 //
@@ -21,23 +21,24 @@ class YMR_API PlainRunLoop final : public ThreadedRunLoop {
   TimerToken schedule(Duration delay, Block block) override;
   void cancel(TimerToken token) override;
 
-  // Runs turns until stop() is called.
+  // Runs turns until stop() is called; not at all when it was called since the last run.
   void run();
-  // Ends run() after the turn at hand. Any thread.
+  // Ends run(), not runUntil(), after the turn at hand. Any thread.
   void stop();
-  // Runs turns until `done` returns true (asked between turns) or `bound` has passed; returns what `done` last said.
+  // Runs turns until `done` returns true or `bound` has passed; returns what `done` last said. It is asked between
+  // turns, and every few milliseconds when there are none, since it may look at what other threads do.
   bool runUntil(const std::function<bool()>& done, Duration bound);
 
  private:
   // Lets go of the blocks that wait, with what they own.
   void drop();
-  // Runs what is due; waits at most until `deadline` when nothing is. Returns false at the deadline.
+  // Runs one block that is due, after waiting for one at most until `deadline`, or, without one, until stop(). False
+  // when nothing was run.
   bool turn(std::optional<Duration> deadline);
 
   std::mutex mutex_;
   std::condition_variable wake_;
   std::deque<std::pair<Duration, Block>> posted_;  // with the time of posting: older than a due timer goes first
-  std::map<std::pair<Duration, TimerToken>, Block> timers_;
-  TimerToken lastToken_ = 0;
+  TimerQueue timers_;
   bool stopped_ = false;
 };

@@ -55,13 +55,13 @@ void VirtualRunLoop::performWork(Block block) {
 
 RunLoop::TimerToken VirtualRunLoop::schedule(Duration delay, Block block) {
   std::lock_guard lock(mutex_);
-  timers_.emplace(std::pair(now_ + std::max(delay, Duration::zero()), ++lastToken_), std::move(block));
-  return lastToken_;
+  return timers_.add(now_ + std::max(delay, Duration::zero()), std::move(block));
 }
 
 void VirtualRunLoop::cancel(TimerToken token) {
+  Block cancelled;  // goes without the lock
   std::lock_guard lock(mutex_);
-  std::erase_if(timers_, [token](const auto& timer) { return timer.first.second == token; });
+  cancelled = timers_.take(token);
 }
 
 void VirtualRunLoop::run(Turn turn) {
@@ -78,8 +78,8 @@ bool VirtualRunLoop::turn() {
     if (!turns_.empty()) {
       next = std::move(turns_.front());
       turns_.pop_front();
-    } else if (!timers_.empty() && timers_.begin()->first.first <= now_) {
-      next = {std::move(timers_.extract(timers_.begin()).mapped()), false};
+    } else if (Block due = timers_.takeDue(now_)) {
+      next = {std::move(due), false};
     } else {
       return false;
     }
@@ -113,13 +113,13 @@ bool VirtualRunLoop::advanceUntil(const std::function<bool()>& done, Duration bo
   const Duration end = now() + bound;
   while (!done()) {
     if (turn()) continue;
-    Duration next;
+    std::optional<Duration> next;
     {
       std::lock_guard lock(mutex_);
-      if (timers_.empty() || timers_.begin()->first.first > end) return false;
-      next = timers_.begin()->first.first;
+      next = timers_.next();
     }
-    moveTo(next);
+    if (!next || *next > end) return false;
+    moveTo(*next);
   }
   return true;
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <deque>
-#include <map>
 #include <mutex>
 
 #include "platform/dispatch/RunLoop.h"
+#include "platform/dispatch/TimerQueue.h"
 
 // The run loop of tests: time stands still until the test moves it, and nothing runs until the test asks.
 //
@@ -52,9 +52,8 @@ class YMR_API VirtualRunLoop final : public RunLoop {
 
   mutable std::mutex mutex_;
   std::deque<Turn> turns_;
-  std::map<std::pair<Duration, TimerToken>, Block> timers_;
+  TimerQueue timers_;
   std::function<void()> timeMoved_;
   Duration now_;
-  TimerToken lastToken_ = 0;
   bool inWork_ = false;
 };

@@ -2,10 +2,6 @@
 
 #include "platform/dispatch/BlockedSignals.h"
 
-namespace {
-thread_local bool onWorkerThread = false;
-}
-
 void WorkerPool::stop() {
   std::deque<std::function<void()>> dropped;  // what they own goes without the lock
   {
@@ -29,12 +25,7 @@ void WorkerPool::run(std::function<void()> block) {
   wake_.notify_one();
 }
 
-bool WorkerPool::isWorkerThread() {
-  return onWorkerThread;
-}
-
 void WorkerPool::work() {
-  onWorkerThread = true;
   std::unique_lock lock(mutex_);
   for (;;) {
     ++idle_;

@@ -19,8 +19,6 @@ class WorkerPool {
   ~WorkerPool() { stop(); }
   void run(std::function<void()> block);
   void stop();
-  // True on a thread of any pool.
-  static bool isWorkerThread();
 
  private:
   void work();

@@ -1,6 +1,7 @@
 #include "platform/foundation/NSTimer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 
@@ -33,14 +34,16 @@ void NSTimer::arm(const std::shared_ptr<State>& state) {
   state->token = loop.schedule(state->due - loop.now(), [weak = std::weak_ptr(state)] {
     const auto alive = weak.lock();
     if (!alive || !alive->valid) return;
+    std::function<void()> block;  // taken out of the timer, which the block may let go of
     if (alive->repeats) {
+      block = alive->block;
       const auto missed = (RunLoop::main().now() - alive->due) / alive->interval;
       alive->due += (missed + 1) * alive->interval;
       arm(alive);
     } else {
+      block = std::exchange(alive->block, nullptr);
       alive->valid = false;
     }
-    const auto block = alive->block;  // the block may let go of the timer
     block();
   });
 }

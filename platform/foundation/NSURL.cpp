@@ -23,7 +23,11 @@ std::optional<std::string> part(CURLU* handle, CURLUPart which, unsigned flags =
   return result;
 }
 
-constexpr unsigned parseFlags = CURLU_NON_SUPPORT_SCHEME;
+std::string lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
 
 bool hasControlOrSpace(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](unsigned char c) { return c <= 0x20 || c == 0x7f; });
@@ -34,34 +38,22 @@ bool hasControlOrSpace(std::string_view text) {
 std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
   if (text.empty() || hasControlOrSpace(text)) return std::nullopt;
   const Handle handle = makeHandle();
-  if (!handle || curl_url_set(handle.get(), CURLUPART_URL, std::string(text).c_str(), parseFlags) != CURLUE_OK) {
+  if (!handle || curl_url_set(handle.get(), CURLUPART_URL, std::string(text).c_str(), CURLU_NON_SUPPORT_SCHEME)) {
     return std::nullopt;
   }
   NSURL url;
+  url.host_ = lowered(part(handle.get(), CURLUPART_HOST).value_or(""));
+  if (!url.host_.empty() && curl_url_set(handle.get(), CURLUPART_HOST, url.host_.c_str(), 0)) return std::nullopt;
   auto whole = part(handle.get(), CURLUPART_URL);
   auto scheme = part(handle.get(), CURLUPART_SCHEME);
   if (!whole || !scheme) return std::nullopt;
   url.text_ = std::move(*whole);
-  url.scheme_ = std::move(*scheme);
-  std::transform(url.scheme_.begin(), url.scheme_.end(), url.scheme_.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  url.host_ = part(handle.get(), CURLUPART_HOST).value_or("");
+  url.scheme_ = lowered(std::move(*scheme));
   if (url.host_.size() > 2 && url.host_.front() == '[') url.host_ = url.host_.substr(1, url.host_.size() - 2);
   // A path whose escapes do not decode (an encoded NUL) stays as it was written.
   url.path_ =
       part(handle.get(), CURLUPART_PATH, CURLU_URLDECODE).value_or(part(handle.get(), CURLUPART_PATH).value_or(""));
   return url;
-}
-
-std::optional<NSURL> NSURL::URLWithString(std::string_view text, const NSURL& base) {
-  if (hasControlOrSpace(text)) return std::nullopt;
-  const Handle handle = makeHandle();
-  if (!handle || curl_url_set(handle.get(), CURLUPART_URL, base.text_.c_str(), parseFlags) != CURLUE_OK ||
-      curl_url_set(handle.get(), CURLUPART_URL, std::string(text).c_str(), parseFlags) != CURLUE_OK) {
-    return std::nullopt;
-  }
-  const auto whole = part(handle.get(), CURLUPART_URL);
-  return whole ? URLWithString(*whole) : std::nullopt;
 }
 
 NSURL NSURL::fileURLWithPath(std::string_view path) {
@@ -94,8 +86,5 @@ std::string NSURL::pathExtension() const {
   const auto slash = path_.rfind('/');
   const auto dot = path_.rfind('.');
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash + 2)) return "";
-  std::string extension = path_.substr(dot + 1);
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return extension;
+  return lowered(path_.substr(dot + 1));
 }

@@ -291,7 +291,7 @@ TEST(LoaderLifetime, aLoaderThatGoesCancelsWhatItFetches) {
   EXPECT_EQ(codes, std::vector<int>(40, NSURLErrorCancelled));
 }
 
-TEST(LoaderLifetime, aRunLoopThatGoesLeavesNobodyToTell) {
+TEST(LoaderLifetime, runLoopsMayGoWhileAnswersArrive) {
   HTTPServer server;
   server.on("/", "answer");
   CurlURLLoader loader;
@@ -299,8 +299,7 @@ TEST(LoaderLifetime, aRunLoopThatGoesLeavesNobodyToTell) {
   const std::weak_ptr<int> weak = owned;
   for (int round = 0; round < 50; ++round) {
     PlainRunLoop loop;
-    loader.load(URLRequest{*NSURL::URLWithString(server.url("/"))}, dispatch_get_main_queue(),
-                [owned](URLResponse) { FAIL() << "nobody runs the loop"; });
+    loader.load(URLRequest{*NSURL::URLWithString(server.url("/"))}, dispatch_get_main_queue(), [owned](URLResponse) {});
     if (round % 2) server.waitForRequests(static_cast<std::size_t>(round), 1s);
   }
   server.stop();

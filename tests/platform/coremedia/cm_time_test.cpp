@@ -1,0 +1,185 @@
+#include "platform/coremedia/CMTime.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace {
+
+constexpr std::int64_t valueMax = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t valueMin = std::numeric_limits<std::int64_t>::min();
+constexpr std::int32_t scaleMax = std::numeric_limits<std::int32_t>::max();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+// Value, timescale and kind, and whether it was rounded: equality of times would hide all of them.
+std::string parts(const CMTime& time) {
+  if (!CMTIME_IS_NUMERIC(time)) return CMTimeDescription(time);
+  return std::to_string(time.value) + "/" + std::to_string(time.timescale) +
+         (CMTIME_HAS_BEEN_ROUNDED(time) ? " rounded" : "");
+}
+
+const CMTime rounded{1, 3, kCMTimeFlags_Valid | kCMTimeFlags_HasBeenRounded, 0};
+
+// --- Making times --------------------------------------------------------------------------------------------------
+
+TEST(CMTimeTest, whatWasNeverSetIsInvalid) {
+  const CMTime never;
+  EXPECT_TRUE(CMTIME_IS_INVALID(never));
+  EXPECT_FALSE(CMTIME_IS_NUMERIC(never));
+  EXPECT_FALSE(CMTIME_IS_INDEFINITE(CMTime{0, 0, kCMTimeFlags_Indefinite, 0})) << "indefinite without the valid flag";
+  EXPECT_EQ(parts(CMTimeMake(1, 0)), "invalid");
+  EXPECT_EQ(parts(CMTimeMake(1, -600)), "invalid");
+}
+
+TEST(CMTimeTest, secondsAreRoundedToTheNearestUnitAndFlaggedWhenThatChangesThem) {
+  const struct {
+    double seconds;
+    std::int32_t timescale;
+    const char* expected;
+  } rows[] = {
+      {0, 600, "0/600"},
+      {1.5, 600, "900/600"},
+      {-1.5, 600, "-900/600"},
+      {1.0 / 3, 600, "200/600"},  // the double nearest to a third is what 200/600 gives back
+      {0.5, 1, "1/1 rounded"},
+      {-0.5, 1, "-1/1 rounded"},
+      {2.49, 1, "2/1 rounded"},
+      {10.9999, 1, "11/1 rounded"},
+      {0.0008, 600, "0/600 rounded"},
+      {1e10, 2'000'000'000, "5000000000000000000/500000000"},  // too large until the timescale is halved twice
+      {std::nan(""), 600, "invalid"},
+      {1, 0, "invalid"},
+      {1, -1, "invalid"},
+      {infinity, 600, "+infinity"},
+      {-infinity, 600, "-infinity"},
+      {1e300, 600, "+infinity"},
+      {-1e300, 600, "-infinity"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.seconds);
+    EXPECT_EQ(parts(CMTimeMakeWithSeconds(row.seconds, row.timescale)), row.expected);
+  }
+}
+
+TEST(CMTimeTest, secondsOfEveryKind) {
+  EXPECT_DOUBLE_EQ(CMTimeGetSeconds(CMTimeMake(1001, 30000)), 1001.0 / 30000);
+  EXPECT_TRUE(std::isnan(CMTimeGetSeconds(kCMTimeInvalid)));
+  EXPECT_TRUE(std::isnan(CMTimeGetSeconds(kCMTimeIndefinite)));
+  EXPECT_EQ(CMTimeGetSeconds(kCMTimePositiveInfinity), infinity);
+  EXPECT_EQ(CMTimeGetSeconds(kCMTimeNegativeInfinity), -infinity);
+  EXPECT_TRUE(std::isnan(CMTimeGetSeconds(CMTime{5, 0, kCMTimeFlags_Valid, 0}))) << "a timescale of 0 divides nothing";
+}
+
+TEST(CMTimeTest, describesItselfForMessages) {
+  EXPECT_EQ(CMTimeDescription(CMTimeMake(3, 2)), "3/2 = 1.500");
+  EXPECT_EQ(CMTimeDescription(kCMTimeIndefinite), "indefinite");
+  EXPECT_EQ(CMTimeDescription(kCMTimePositiveInfinity), "+infinity");
+}
+
+// --- Order ---------------------------------------------------------------------------------------------------------
+
+TEST(CMTimeTest, theOrderIsTotalOverEveryPairOfKinds) {
+  const std::vector<std::vector<CMTime>> ascending = {
+      {kCMTimeNegativeInfinity},
+      {CMTimeMake(valueMin, 1)},
+      {CMTimeMake(-1, 1), CMTimeMake(-600, 600)},
+      {kCMTimeZero, CMTimeMake(0, 90000)},
+      {CMTimeMake(1, 3), rounded, CMTimeMake(200, 600)},
+      {CMTimeMake(33333334, 100000000)},
+      {CMTimeMake(valueMax - 1, scaleMax)},  // as doubles these two are equal
+      {CMTimeMake(valueMax, scaleMax)},
+      {CMTimeMake(valueMax, 1)},
+      {kCMTimePositiveInfinity},
+      {kCMTimeIndefinite},
+      {kCMTimeInvalid, CMTime{7, 600, 0, 0}},
+  };
+  for (std::size_t i = 0; i < ascending.size(); ++i) {
+    for (std::size_t j = 0; j < ascending.size(); ++j) {
+      for (const CMTime& left : ascending[i]) {
+        for (const CMTime& right : ascending[j]) {
+          const int expected = i < j ? -1 : i > j ? 1 : 0;
+          EXPECT_EQ(CMTimeCompare(left, right), expected) << parts(left) << " and " << parts(right);
+          EXPECT_EQ(left == right, expected == 0);
+          EXPECT_EQ(left < right, expected < 0);
+        }
+      }
+    }
+  }
+}
+
+// --- Arithmetic ----------------------------------------------------------------------------------------------------
+
+TEST(CMTimeTest, aRuleForEveryPairOfKindsInSumAndDifference) {
+  const CMTime kinds[] = {kCMTimeNegativeInfinity, CMTimeMake(2, 1), kCMTimePositiveInfinity, kCMTimeIndefinite,
+                          kCMTimeInvalid};
+  const char* sums[5][5] = {
+      {"-infinity", "-infinity", "invalid", "indefinite", "invalid"},
+      {"-infinity", "4/1", "+infinity", "indefinite", "invalid"},
+      {"invalid", "+infinity", "+infinity", "indefinite", "invalid"},
+      {"indefinite", "indefinite", "indefinite", "indefinite", "invalid"},
+      {"invalid", "invalid", "invalid", "invalid", "invalid"},
+  };
+  const char* differences[5][5] = {
+      {"invalid", "-infinity", "-infinity", "indefinite", "invalid"},
+      {"+infinity", "0/1", "-infinity", "indefinite", "invalid"},
+      {"+infinity", "+infinity", "invalid", "indefinite", "invalid"},
+      {"indefinite", "indefinite", "indefinite", "indefinite", "invalid"},
+      {"invalid", "invalid", "invalid", "invalid", "invalid"},
+  };
+  for (int i = 0; i < 5; ++i) {
+    for (int j = 0; j < 5; ++j) {
+      EXPECT_EQ(parts(CMTimeAdd(kinds[i], kinds[j])), sums[i][j]) << parts(kinds[i]) << " + " << parts(kinds[j]);
+      EXPECT_EQ(parts(CMTimeSubtract(kinds[i], kinds[j])), differences[i][j])
+          << parts(kinds[i]) << " - " << parts(kinds[j]);
+    }
+  }
+}
+
+TEST(CMTimeTest, sumsAreExactAtTheSmallestCommonTimescale) {
+  const struct {
+    CMTime left, right;
+    const char* sum;
+    const char* difference;
+  } rows[] = {
+      {CMTimeMake(1, 2), CMTimeMake(1, 3), "5/6", "1/6"},
+      {CMTimeMake(1, 600), CMTimeMake(1, 1000), "8/3000", "2/3000"},
+      {CMTimeMake(-7, 10), CMTimeMake(7, 10), "0/10", "-14/10"},
+      {rounded, CMTimeMake(1, 3), "2/3 rounded", "0/3 rounded"},
+      // No common timescale in 32 bits: the larger one, and rounded.
+      {CMTimeMake(1, scaleMax), CMTimeMake(1, scaleMax - 1), "2/2147483647 rounded", "0/2147483647 rounded"},
+      {CMTimeMake(valueMax, 1), CMTimeMake(1, 1), "+infinity", "9223372036854775806/1"},
+      {CMTimeMake(valueMin, 1), CMTimeMake(1, 1), "-9223372036854775807/1", "-infinity"},
+      {CMTimeMake(0, 1), CMTimeMake(valueMin, 1), "-9223372036854775808/1", "+infinity"},
+      {CMTimeMake(-1, 1), CMTimeMake(valueMin, 1), "-infinity", "9223372036854775807/1"},
+      // Too large for the timescale: halved until it fits.
+      {CMTimeMake(valueMax, 1000), CMTimeMake(valueMax, 1000), "9223372036854775807/500", "0/1000"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(parts(row.left) + " and " + parts(row.right));
+    EXPECT_EQ(parts(CMTimeAdd(row.left, row.right)), row.sum);
+    EXPECT_EQ(parts(CMTimeSubtract(row.left, row.right)), row.difference);
+  }
+}
+
+TEST(CMTimeTest, convertsBetweenTimescales) {
+  const struct {
+    CMTime time;
+    std::int32_t timescale;
+    const char* expected;
+  } rows[] = {
+      {CMTimeMake(3, 2), 600, "900/600"},
+      {CMTimeMake(1, 600), 1, "0/1 rounded"},
+      {CMTimeMake(-3, 2), 1, "-2/1 rounded"},
+      {CMTimeMake(3, 2), 0, "invalid"},
+      {CMTimeMake(valueMax, 1), 2, "9223372036854775807/1"},
+      {kCMTimeIndefinite, 600, "indefinite"},
+      {kCMTimeNegativeInfinity, 0, "-infinity"},
+      {CMTime{5, 0, kCMTimeFlags_Valid, 0}, 600, "5/0"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(parts(CMTimeConvertScale(row.time, row.timescale)), row.expected);
+  EXPECT_EQ(parts(CMTimeRangeGetEnd({CMTimeMake(1, 2), CMTimeMake(1, 4)})), "3/4");
+}
+
+}  // namespace

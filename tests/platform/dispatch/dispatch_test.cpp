@@ -1,0 +1,145 @@
+#include "platform/dispatch/Dispatch.h"
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+
+#include "tests/platform/dispatch/loop_forms.h"
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+namespace {
+
+TYPED_TEST(OnEveryLoop, theMainQueueRunsItsBlocksOnTheLoopLaterAndInOrder) {
+  std::vector<int> order;
+  for (int i = 0; i < 3; ++i) {
+    dispatch_async(dispatch_get_main_queue(), [&, i] {
+      EXPECT_TRUE(this->loop.isCurrent());
+      order.push_back(i);
+    });
+  }
+  EXPECT_TRUE(order.empty());
+  this->runUntil([&] { return order.size() == 3; });
+  EXPECT_THAT(order, ElementsAre(0, 1, 2));
+}
+
+TYPED_TEST(OnEveryLoop, aSerialQueueRunsOneBlockAtATimeInOrderOffTheLoop) {
+  const auto queue = dispatch_queue_create("test");
+  std::vector<int> order;  // without a lock: the queue is one
+  std::atomic<int> inside{0}, overlaps{0}, onLoop{0};
+  std::atomic<bool> done{false};
+  for (int i = 0; i < 300; ++i) {
+    dispatch_async(queue, [&, i] {
+      overlaps += ++inside != 1;
+      onLoop += this->loop.isCurrent();
+      order.push_back(i);
+      --inside;
+      done = i == 299;
+    });
+  }
+  this->runUntil([&] { return done.load(); });
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+  EXPECT_EQ(order.size(), 300u);
+  EXPECT_EQ(overlaps, 0);
+  EXPECT_EQ(onLoop, 0);
+}
+
+TYPED_TEST(OnEveryLoop, aSerialQueueOutlivesItsHolderUntilItsBlocksHaveRun) {
+  std::atomic<int> ran{0};
+  {
+    const auto queue = dispatch_queue_create("test");
+    for (int i = 0; i < 3; ++i) dispatch_async(queue, [&] { ++ran; });
+  }
+  this->runUntil([&] { return ran == 3; });
+}
+
+TYPED_TEST(OnEveryLoop, aDelayedBlockReachesItsQueueWhenItsTimeHasCome) {
+  const auto began = this->loop.now();
+  std::atomic<bool> came{false};
+  bool onMain = false;
+  dispatch_after(30ms, dispatch_get_main_queue(), [&] { onMain = this->loop.isCurrent(); });
+  dispatch_after(60ms, dispatch_queue_create("test"), [&] { came = !this->loop.isCurrent(); });
+  this->runUntil([&] { return came.load(); });
+  EXPECT_TRUE(onMain);
+  EXPECT_GE(this->loop.now() - began, 60ms);
+}
+
+TYPED_TEST(OnEveryLoop, aGroupNotifiesWhenEverythingThatEnteredHasLeft) {
+  const auto group = dispatch_group_create();
+  std::atomic<int> left{0};
+  int leftWhenNotified = -1;
+  for (int i = 0; i < 4; ++i) dispatch_group_async(group, dispatch_get_global_queue(), [&] { ++left; });
+  dispatch_group_enter(group);
+  dispatch_group_notify(group, dispatch_get_main_queue(), [&] { leftWhenNotified = left; });
+  dispatch_after(20ms, dispatch_get_main_queue(), [&] {
+    EXPECT_EQ(leftWhenNotified, -1) << "notified while somebody was inside";
+    ++left;
+    dispatch_group_leave(group);
+  });
+  this->runUntil([&] { return leftWhenNotified >= 0; });
+  EXPECT_EQ(leftWhenNotified, 5);
+}
+
+TYPED_TEST(OnEveryLoop, anEmptyGroupNotifiesAtOnceAndDoesNotHoldAWaiterUp) {
+  const auto group = dispatch_group_create();
+  dispatch_group_wait(group);
+  bool notified = false;
+  dispatch_group_notify(group, dispatch_get_main_queue(), [&] { notified = true; });
+  EXPECT_FALSE(notified) << "not inside the call";
+  this->runUntil([&] { return notified; });
+  EXPECT_THROW(dispatch_group_leave(group), std::logic_error);
+}
+
+TYPED_TEST(OnEveryLoop, aWorkQueueMayWaitForAGroupOfFurtherWork) {
+  // The shape of an ad request: work that waits for work, several at once.
+  std::atomic<int> finished{0};
+  for (int i = 0; i < 8; ++i) {
+    dispatch_async(dispatch_get_global_queue(), [&] {
+      const auto group = dispatch_group_create();
+      std::atomic<int> done{0};
+      for (int j = 0; j < 3; ++j) dispatch_group_async(group, dispatch_queue_create("inner"), [&] { ++done; });
+      dispatch_group_wait(group);
+      if (done == 3) ++finished;
+    });
+  }
+  this->runUntil([&] { return finished == 8; });
+}
+
+TEST(GlobalQueue, blocksRunSideBySide) {
+  PlainRunLoop loop;
+  std::atomic<int> inside{0};
+  std::atomic<bool> met{false};
+  for (int i = 0; i < 3; ++i) {
+    dispatch_async(dispatch_get_global_queue(), [&] {
+      ++inside;
+      while (!met) {
+        if (inside == 3) met = true;
+        std::this_thread::yield();
+      }
+    });
+  }
+  EXPECT_TRUE(loop.runUntil([&] { return met.load(); }, 10s));
+  met = true;
+}
+
+TEST(WorkQueues, aLoopThatGoesWaitsForTheBlockAtHandAndDropsTheRest) {
+  std::atomic<int> ended{0};
+  const auto owned = std::make_shared<int>();
+  {
+    PlainRunLoop loop;
+    std::atomic<bool> began{false};
+    const auto queue = dispatch_queue_create("test");
+    dispatch_async(queue, [&] {
+      began = true;
+      for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+      ++ended;
+    });
+    for (int i = 0; i < 100; ++i) dispatch_async(queue, [owned] {});
+    EXPECT_TRUE(loop.runUntil([&] { return began.load(); }, 10s));
+  }
+  EXPECT_EQ(ended, 1);
+  EXPECT_EQ(owned.use_count(), 1) << "blocks that never ran must go";
+}
+
+}  // namespace
