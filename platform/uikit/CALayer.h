@@ -46,10 +46,12 @@ class YMR_API CALayer : public NSObject {
   friend class UIView;
   explicit CALayer(UIView& view);
   void follow();
+  void superlayerDidResize();
 
   std::unique_ptr<QQuickItem> owned_;
   QPointer<QQuickItem> item_;
   std::weak_ptr<CALayer> superlayer_;
   std::vector<std::shared_ptr<CALayer>> sublayers_;
   bool fillsSuperlayer_ = false;
+  bool hidden_ = false;
 };

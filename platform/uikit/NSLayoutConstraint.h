@@ -33,7 +33,7 @@ enum NSLayoutRelation {
 // earlier constraint: outer views' first, and each view's in the order of its list.
 //
 // Left out: priorities, leading and trailing, baselines, margins, the visual format.
-class YMR_API NSLayoutConstraint {
+class YMR_API NSLayoutConstraint : public std::enable_shared_from_this<NSLayoutConstraint> {
  public:
   // `second` nil with NotAnAttribute: a width or height that is just the constant.
   static std::shared_ptr<NSLayoutConstraint> constraintWithItem(
@@ -67,5 +67,4 @@ class YMR_API NSLayoutConstraint {
   double multiplier_ = 1;
   double constant_ = 0;
   std::weak_ptr<UIView> holder_;
-  std::weak_ptr<NSLayoutConstraint> self_;
 };

@@ -2,11 +2,11 @@
 
 #include <QObject>
 #include <deque>
-#include <map>
 #include <mutex>
 #include <utility>
 
 #include "platform/dispatch/ThreadedRunLoop.h"
+#include "platform/dispatch/TimerQueue.h"
 
 // The run loop under a screen: turns of Qt's event loop, which the host runs. Real time, timers precise to a
 // millisecond.
@@ -31,14 +31,18 @@ class YMR_API QtRunLoop final : public QObject, public ThreadedRunLoop {
   void timerEvent(QTimerEvent* event) override;
 
  private:
-  // Runs the oldest thing that is due: 0 nothing, 1 a timer, 2 a posted block.
-  int turn();
+  enum class Turn { nothing, timer, block };
+
+  // Runs the oldest thing that is due and tells what it was.
+  Turn turn();
+  // Sets Qt's timer for the earliest of ours.
   void arm();
+  // Lets go of the blocks that wait, with what they own.
+  void drop();
 
   std::mutex mutex_;
   std::deque<std::pair<Duration, Block>> posted_;  // with the time of posting: older than a due timer goes first
-  std::map<std::pair<Duration, TimerToken>, Block> timers_;
-  TimerToken lastToken_ = 0;
+  TimerQueue timers_;
   int timer_ = 0;  // of Qt's, for the earliest of timers_
   Duration armedFor_ = Duration::max();
 };

@@ -4,6 +4,8 @@
 
 #include "platform/Export.h"
 
+class IdleInhibitor;
+
 // No window is to be seen any more, or the system has suspended the program. Object: nil.
 inline constexpr const char* UIApplicationDidEnterBackgroundNotification =
     "UIApplicationDidEnterBackgroundNotification";
@@ -29,7 +31,6 @@ class YMR_API UIApplication {
  private:
   UIApplication();
   ~UIApplication();
-  class IdleInhibitor;
   std::unique_ptr<IdleInhibitor> inhibitor_;
   bool inBackground_ = false;
 };

@@ -47,7 +47,7 @@ class YMR_API UIGestureRecognizer : public std::enable_shared_from_this<UIGestur
   // A press of an allowed type went down or came up.
   virtual void began(UIPressType type) = 0;
   virtual void ended(UIPressType type) = 0;
-  // Enters a state and calls the action; from Ended, Cancelled and Failed it goes back to Possible.
+  // Enters a state and calls the action, except for Possible and Failed; from Ended on it goes back to Possible.
   void enter(UIGestureRecognizerState state);
 
  private:

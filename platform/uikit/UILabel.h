@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/uikit/NSAttributedStringDrawing.h"
 #include "platform/uikit/UIView.h"
 #include "platform/uikit/values/NSAttributedString.h"
 
@@ -64,6 +65,7 @@ class YMR_API UILabel : public UIView {
 
  private:
   void changed();
+  NSStringDrawingContext drawingContext() const;
 
   std::optional<NSAttributedString> text_;  // runs without attributes for a plain text
   UIFont font_ = UIFont::systemFontOfSize(17);

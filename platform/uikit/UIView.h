@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/Export.h"
+#include "platform/dispatch/RunLoop.h"
 #include "platform/uikit/CALayer.h"
 #include "platform/uikit/NSLayoutConstraint.h"
 #include "platform/uikit/UIGestureRecognizer.h"
@@ -16,6 +17,7 @@
 #include "platform/uikit/values/UIColor.h"
 
 class QPainter;
+class UIViewAnimation;
 class UIViewController;
 
 // A rectangle of the screen: an item of Qt Quick's with the platform's manners. Main thread.
@@ -25,8 +27,7 @@ class UIViewController;
 // file has been read. The first view installs a QtRunLoop when the process has no run loop.
 //
 // Kept from the platform: the tree, frames, constraints, layout before the next picture, content drawn once and kept,
-// gesture recognisers and presses. Left out: autoresizing masks, transforms, tint, touches; move and fade a view with
-// Qt's animations of x, y and opacity, which go by the run loop's time.
+// gesture recognisers and presses, animation of alpha. Left out: autoresizing masks, transforms, tint, touches.
 class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UIView> {
   Q_OBJECT
   Q_PROPERTY(QColor backgroundColor READ qmlBackgroundColor WRITE setQmlBackgroundColor)
@@ -56,8 +57,8 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   bool clipsToBounds() const { return clip(); }
   void setClipsToBounds(bool clips) { setClip(clips); }
   // Opacity of the view and all that it holds, 0 to 1.
-  double alpha() const { return opacity(); }
-  void setAlpha(double alpha) { setOpacity(alpha); }
+  double alpha() const { return alpha_; }
+  void setAlpha(double alpha);
   // Clear, as it starts: no background.
   const UIColor& backgroundColor() const { return backgroundColor_; }
   void setBackgroundColor(const UIColor& color);
@@ -122,12 +123,20 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   // Whose view this is; null for one inside.
   UIViewController* viewController() const { return viewController_; }
 
+  // Runs `animations`; what they set of views' alpha is reached over `duration`, slowly at both ends, by the run loop's
+  // time. `completion` (may be empty) runs once, on a later turn: true when every view got there, false when another
+  // setAlpha() or the view's end came between. alpha() is the goal from the start.
+  static void animateWithDuration(RunLoop::Duration duration, const std::function<void()>& animations,
+                                  std::function<void(bool finished)> completion = {});
+
   QColor qmlBackgroundColor() const;
   void setQmlBackgroundColor(const QColor& color);
 
  protected:
   // Whether drawRect() is called. A view that draws costs a texture of its size.
   void setDrawsContent(bool draws);
+  // How far drawing may reach beyond the bounds on every side, in points.
+  void setContentMargin(double margin);
   // Draws the content. Called before the next picture when the size, the screen's density or, after setNeedsDisplay(),
   // the content has changed; what it draws is kept in a texture. `rect` is bounds(). The painter draws in points, with
   // antialiasing, on nothing.
@@ -145,14 +154,14 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
 
  private:
+  friend class NSLayoutConstraint;
+  friend class UIViewAnimation;
   friend class UIViewController;
-  friend class UIPressDelivery;
-  friend class LayoutPass;
 
-  void adoptQmlChildren();
   UIView& root();
   void detach();
   void setNeedsSolving();
+  void layoutTree();
   void draw();
 
   bool hidden_ = false;
@@ -160,10 +169,17 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   bool drawsContent_ = false;
   bool needsDisplay_ = false;
   bool needsLayout_ = true;
-  bool needsSolving_ = false;  // of a root: its tree's constraints
-  bool inLayout_ = false;      // of a root
+  // Of a root, about its tree:
+  bool needsSolving_ = false;
+  bool treeNeedsLayout_ = true;
+  bool inSolving_ = false;
+  bool inLayout_ = false;
+  double alpha_ = 1;
+  std::weak_ptr<UIViewAnimation> animation_;  // that moves the opacity
   UIColor backgroundColor_;
-  QImage content_;  // drawn, and not handed to the scene graph yet
+  QImage content_;
+  bool contentChanged_ = false;  // since the scene graph took it
+  double contentMargin_ = 0;
   std::vector<std::shared_ptr<UIView>> subviews_;
   std::vector<std::shared_ptr<NSLayoutConstraint>> constraints_;
   std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;

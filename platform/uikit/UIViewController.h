@@ -6,6 +6,7 @@
 #include "platform/foundation/NSObject.h"
 #include "platform/uikit/UIView.h"
 
+class UIPresentation;
 class UIWindow;
 
 // Owns a view and what happens in it; shows others over the whole window. Always held by shared_ptr. Main thread.
@@ -55,12 +56,12 @@ class YMR_API UIViewController : public NSObject {
   virtual bool pressesEnded(const UIPress& press);
 
  private:
-  friend class UIView;
   friend class UIWindow;
   friend class UIPressDelivery;
   friend class UIPresentation;
 
   std::shared_ptr<UIView> view_;
+  std::shared_ptr<UIPresentation> presentation_;  // while it is on a window, fades included
   std::shared_ptr<UIViewController> presented_;
   std::weak_ptr<UIViewController> presenting_;
 };

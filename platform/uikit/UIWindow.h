@@ -43,15 +43,16 @@ class YMR_API UIWindow : public QQuickWindow {
   bool sendPress(UIPressType type);
 
  protected:
-  bool event(QEvent* event) override;
-  void resizeEvent(QResizeEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void keyReleaseEvent(QKeyEvent* event) override;
 
  private:
-  void fit();
+  bool deliver(QKeyEvent& event, bool down);
   void tellVisibility();
 
   std::optional<CGSize> requestedSize_;
   std::shared_ptr<UIViewController> root_;
+  bool wasSeen_ = false;
 };
 
 // Decides how the process draws; what the first UIWindow calls. Does nothing when that has been decided. Returns what

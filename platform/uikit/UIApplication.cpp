@@ -1,0 +1,36 @@
+#include "platform/uikit/UIApplication.h"
+
+#include "platform/foundation/MainThread.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "platform/uikit/IdleInhibitor.h"
+
+UIApplication::UIApplication() = default;
+UIApplication::~UIApplication() = default;
+
+// Never destroyed: windows may outlive what is static.
+UIApplication& UIApplication::sharedApplication() {
+  static auto* application = new UIApplication;
+  return *application;
+}
+
+bool UIApplication::isIdleTimerDisabled() const {
+  return inhibitor_ != nullptr;
+}
+
+void UIApplication::setIdleTimerDisabled(bool disabled) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (disabled == isIdleTimerDisabled()) return;
+  inhibitor_ = disabled ? std::make_unique<IdleInhibitor>() : nullptr;
+}
+
+bool UIApplication::isInBackground() const {
+  return inBackground_;
+}
+
+void UIApplication::setVisible(bool visible) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (inBackground_ == !visible) return;
+  inBackground_ = !visible;
+  NSNotificationCenter::defaultCenter().postNotificationName(
+      visible ? UIApplicationDidBecomeActiveNotification : UIApplicationDidEnterBackgroundNotification, nullptr);
+}

@@ -1,0 +1,53 @@
+#include "platform/uikit/UIGestureRecognizer.h"
+
+#include <algorithm>
+
+UIGestureRecognizer::UIGestureRecognizer(Action action) : action_(std::move(action)) {}
+
+UIGestureRecognizer::~UIGestureRecognizer() = default;
+
+void UIGestureRecognizer::setEnabled(bool enabled) {
+  enabled_ = enabled;
+  if (!enabled) reset();
+}
+
+bool UIGestureRecognizer::pressBegan(const UIPress& press) {
+  const bool allowed = enabled_ && std::find(allowedPressTypes_.begin(), allowedPressTypes_.end(), press.type) !=
+                                       allowedPressTypes_.end();
+  if (!allowed) return false;
+  if (!press.isRepeat) {
+    pressed_ = press.type;
+    began(press.type);
+  }
+  return true;
+}
+
+bool UIGestureRecognizer::pressEnded(const UIPress& press) {
+  if (pressed_ != press.type) return false;
+  pressed_.reset();
+  ended(press.type);
+  return true;
+}
+
+void UIGestureRecognizer::reset() {
+  pressed_.reset();
+  if (state_ == UIGestureRecognizerStateBegan || state_ == UIGestureRecognizerStateChanged) {
+    enter(UIGestureRecognizerStateCancelled);
+  }
+}
+
+void UIGestureRecognizer::enter(UIGestureRecognizerState state) {
+  const auto self = weak_from_this().lock();
+  const auto action = action_;
+  state_ = state;
+  if (action && state != UIGestureRecognizerStatePossible && state != UIGestureRecognizerStateFailed) action(*this);
+  if (state_ >= UIGestureRecognizerStateEnded) state_ = UIGestureRecognizerStatePossible;
+}
+
+UITapGestureRecognizer::~UITapGestureRecognizer() = default;
+
+void UITapGestureRecognizer::began(UIPressType) {}
+
+void UITapGestureRecognizer::ended(UIPressType) {
+  enter(UIGestureRecognizerStateEnded);
+}

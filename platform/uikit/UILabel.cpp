@@ -1,0 +1,138 @@
+#include "platform/uikit/UILabel.h"
+
+#include <cmath>
+
+#include "platform/foundation/MainThread.h"
+#include "platform/uikit/NSAttributedStringDrawing.h"
+#include "platform/uikit/QtValues.h"
+#include "platform/uikit/values/UIScreen.h"
+
+UILabel::UILabel(QQuickItem* parent) : UIView(parent) {
+  setDrawsContent(true);
+  setContentMargin(std::ceil(font_.pointSize / 8));
+}
+
+UILabel::UILabel(const CGRect& frame) : UILabel() {
+  setFrame(frame);
+}
+
+UILabel::~UILabel() = default;
+
+void UILabel::changed() {
+  YMR_ASSERT_MAIN_THREAD();
+  if (drawing_) return;
+  setNeedsDisplay();
+  invalidateIntrinsicContentSize();
+}
+
+std::optional<std::string> UILabel::text() const {
+  if (!text_) return std::nullopt;
+  return text_->string();
+}
+
+void UILabel::setText(std::optional<std::string> text) {
+  std::optional<NSAttributedString> plain;
+  if (text) plain.emplace(std::move(*text), NSTextAttributes{});
+  setAttributedText(std::move(plain));
+}
+
+std::optional<NSAttributedString> UILabel::attributedText() const {
+  auto text = text_;
+  if (!text) return text;
+  for (auto& run : text->runs) {
+    if (!run.attributes.font) run.attributes.font = font_;
+    if (!run.attributes.foregroundColor) run.attributes.foregroundColor = textColor_;
+  }
+  return text;
+}
+
+void UILabel::setAttributedText(std::optional<NSAttributedString> text) {
+  if (text_ == text) return;
+  text_ = std::move(text);
+  changed();
+}
+
+void UILabel::setFont(const UIFont& font) {
+  if (font_ == font) return;
+  font_ = font;
+  setContentMargin(std::ceil(font_.pointSize / 8));
+  changed();
+}
+
+void UILabel::setTextColor(const UIColor& color) {
+  if (textColor_ == color) return;
+  textColor_ = color;
+  changed();
+}
+
+void UILabel::setTextAlignment(NSTextAlignment alignment) {
+  if (alignment_ == alignment) return;
+  alignment_ = alignment;
+  changed();
+}
+
+void UILabel::setNumberOfLines(int lines) {
+  if (numberOfLines_ == lines) return;
+  numberOfLines_ = lines;
+  changed();
+}
+
+void UILabel::setPreferredMaxLayoutWidth(double width) {
+  if (preferredMaxLayoutWidth_ == width) return;
+  preferredMaxLayoutWidth_ = width;
+  invalidateIntrinsicContentSize();
+}
+
+NSStringDrawingContext UILabel::drawingContext() const {
+  return {font_, textColor_, alignment_, std::max(0, numberOfLines_)};
+}
+
+CGSize UILabel::intrinsicContentSize() const {
+  if (!text_) return {};
+  double width = preferredMaxLayoutWidth_;
+  if (numberOfLines_ == 1) {
+    width = std::numeric_limits<double>::infinity();
+  } else if (width <= 0) {
+    width = std::floor(UIScreen::mainScreen().bounds().size.width * 0.9);
+  }
+  return sizeOfAttributedString(*text_, width, drawingContext());
+}
+
+double UILabel::intrinsicHeightForWidth(double width) const {
+  return text_ ? sizeOfAttributedString(*text_, width, drawingContext()).height : 0;
+}
+
+void UILabel::drawRect(QPainter& painter, const CGRect& rect) {
+  if (!text_) return;
+  drawing_ = true;
+  drawTextInRect(painter, rect);
+  drawing_ = false;
+}
+
+void UILabel::drawTextInRect(QPainter& painter, const CGRect& rect) {
+  if (text_) drawAttributedString(painter, *text_, rect, drawingContext());
+}
+
+QString UILabel::qmlText() const {
+  return QString::fromStdString(text().value_or(""));
+}
+
+void UILabel::setQmlText(const QString& text) {
+  setText(text.toStdString());
+}
+
+QColor UILabel::qmlTextColor() const {
+  return toQColor(textColor_);
+}
+
+void UILabel::setQmlTextColor(const QColor& color) {
+  setTextColor(toUIColor(color));
+}
+
+void UILabel::setQmlTextAlignment(int alignment) {
+  setTextAlignment(static_cast<NSTextAlignment>(std::clamp(alignment, 0, int(NSTextAlignmentNatural))));
+}
+
+void UILabel::setQmlFontSize(double size) {
+  setFont(font_.fontWithSize(size));
+}

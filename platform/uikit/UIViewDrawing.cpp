@@ -1,0 +1,101 @@
+// Views: background and drawn content.
+#include <QPainter>
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGRectangleNode>
+#include <cmath>
+
+#include "platform/uikit/QtValues.h"
+#include "platform/uikit/UIView.h"
+
+namespace {
+
+// Pixels on a side of drawn content; what is larger is drawn coarser.
+constexpr double maximumSide = 8192;
+
+// What a view puts into the scene: a background below, drawn content above; both may be missing.
+struct ViewNode : QSGNode {
+  QSGRectangleNode* background = nullptr;
+  QSGImageNode* content = nullptr;
+};
+
+}  // namespace
+
+void UIView::setDrawsContent(bool draws) {
+  drawsContent_ = draws;
+  setFlag(ItemHasContents, drawsContent_ || backgroundColor_.alpha > 0);
+  setNeedsDisplay();
+}
+
+void UIView::setContentMargin(double margin) {
+  contentMargin_ = margin;
+}
+
+void UIView::setNeedsDisplay() {
+  if (!drawsContent_) return;
+  needsDisplay_ = true;
+  polish();
+}
+
+void UIView::drawRect(QPainter&, const CGRect&) {}
+
+void UIView::updatePolish() {
+  const auto alive = weak_from_this().lock();
+  layoutIfNeeded();
+  if (needsDisplay_ && isVisible()) draw();
+}
+
+void UIView::draw() {
+  needsDisplay_ = false;
+  contentChanged_ = true;
+  content_ = QImage();
+  update();
+  if (width() < 1 || height() < 1) return;
+  const CGRect rect = bounds();
+  const double across = rect.size.width + 2 * contentMargin_;
+  const double down = rect.size.height + 2 * contentMargin_;
+  const double density =
+      std::min(window() ? window()->effectiveDevicePixelRatio() : 1, maximumSide / std::max(across, down));
+  content_ =
+      QImage(int(std::ceil(across * density)), int(std::ceil(down * density)), QImage::Format_ARGB32_Premultiplied);
+  if (content_.isNull()) return;
+  content_.setDevicePixelRatio(density);
+  content_.fill(Qt::transparent);
+  QPainter painter(&content_);
+  painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
+  painter.translate(contentMargin_, contentMargin_);
+  drawRect(painter, rect);
+}
+
+// On the scene graph's thread, while the main thread waits.
+QSGNode* UIView::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
+  auto* node = static_cast<ViewNode*>(old);
+  if (!node) node = new ViewNode;
+
+  if (backgroundColor_.alpha > 0) {
+    if (!node->background) {
+      node->background = window()->createRectangleNode();
+      node->prependChildNode(node->background);
+    }
+    node->background->setRect(boundingRect());
+    node->background->setColor(toQColor(backgroundColor_));
+  } else {
+    delete std::exchange(node->background, nullptr);
+  }
+
+  if (!content_.isNull() && (contentChanged_ || !node->content)) {
+    if (!node->content) {
+      node->content = window()->createImageNode();
+      node->content->setOwnsTexture(true);
+      node->content->setFiltering(QSGTexture::Linear);
+      node->appendChildNode(node->content);
+    }
+    node->content->setTexture(window()->createTextureFromImage(content_, QQuickWindow::TextureHasAlphaChannel));
+    const QSizeF size = content_.deviceIndependentSize();
+    node->content->setRect(QRectF(-contentMargin_, -contentMargin_, size.width(), size.height()));
+  } else if (content_.isNull()) {
+    delete std::exchange(node->content, nullptr);
+  }
+  contentChanged_ = false;
+  return node;
+}

@@ -1,0 +1,102 @@
+#include "platform/uikit/UIWindow.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QScreen>
+
+#include "platform/foundation/MainThread.h"
+#include "platform/uikit/QtRunLoop.h"
+#include "platform/uikit/UIApplication.h"
+#include "platform/uikit/UIPressDelivery.h"
+#include "platform/uikit/WindowFilling.h"
+
+namespace {
+
+bool isAnyToBeSeen() {
+  const auto state = QGuiApplication::applicationState();
+  if (state == Qt::ApplicationSuspended || state == Qt::ApplicationHidden) return false;
+  for (const QWindow* window : QGuiApplication::topLevelWindows()) {
+    if (window->isVisible() && !(window->windowStates() & Qt::WindowMinimized)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+UIWindow::UIWindow(std::optional<CGSize> size, UIGraphics graphics)
+    : QQuickWindow((UIChooseGraphics(graphics), static_cast<QWindow*>(nullptr))), requestedSize_(size) {
+  QtRunLoop::installIfNeeded();
+  YMR_ASSERT_MAIN_THREAD();
+  setColor(Qt::black);
+  setCursor(Qt::BlankCursor);
+  if (size) {
+    resize(int(size->width), int(size->height));
+  } else if (screen()) {
+    setGeometry(screen()->geometry());
+  }
+  connect(this, &QWindow::visibilityChanged, this, &UIWindow::tellVisibility);
+  connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &UIWindow::tellVisibility);
+}
+
+UIWindow::~UIWindow() {
+  disconnect(this, &QWindow::visibilityChanged, this, nullptr);
+  if (root_ && root_->isViewLoaded()) root_->view()->removeFromSuperview();
+}
+
+void UIWindow::tellVisibility() {
+  wasSeen_ |= isVisible();
+  if (wasSeen_) UIApplication::sharedApplication().setVisible(isAnyToBeSeen());
+}
+
+void UIWindow::setRootViewController(std::shared_ptr<UIViewController> controller) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (root_ == controller) return;
+  if (const auto former = std::exchange(root_, controller)) {
+    former->viewWillDisappear(false);
+    former->view()->removeFromSuperview();
+    former->viewDidDisappear(false);
+  }
+  if (!controller || root_ != controller) return;
+  const auto view = controller->view();
+  fillWindow(*view, *this);
+  controller->viewWillAppear(false);
+  if (const auto first = controller->preferredFirstResponder()) first->becomeFirstResponder();
+  controller->viewDidAppear(false);
+}
+
+void UIWindow::makeKeyAndVisible() {
+  YMR_ASSERT_MAIN_THREAD();
+  requestedSize_ ? show() : showFullScreen();
+  requestActivate();
+}
+
+QImage UIWindow::snapshot() {
+  YMR_ASSERT_MAIN_THREAD();
+  return grabWindow();
+}
+
+bool UIWindow::writeSnapshot(const std::string& path) {
+  return snapshot().save(QString::fromStdString(path), "PNG");
+}
+
+bool UIWindow::sendPress(UIPressType type) {
+  return UIPressSend(*this, type);
+}
+
+// What the host's own items leave goes to the views as a press.
+bool UIWindow::deliver(QKeyEvent& event, bool down) {
+  const auto type = UIPressTypeForKey(event.key());
+  if (!type || (!down && event.isAutoRepeat())) return false;
+  return UIPressDelivery::deliver(UIPressDelivery::firstResponder(*this), {*type, event.isAutoRepeat()},
+                                  down ? UIPressDelivery::Phase::began : UIPressDelivery::Phase::ended);
+}
+
+void UIWindow::keyPressEvent(QKeyEvent* event) {
+  QQuickWindow::keyPressEvent(event);
+  if (!event->isAccepted()) event->setAccepted(deliver(*event, true));
+}
+
+void UIWindow::keyReleaseEvent(QKeyEvent* event) {
+  QQuickWindow::keyReleaseEvent(event);
+  if (!event->isAccepted()) event->setAccepted(deliver(*event, false));
+}
