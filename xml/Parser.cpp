@@ -11,6 +11,9 @@
 
 namespace {
 
+// A tag of four bytes becomes some 300 in memory.
+constexpr std::size_t maximumElements = 1'000'000;
+
 std::string qualifiedName(const xmlChar* localName, const xmlChar* prefix) {
   if (!prefix) return std::string(textOf(localName));
   std::string name(textOf(prefix));
@@ -49,6 +52,7 @@ struct XML::Parser::Events {
   static void elementStarts(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar*,
                             int namespaceCount, const xmlChar** namespaces, int attributeCount, int,
                             const xmlChar** attributes) {
+    if (++parser(context).elementCount_ > maximumElements) XMLParserContext::refuse(context);
     auto element = std::make_shared<Element>(qualifiedName(name, prefix));
     for (int i = 0; i < namespaceCount; ++i, namespaces += 2) {
       element->attributes.insert_or_assign(namespaces[0] ? "xmlns:" + std::string(textOf(namespaces[0])) : "xmlns",

@@ -15,7 +15,8 @@
 //
 // The encoding is the one that a byte order mark or the declaration names, else UTF-8. Nothing outside the bytes is
 // opened, and entities that the document declares itself stand for nothing. A document nested deeper than 256 elements,
-// with a text or attribute of 10 MB, a name of 50,000 bytes, or some 700 attributes in a tag, counts as malformed.
+// with a text or attribute of 10 MB, a name of 50,000 bytes, some 700 attributes in a tag, or more than a million
+// elements, counts as malformed.
 class YMR_API XML::Parser {
  public:
   Parser();
@@ -28,6 +29,8 @@ class YMR_API XML::Parser {
 
   // The artificial root, named "XML.Parser.AbstructedDocumentRoot".
   const std::shared_ptr<Element>& documentRoot() const { return documentRoot_; }
+  // How many elements are below it: what a document costs in memory, some 300 bytes each and their texts.
+  std::size_t elementCount() const { return elementCount_; }
 
  private:
   struct Events;
@@ -35,4 +38,5 @@ class YMR_API XML::Parser {
   std::shared_ptr<Element> documentRoot_;
   std::vector<std::shared_ptr<Element>> stack_;  // the open elements, innermost last
   std::optional<NSCharacterSet> trimmingManner_;
+  std::size_t elementCount_ = 0;
 };

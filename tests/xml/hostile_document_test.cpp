@@ -36,6 +36,7 @@ std::ostream& operator<<(std::ostream& out, const Verdict& verdict) {
 constexpr Verdict taken{true, true};
 constexpr Verdict refused{false, false};
 constexpr Verdict takenAsTree{true, false};
+constexpr Verdict refusedAsTree{false, true};
 
 Verdict verdictOn(const std::string& document) {
   return {XML::Parser().parse(bytes(document)), XMLParserContext(bytes(document)).readDocument() != nullptr};
@@ -78,6 +79,7 @@ TEST(HostileDocument, isReadOrRefusedWithinBounds) {
       {"a name of 49,999 bytes", "<" + std::string(49'999, 'n') + "/>", taken},
       {"a name of 60,000 bytes", "<" + std::string(60'000, 'n') + "/>", refused},
       {"10,000 elements", "<a>" + repeated(10'000, [](int) { return "<b c='d'>e</b>"; }) + "</a>", taken},
+      {"more than a million", "<a>" + repeated(1'000'000, [](int) { return "<b/>"; }) + "</a>", refusedAsTree},
   };
   for (const auto& row : rows) EXPECT_EQ(verdictOn(row.document), row.verdict) << row.name;
 }
