@@ -7,6 +7,7 @@
 #include "platform/uikit/CALayer.h"
 
 class AVPlayer;
+class PictureItem;
 
 // Shows a player's pictures: as large as the frame allows, in their own shape (pixel aspect, rotation and mirroring
 // applied), on black. Main thread.
@@ -39,10 +40,10 @@ class YMR_API AVPlayerLayer : public CALayer {
   std::any valueForKey(std::string_view key) const override;
 
  private:
-  class Screen;
-  AVPlayerLayer();
-  explicit AVPlayerLayer(std::unique_ptr<Screen> screen);
+  explicit AVPlayerLayer(std::unique_ptr<PictureItem> picture);
+  // Takes the player's pictures back when this layer has them; returns the player.
+  std::shared_ptr<AVPlayer> letGo();
 
-  Screen* screen_;
+  PictureItem* picture_;
   std::shared_ptr<AVPlayer> player_;
 };

@@ -1,0 +1,30 @@
+#include "platform/avfoundation/layer/FrameSlot.h"
+
+#include <utility>
+
+#include "platform/dispatch/RunLoop.h"
+
+void FrameSlot::present(VideoFrame frame) {
+  std::optional<VideoFrame> missed;  // goes without the lock: its owner may have work to do
+  {
+    std::lock_guard lock(mutex_);
+    missed = std::exchange(frame_, std::move(frame));
+    if (std::exchange(told_, true)) return;
+  }
+  RunLoop::whileInstalled([this](RunLoop& loop) {
+    loop.post([weak = weak_from_this()] {
+      const auto slot = weak.lock();
+      if (!slot) return;
+      {
+        std::lock_guard lock(slot->mutex_);
+        slot->told_ = false;
+      }
+      if (const auto arrived = slot->arrived_) arrived();
+    });
+  });
+}
+
+std::optional<VideoFrame> FrameSlot::take() {
+  std::lock_guard lock(mutex_);
+  return std::exchange(frame_, std::nullopt);
+}
