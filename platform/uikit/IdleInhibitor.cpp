@@ -25,9 +25,11 @@ QDBusMessage screenSaverCall(const char* method) {
 void remindServer() {
 #if QT_CONFIG(xcb)
   const auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-  if (!x11) return;
-  xcb_force_screen_saver(x11->connection(), XCB_SCREEN_SAVER_RESET);
-  xcb_flush(x11->connection());
+  // Off screen there is the interface without a server behind it.
+  auto* connection = x11 ? x11->connection() : nullptr;
+  if (!connection) return;
+  xcb_force_screen_saver(connection, XCB_SCREEN_SAVER_RESET);
+  xcb_flush(connection);
 #endif
 }
 
