@@ -10,7 +10,10 @@ function(ymr_library name)
   target_include_directories(${name} INTERFACE
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/ymr>)
   target_compile_features(${name} INTERFACE cxx_std_20)
-  target_link_options(${name} PRIVATE -Wl,--as-needed $<$<STREQUAL:${YMR_SANITIZE},>:-Wl,--no-undefined>)
+  target_link_options(${name} PRIVATE -Wl,--as-needed)
+  if(NOT YMR_SANITIZE)  # a sanitizer's own symbols are the program's to provide
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  endif()
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:ymr_compile>)
   foreach(room IN LISTS ARGN)
     ymr_room_target(target ${room})

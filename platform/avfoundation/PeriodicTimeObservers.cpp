@@ -17,9 +17,10 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
   // Makes the first multiple at `position` or after it the next one; or the first one after it.
   void countFrom(const CMTime& position) { next_ = multiples(position, interval_.value * position.timescale - 1); }
   void countAfter(const CMTime& position) { next_ = multiples(position, 0) + 1; }
-  // Counts one on, and lets go of what lies more than `limit` multiples behind `position`.
-  void advance(const CMTime& position, std::int64_t limit) {
-    next_ = std::max(next_ + 1, multiples(position, 0) - limit);
+  void countOn() { ++next_; }
+  // Forgets all but the latest `limit` of the multiples that `position` has reached.
+  void forgetAllBut(std::int64_t limit, const CMTime& position) {
+    next_ = std::max(next_, multiples(position, 0) + 1 - limit);
   }
 
   void remove() { isRemoved_ = true; }
@@ -54,7 +55,7 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
 
 namespace {
 
-// A main thread that was held up makes up for no more than this many multiples.
+// How many multiples a main thread that was held up makes up for.
 constexpr std::int64_t missedLimit = 60;
 // The timer came before media time did: how long to wait before asking again, and while data are missing.
 constexpr RunLoop::Duration shortWait = 2ms;
@@ -121,9 +122,10 @@ void PeriodicTimeObservers::catchUp() {
     while (!isClosed_ && !observer->isRemoved()) {
       const Pace pace = pace_();
       if (item != items_ || pace.isSeeking) return;
+      observer->forgetAllBut(missedLimit, pace.position);
       const CMTime due = observer->next();
       if (due > pace.position) break;
-      observer->advance(pace.position, missedLimit);
+      observer->countOn();
       observer->call(due);
     }
   }

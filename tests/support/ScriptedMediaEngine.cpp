@@ -138,6 +138,7 @@ void ScriptedMediaEngine::skipTo(double seconds) {
     anchorPosition_ = std::min(fromSeconds(seconds), end());
     updateCaption();
   });
+  if (moves() && anchorPosition_ == end()) reachEnd();
 }
 
 void ScriptedMediaEngine::setRate(double rate) {

@@ -108,7 +108,7 @@ class ScriptedMediaEngine final : public MediaEngine {
   void setBuffering(bool empty, bool likelyToKeepUp, double lead);
   void setDuration(double seconds);
   void setTracks(std::vector<MediaTrack> tracks);
-  // Puts the position there without a seek, as if the time between had been played; the end is reported.
+  // Puts the position there without a seek, as if the time between had been played; while playing, the end is reported.
   void skipTo(double seconds);
 
   const MediaEngineLog& log() const { return *log_; }

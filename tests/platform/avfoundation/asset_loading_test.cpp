@@ -1,0 +1,197 @@
+#include "platform/avfoundation/AVMediaFormat.h"
+#include "tests/platform/avfoundation/PlayerTest.h"
+
+class AssetLoading : public PlayerTest {
+ protected:
+  std::shared_ptr<AVURLAsset> assetOf(const char* url) {
+    return std::make_shared<AVURLAsset>(NSURL::URLWithString(url));
+  }
+  void load(const std::shared_ptr<AVURLAsset>& asset, const std::string& name = "loaded") {
+    asset->loadValuesAsynchronouslyForKeys({"playable"}, [self = diary, name] { self->note(name); });
+  }
+  static const NSError gone;
+};
+
+const NSError AssetLoading::gone = {NSURLErrorDomain, NSURLErrorFileDoesNotExist, "gone"};
+
+TEST_F(AssetLoading, completesWhenPrerolledOnALaterTurn) {
+  media.script(programme).loadDelay = 2;
+  const auto asset = assetOf(programme);
+  load(asset);
+  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusLoading);
+  loop.advance(1999ms);
+  EXPECT_THAT(diary->take(), IsEmpty());
+  loop.advance(1ms);
+  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
+  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusLoaded);
+}
+
+TEST_F(AssetLoading, completesOnceForEachWhoAsksAndNeverFromInsideTheCall) {
+  media.otherwise().loadFailure = gone;
+  media.script(programme).loadFailure.reset();
+  media.script("http://example.com/silent").neverLoads = true;
+  const struct {
+    std::optional<NSURL> url;
+    int error;
+  } rows[] = {{NSURL::URLWithString(programme), 0},
+              {NSURL::URLWithString("http://example.com/gone"), NSURLErrorFileDoesNotExist},
+              {NSURL::URLWithString("http://example.com/silent"), AVErrorNoDataReceived},
+              {std::nullopt, NSURLErrorBadURL}};
+  for (const auto& row : rows) {
+    const auto asset = std::make_shared<AVURLAsset>(row.url);
+    load(asset, "first");
+    load(asset, "second");
+    EXPECT_THAT(diary->lines(), IsEmpty());
+    loop.advance(10s);
+    load(asset, "late");
+    EXPECT_THAT(diary->take(), ElementsAre("first", "second"));
+    loop.advance(10s);
+    EXPECT_THAT(diary->take(), ElementsAre("late"));
+    NSError error;
+    EXPECT_EQ(asset->statusOfValueForKey("playable", &error),
+              row.error ? AVKeyValueStatusFailed : AVKeyValueStatusLoaded);
+    EXPECT_EQ(error.code, row.error);
+  }
+}
+
+TEST_F(AssetLoading, opensOncePlaysAtOnceWithTheFirstItem) {
+  const auto asset = assetOf(programme);
+  load(asset);
+  loop.advance(1s);
+  player = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
+  player->play();
+  loop.advance(250ms);
+  EXPECT_EQ(position(), "0.25");
+  ASSERT_EQ(media.logs().size(), 1u);
+  EXPECT_EQ(media.logs()[0]->loads, 1);
+}
+
+TEST_F(AssetLoading, handsOverAPipelineThatIsStillLoading) {
+  media.script(programme).loadDelay = 5;
+  const auto asset = assetOf(programme);
+  load(asset);
+  loop.advance(2s);
+  item = AVPlayerItem::playerItemWithAsset(asset);
+  player = AVPlayer::playerWithPlayerItem(item);
+  loop.advance(3s);
+  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
+  EXPECT_EQ(item->status(), AVPlayerItemStatusReadyToPlay);
+  EXPECT_EQ(media.logs().size(), 1u);
+}
+
+TEST_F(AssetLoading, opensAgainForASecondItem) {
+  const auto asset = assetOf(programme);
+  const auto first = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
+  const auto second = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
+  loop.advance(1s);
+  EXPECT_EQ(media.aliveEngines(), 2);
+  first->play();
+  loop.advance(1s);
+  EXPECT_EQ(text(first->currentTime()), "1");
+  EXPECT_EQ(text(second->currentTime()), "0");
+}
+
+TEST_F(AssetLoading, doesNotHandOutAPipelineThatBrokeWhileNobodyHadIt) {
+  const auto asset = assetOf(programme);
+  load(asset);
+  loop.advance(1s);
+  engine().fail(gone);
+  loop.advance(1s);
+  EXPECT_EQ(media.aliveEngines(), 0);
+  item = AVPlayerItem::playerItemWithAsset(asset);
+  player = AVPlayer::playerWithPlayerItem(item);
+  loop.advance(1s);
+  EXPECT_EQ(item->status(), AVPlayerItemStatusReadyToPlay);
+}
+
+TEST_F(AssetLoading, itemsOfAFailedAssetFailForItsReasonWithoutAskingAgain) {
+  media.script(programme).loadFailure = gone;
+  const auto asset = assetOf(programme);
+  load(asset);
+  loop.advance(1s);
+  for (int round = 0; round < 2; ++round) {
+    const auto failing = AVPlayerItem::playerItemWithAsset(asset);
+    player = AVPlayer::playerWithPlayerItem(failing);
+    EXPECT_EQ(failing->status(), AVPlayerItemStatusUnknown);
+    loop.runUntilIdle();
+    EXPECT_EQ(failing->status(), AVPlayerItemStatusFailed);
+    EXPECT_EQ(failing->error()->code, NSURLErrorFileDoesNotExist);
+  }
+  EXPECT_EQ(media.logs().size(), 1u);
+}
+
+TEST_F(AssetLoading, givesUpWhenTheItemThatTookTheLoadGoes) {
+  media.script(programme).loadDelay = 5;
+  const auto asset = assetOf(programme);
+  player = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
+  load(asset);
+  loop.advance(1s);
+  player.reset();
+  loop.runUntilIdle();
+  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
+  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusUnknown);
+  load(asset, "loaded again");
+  loop.advance(5s);
+  EXPECT_THAT(diary->take(), ElementsAre("loaded again"));
+  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusLoaded);
+}
+
+TEST_F(AssetLoading, closesThePipelineAndStillCompletesWhenTheAssetIsDropped) {
+  auto asset = assetOf(programme);
+  load(asset);
+  asset.reset();
+  EXPECT_EQ(media.aliveEngines(), 0);
+  EXPECT_THAT(diary->lines(), IsEmpty());
+  loop.runUntilIdle();
+  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
+}
+
+TEST_F(AssetLoading, ACompletionMayHoldTheAssetAndTakeItFurther) {
+  auto asset = assetOf(programme);
+  asset->loadValuesAsynchronouslyForKeys({"playable"}, [this, asset] {
+    player = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
+  });
+  const std::weak_ptr<AVURLAsset> weak = asset;
+  asset.reset();
+  loop.advance(1s);
+  ASSERT_TRUE(player);
+  player.reset();
+  loop.runUntilIdle();
+  EXPECT_TRUE(weak.expired());
+}
+
+TEST_F(AssetLoading, knowsTheMediaOnceLoaded) {
+  using Kind = MediaTrack::Kind;
+  const auto track = [](Kind kind, const char* identifier, double frameRate) {
+    MediaTrack made;
+    made.kind = kind;
+    made.identifier = identifier;
+    made.nominalFrameRate = frameRate;
+    return made;
+  };
+  media.script(programme).tracks = {track(Kind::video, "v0", 29.97), track(Kind::video, "v1", 50),
+                                    track(Kind::audio, "a0", 0)};
+  const auto asset = assetOf(programme);
+  EXPECT_TRUE(CMTIME_IS_INVALID(asset->duration()));
+  EXPECT_THAT(asset->tracksWithMediaType(AVMediaTypeVideo), IsEmpty());
+  load(asset);
+  loop.advance(1s);
+  EXPECT_EQ(text(asset->duration()), "60");
+  ASSERT_EQ(asset->tracksWithMediaType(AVMediaTypeVideo).size(), 2u);
+  EXPECT_EQ(asset->tracksWithMediaType(AVMediaTypeVideo)[0].nominalFrameRate, 29.97);
+  EXPECT_EQ(asset->tracksWithMediaType(AVMediaTypeAudio).size(), 1u);
+
+  player = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
+  engine().setDuration(90);
+  loop.runUntilIdle();
+  EXPECT_EQ(text(asset->duration()), "90") << "an item's pipeline goes on teaching its asset";
+}
+
+TEST_F(AssetLoading, opensAdsAsAds) {
+  player = AVPlayer::playerWithPlayerItem(
+      AVPlayerItem::playerItemWithURL(NSURL::URLWithString(advertisement), {.purpose = MediaPurpose::advertisement}));
+  EXPECT_EQ(engine().log().source.purpose, MediaPurpose::advertisement);
+  EXPECT_EQ(engine().log().source.url.absoluteString(), advertisement);
+  const auto other = AVPlayer::playerWithPlayerItem(itemOf(programme));
+  EXPECT_EQ(engine().log().source.purpose, MediaPurpose::programme);
+}

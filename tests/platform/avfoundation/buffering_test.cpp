@@ -1,0 +1,83 @@
+#include "tests/platform/avfoundation/PlayerTest.h"
+
+class Buffering : public PlayerTest {};
+
+TEST_F(Buffering, tellsAStallAndItsEndByWhatChanged) {
+  media.script(programme).stalls = {{10, 4}};
+  openReady();
+  Diary::watch(diary, item, {"loadedTimeRanges"});
+  player->play();
+  loop.advance(9999ms);
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1"));
+  loop.advance(1ms);
+  EXPECT_THAT(diary->take(), ElementsAre("playbackBufferEmpty yes", "playbackLikelyToKeepUp no", "loadedTimeRanges 0"));
+  EXPECT_TRUE(item->isPlaybackBufferEmpty());
+  EXPECT_EQ(player->rate(), 1) << "what was asked for";
+  loop.advance(4s);
+  EXPECT_THAT(diary->take(), ElementsAre("playbackBufferEmpty no", "playbackLikelyToKeepUp yes", "loadedTimeRanges 1"));
+  EXPECT_EQ(position(), "10");
+}
+
+TEST_F(Buffering, whoPausesOnAnEmptyBufferStillHearsTheRest) {
+  struct Pauser final : NSKeyValueObserver {
+    explicit Pauser(std::shared_ptr<AVPlayer> of) : player(std::move(of)) {}
+    void observeValueForKeyPath(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange&,
+                                void*) override {
+      player->pause();
+      player->play();
+    }
+    std::shared_ptr<AVPlayer> player;
+  };
+  media.script(programme).stalls = {{10, 4}};
+  openReady();
+  const auto pauser = std::make_shared<Pauser>(player);
+  item->addObserver(pauser, "playbackBufferEmpty");
+  player->play();
+  loop.advance(10s);
+  EXPECT_THAT(diary->take(),
+              ElementsAre("rate 1", "playbackBufferEmpty yes", "rate 0", "rate 1", "playbackLikelyToKeepUp no"));
+}
+
+TEST_F(Buffering, isHeardInitiallyWhenAskedFor) {
+  open();
+  item->addObserver(diary, "playbackLikelyToKeepUp", NSKeyValueObservingOptionNew | NSKeyValueObservingOptionInitial);
+  EXPECT_THAT(diary->take(), ElementsAre("playbackLikelyToKeepUp no"));
+}
+
+TEST_F(Buffering, saysNothingWhenNothingChanged) {
+  openReady();
+  Diary::watch(diary, item, {"loadedTimeRanges"});
+  engine().setBuffering(false, true, 30);
+  loop.runUntilIdle();
+  EXPECT_THAT(diary->take(), IsEmpty());
+  engine().setBuffering(false, false, 12);
+  loop.runUntilIdle();
+  EXPECT_THAT(diary->take(), ElementsAre("playbackLikelyToKeepUp no", "loadedTimeRanges 1"));
+}
+
+TEST_F(Buffering, givesTheLeadAsItIsNow) {
+  openReady();
+  player->play();
+  loop.advance(7s);
+  ASSERT_EQ(item->loadedTimeRanges().size(), 1u);
+  EXPECT_EQ(text(CMTimeRangeGetEnd(item->loadedTimeRanges()[0])), "37");
+}
+
+TEST_F(Buffering, silenceFailsAnAdSoonAndAProgrammeLater) {
+  const struct {
+    MediaPurpose purpose;
+    int seconds;
+  } rows[] = {{MediaPurpose::advertisement, 10}, {MediaPurpose::programme, 60}};
+  for (const auto& row : rows) {
+    item = AVPlayerItem::playerItemWithURL(NSURL::URLWithString(programme), {.purpose = row.purpose});
+    player = AVPlayer::playerWithPlayerItem(item);
+    loop.advance(1s);
+    player->play();
+    engine().stall();
+    loop.advance(std::chrono::seconds(row.seconds) - 1ms);
+    EXPECT_EQ(item->status(), AVPlayerItemStatusReadyToPlay);
+    loop.advance(1ms);
+    EXPECT_EQ(item->status(), AVPlayerItemStatusFailed);
+    EXPECT_EQ(item->error()->code, AVErrorNoDataReceived);
+  }
+}

@@ -1,0 +1,255 @@
+#include <numeric>
+
+#include "tests/platform/avfoundation/PlayerTest.h"
+
+class PeriodicObservers : public PlayerTest {
+ protected:
+  // The whole seconds that were ticked, in order.
+  std::vector<int> ticks() {
+    std::vector<int> found;
+    for (const auto& line : diary->take()) {
+      if (line.rfind("tick ", 0) == 0) found.push_back(std::stoi(line.substr(5)));
+    }
+    return found;
+  }
+  static std::vector<int> from(int first, int last) {
+    std::vector<int> all(static_cast<std::size_t>(last - first + 1));
+    std::iota(all.begin(), all.end(), first);
+    return all;
+  }
+};
+
+TEST_F(PeriodicObservers, tickAtEachMultipleWhilePlayingAndOnlyThen) {
+  openReady();
+  tickEvery(1);
+  loop.advance(5s);
+  EXPECT_THAT(ticks(), IsEmpty()) << "paused";
+  player->play();
+  loop.advance(2500ms);
+  EXPECT_EQ(ticks(), from(0, 2));
+  player->pause();
+  loop.advance(5s);
+  EXPECT_THAT(ticks(), IsEmpty());
+  player->play();
+  loop.advance(500ms);
+  EXPECT_EQ(ticks(), from(3, 3));
+}
+
+TEST_F(PeriodicObservers, neitherLoseNorDoubleAMultipleAcrossAPauseUponIt) {
+  openReady();
+  tickEvery(1);
+  player->play();
+  loop.advance(3s);
+  player->pause();
+  loop.advance(1s);
+  player->play();
+  loop.advance(1s);
+  EXPECT_EQ(ticks(), from(0, 4));
+}
+
+TEST_F(PeriodicObservers, neitherLoseNorDoubleAMultipleAcrossStalls) {
+  media.script(programme).stalls = {{2.0, 7}, {4.3, 1.5}, {5.99, 30}};
+  openReady();
+  tickEvery(1);
+  player->play();
+  loop.advance(2s);
+  EXPECT_EQ(ticks(), from(0, 2));
+  loop.advance(6999ms);
+  EXPECT_THAT(ticks(), IsEmpty()) << "stalled";
+  loop.advance(1001ms);
+  EXPECT_EQ(ticks(), from(3, 3)) << "on time, as soon as it goes on";
+  loop.advance(40s);
+  EXPECT_EQ(ticks(), from(4, 11));
+}
+
+TEST_F(PeriodicObservers, goByMediaTimeNotTheClock) {
+  openReady();
+  tickEvery(1);
+  player->setRate(2);
+  loop.advance(1500ms);
+  EXPECT_EQ(ticks(), from(0, 3));
+  player->setRate(0.5);
+  loop.advance(4s);
+  EXPECT_EQ(ticks(), from(4, 5));
+}
+
+TEST_F(PeriodicObservers, waitForMediaTimeThatLagsBehindTheClock) {
+  openReady();
+  tickEvery(1);
+  player->play();
+  loop.advance(900ms);
+  engine().skipTo(0.895);
+  diary->take();
+  loop.advance(104ms);
+  EXPECT_THAT(ticks(), IsEmpty()) << "never early";
+  loop.advance(3ms);
+  EXPECT_EQ(ticks(), from(1, 1));
+}
+
+TEST_F(PeriodicObservers, makeUpForWhatAHeldUpMainThreadMissed) {
+  media.script(programme).duration = 1000;
+  openReady();
+  tickEvery(1);
+  player->play();
+  loop.advance(1s);
+  engine().skipTo(4.5);
+  loop.advance(1s);
+  EXPECT_EQ(ticks(), from(0, 5));
+  engine().skipTo(700.5);
+  loop.advance(1s);
+  EXPECT_EQ(ticks(), from(642, 701)) << "no more than sixty";
+}
+
+TEST_F(PeriodicObservers, keepCountOfFractionsOfASecond) {
+  openReady();
+  int count = 0;
+  const auto perFrame =
+      player->addPeriodicTimeObserver(CMTimeMakeWithSeconds(1 / 29.97, 1000000000), nullptr, [&](CMTime) { ++count; });
+  player->play();
+  loop.advance(10s);
+  EXPECT_EQ(count, 300);  // 0 and 299 more: the 300th would be at 10.01 s
+}
+
+TEST_F(PeriodicObservers, tickOnceAfterAJumpAndCountOnFromThere) {
+  openReady();
+  tickEvery(1);
+  const struct {
+    double target;
+    std::vector<std::string> lines;
+  } rows[] = {
+      {20.5, {"tick 20.5", "tick 21", "tick 22"}},
+      {30, {"tick 30", "tick 31", "tick 32"}},
+      {10.999, {"tick 10.999", "tick 11", "tick 12"}},
+  };
+  for (const auto& row : rows) {
+    player->seekToTime(seconds(row.target));
+    player->play();
+    loop.advance(2s);
+    player->pause();
+    auto lines = diary->take();
+    std::erase_if(lines, [](const auto& line) { return line.rfind("tick", 0) != 0; });
+    EXPECT_EQ(lines, row.lines);
+  }
+}
+
+TEST_F(PeriodicObservers, tickAfterAJumpWhilePausedToo) {
+  openReady();
+  tickEvery(1);
+  player->seekToTime(seconds(7.25));
+  loop.advance(2s);
+  EXPECT_THAT(diary->take(), ElementsAre("jumped to 7.25", "tick 7.25"));
+}
+
+TEST_F(PeriodicObservers, areSilentWhileASeekIsUnderWay) {
+  media.script(programme).seekDelay = 5;
+  openReady();
+  tickEvery(1);
+  player->play();
+  loop.advance(500ms);
+  diary->take();
+  player->seekToTime(seconds(3));
+  loop.advance(4999ms);
+  EXPECT_THAT(diary->lines(), IsEmpty());
+  loop.advance(1001ms);
+  EXPECT_THAT(diary->take(), ElementsAre("jumped to 3", "tick 3", "tick 4"));
+}
+
+TEST_F(PeriodicObservers, onAQueueOfTheirOwnAreCalledThereInOrder) {
+  openReady();
+  const auto queue = dispatch_queue_create("subtitling");
+  token = player->addPeriodicTimeObserver(seconds(1), queue, [&](CMTime time) {
+    EXPECT_FALSE(loop.isCurrent());
+    diary->note("tick " + text(time));
+  });
+  player->play();
+  loop.advance(3s);
+  player->seekToTime(seconds(9));
+  loop.advance(1s);
+  EXPECT_EQ(ticks(), (std::vector{0, 1, 2, 3, 9, 10}));
+}
+
+TEST_F(PeriodicObservers, areNotCalledAfterRemovalOnAnyQueue) {
+  openReady();
+  for (const auto& queue : {dispatch_queue_create("slow"), dispatch_get_main_queue()}) {
+    const auto removed =
+        player->addPeriodicTimeObserver(seconds(1), queue, [&](CMTime) { diary->note("called after removal"); });
+    // Removes it on the turn that hands its block to the queue, or before its turn.
+    AVPlayerTimeObserverToken remover =
+        player->addPeriodicTimeObserver(seconds(1), nullptr, [&, waits = queue != dispatch_get_main_queue()](CMTime) {
+          if (waits) player->removeTimeObserver(removed);
+        });
+    if (queue == dispatch_get_main_queue()) player->removeTimeObserver(removed);
+    player->play();
+    loop.advance(3s);
+    player->pause();
+    player->removeTimeObserver(remover);
+    player->removeTimeObserver(removed);
+  }
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "rate 0", "rate 1", "rate 0"));
+  EXPECT_EQ(loop.pendingTimers(), 0u);
+}
+
+TEST_F(PeriodicObservers, mayRemoveEachOtherAndAddMoreFromInsideATick) {
+  openReady();
+  AVPlayerTimeObserverToken second;
+  const auto first = player->addPeriodicTimeObserver(seconds(1), nullptr, [&](CMTime time) {
+    diary->note("first " + text(time));
+    if (!second) return;
+    player->removeTimeObserver(std::exchange(second, nullptr));
+    tickEvery(1, "third");
+  });
+  second = player->addPeriodicTimeObserver(seconds(1), nullptr, [&](CMTime) { diary->note("second"); });
+  player->play();
+  loop.advance(1s);
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "first 0", "third 0", "first 1", "third 1"));
+}
+
+TEST_F(PeriodicObservers, thatSeekInATickSilenceTheOthersUntilTheJump) {
+  openReady();
+  bool again = true;
+  const auto first = player->addPeriodicTimeObserver(seconds(1), nullptr, [&](CMTime time) {
+    if (time == seconds(1) && std::exchange(again, false)) player->seekToTime(seconds(40));
+  });
+  tickEvery(1);
+  player->play();
+  loop.advance(2s);
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "tick 0", "jumped to 40", "tick 40", "tick 41"));
+}
+
+TEST_F(PeriodicObservers, countFromWhereTheyAreAdded) {
+  openReady();
+  player->play();
+  loop.advance(4500ms);
+  tickEvery(1);
+  loop.advance(1s);
+  EXPECT_EQ(ticks(), from(5, 5));
+  player->removeTimeObserver(token);
+  player->pause();
+  player->seekToTime(seconds(8));
+  loop.advance(1s);
+  tickEvery(1);
+  player->play();
+  loop.advance(1s);
+  EXPECT_EQ(ticks(), from(8, 9)) << "standing on a multiple counts";
+}
+
+TEST_F(PeriodicObservers, startAgainWithTheNextItem) {
+  openReady();
+  tickEvery(1);
+  player->play();
+  loop.advance(3s);
+  EXPECT_EQ(ticks(), from(0, 3));
+  player->replaceCurrentItemWithPlayerItem(itemOf(advertisement));
+  loop.advance(2s);
+  EXPECT_EQ(ticks(), from(0, 1));
+}
+
+TEST_F(PeriodicObservers, needAPositiveInterval) {
+  openReady();
+  for (const CMTime& interval : {kCMTimeZero, seconds(-1), kCMTimeInvalid, kCMTimePositiveInfinity}) {
+    EXPECT_EQ(player->addPeriodicTimeObserver(interval, nullptr, [](CMTime) { FAIL(); }), nullptr);
+  }
+  player->removeTimeObserver(nullptr);
+  player->play();
+  loop.advance(2s);
+}

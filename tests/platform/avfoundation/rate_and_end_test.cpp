@@ -1,0 +1,140 @@
+#include <cmath>
+
+#include "tests/platform/avfoundation/PlayerTest.h"
+
+class RateAndEnd : public PlayerTest {};
+
+TEST_F(RateAndEnd, rateChangesAndIsHeardInsideTheCallWhenItChanges) {
+  open();
+  player->play();
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1"));
+  player->play();
+  EXPECT_THAT(diary->take(), IsEmpty());
+  player->setRate(2);
+  player->pause();
+  player->pause();
+  EXPECT_THAT(diary->take(), ElementsAre("rate 2", "rate 0"));
+  EXPECT_EQ(player->rate(), 0);
+}
+
+TEST_F(RateAndEnd, aRateBelowZeroOrNoneAtAllHolds) {
+  openReady();
+  for (const float rate : {-1.0f, std::nanf("")}) {
+    player->play();
+    player->setRate(rate);
+    EXPECT_EQ(player->rate(), 0);
+  }
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "rate 0", "rate 1", "rate 0"));
+}
+
+TEST_F(RateAndEnd, playAskedForBeforeReadyBeginsWithReadiness) {
+  media.script(programme).loadDelay = 3;
+  open();
+  player->play();
+  loop.advance(4s);
+  EXPECT_EQ(position(), "1");
+}
+
+TEST_F(RateAndEnd, endPausesWithoutSayingSo) {
+  media.script(programme).duration = 3;
+  openReady();
+  tickEvery(1);
+  player->play();
+  diary->take();
+  loop.advance(2s);
+  diary->take();
+  loop.advance(2s);
+  EXPECT_THAT(diary->take(), ElementsAre("tick 3", "ended"));
+  EXPECT_EQ(player->rate(), 0);
+  EXPECT_EQ(player->currentTime(), item->duration());
+  EXPECT_EQ(loop.pendingTimers(), 0u);
+}
+
+TEST_F(RateAndEnd, endWithoutActionHoldsTheLastPictureAtTheSameRate) {
+  openReady();
+  player->setActionAtItemEnd(AVPlayerActionAtItemEndNone);
+  player->play();
+  loop.advance(70s);
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "ended"));
+  EXPECT_EQ(player->rate(), 1);
+  EXPECT_EQ(position(), "60");
+  player->pause();
+  EXPECT_THAT(diary->take(), ElementsAre("rate 0"));
+}
+
+TEST_F(RateAndEnd, theRateIsSetBeforeTheEndIsPosted) {
+  openReady();
+  float atEnd = -1;
+  NSNotificationCenter::defaultCenter().addObserver(diary.get(), AVPlayerItemDidPlayToEndTimeNotification, item,
+                                                    [&](const NSNotification& notification) {
+                                                      EXPECT_EQ(notification.object, item);
+                                                      atEnd = player->rate();
+                                                    });
+  player->play();
+  loop.advance(60s);
+  EXPECT_EQ(atEnd, 0);
+}
+
+TEST_F(RateAndEnd, playsToTheEndAgainAfterSeekingBack) {
+  openReady();
+  player->play();
+  loop.advance(60s);
+  player->seekToTime(seconds(58));
+  player->play();
+  loop.advance(1900ms);
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "ended", "rate 1", "jumped to 58"));
+  loop.advance(100ms);
+  EXPECT_THAT(diary->take(), ElementsAre("ended"));
+}
+
+TEST_F(RateAndEnd, anEndReportedBeforeASeekAwayIsNone) {
+  openReady();
+  player->play();
+  loop.advance(10s);
+  diary->take();
+  engine().skipTo(60);
+  player->seekToTime(seconds(20));
+  loop.advance(1s);
+  EXPECT_THAT(diary->take(), ElementsAre("jumped to 20"));
+  EXPECT_EQ(position(), "21");
+  EXPECT_EQ(player->rate(), 1);
+}
+
+TEST_F(RateAndEnd, failureStopsWithoutSayingSoAndForGood) {
+  openReady();
+  player->play();
+  diary->take();
+  engine().fail({AVFoundationErrorDomain, AVErrorUnknown, ""});
+  loop.runUntilIdle();
+  EXPECT_THAT(diary->take(), ElementsAre("status 2"));
+  EXPECT_EQ(player->rate(), 0);
+  player->play();
+  EXPECT_EQ(player->rate(), 0);
+  EXPECT_THAT(diary->take(), IsEmpty());
+}
+
+TEST_F(RateAndEnd, whatIsSetHoldsForTheNextItem) {
+  struct Sink final : VideoFrameSink {
+    void present(VideoFrame frame) override { frames.push_back(frame.isValid()); }
+    std::vector<bool> frames;
+  };
+  const auto sink = std::make_shared<Sink>();
+  openReady();
+  player->setMuted(true);
+  player->setFrameSink(sink);
+  player->play();
+  EXPECT_THAT(sink->frames, ElementsAre(true));
+
+  Diary::watch(diary, player, {"currentItem"});
+  player->replaceCurrentItemWithPlayerItem(itemOf(advertisement));
+  loop.advance(1050ms);
+  EXPECT_EQ(media.aliveEngines(), 1);
+  EXPECT_EQ(player->rate(), 1);
+  EXPECT_EQ(position(), "1");
+  EXPECT_TRUE(engine().log().muted);
+  EXPECT_THAT(sink->frames, ElementsAre(true, true)) << "the next item's first picture";
+  player->replaceCurrentItemWithPlayerItem(nullptr);
+  EXPECT_THAT(sink->frames, ElementsAre(true, true, false)) << "no picture any more";
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "currentItem ?", "currentItem ?"));
+  EXPECT_EQ(position(), "0");
+}

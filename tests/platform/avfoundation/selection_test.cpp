@@ -1,0 +1,123 @@
+#include "platform/avfoundation/AVMediaFormat.h"
+#include "tests/platform/avfoundation/PlayerTest.h"
+
+class Selection : public PlayerTest {
+ protected:
+  using Kind = MediaTrack::Kind;
+
+  Selection() {
+    auto& script = media.script(programme);
+    script.tracks.push_back(track(Kind::audio, "a", "en", ""));
+    script.tracks.push_back(track(Kind::subtitle, "s1", "de", "Deutsch"));
+    script.tracks.push_back(track(Kind::closedCaption, "c1", "en-US", ""));
+    script.tracks.push_back(track(Kind::subtitle, "s2", "", ""));
+    script.tracks.push_back(track(Kind::closedCaption, "c2", "", ""));
+    script.captions = {{"s1", 1, 3, "Guten Tag"}, {"s1", 3, 4, "Tschüss"}, {"c1", 2, 5, "HELLO"}};
+  }
+  static MediaTrack track(Kind kind, const char* identifier, const char* language, const char* title) {
+    MediaTrack made;
+    made.kind = kind;
+    made.identifier = identifier;
+    made.languageTag = language;
+    made.title = title;
+    return made;
+  }
+  std::shared_ptr<AVMediaSelectionGroup> group() {
+    return item->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible);
+  }
+  void select(std::size_t index) { item->selectMediaOption(group()->options()[index], group()); }
+};
+
+TEST_F(Selection, offersTheLegibleTracksInTheMediasOrder) {
+  open();
+  EXPECT_EQ(group(), nullptr) << "not known yet";
+  loop.advance(1s);
+  ASSERT_TRUE(group());
+  std::vector<std::string> seen;
+  for (const auto& option : group()->options()) {
+    seen.push_back(option->mediaType() + " " + option->extendedLanguageTag().value_or("nil") + " " +
+                   option->displayName());
+  }
+  EXPECT_THAT(seen,
+              ElementsAre("sbtl de Deutsch", "clcp en-US en-US", "sbtl nil Subtitles", "clcp nil Closed captions"));
+  EXPECT_EQ(item->asset()->mediaSelectionGroupForMediaCharacteristic("audible"), nullptr);
+}
+
+TEST_F(Selection, hasNoGroupWithoutLegibleTracks) {
+  openReady(advertisement);
+  EXPECT_EQ(group(), nullptr);
+}
+
+TEST_F(Selection, selectsOneOrNone) {
+  openReady();
+  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), nullptr);
+  select(1);
+  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[1]);
+  EXPECT_EQ(engine().log().legibleTrack, "c1");
+  item->selectMediaOption(nullptr, group());
+  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), nullptr);
+  EXPECT_EQ(engine().log().legibleTrack, std::nullopt);
+}
+
+TEST_F(Selection, ignoresWhatIsNotTheAssetsOwn) {
+  openReady();
+  select(0);
+  const auto stranger = std::make_shared<AVMediaSelectionOption>("x", AVMediaTypeSubtitle, "fr", "");
+  item->selectMediaOption(stranger, group());
+  item->selectMediaOption(nullptr, nullptr);
+  item->selectMediaOption(stranger, std::make_shared<AVMediaSelectionGroup>(
+                                        std::vector<std::shared_ptr<AVMediaSelectionOption>>{stranger}));
+  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[0]);
+  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(nullptr), nullptr);
+}
+
+TEST_F(Selection, tellsTheTextThatIsDue) {
+  openReady();
+  select(0);
+  player->play();
+  loop.advance(5s);
+  EXPECT_THAT(diary->take(),
+              ElementsAre("rate 1", "currentCaption Guten Tag", "currentCaption Tschüss", "currentCaption nil"));
+}
+
+TEST_F(Selection, changesAndClearsTheTextWithTheTrack) {
+  openReady();
+  select(0);
+  player->seekToTime(seconds(2.5));
+  loop.advance(1s);
+  EXPECT_EQ(item->currentCaption(), "Guten Tag");
+  select(1);
+  loop.advance(1s);
+  EXPECT_EQ(item->currentCaption(), "HELLO");
+  item->selectMediaOption(nullptr, group());
+  loop.advance(1s);
+  EXPECT_EQ(item->currentCaption(), std::nullopt);
+}
+
+TEST_F(Selection, madeBeforeAPlayerTakesTheItemHolds) {
+  const auto asset = std::make_shared<AVURLAsset>(NSURL::URLWithString(programme));
+  asset->loadValuesAsynchronouslyForKeys({"playable"}, [] {});
+  loop.advance(1s);
+  item = AVPlayerItem::playerItemWithAsset(asset);
+  select(0);
+  player = AVPlayer::playerWithPlayerItem(item);
+  EXPECT_EQ(engine().log().legibleTrack, "s1");
+}
+
+TEST_F(Selection, survivesAChangeOfTracks) {
+  openReady();
+  select(0);
+  const auto before = group();
+  auto tracks = engine().tracks();
+  engine().setTracks(tracks);
+  loop.runUntilIdle();
+  EXPECT_EQ(group(), before) << "nothing to choose has changed";
+  std::erase_if(tracks, [](const MediaTrack& track) { return track.identifier == "c1"; });
+  engine().setTracks(tracks);
+  loop.runUntilIdle();
+  EXPECT_EQ(group()->options().size(), 3u);
+  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[0]);
+  engine().setTracks({});
+  loop.runUntilIdle();
+  EXPECT_EQ(group(), nullptr);
+}
