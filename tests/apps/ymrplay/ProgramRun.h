@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+// One run of a program: what it printed and how it ended.
+struct ProgramRun {
+  int exitStatus = -1;  // 128 + the signal's number when a signal ended it
+  std::string output;
+  std::string errors;
+  std::chrono::duration<double> wall{0};
+
+  // The lines of --events.
+  std::vector<nlohmann::json> events() const;
+  // Their names, `left` out.
+  std::vector<std::string> eventNames(const std::vector<std::string>& left = {}) const;
+  std::size_t count(const std::string& event) const;
+  // The first event of that name; null when there is none.
+  nlohmann::json first(const std::string& event) const;
+};
+
+// Runs `program` to its end with the environment of this process, changed by `environment`. Ends it by force after a
+// minute, which is a failure. `onLine`, if given, is called with each line of its output as it comes, and its
+// process number.
+ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
+                      const std::map<std::string, std::string>& environment = {},
+                      const std::function<void(const std::string& line, int process)>& onLine = {});
