@@ -1,0 +1,202 @@
+#include "net/SKReachability.h"
+
+#include <gmock/gmock.h>
+#include <netinet/in.h>
+
+#include "platform/dispatch/VirtualRunLoop.h"
+#include "platform/foundation/NSNotificationCenter.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+constexpr SCNetworkReachabilityFlags transient = 1, reachable = 2, required = 4, onTraffic = 8, intervention = 16,
+                                     onDemand = 32, local = 0x10000, direct = 0x20000, mobile = 0x40000;
+
+// A target whose flags the test sets.
+struct ScriptedTarget : SCNetworkReachability {
+  std::optional<SCNetworkReachabilityFlags> flags() override { return present; }
+  bool setCallback(SCNetworkReachabilityCallBack given, std::weak_ptr<void> about) override {
+    callback = given;
+    info = std::move(about);
+    return takesCallback || !given;
+  }
+  bool setDispatchQueue(const dispatch_queue_t& given) override {
+    queue = given;
+    return takesQueue || !given;
+  }
+  // As the platform tells of a change.
+  void change(SCNetworkReachabilityFlags flags) {
+    present = flags;
+    dispatch_async(queue, [this, flags, call = callback, about = info] {
+      if (const auto held = about.lock()) call(shared_from_this(), flags, held);
+    });
+  }
+
+  std::optional<SCNetworkReachabilityFlags> present = 0;
+  SCNetworkReachabilityCallBack callback = nullptr;
+  std::weak_ptr<void> info;
+  dispatch_queue_t queue;
+  bool takesCallback = true, takesQueue = true;
+};
+
+struct Reachability : testing::Test {
+  VirtualRunLoop loop;
+  const std::shared_ptr<ScriptedTarget> target = std::make_shared<ScriptedTarget>();
+  std::shared_ptr<SKReachability> object = std::make_shared<SKReachability>(target);
+};
+
+TEST_F(Reachability, everyQueryIsARuleOverTheFlags) {
+  const struct {
+    SCNetworkReachabilityFlags flags;
+    bool reachable, reachableWithoutMobile, viaWWAN, viaWiFi;
+    NetworkStatus status;
+    const char* text;
+    const char* letters;
+  } rows[] = {
+      {0, false, false, false, false, NotReachable, "No Connection", "-- -------"},
+      {reachable, true, true, false, true, ReachableViaWiFi, "WiFi", "-R -------"},
+      {reachable | mobile, true, false, true, false, ReachableViaWWAN, "Cellular", "WR -------"},
+      {mobile, false, false, false, false, NotReachable, "No Connection", "W- -------"},
+      {reachable | required | transient, false, false, false, true, NotReachable, "No Connection", "-R ct-----"},
+      {reachable | required, true, true, false, true, ReachableViaWiFi, "WiFi", "-R c------"},
+      {reachable | transient, true, true, false, true, ReachableViaWiFi, "WiFi", "-R -t-----"},
+      {reachable | local | direct, true, true, false, true, ReachableViaWiFi, "WiFi", "-R -----ld"},
+      {reachable | required | intervention | onTraffic | onDemand, true, true, false, true, ReachableViaWiFi, "WiFi",
+       "-R c-iCD--"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.letters);
+    target->present = row.flags;
+    EXPECT_EQ(object->isReachableWithFlags(row.flags), row.reachable);
+    EXPECT_EQ(object->isReachable(), row.reachable);
+    EXPECT_EQ(object->isReachableViaWWAN(), row.viaWWAN);
+    EXPECT_EQ(object->isReachableViaWiFi(), row.viaWiFi);
+    EXPECT_EQ(object->currentReachabilityStatus(), row.status);
+    EXPECT_EQ(object->currentReachabilityString(), row.text);
+    EXPECT_EQ(object->currentReachabilityFlags(), row.letters);
+    EXPECT_EQ(object->reachabilityFlags(), row.flags);
+    object->setReachableOnWWAN(false);
+    EXPECT_EQ(object->isReachable(), row.reachableWithoutMobile);
+    EXPECT_EQ(object->isReachableViaWWAN(), row.viaWWAN) << "asks for the kind of route only";
+    object->setReachableOnWWAN(true);
+  }
+}
+
+TEST_F(Reachability, connectionsThatMustBeMade) {
+  const struct {
+    SCNetworkReachabilityFlags flags;
+    bool required, onDemand, intervention;
+  } rows[] = {
+      {onTraffic | onDemand | intervention, false, false, false},
+      {required, true, false, false},
+      {required | onTraffic, true, true, false},
+      {required | onDemand, true, true, false},
+      {required | intervention, true, false, true},
+  };
+  for (const auto& row : rows) {
+    target->present = row.flags;
+    EXPECT_EQ(object->connectionRequired(), row.required);
+    EXPECT_EQ(object->isConnectionRequired(), row.required);
+    EXPECT_EQ(object->isConnectionOnDemand(), row.onDemand);
+    EXPECT_EQ(object->isInterventionRequired(), row.intervention);
+  }
+}
+
+TEST_F(Reachability, withoutMobileRoutesAnUnreachableTargetReadsCellular) {
+  object->setReachableOnWWAN(false);
+  EXPECT_EQ(object->currentReachabilityString(), "Cellular");
+  target->present = reachable | mobile;
+  EXPECT_EQ(object->currentReachabilityString(), "Cellular");
+  target->present = reachable;
+  EXPECT_EQ(object->currentReachabilityString(), "WiFi");
+}
+
+TEST_F(Reachability, flagsThatCannotBeReadCountAsNo) {
+  target->present = std::nullopt;
+  EXPECT_FALSE(object->isReachable());
+  EXPECT_FALSE(object->isReachableViaWiFi());
+  EXPECT_FALSE(object->connectionRequired());
+  EXPECT_EQ(object->reachabilityFlags(), 0u);
+}
+
+TEST_F(Reachability, namesItsClassAndAddress) {
+  char expected[64];
+  std::snprintf(expected, sizeof expected, "<SKReachability: %#x>",
+                static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(object.get())));
+  EXPECT_EQ(object->description(), expected);
+}
+
+TEST_F(Reachability, aChangeCallsItsBlockOnTheSerialQueueAndThenNotifiesOnTheMainOne) {
+  std::vector<std::string> order;
+  const auto told = [&](const char* what) {
+    return [&order, &loop = loop, what, expected = object.get()](const std::shared_ptr<SKReachability>& sender) {
+      EXPECT_EQ(sender.get(), expected);
+      EXPECT_FALSE(loop.isCurrent());
+      order.push_back(what);
+    };
+  };
+  object->setReachableBlock(told("reachable"));
+  object->setUnreachableBlock(told("unreachable"));
+  auto& center = NSNotificationCenter::defaultCenter();
+  center.addObserver(this, kReachabilityChangedNotification, object, [&](const NSNotification& notification) {
+    EXPECT_EQ(notification.object, object);
+    EXPECT_TRUE(loop.isCurrent());
+    order.push_back("notification");
+  });
+  ASSERT_TRUE(object->startNotifier());
+  EXPECT_EQ(object->reachabilitySerialQueue(), target->queue);
+  for (const auto flags : {reachable, reachable | required | transient}) {
+    target->change(flags);
+    loop.runUntilIdle();
+  }
+  object->setReachableBlock(nullptr);
+  target->change(reachable);
+  loop.runUntilIdle();
+  center.removeObserver(this);
+  EXPECT_THAT(order, ElementsAre("reachable", "notification", "unreachable", "notification", "notification"));
+}
+
+TEST_F(Reachability, theNotifierKeepsTheObjectAliveUntilItStops) {
+  const std::weak_ptr<SKReachability> weak = object;
+  ASSERT_TRUE(object->startNotifier());
+  ASSERT_TRUE(object->startNotifier());
+  object.reset();
+  ASSERT_FALSE(weak.expired());
+  target->change(reachable);
+  weak.lock()->stopNotifier();
+  EXPECT_TRUE(weak.expired());
+  EXPECT_EQ(target->queue, nullptr);
+  EXPECT_EQ(target->callback, nullptr);
+  loop.runUntilIdle();  // the change that was on its way finds nobody
+}
+
+TEST_F(Reachability, aNotifierThatCannotStartLeavesNothingBehind) {
+  const std::weak_ptr<SKReachability> weak = object;
+  target->takesQueue = false;
+  EXPECT_FALSE(object->startNotifier());
+  EXPECT_EQ(target->callback, nullptr);
+  EXPECT_EQ(object->reachabilitySerialQueue(), nullptr);
+  target->takesQueue = true;
+  target->takesCallback = false;
+  EXPECT_FALSE(object->startNotifier());
+  object.reset();
+  EXPECT_TRUE(weak.expired());
+}
+
+TEST(ReachabilityTargets, everyWayToNameATarget) {
+  sockaddr_in loopback{};
+  loopback.sin_family = AF_INET;
+  loopback.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  EXPECT_TRUE(
+      SKReachability::reachabilityWithAddress(reinterpret_cast<const sockaddr&>(loopback))->isReachableViaWiFi());
+  EXPECT_TRUE(SKReachability::reachabilityWithHostname("127.0.0.1")->isReachable());
+  EXPECT_TRUE(SKReachability::reachabilityWithHostName("localhost")->isReachable());
+  EXPECT_EQ(SKReachability::reachabilityWithHostname(""), nullptr);
+  loopback.sin_family = AF_UNSPEC;
+  EXPECT_EQ(SKReachability::reachabilityWithAddress(reinterpret_cast<const sockaddr&>(loopback)), nullptr);
+  EXPECT_NE(SKReachability::reachabilityForInternetConnection(), nullptr);
+  EXPECT_NE(SKReachability::reachabilityForLocalWiFi(), nullptr);
+}
+
+}  // namespace
