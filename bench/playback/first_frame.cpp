@@ -1,0 +1,123 @@
+// Time to the first picture on the screen after playWithMediaItem(), against a bare playbin3 that prerolls the same
+// media, in the same process and in turns: from a file and from a loopback server. Prints medians and ratios.
+//
+//   bench_first_frame CLIP [ROUNDS]     the first round is discarded
+#include <gst/gst.h>
+
+#include <QGuiApplication>
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "platform/avfoundation/engine/MediaEngine.h"
+#include "platform/avfoundation/layer/AVPlayerLayer.h"
+#include "platform/uikit/UIWindow.h"
+#include "player/YMRVideoPlayer.h"
+#include "tests/support/HTTPServer.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values.at(values.size() / 2);
+}
+
+// From the request to the message that a picture is decoded and waits.
+double barePreroll(const std::string& url) {
+  const auto start = Clock::now();
+  GstElement* pipeline = gst_element_factory_make("playbin3", nullptr);
+  g_object_set(pipeline, "uri", url.c_str(), "video-sink", gst_element_factory_make("fakesink", nullptr), "audio-sink",
+               gst_element_factory_make("fakesink", nullptr), nullptr);
+  gst_element_set_state(pipeline, GST_STATE_PAUSED);
+  GstBus* bus = gst_element_get_bus(pipeline);
+  GstMessage* message =
+      gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, GstMessageType(GST_MESSAGE_ASYNC_DONE | GST_MESSAGE_ERROR));
+  const double elapsed = millisecondsSince(start);
+  const bool prerolled = message && GST_MESSAGE_TYPE(message) == GST_MESSAGE_ASYNC_DONE;
+  gst_clear_message(&message);
+  gst_object_unref(bus);
+  gst_element_set_state(pipeline, GST_STATE_NULL);
+  gst_object_unref(pipeline);
+  if (!prerolled) {
+    std::fprintf(stderr, "a bare playbin3 can't play %s\n", url.c_str());
+    std::exit(1);
+  }
+  return elapsed;
+}
+
+std::shared_ptr<AVPlayerLayer> layerOf(const std::shared_ptr<UIView>& view) {
+  for (const auto& layer : view->layer()->sublayers()) {
+    if (auto found = std::dynamic_pointer_cast<AVPlayerLayer>(layer)) return found;
+  }
+  for (const auto& subview : view->subviews()) {
+    if (auto found = layerOf(subview)) return found;
+  }
+  return nullptr;
+}
+
+// From the call to the first picture on the screen. The player is made, and its screen is up, before.
+double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSURL& url) {
+  YMRVideoPlayer player;
+  player.presentWithController(root);
+  for (int turn = 0; turn < 60; ++turn) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+  bool presented = false;
+  double elapsed = 0;
+  const auto layer = layerOf(player.ymrPlayer()->avPlayerVC()->view());
+  const auto start = Clock::now();
+  layer->setPicturePresented([&](const CMTime&) {
+    if (!presented) elapsed = millisecondsSince(start);
+    presented = true;
+  });
+  player.playWithMediaItem(YMRMediaItem::itemWithUrl(url), 0);
+  while (!presented && millisecondsSince(start) < 30'000) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  layer->setPicturePresented({});
+  player.dismiss();
+  if (!presented) {
+    std::fprintf(stderr, "no picture of %s within 30 s\n", url.absoluteString().c_str());
+    std::exit(1);
+  }
+  return elapsed;
+}
+
+void compare(const char* name, const std::shared_ptr<UIViewController>& root, const NSURL& url, int rounds) {
+  std::vector<double> ours, bare;
+  for (int round = 0; round <= rounds; ++round) {
+    const double first = playerFirstFrame(root, url);
+    const double peer = barePreroll(url.absoluteString());
+    if (round == 0) continue;
+    ours.push_back(first);
+    bare.push_back(peer);
+  }
+  std::printf("first frame, %-8s %6.1f ms  bare playbin3 preroll %6.1f ms  ratio %.2f\n", name, median(ours), median(bare),
+              median(ours) / median(bare));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    std::fputs("usage: bench_first_frame CLIP [ROUNDS]\n", stderr);
+    return 2;
+  }
+  const int rounds = argc > 2 ? std::max(1, std::atoi(argv[2])) : 11;
+  qputenv("QT_QPA_PLATFORM", qgetenv("DISPLAY").isEmpty() ? "offscreen" : "xcb");
+  QGuiApplication application(argc, argv);
+  gst_init(nullptr, nullptr);
+  MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
+  UIWindow window(CGSize{1920, 1080}, UIGraphics::software);
+  const auto root = std::make_shared<UIViewController>();
+  window.setRootViewController(root);
+  window.makeKeyAndVisible();
+
+  HTTPServer server;
+  server.onFile("/clip.mp4", argv[1], "video/mp4");
+  compare("file", root, NSURL::fileURLWithPath(argv[1]), rounds);
+  compare("loopback", root, *NSURL::URLWithString(server.url("/clip.mp4")), rounds);
+}
