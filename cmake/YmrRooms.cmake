@@ -53,5 +53,6 @@ function(ymr_test name)
   target_link_libraries(${name} PRIVATE ymr_test_main)
   gtest_discover_tests(${name}
     TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 60
-    PROPERTIES LABELS "${test_LABELS}" TIMEOUT ${test_TIMEOUT} ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${test_ENVIRONMENT}")
+    PROPERTIES LABELS "${test_LABELS}" TIMEOUT ${test_TIMEOUT}
+      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp;${test_ENVIRONMENT}")
 endfunction()

@@ -3,6 +3,7 @@
 #include <QQuickWindow>
 #include <algorithm>
 #include <cmath>
+#include <deque>
 
 namespace {
 
@@ -105,7 +106,9 @@ LayoutPass::Equation LayoutPass::equationOf(const NSLayoutConstraint& constraint
 }
 
 std::vector<double> LayoutPass::solve(const std::vector<CGSize>& sizes) const {
-  std::vector<const Equation*> bounds;  // inequalities that would be broken, and so hold as equations
+  // Inequalities that would be broken, and so hold as equations; the last found first, since it shows that one before
+  // it asks for too little.
+  std::deque<const Equation*> bounds;
   for (;;) {
     LayoutEquations equations(views_.size() * edges);
     equations.add({{variable(root_, left), 1}}, 0);
@@ -142,7 +145,7 @@ std::vector<double> LayoutPass::solve(const std::vector<CGSize>& sizes) const {
       return isBroken(equation, solution) && std::find(bounds.begin(), bounds.end(), &equation) == bounds.end();
     });
     if (broken == equations_.end()) return solution;
-    bounds.push_back(&*broken);
+    bounds.push_front(&*broken);
   }
 }
 

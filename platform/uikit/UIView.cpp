@@ -84,7 +84,7 @@ void UIView::setHidden(bool hidden) {
 void UIView::setBackgroundColor(const UIColor& color) {
   if (backgroundColor_ == color) return;
   backgroundColor_ = color;
-  setFlag(ItemHasContents, drawsContent_ || backgroundColor_.alpha > 0);
+  setFlag(ItemHasContents);
   update();
 }
 

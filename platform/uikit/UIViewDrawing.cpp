@@ -23,7 +23,7 @@ struct ViewNode : QSGNode {
 
 void UIView::setDrawsContent(bool draws) {
   drawsContent_ = draws;
-  setFlag(ItemHasContents, drawsContent_ || backgroundColor_.alpha > 0);
+  setFlag(ItemHasContents);
   setNeedsDisplay();
 }
 
@@ -73,28 +73,26 @@ QSGNode* UIView::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   if (!node) node = new ViewNode;
 
   if (backgroundColor_.alpha > 0) {
-    if (!node->background) {
-      node->background = window()->createRectangleNode();
-      node->prependChildNode(node->background);
-    }
+    if (!node->background) node->prependChildNode(node->background = window()->createRectangleNode());
     node->background->setRect(boundingRect());
     node->background->setColor(toQColor(backgroundColor_));
   } else {
     delete std::exchange(node->background, nullptr);
   }
 
-  if (!content_.isNull() && (contentChanged_ || !node->content)) {
-    if (!node->content) {
+  if (content_.isNull()) {
+    delete std::exchange(node->content, nullptr);
+  } else if (contentChanged_ || !node->content) {
+    const bool isNew = !node->content;
+    if (isNew) {
       node->content = window()->createImageNode();
       node->content->setOwnsTexture(true);
       node->content->setFiltering(QSGTexture::Linear);
-      node->appendChildNode(node->content);
     }
     node->content->setTexture(window()->createTextureFromImage(content_, QQuickWindow::TextureHasAlphaChannel));
     const QSizeF size = content_.deviceIndependentSize();
     node->content->setRect(QRectF(-contentMargin_, -contentMargin_, size.width(), size.height()));
-  } else if (content_.isNull()) {
-    delete std::exchange(node->content, nullptr);
+    if (isNew) node->appendChildNode(node->content);  // complete: the scene looks at it at once
   }
   contentChanged_ = false;
   return node;

@@ -107,21 +107,21 @@ class TexturedPicture final : public QSGNode, public PictureNode {
   void show(const VideoFrame& frame, bool isNew, const QRectF& area, const QRectF& rect) override {
     black_->setRect(area);
     if (isNew) {
-      auto texture = textureOf(frame);
-      if (!texture) {
-        placement_.removeAllChildNodes();
-        picture_.reset();
-      } else {
-        if (!picture_) {
+      if (auto texture = textureOf(frame)) {
+        const bool isFirst = !picture_;
+        if (isFirst) {
           picture_.reset(window_.createImageNode());
           picture_->setFlag(OwnedByParent, false);
           picture_->setOwnsTexture(true);
           picture_->setFiltering(QSGTexture::Linear);
-          placement_.appendChildNode(picture_.get());
         }
         picture_->setTexture(texture.release());
         picture_->setRect(0, 0, frame.width, frame.height);
         picture_->setSourceRect(QRectF(0, 0, frame.width, frame.height));
+        if (isFirst) placement_.appendChildNode(picture_.get());
+      } else {
+        placement_.removeAllChildNodes();
+        picture_.reset();
       }
       frame_ = frame;  // after the texture of the frame before has gone
     }

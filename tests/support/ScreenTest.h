@@ -1,0 +1,87 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <QGuiApplication>
+#include <QImage>
+#include <string>
+
+#include "platform/dispatch/VirtualRunLoop.h"
+#include "platform/uikit/UIWindow.h"
+
+// The process's QGuiApplication, made on first use and kept: Qt bears one only. Needs QT_QPA_PLATFORM=offscreen, which
+// ymr_test() sets.
+inline QGuiApplication& screenApplication() {
+  static int count = 1;
+  static char name[] = "test";
+  static char* arguments[] = {name, nullptr};
+  static auto* application = new QGuiApplication(count, arguments);
+  return *application;
+}
+
+// A window of 640 x 360 points over the software scene graph, on virtual time.
+//
+// Set YMR_PICTURES to a folder to have every snapshot written there as a PNG, named after the test.
+class ScreenTest : public testing::Test {
+ protected:
+  ScreenTest() { window.setRootViewController(controller); }
+
+  // Lets time pass, in steps of a sixtieth of a second, with Qt's events in between.
+  void run(RunLoop::Duration duration) {
+    constexpr RunLoop::Duration step = std::chrono::milliseconds(16);
+    for (; duration > step; duration -= step) advance(step);
+    advance(duration);
+  }
+
+  // What the window shows now; lays out and draws first.
+  QImage snapshot() {
+    const QImage image = window.snapshot().convertToFormat(QImage::Format_RGB32);
+    if (const QString folder = qEnvironmentVariable("YMR_PICTURES"); !folder.isEmpty()) {
+      const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+      image.save(QString("%1/%2.%3-%4.png").arg(folder, test->test_suite_name(), test->name()).arg(++pictures_));
+    }
+    return image;
+  }
+
+  const std::shared_ptr<UIView>& view() { return controller->view(); }
+  std::shared_ptr<UIView> addView(const CGRect& frame, const UIColor& color) {
+    auto added = std::make_shared<UIView>(frame);
+    added->setBackgroundColor(color);
+    view()->addSubview(added);
+    return added;
+  }
+
+  QGuiApplication& application = screenApplication();
+  VirtualRunLoop loop;
+  UIWindow window{CGSize{640, 360}, UIGraphics::software};
+  std::shared_ptr<UIViewController> controller = std::make_shared<UIViewController>();
+
+ private:
+  void advance(RunLoop::Duration step) {
+    QCoreApplication::processEvents();
+    loop.advance(step);
+    QCoreApplication::processEvents();
+  }
+
+  int pictures_ = 0;
+};
+
+// "rrggbb" of a pixel, for comparisons that say what they saw.
+inline std::string colorAt(const QImage& image, int x, int y) {
+  return image.valid(x, y) ? image.pixelColor(x, y).name().mid(1).toStdString() : "outside";
+}
+
+// The smallest rectangle that holds every pixel that is not `background`; empty for none.
+inline QRect inkOf(const QImage& image, const QRect& area, QRgb background = 0xff000000) {
+  QRect ink;
+  for (int y = area.top(); y <= area.bottom(); ++y) {
+    for (int x = area.left(); x <= area.right(); ++x) {
+      if ((image.pixel(x, y) | 0xff000000) != background) ink |= QRect(x, y, 1, 1);
+    }
+  }
+  return ink;
+}
+
+inline std::ostream& operator<<(std::ostream& out, const CGRect& rect) {
+  return out << rect.origin.x << "," << rect.origin.y << " " << rect.size.width << "x" << rect.size.height;
+}

@@ -1,0 +1,125 @@
+#include "ui/Autolayout.h"
+
+#include "platform/uikit/UILabel.h"
+#include "tests/support/ScreenTest.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class AutolayoutTest : public ScreenTest {
+ protected:
+  static std::shared_ptr<NSLayoutConstraint> height(const std::shared_ptr<UIView>& of, double constant) {
+    return NSLayoutConstraint::constraintWithItem(of, NSLayoutAttributeHeight, NSLayoutRelationEqual, nullptr,
+                                                  NSLayoutAttributeNotAnAttribute, 1, constant);
+  }
+
+  std::shared_ptr<UIView> subview = std::make_shared<UIView>(CGRectMake(3, 4, 5, 6));
+};
+
+TEST_F(AutolayoutTest, pinsToAllEdgesWithTheSameInset) {
+  addSubViewWithAutolayout(view(), subview, 20);
+  view()->layoutIfNeeded();
+  EXPECT_EQ(subview->frame(), CGRectMake(20, 20, 600, 320));
+
+  window.resize(1280, 720);
+  QCoreApplication::processEvents();
+  view()->layoutIfNeeded();
+  EXPECT_EQ(subview->frame(), CGRectMake(20, 20, 1240, 680)) << "follows a superview that changes its size";
+}
+
+TEST_F(AutolayoutTest, pinsWithoutInsetByDefault) {
+  addSubViewWithAutolayout(view(), subview);
+  view()->layoutIfNeeded();
+  EXPECT_EQ(subview->frame(), view()->bounds());
+}
+
+TEST_F(AutolayoutTest, addsFourConstraintsInOrder) {
+  addSubViewWithAutolayout(view(), subview, 12.5f);
+  std::vector<std::pair<int, double>> edges;
+  for (const auto& constraint : view()->constraints()) {
+    EXPECT_EQ(constraint->firstItem(), subview);
+    EXPECT_EQ(constraint->secondItem(), view());
+    EXPECT_EQ(constraint->firstAttribute(), constraint->secondAttribute());
+    EXPECT_EQ(constraint->relation(), NSLayoutRelationEqual);
+    EXPECT_EQ(constraint->multiplier(), 1.0);
+    edges.emplace_back(constraint->firstAttribute(), constraint->constant());
+  }
+  EXPECT_THAT(edges, ElementsAre(std::pair(NSLayoutAttributeBottom, -12.5), std::pair(NSLayoutAttributeTop, 12.5),
+                                 std::pair(NSLayoutAttributeLeft, 12.5), std::pair(NSLayoutAttributeRight, -12.5)));
+  EXPECT_FALSE(subview->translatesAutoresizingMaskIntoConstraints());
+  EXPECT_THAT(subview->constraints(), IsEmpty());
+}
+
+// How subtitles are set up: a container that follows its label, above the overlay's bottom edge.
+TEST_F(AutolayoutTest, aSuperviewWithoutSizeFollowsItsLabel) {
+  auto container = std::make_shared<UIView>(CGRectMake(0, 0, 100, 50));
+  auto label = std::make_shared<UILabel>(CGRectMake(0, 0, 100, 50));
+  label->setNumberOfLines(0);
+  label->setFont(UIFont::systemFontOfSize(30));
+  addSubViewWithAutolayout(container, label, 20);
+  view()->addSubview(container);
+  container->setTranslatesAutoresizingMaskIntoConstraints(false);
+  view()->addConstraint(NSLayoutConstraint::constraintWithItem(
+      container, NSLayoutAttributeBottom, NSLayoutRelationEqual, view(), NSLayoutAttributeBottom, 1, -70));
+  view()->addConstraint(NSLayoutConstraint::constraintWithItem(
+      container, NSLayoutAttributeCenterX, NSLayoutRelationEqual, view(), NSLayoutAttributeCenterX, 1, 0));
+  double former = 0;
+  for (const char* text : {"Hi.", "A longer line", "Two\nlines"}) {
+    label->setText(text);
+    view()->layoutIfNeeded();
+    const CGSize size = label->intrinsicContentSize();
+    EXPECT_EQ(label->frame(), CGRectMake(20, 20, size.width, size.height)) << text;
+    EXPECT_EQ(container->frame().size, (CGSize{size.width + 40, size.height + 40})) << text;
+    EXPECT_EQ(CGRectGetMaxY(container->frame()), 290) << text;
+    EXPECT_NEAR(container->frame().origin.x + container->frame().size.width / 2, 320, 0.5) << text;
+    EXPECT_NE(container->frame().size.width, former);
+    former = container->frame().size.width;
+  }
+
+  label->setText(std::string(200, 'x') + " " + std::string(300, 'y'));
+  view()->layoutIfNeeded();
+  EXPECT_LE(container->frame().size.width, 640) << "a line that is too long for the screen wraps";
+  EXPECT_GT(container->frame().size.height, 120);
+
+  label->setText(std::nullopt);
+  view()->layoutIfNeeded();
+  EXPECT_EQ(container->frame(), CGRectMake(300, 250, 40, 40)) << "only the insets are left";
+}
+
+TEST_F(AutolayoutTest, hidingZeroesTheViewsOwnFirstHeight) {
+  addSubViewWithAutolayout(view(), subview);
+  view()->removeConstraint(view()->constraints()[0]);  // the bottom
+  const auto first = height(subview, 100);
+  const auto second = height(subview, 90);
+  subview->addConstraint(NSLayoutConstraint::constraintWithItem(subview, NSLayoutAttributeWidth, NSLayoutRelationEqual,
+                                                                nullptr, NSLayoutAttributeNotAnAttribute, 1, 640));
+  subview->addConstraints({first, second});
+  EXPECT_EQ(heightConstraint(subview), first);
+  view()->layoutIfNeeded();
+  EXPECT_EQ(subview->frame(), CGRectMake(0, 0, 640, 100)) << "of two heights the first counts";
+
+  hideViewAndSetHeightConstraintsZero(subview);
+  view()->layoutIfNeeded();
+  EXPECT_TRUE(subview->isHidden());
+  EXPECT_TRUE(subview->clipsToBounds());
+  EXPECT_EQ(first->constant(), 0);
+  EXPECT_EQ(second->constant(), 90) << "the scan stops at the first";
+  EXPECT_EQ(subview->frame(), CGRectMake(0, 0, 640, 0));
+}
+
+TEST_F(AutolayoutTest, hidingLeavesAHeightAloneThatTheSuperviewHolds) {
+  addSubViewWithAutolayout(view(), subview);
+  view()->removeConstraint(view()->constraints()[0]);
+  view()->addConstraint(height(subview, 100));
+  EXPECT_EQ(heightConstraint(subview), nullptr);
+
+  hideViewAndSetHeightConstraintsZero(subview);
+  view()->layoutIfNeeded();
+  EXPECT_TRUE(subview->isHidden());
+  EXPECT_TRUE(subview->clipsToBounds());
+  EXPECT_EQ(subview->frame().size.height, 100);
+}
+
+}  // namespace
