@@ -1,0 +1,162 @@
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "VAST/Parser/VASTSchema.h"
+#include "VAST/Parser/VASTXMLUtil.h"
+#include "tests/VAST/Parser/RecordedLog.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+std::span<const std::byte> bytes(std::string_view text) {
+  return std::as_bytes(std::span(text));
+}
+
+bool isValid(const std::string& document) {
+  return validateXMLDocAgainstSchema(bytes(document), vastSchema());
+}
+
+std::string replaced(std::string text, std::string_view from, std::string_view to) {
+  const auto at = text.find(from);
+  if (at == text.npos) throw std::logic_error("nothing to replace: " + std::string(from));
+  return text.replace(at, from.size(), to);
+}
+
+const std::string inLine = R"(<?xml version="1.0"?>
+<VAST version="2.0" xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xsi:noNamespaceSchemaLocation="vast.xsd">
+ <Ad id="1"><InLine>
+  <AdSystem version="1.0">S</AdSystem><AdTitle>T</AdTitle><Description>D</Description>
+  <Survey>http://s.example/</Survey><Error>http://e.example/</Error>
+  <Impression id="i"><![CDATA[http://i.example/]]></Impression><Impression>http://i.example/2</Impression>
+  <Creatives>
+   <Creative id="c" sequence="1" AdID="a"><Linear>
+     <Duration>00:00:30.500</Duration>
+     <TrackingEvents><Tracking event="start">http://t.example/</Tracking></TrackingEvents>
+     <AdParameters>p</AdParameters>
+     <VideoClicks><ClickThrough id="1">http://c.example/</ClickThrough><ClickTracking/><CustomClick id="x"/></VideoClicks>
+     <MediaFiles><MediaFile id="m" delivery="progressive" type="video/mp4" bitrate="500" width="640" height="360"
+       scalable="true" maintainAspectRatio="0" apiFramework="VPAID">http://m.example/a.mp4</MediaFile></MediaFiles>
+   </Linear></Creative>
+   <Creative><CompanionAds><Companion width="300" height="250"><IFrameResource>http://f.example/</IFrameResource>
+     <TrackingEvents/><CompanionClickThrough>http://c.example/</CompanionClickThrough><AltText>A</AltText>
+     <AdParameters/></Companion></CompanionAds></Creative>
+   <Creative><NonLinearAds><NonLinear width="1" height="2" minSuggestedDuration="00:00:05"><HTMLResource>h</HTMLResource>
+     <NonLinearClickThrough/></NonLinear></NonLinearAds></Creative>
+  </Creatives>
+  <Extensions><Extension type="any">text<Free><AsAir kind="x"/></Free></Extension></Extensions>
+ </InLine></Ad>
+</VAST>)";
+
+const std::string wrapper = R"(<VAST version="2.0.1"><Ad id="w"><Wrapper><AdSystem>S</AdSystem>
+  <VASTAdTagURI>http://w.example/</VASTAdTagURI><Error>http://e.example/</Error><Impression>http://i.example/</Impression>
+  <Creatives><Creative><Linear><TrackingEvents><Tracking event=" close ">http://t.example/</Tracking></TrackingEvents>
+    <VideoClicks><ClickTracking>http://c.example/</ClickTracking></VideoClicks></Linear></Creative>
+   <Creative><CompanionAds><Companion width="1" height="1"/></CompanionAds></Creative>
+   <Creative><NonLinearAds/></Creative></Creatives></Wrapper></Ad></VAST>)";
+
+}  // namespace
+
+TEST(Schema, takesWhatTheStandardAllows) {
+  EXPECT_TRUE(isValid(inLine));
+  EXPECT_TRUE(isValid(wrapper));
+  EXPECT_TRUE(isValid("<VAST version='3.0'/>"));
+  EXPECT_TRUE(isValid(replaced(inLine, "<Description>D</Description>", "")));
+  EXPECT_TRUE(isValid(replaced(
+      wrapper, "<TrackingEvents><Tracking event=\" close \">http://t.example/</Tracking></TrackingEvents>", "")));
+  EXPECT_EQ(vastSchema().size(), kVASTSchemaLength);
+}
+
+TEST(Schema, refusesWhatTheStandardForbids) {
+  const struct {
+    const std::string& document;
+    const char *from, *to;
+  } rows[] = {
+      {inLine, "<VAST version=\"2.0\"", "<VAST"},
+      {inLine, "<Ad id=\"1\">", "<Ad>"},
+      {inLine, "<Ad id=\"1\">", "<Ad id=\"1\">text"},
+      {inLine, "<InLine>", "<InLine id=\"1\">"},
+      {inLine, "<AdTitle>T</AdTitle>", ""},
+      {inLine, "<AdTitle>T</AdTitle>", "<AdTitle>T</AdTitle><AdTitle>T</AdTitle>"},
+      {inLine, "<Impression id=\"i\">", "<Impression id=\"i\" event=\"start\">"},
+      {inLine, "<Duration>00:00:30.500</Duration>", ""},
+      {inLine, "00:00:30.500", "30"},
+      {inLine, "event=\"start\"", "event=\"begin\""},
+      {inLine, " event=\"start\"", ""},
+      {inLine, "delivery=\"progressive\"", "delivery=\"Progressive\""},
+      {inLine, " delivery=\"progressive\"", ""},
+      {inLine, " width=\"640\"", ""},
+      {inLine, "height=\"360\"", "height=\"360px\""},
+      {inLine, "bitrate=\"500\"", "bitrate=\"1.5\""},
+      {inLine, "scalable=\"true\"", "scalable=\"yes\""},
+      {inLine, "sequence=\"1\"", "sequence=\"\""},
+      {inLine, "<AltText>A</AltText>", "<AltText>A</AltText><AltText>A</AltText>"},
+      {inLine, "<IFrameResource>http://f.example/</IFrameResource>", ""},
+      {inLine, "<IFrameResource>http://f.example/</IFrameResource>",
+       "<StaticResource>http://f.example/</StaticResource>"},
+      {inLine, "<NonLinear width=\"1\"", "<NonLinear"},
+      {inLine, "<Free>", "<VAST>"},
+      {wrapper, "<Impression>", "<Impression id=\"i\">"},
+      {wrapper, "<VASTAdTagURI>http://w.example/</VASTAdTagURI>", ""},
+      {wrapper, "<VideoClicks>", "<VideoClicks><ClickThrough>http://c.example/</ClickThrough>"},
+      {wrapper, "</Creatives>", "</Creatives><AdTitle>T</AdTitle>"},
+  };
+  for (const auto& row : rows) EXPECT_FALSE(isValid(replaced(row.document, row.from, row.to))) << row.from << row.to;
+  for (const auto* root :
+       {"<vast version='2.0'/>", "<VideoAdServingTemplate/>", "<VAST xmlns='urn:v' version='2.0'/>"}) {
+    EXPECT_FALSE(isValid(root)) << root;
+  }
+}
+
+TEST(Schema, saysItsVerdictAtErrorLevel) {
+  {
+    const RecordedLog log;
+    EXPECT_TRUE(isValid(inLine));
+    EXPECT_THAT(log.lines(), ElementsAre("error VAST - XML Util: document is valid"));
+  }
+  {
+    const RecordedLog log;
+    EXPECT_FALSE(isValid("<VAST><Ad/></VAST>"));
+    EXPECT_THAT(
+        log.lines(),
+        ElementsAre("error VAST - XML Util: Schema validation error: Element 'VAST': The attribute 'version' is "
+                    "required but missing.",
+                    StartsWith("error VAST - XML Util: Schema validation error: Element 'Ad'"),
+                    StartsWith("error VAST - XML Util: Schema validation error: Element 'Ad'"),
+                    "error VAST - XML Util: document is invalid"));
+  }
+  {
+    const RecordedLog log;
+    EXPECT_FALSE(isValid("<VAST"));
+    EXPECT_THAT(log.lines(), ElementsAre("error VAST - XML Util: Unable to parse."));
+  }
+}
+
+TEST(Schema, reachesNoVerdictWithoutUsableRules) {
+  const std::string rules = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a' type='none'/>";
+  for (const auto& schema :
+       {std::string(), std::string("no rules"), std::string("<a/>"), rules, rules + "</xs:schema>"}) {
+    const RecordedLog log;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(validateXMLDocAgainstSchema(bytes("<a/>"), bytes(schema))) << schema;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << schema;
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("Schema parser error: "))) << schema;
+    EXPECT_EQ(log.lines().back(), "error VAST - XML Util: validation generated an internal error") << schema;
+  }
+}
+
+TEST(Schema, isUsedByManyThreadsAtOnce) {
+  std::vector<std::thread> threads;
+  std::atomic<int> valid{0};
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&valid] {
+      for (int n = 0; n < 5; ++n) valid += isValid(inLine) ? 1 : 0;
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(valid, 20);
+}
