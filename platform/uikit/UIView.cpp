@@ -10,7 +10,6 @@
 UIView::UIView(QQuickItem* parent) : QQuickItem(parent) {
   QtRunLoop::installIfNeeded();
   YMR_ASSERT_MAIN_THREAD();
-  QQmlEngine::setObjectOwnership(this, QQmlEngine::CppOwnership);
 }
 
 UIView::UIView(const CGRect& frame) : UIView() {
@@ -199,6 +198,8 @@ void UIView::removeGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>&
 // An interface file's objects are made with owners in the sense of QObject; from here on the superview is the owner.
 void UIView::componentComplete() {
   QQuickItem::componentComplete();
+  // Not in the constructor: the engine lays its own record of the object over one made there, which then leaks.
+  QQmlEngine::setObjectOwnership(this, QQmlEngine::CppOwnership);
   for (QQuickItem* item : childItems()) {
     auto* view = qobject_cast<UIView*>(item);
     if (!view || !view->weak_from_this().expired()) continue;
