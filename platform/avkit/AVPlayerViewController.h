@@ -32,7 +32,7 @@ class YMR_API AVPlayerViewControllerDelegate {
 //   any button       brings the transport bar, which hides itself 3 s after the last one
 //   Play/Pause       toggles; so does Select
 //   Left, Right      look for a place in steps of 10 s, larger ones the longer it goes on; the bar shows where. 0.6 s
-//                    after the last press, or at Select, it seeks there, once.
+//                    after the last press, or at Select, it seeks there, once; Up and Down give it up.
 //   Down             opens the panel: "Info" (title, description, artwork) and "Subtitles" (Off and the legible
 //                    options), those of them that there is anything to show for. Up, from its first row, closes it.
 //   Menu             belongs to the recogniser below
@@ -51,7 +51,7 @@ class YMR_API AVPlayerViewController : public UIViewController {
   ~AVPlayerViewController() override;
 
   // nil for none. Held strongly; given back by setting nil.
-  const std::shared_ptr<AVPlayer>& player() const;
+  const std::shared_ptr<AVPlayer>& player() const { return player_; }
   void setPlayer(std::shared_ptr<AVPlayer> player);
 
   std::shared_ptr<AVPlayerViewControllerDelegate> delegate() const { return delegate_.lock(); }
@@ -63,7 +63,7 @@ class YMR_API AVPlayerViewController : public UIViewController {
   // The languages (BCP 47) that the captions menu offers; nil, as it starts, for all. A tag also allows its narrower
   // forms ("en" allows "en-GB"), whatever the case. Options without a language are offered only when it is nil. What is
   // selected stays selected.
-  const std::optional<std::vector<std::string>>& allowedSubtitleOptionLanguages() const;
+  const std::optional<std::vector<std::string>>& allowedSubtitleOptionLanguages() const { return languages_; }
   void setAllowedSubtitleOptionLanguages(std::optional<std::vector<std::string>> languages);
 
   // True while the transport bar is to be seen, or the panel is.
@@ -71,13 +71,15 @@ class YMR_API AVPlayerViewController : public UIViewController {
 
  protected:
   void loadView() override;
-  void viewDidAppear(bool animated) override;
-  void viewWillDisappear(bool animated) override;
+  void viewWillAppear(bool animated) override;
+  void viewDidDisappear(bool animated) override;
   bool pressesBegan(const UIPress& press) override;
   bool pressesEnded(const UIPress& press) override;
 
  private:
   class Parts;
-  std::unique_ptr<Parts> parts_;
+  std::shared_ptr<AVPlayer> player_;
+  std::optional<std::vector<std::string>> languages_;
+  std::unique_ptr<Parts> parts_;  // made with the view
   std::weak_ptr<AVPlayerViewControllerDelegate> delegate_;
 };

@@ -26,10 +26,6 @@ void SeekBurst::step(Direction direction) {
   target_ = std::clamp(target_ + static_cast<int>(direction) * stepLength(), lower_, upper_);
 }
 
-bool SeekBurst::isAtEnd(Direction direction) const {
-  return direction == Direction::forward ? target_ >= upper_ : target_ <= lower_;
-}
-
 double SeekBurst::stepLength() const {
   const auto gear = std::find_if(kGears.begin(), kGears.end(),
                                  [this](const Gear& candidate) { return stepsInDirection_ <= candidate.untilStep; });

@@ -14,8 +14,6 @@ class SeekBurst {
 
   void step(Direction direction);
   double target() const { return target_; }
-  // True when another step in `direction` would lead nowhere.
-  bool isAtEnd(Direction direction) const;
 
  private:
   double stepLength() const;

@@ -1,0 +1,73 @@
+#include "platform/avkit/CaptionsMenu.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/avfoundation/AVMediaFormat.h"
+
+namespace {
+
+constexpr qsizetype kLongestName = 200;
+
+// `tag` is `range`, or a narrower form of it.
+bool isWithin(const std::string& tag, const std::string& range) {
+  if (range.empty() || tag.size() < range.size()) return false;
+  if (tag.size() > range.size() && tag[range.size()] != '-') return false;
+  return strncasecmp(tag.c_str(), range.c_str(), range.size()) == 0;
+}
+
+}  // namespace
+
+CaptionsMenu::CaptionsMenu() = default;
+
+void CaptionsMenu::setAllowedLanguages(Languages languages) {
+  allowed_ = std::move(languages);
+  read(item_);
+}
+
+bool CaptionsMenu::allows(const AVMediaSelectionOption& option) const {
+  if (!allowed_) return true;
+  const auto tag = option.extendedLanguageTag();
+  return tag && std::any_of(allowed_->begin(), allowed_->end(),
+                            [&](const std::string& range) { return isWithin(*tag, range); });
+}
+
+void CaptionsMenu::read(std::shared_ptr<AVPlayerItem> item) {
+  item_ = std::move(item);
+  group_ = item_ ? item_->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible) : nullptr;
+  options_.clear();
+  names_.clear();
+  selected_ = -1;
+  const auto selection = group_ ? item_->selectedMediaOptionInMediaSelectionGroup(group_) : nullptr;
+  if (group_) {
+    std::copy_if(group_->options().begin(), group_->options().end(), std::back_inserter(options_),
+                 [this](const auto& option) { return allows(*option); });
+  }
+  // What is selected can always be switched off, allowed or not.
+  if (!options_.empty() || selection) names_ << tr("Off");
+  if (!selection) {
+    selected_ = names_.empty() ? -1 : 0;
+  } else {
+    const auto found =
+        std::find_if(options_.begin(), options_.end(), [&](const auto& option) { return *option == *selection; });
+    if (found != options_.end()) selected_ = 1 + static_cast<int>(found - options_.begin());
+  }
+  for (const auto& option : options_) {
+    names_ << QString::fromStdString(option->displayName()).simplified().left(kLongestName);
+  }
+  Q_EMIT changed();
+}
+
+std::optional<CaptionsMenu::Choice> CaptionsMenu::choose(int row) {
+  if (row < 0 || row >= rows()) return std::nullopt;
+  const Choice choice{row == 0 ? nullptr : options_[static_cast<std::size_t>(row - 1)], group_};
+  if (choice.option) {
+    const auto now = item_->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible);
+    if (!now || !now->optionWithIdentifier(choice.option->identifier())) return std::nullopt;
+  }
+  item_->selectMediaOption(choice.option, choice.group);
+  read(item_);
+  return choice;
+}
