@@ -81,7 +81,7 @@ std::optional<Layout> layOut(const Content& content, const QTextOption& option, 
   layout.lines->beginLayout();
   int count = 0;
   for (QTextLine line = layout.lines->createLine(); line.isValid(); line = layout.lines->createLine()) {
-    const bool isTooMuch = (maximumLines > 0 && ++count > maximumLines);
+    const bool isTooMuch = ++count > maximumLines && maximumLines > 0;
     line.setLeadingIncluded(true);
     line.setLineWidth(width);
     line.setPosition({0, layout.size.height});

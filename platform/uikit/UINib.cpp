@@ -1,8 +1,10 @@
 #include "platform/uikit/UINib.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <mutex>
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/UIActivityIndicatorView.h"
@@ -11,18 +13,23 @@
 
 namespace {
 
-// Lives as long as a view that it made.
+void registerTypes() {
+  qmlRegisterType<UIView>("UIKit", 1, 0, "UIView");
+  qmlRegisterType<UILabel>("UIKit", 1, 0, "UILabel");
+  qmlRegisterType<UIActivityIndicatorView>("UIKit", 1, 0, "UIActivityIndicatorView");
+}
+
+// Lives as long as the application, or a view that it made. Types are registered once: what Qt keeps of a registration
+// it never gives back.
 std::shared_ptr<QQmlEngine> sharedEngine() {
-  static std::weak_ptr<QQmlEngine> shared;
-  auto engine = shared.lock();
-  if (!engine) {
-    qmlRegisterType<UIView>("UIKit", 1, 0, "UIView");
-    qmlRegisterType<UILabel>("UIKit", 1, 0, "UILabel");
-    qmlRegisterType<UIActivityIndicatorView>("UIKit", 1, 0, "UIActivityIndicatorView");
-    engine = std::make_shared<QQmlEngine>();
-    shared = engine;
+  static std::shared_ptr<QQmlEngine> shared;
+  if (!shared) {
+    static std::once_flag registered;
+    std::call_once(registered, registerTypes);
+    shared = std::make_shared<QQmlEngine>();
+    qAddPostRoutine([] { shared = nullptr; });
   }
-  return engine;
+  return shared;
 }
 
 }  // namespace

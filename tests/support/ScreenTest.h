@@ -24,13 +24,22 @@ inline QGuiApplication& screenApplication() {
 // Set YMR_PICTURES to a folder to have every snapshot written there as a PNG, named after the test.
 class ScreenTest : public testing::Test {
  protected:
-  ScreenTest() { window.setRootViewController(controller); }
+  ScreenTest() {
+    window.setRootViewController(controller);
+    window.makeKeyAndVisible();
+    QCoreApplication::processEvents();
+  }
 
   // Lets time pass, in steps of a sixtieth of a second, with Qt's events in between.
   void run(RunLoop::Duration duration) {
     constexpr RunLoop::Duration step = std::chrono::milliseconds(16);
     for (; duration > step; duration -= step) advance(step);
     advance(duration);
+  }
+
+  void resize(int width, int height) {
+    window.resize(width, height);
+    QCoreApplication::processEvents();
   }
 
   // What the window shows now; lays out and draws first.

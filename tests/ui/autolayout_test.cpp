@@ -23,8 +23,7 @@ TEST_F(AutolayoutTest, pinsToAllEdgesWithTheSameInset) {
   view()->layoutIfNeeded();
   EXPECT_EQ(subview->frame(), CGRectMake(20, 20, 600, 320));
 
-  window.resize(1280, 720);
-  QCoreApplication::processEvents();
+  resize(1280, 720);
   view()->layoutIfNeeded();
   EXPECT_EQ(subview->frame(), CGRectMake(20, 20, 1240, 680)) << "follows a superview that changes its size";
 }

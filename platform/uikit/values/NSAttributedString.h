@@ -24,14 +24,14 @@ struct NSParagraphStyle {
 
 // How a run of text looks. What is nil is taken from whoever draws it.
 struct NSTextAttributes {
-  std::optional<UIFont> font;
-  std::optional<UIColor> foregroundColor;
-  std::optional<UIColor> strokeColor;  // nil: the foreground colour
+  std::optional<UIFont> font = std::nullopt;
+  std::optional<UIColor> foregroundColor = std::nullopt;
+  std::optional<UIColor> strokeColor = std::nullopt;  // nil: the foreground colour
   // Width of the outline in hundredths of the font's size. Positive: the outline only; negative: outline and filling;
   // 0: the filling only.
   double strokeWidth = 0;
   bool underline = false;
-  std::optional<NSParagraphStyle> paragraphStyle;
+  std::optional<NSParagraphStyle> paragraphStyle = std::nullopt;
   friend bool operator==(const NSTextAttributes&, const NSTextAttributes&) = default;
 };
 

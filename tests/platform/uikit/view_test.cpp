@@ -56,8 +56,7 @@ TEST_F(ViewTest, layersLieAmongSubviewsInTheOrderOfAdding) {
   layer->setFrame(CGRectMake(1, 2, 3, 4));
   layer->setFillsSuperlayer(true);
   EXPECT_EQ(layer->frame(), view()->bounds());
-  window.resize(800, 450);
-  QCoreApplication::processEvents();
+  resize(800, 450);
   EXPECT_EQ(layer->frame(), CGRectMake(0, 0, 800, 450));
   layer->addSublayer(layer);
   view()->layer()->addSublayer(nullptr);

@@ -1,0 +1,198 @@
+#include "platform/uikit/UILabel.h"
+
+#include <QPainter>
+
+#include "platform/uikit/UIActivityIndicatorView.h"
+#include "tests/support/ScreenTest.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+class CountsDrawing : public UILabel {
+ public:
+  using UILabel::UILabel;
+  int draws = 0;
+
+  // Sets things on itself while it draws, as a label that draws an outline does.
+  void drawTextInRect(QPainter& painter, const CGRect& rect) override {
+    ++draws;
+    if (!outlined) return UILabel::drawTextInRect(painter, rect);
+    const auto plain = *text();
+    NSTextAttributes attributes;
+    attributes.strokeColor = attributes.foregroundColor = UIColor::blackColor();
+    attributes.strokeWidth = -10;
+    setAttributedText(NSAttributedString(plain, attributes));
+    UILabel::drawTextInRect(painter, rect);
+    setText(plain);
+    UILabel::drawTextInRect(painter, rect);
+  }
+  bool outlined = false;
+};
+
+class LabelTest : public ScreenTest {
+ protected:
+  std::shared_ptr<CountsDrawing> add(const CGRect& frame, const std::string& text, double size = 24) {
+    auto label = std::make_shared<CountsDrawing>(frame);
+    label->setFont(UIFont::systemFontOfSize(size));
+    label->setText(text);
+    view()->addSubview(label);
+    return label;
+  }
+  QRect ink() { return inkOf(snapshot(), QRect(0, 0, 640, 360)); }
+};
+
+TEST_F(LabelTest, isDrawnAgainOnlyWhenWhatItShowsChanges) {
+  const auto label = add(CGRectMake(20, 20, 300, 40), "Some text");
+  snapshot();
+  snapshot();
+  EXPECT_EQ(label->draws, 1);
+  label->setText("Some text");
+  label->setTextColor(UIColor::whiteColor());
+  label->setFont(UIFont::systemFontOfSize(24));
+  label->setTextAlignment(NSTextAlignmentNatural);
+  label->setFrame(CGRectMake(50, 60, 300, 40));
+  label->setAlpha(0.5);
+  snapshot();
+  EXPECT_EQ(label->draws, 1) << "nothing of that changes the text's picture";
+
+  int draws = 1;
+  for (const std::function<void()>& change :
+       {std::function<void()>([&] { label->setText("Another text"); }),
+        std::function<void()>([&] { label->setTextColor(UIColor::redColor()); }),
+        std::function<void()>([&] { label->setFont(UIFont::boldSystemFontOfSize(24)); }),
+        std::function<void()>([&] { label->setTextAlignment(NSTextAlignmentRight); }),
+        std::function<void()>([&] { label->setNumberOfLines(2); }),
+        std::function<void()>([&] { label->setFrame(CGRectMake(50, 60, 200, 40)); })}) {
+    change();
+    snapshot();
+    EXPECT_EQ(label->draws, ++draws);
+  }
+  label->setText("And a");
+  label->setText("third");
+  snapshot();
+  EXPECT_EQ(label->draws, ++draws) << "several changes are one drawing";
+  label->setText(std::nullopt);
+  EXPECT_EQ(ink(), QRect());
+  EXPECT_EQ(label->text(), std::nullopt);
+}
+
+TEST_F(LabelTest, whatALabelSetsOnItselfWhileItDrawsDrawsNothingAnew) {
+  const auto label = add(CGRectMake(20, 20, 600, 100), "Outlined", 80);
+  label->outlined = true;
+  view()->setBackgroundColor(UIColor::grayColor());
+  const QImage picture = snapshot();
+  EXPECT_FALSE(inkOf(picture, QRect(0, 0, 640, 360), 0xff000000).isEmpty());
+  snapshot();
+  EXPECT_EQ(label->draws, 1);
+  int black = 0, white = 0;
+  for (int y = 0; y < 140; ++y) {
+    for (int x = 0; x < 640; ++x) {
+      black += colorAt(picture, x, y) == "000000";
+      white += colorAt(picture, x, y) == "ffffff";
+    }
+  }
+  EXPECT_GT(black, 1000) << "the outline";
+  EXPECT_GT(white, 1000) << "the letters inside it";
+}
+
+TEST_F(LabelTest, alignsItsTextLeftCentredOrRight) {
+  const auto label = add(CGRectMake(100, 100, 400, 40), "Text");
+  const double width = label->intrinsicContentSize().width;
+  const auto check = [&](NSTextAlignment alignment, double left) {
+    label->setTextAlignment(alignment);
+    EXPECT_NEAR(ink().left(), left, 4) << alignment;
+    EXPECT_NEAR(ink().width(), width, 6);
+    EXPECT_NEAR(ink().center().y(), 120, 4) << "centred from top to bottom";
+  };
+  check(NSTextAlignmentLeft, 100);
+  check(NSTextAlignmentCenter, 300 - width / 2);
+  check(NSTextAlignmentRight, 500 - width);
+  check(NSTextAlignmentNatural, 100);
+  check(NSTextAlignmentJustified, 100);
+  label->setText("\u05e9\u05dc\u05d5\u05dd");  // written from right to left
+  label->setTextAlignment(NSTextAlignmentNatural);
+  EXPECT_GT(ink().left(), 300);
+  label->setTextAlignment(NSTextAlignmentLeft);
+  EXPECT_LT(ink().right(), 300);
+}
+
+TEST_F(LabelTest, textThatIsTooLongEndsInAnEllipsis) {
+  const std::string text = "One two three four five six seven eight nine ten eleven twelve";
+  const auto label = add(CGRectMake(20, 20, 200, 300), text);
+  const int oneLine = ink().height();
+  EXPECT_LT(oneLine, 40) << "one line at first";
+  EXPECT_LE(ink().right(), 221);
+  EXPECT_GT(ink().right(), 190) << "as much of the line as fits";
+  label->setNumberOfLines(2);
+  const int twoLines = ink().height();
+  EXPECT_GT(twoLines, oneLine + 15);
+  label->setNumberOfLines(0);
+  EXPECT_GT(ink().height(), twoLines + 15) << "all of it";
+  label->setFrame(CGRectMake(20, 20, 200, 70));
+  EXPECT_NEAR(ink().height(), twoLines, 8) << "no line is cut through";
+  label->setText("");
+  EXPECT_EQ(ink(), QRect());
+  label->setText(std::string(100000, 'x'));
+  label->setFrame(CGRectMake(0, 0, 2, 2));
+  snapshot();
+}
+
+TEST_F(LabelTest, knowsTheSizeOfItsText) {
+  const auto label = add(CGRectZero, "Text", 40);
+  const CGSize one = label->intrinsicContentSize();
+  label->setText("Text\nText");
+  EXPECT_EQ(label->intrinsicContentSize().height, one.height) << "one line is what it may have";
+  label->setNumberOfLines(0);
+  EXPECT_EQ(label->intrinsicContentSize(), (CGSize{one.width, 2 * one.height}));
+  label->setText("Text\r\nText\r\n");
+  EXPECT_EQ(label->intrinsicContentSize().width, one.width) << "carriage returns are nothing";
+  label->setText("Text Text");
+  EXPECT_EQ(label->intrinsicHeightForWidth(one.width + 2), 2 * one.height);
+  label->setPreferredMaxLayoutWidth(one.width + 2);
+  EXPECT_EQ(label->intrinsicContentSize().height, 2 * one.height);
+  label->setText("");
+  EXPECT_EQ(label->intrinsicContentSize(), (CGSize{0, 0}));
+
+  NSAttributedString large("Text", {.font = UIFont::systemFontOfSize(80)});
+  label->setAttributedText(large);
+  label->setPreferredMaxLayoutWidth(0);
+  EXPECT_NEAR(label->intrinsicContentSize().width, 2 * one.width, 3) << "a run's own font counts";
+  EXPECT_EQ(label->text(), "Text");
+  EXPECT_EQ(label->attributedText()->runs[0].attributes.foregroundColor, UIColor::whiteColor());
+}
+
+TEST_F(LabelTest, runsHaveTheirOwnColours) {
+  const auto label = add(CGRectMake(0, 0, 640, 100), "", 80);
+  NSAttributedString text("\u2588", {.foregroundColor = UIColor::redColor()});
+  text.runs.push_back({"\u2588", {.foregroundColor = UIColor::greenColor(), .underline = true}});
+  text.runs.push_back({"\u2588", {}});
+  label->setAttributedText(text);
+  const QImage picture = snapshot();
+  const double width = label->intrinsicContentSize().width / 3;
+  EXPECT_EQ(colorAt(picture, int(width * 0.5), 50), "ff0000");
+  EXPECT_EQ(colorAt(picture, int(width * 1.5), 50), "00ff00");
+  EXPECT_EQ(colorAt(picture, int(width * 2.5), 50), "ffffff");
+}
+
+TEST_F(LabelTest, theWheelTurnsByTheRunLoopsTimeAndIsHiddenWhenItStands) {
+  auto wheel = std::make_shared<UIActivityIndicatorView>(CGRectMake(280, 140, 80, 80));
+  view()->addSubview(wheel);
+  EXPECT_TRUE(wheel->isHidden());
+  EXPECT_EQ(ink(), QRect());
+  wheel->startAnimating();
+  wheel->startAnimating();
+  const QImage before = snapshot();
+  EXPECT_NEAR(inkOf(before, QRect(0, 0, 640, 360)).width(), 77, 4);
+  loop.advance(250ms);
+  EXPECT_NE(snapshot(), before);
+  EXPECT_EQ(wheel->rotation(), 90);
+  loop.advance(750ms);
+  EXPECT_EQ(snapshot(), before) << "once around in a second";
+  wheel->stopAnimating();
+  wheel->stopAnimating();
+  EXPECT_EQ(ink(), QRect());
+  EXPECT_EQ(loop.pendingTimers(), 0u);
+}
+
+}  // namespace
