@@ -13,8 +13,9 @@ namespace {
 // Pixels on a side of drawn content; what is larger is drawn coarser.
 constexpr double maximumSide = 8192;
 
-// What a view puts into the scene: a background below, drawn content above; both may be missing.
-struct ViewNode : QSGNode {
+// What a view puts into the scene: a background below, drawn content above; both may be missing. A transform without
+// effect: below a plain node the software scene graph loses the place of what is added later.
+struct ViewNode : QSGTransformNode {
   QSGRectangleNode* background = nullptr;
   QSGImageNode* content = nullptr;
 };

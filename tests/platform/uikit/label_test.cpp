@@ -77,6 +77,24 @@ TEST_F(LabelTest, isDrawnAgainOnlyWhenWhatItShowsChanges) {
   EXPECT_EQ(label->text(), std::nullopt);
 }
 
+TEST_F(LabelTest, textAndBackgroundThatComeLaterAreInTheirPlace) {
+  const auto label = add(CGRectMake(200, 100, 300, 40), "");
+  EXPECT_EQ(ink(), QRect());
+  label->setText("Late");
+  EXPECT_TRUE(QRect(200, 100, 300, 40).contains(ink()));
+  label->setText(std::nullopt);
+  snapshot();
+  label->setText("Later");
+  EXPECT_TRUE(QRect(200, 100, 300, 40).contains(ink()));
+  label->setHidden(true);
+  snapshot();
+  label->setText("Latest");
+  label->setHidden(false);
+  EXPECT_TRUE(QRect(200, 100, 300, 40).contains(ink()));
+  label->setBackgroundColor(UIColor::blueColor());
+  EXPECT_EQ(ink(), QRect(200, 100, 300, 40));
+}
+
 TEST_F(LabelTest, whatALabelSetsOnItselfWhileItDrawsDrawsNothingAnew) {
   const auto label = add(CGRectMake(20, 20, 600, 100), "Outlined", 80);
   label->outlined = true;
