@@ -14,6 +14,11 @@ constexpr int lookMilliseconds = 100;
 constexpr int idleMilliseconds = 60 * 60 * 1000;
 constexpr long keptConnections = 16;
 
+// What shares connections: scheme, host and port.
+std::string server(const NSURL& url) {
+  return url.absoluteString().substr(0, url.absoluteString().find('/', url.scheme().size() + 3));
+}
+
 }  // namespace
 
 // The easy handles in flight and what drives them.
@@ -91,8 +96,8 @@ CurlTransfers::~CurlTransfers() {
 bool CurlTransfers::start(URLRequest request, Done done) {
   {
     std::lock_guard lock(mutex_);
-    const std::string host = request.url.host();
-    if (!lanes_.push(host, {std::move(request), std::move(done)})) return false;
+    const std::string lane = server(request.url);
+    if (!lanes_.push(lane, {std::move(request), std::move(done)})) return false;
     if (!thread_.joinable()) {
       const BlockedSignals blocked;
       thread_ = std::thread([this] { run(); });
@@ -117,16 +122,16 @@ void CurlTransfers::run() {
     const auto ended = multi_->turn();
     for (const auto& [transfer, code] : ended) transfer->finish(code);
     lock.lock();
-    for (const auto& [transfer, code] : ended) lanes_.finished(transfer->url().host());
+    for (const auto& [transfer, code] : ended) lanes_.finished(server(transfer->url()));
     if (lanes_.empty()) idle_.notify_all();
   }
   lock.unlock();  // the destructor waits for this thread, and nobody else calls any more
   for (const auto& transfer : multi_->takeAll()) {
     transfer->cancel();
-    lanes_.finished(transfer->url().host());
+    lanes_.finished(server(transfer->url()));
   }
   while (auto waiting = lanes_.pop()) {
-    lanes_.finished(waiting->request.url.host());
+    lanes_.finished(server(waiting->request.url));
     CurlTransfer(std::move(waiting->request), std::move(waiting->done)).cancel();
   }
 }

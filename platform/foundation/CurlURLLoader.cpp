@@ -7,8 +7,10 @@
 
 namespace {
 
-// More fetches at once than any break makes; a later one waits for a place.
-constexpr HostLimits limits{.atOnce = 64, .perHost = 16, .waiting = 10'000};
+// More at once than any break fetches; a later one waits for a place.
+constexpr HostLimits fetchLimits{.atOnce = 64, .perHost = 16, .waiting = 10'000};
+constexpr HostLimits sendLimits{.atOnce = 32, .perHost = 6, .waiting = 10'000};
+constexpr std::chrono::milliseconds lastSendings{2'000};
 
 URLResponse failed(int code, std::string message) {
   URLResponse response;
@@ -52,14 +54,16 @@ void complete(const dispatch_queue_t& queue, URLLoader::Completion completion, U
 
 }  // namespace
 
-CurlURLLoader::CurlURLLoader() : transfers_(limits) {}
-CurlURLLoader::~CurlURLLoader() = default;
+CurlURLLoader::CurlURLLoader() : fetches_(fetchLimits), sendings_(sendLimits) {}
+CurlURLLoader::~CurlURLLoader() {
+  sendings_.drain(lastSendings);
+}
 
 void CurlURLLoader::load(URLRequest request, const dispatch_queue_t& queue, Completion completion) {
   if (request.url.isHTTP()) {
     // Moved on to the queue, so that what it owns goes there and not on the transfers' thread.
     const auto owned = std::make_shared<Completion>(std::move(completion));
-    const bool queued = transfers_.start(std::move(request), [queue, owned](URLResponse response) {
+    const bool queued = fetches_.start(std::move(request), [queue, owned](URLResponse response) {
       complete(queue, std::move(*owned), std::move(response));
     });
     if (!queued) complete(queue, std::move(*owned), failed(NSURLErrorResourceUnavailable, "Too many requests wait."));
@@ -71,4 +75,8 @@ void CurlURLLoader::load(URLRequest request, const dispatch_queue_t& queue, Comp
     complete(queue, std::move(completion),
              failed(NSURLErrorUnsupportedURL, request.url.scheme() + ": this kind of URL is not opened here."));
   }
+}
+
+bool CurlURLLoader::send(URLRequest request) {
+  return request.url.isHTTP() && sendings_.start(std::move(request), [](const URLResponse&) {});
 }

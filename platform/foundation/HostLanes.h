@@ -15,8 +15,8 @@ struct HostLimits {
   std::size_t waiting;
 };
 
-// A queue of work for hosts within limits. Work leaves in the order in which it came, except that a host at its limit
-// does not hold up the others. No locks.
+// A queue of work for hosts, or whatever else the names stand for, within limits. Work leaves in the order in which it
+// came, except that a host at its limit does not hold up the others. No locks.
 template <typename Work>
 class HostLanes {
  public:

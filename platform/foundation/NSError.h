@@ -9,7 +9,7 @@ struct NSError {
   std::string message;
 };
 
-inline constexpr const char* NSURLErrorDomain = "NSURLErrorDomain";          // fetching from a URL
+inline constexpr const char* NSURLErrorDomain = "NSURLErrorDomain";  // fetching from a URL
 inline constexpr int NSURLErrorBadURL = -1000;
 inline constexpr int NSURLErrorTimedOut = -1001;
 inline constexpr int NSURLErrorUnsupportedURL = -1002;

@@ -16,10 +16,10 @@
 // What is asked of a URL, and within which bounds. A file URL is read; http and https are fetched with GET.
 struct URLRequest {
   NSURL url;
-  std::chrono::milliseconds silence{10'000};      // without a byte: NSURLErrorTimedOut
-  std::chrono::milliseconds whole{20'000};        // from the start of the transfer: NSURLErrorTimedOut
-  std::size_t maximumBytes = 16 * 1024 * 1024;    // of the body, decoded: NSURLErrorDataLengthExceedsMaximum
-  bool allowsFiles = false;                       // whether a file URL may be read at all
+  std::chrono::milliseconds silence{10'000};    // without a byte: NSURLErrorTimedOut
+  std::chrono::milliseconds whole{20'000};      // from the start of the transfer: NSURLErrorTimedOut
+  std::size_t maximumBytes = 16 * 1024 * 1024;  // of the body, decoded: NSURLErrorDataLengthExceedsMaximum
+  bool allowsFiles = false;                     // whether a file URL may be read at all
 };
 
 // What came back. `error` is set when there is no response, a transfer that broke off included; a status other than 200
@@ -31,7 +31,7 @@ struct URLResponse {
   std::chrono::milliseconds elapsed{0};
 };
 
-// The one way to fetch bytes: curl in the product, scripted in tests. Any thread.
+// The one way to the network for all but media: curl in the product, scripted in tests. Any thread.
 class YMR_API URLLoader {
  public:
   using Completion = std::function<void(URLResponse)>;
@@ -39,6 +39,11 @@ class YMR_API URLLoader {
   virtual ~URLLoader();
   // Calls `completion` exactly once, on `queue`, never before load() has returned.
   virtual void load(URLRequest request, const dispatch_queue_t& queue, Completion completion) = 0;
+
+  // Queues a request whose answer nobody waits for. Requests are handed over in order and kept as few at once as is
+  // kind to a server; the bounds of each count from its own start. False, and nothing is sent, for a URL that is
+  // neither http nor https and when ten thousand wait already. Never waits.
+  virtual bool send(URLRequest request) = 0;
 
   // The loader that everybody uses unless given another; curl's until a test sets one. Never null.
   static std::shared_ptr<URLLoader> shared();

@@ -20,10 +20,10 @@ class ScriptedURLLoader : public URLLoader {
  public:
   struct Answer {
     long status = 200;
-    std::string body;
+    std::string body{};
     std::chrono::milliseconds delay{0};
-    std::optional<int> error;  // an NSURLError code in place of a response
-    bool never = false;        // accepted, and then silence
+    std::optional<int> error{};  // an NSURLError code in place of a response
+    bool never = false;          // accepted, and then silence
   };
   struct Asked {
     URLRequest request;
@@ -42,8 +42,17 @@ class ScriptedURLLoader : public URLLoader {
     for (const auto& one : asked_) urls.push_back(one.request.url.absoluteString());
     return urls;
   }
+  // What was sent without waiting for an answer, in order.
+  const std::vector<std::string>& sentURLs() const { return sent_; }
+  void forgetSent() { sent_.clear(); }
   // Requests that have not completed.
   int inFlight() const { return *inFlight_; }
+
+  bool send(URLRequest request) override {
+    if (!request.url.isHTTP()) return false;
+    sent_.push_back(request.url.absoluteString());
+    return true;
+  }
 
   void load(URLRequest request, const dispatch_queue_t& queue, Completion completion) override {
     asked_.push_back({request, RunLoop::main().now()});
@@ -99,6 +108,7 @@ class ScriptedURLLoader : public URLLoader {
   std::map<std::string, std::vector<Answer>> script_;
   Answer others_{0, "", {}, NSURLErrorCannotConnectToHost, false};
   std::vector<Asked> asked_;
+  std::vector<std::string> sent_;
   std::shared_ptr<int> inFlight_ = std::make_shared<int>(0);
 };
 

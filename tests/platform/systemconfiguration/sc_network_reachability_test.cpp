@@ -95,7 +95,9 @@ TEST_F(InANetwork, aLinkReachesItsNeighboursAndAGatewayTheRest) {
   link("eth7");
   EXPECT_EQ(flagsOf("10.9.8.7"), direct);
   EXPECT_EQ(flagsOf("10.9.8.1"), localAndDirect);
-  if (hasIPv6) EXPECT_EQ(flagsOf("fd00:9::7"), direct);
+  if (hasIPv6) {
+    EXPECT_EQ(flagsOf("fd00:9::7"), direct);
+  }
   EXPECT_EQ(flagsOf("0.0.0.0"), nothing);
   EXPECT_EQ(flagsOf("192.0.2.7"), nothing);
   ASSERT_TRUE(network.ip("route add default via 10.9.8.2"));

@@ -1,0 +1,129 @@
+#include "ads/core/SKVASTEventProcessor.h"
+
+#include <atomic>
+#include <exception>
+#include <iterator>
+#include <string_view>
+
+#include "VAST/SKLogger.h"
+#include "platform/foundation/MainThread.h"
+#include "platform/foundation/URLLoader.h"
+
+namespace {
+
+constexpr const char* tag = "VAST - Event Processor";
+constexpr std::chrono::milliseconds requestBound{1'000};
+constexpr std::size_t answerBound = 64 * 1024;  // a pixel; nobody reads it
+
+std::atomic<std::uint64_t> dropped{0};
+
+struct Event {
+  const char* key;
+  const char* message;  // before the URL
+};
+
+// By SKVASTTrackingEvent.
+constexpr Event events[] = {
+    {"start", "Sent track start to url: "},
+    {"creativeView", "Sent track creativeView to url: "},
+    {"firstQuartile", "Sent firstQuartile to url: "},
+    {"midpoint", "Sent midpoint to url: "},
+    {"thirdQuartile", "Sent thirdQuartile to url: "},
+    {"complete", "Sent complete to url: "},
+    {"close", "Sent close to url: "},
+    {"pause", "Sent pause start to url: "},
+    {"resume", "Sent resume start to url: "},
+};
+
+void log(std::string_view before, const NSURL& url) {
+  if (!SKLogger::reachesSink(SKLogLevelDebug)) return;
+  SKLogger::debug(tag, std::string(before) + url.absoluteString());
+}
+
+void replaceAll(std::string& text, std::string_view macro, std::string_view value) {
+  std::string result;
+  std::size_t from = 0;
+  for (auto at = text.find(macro); at != std::string::npos; at = text.find(macro, from)) {
+    result.append(text, from, at - from).append(value);
+    from = at + macro.size();
+  }
+  if (from > 0) text = result.append(text, from);
+}
+
+std::optional<NSURL> withErrorCode(const std::optional<NSURL>& url, const std::string& errorCode) {
+  if (!url) return std::nullopt;
+  std::string text = url->absoluteString();
+  replaceAll(text, "[ERRORCODE]", errorCode);
+  replaceAll(text, "%5BERRORCODE%5D", errorCode);
+  return NSURL::URLWithString(text);
+}
+
+}  // namespace
+
+SKVASTEventProcessor::SKVASTEventProcessor(TrackingEvents trackingEvents,
+                                           std::weak_ptr<SKVASTViewControllerDelegate> delegate)
+    : trackingEvents_(std::move(trackingEvents)), delegate_(std::move(delegate)) {}
+
+SKVASTEventProcessor::~SKVASTEventProcessor() = default;
+
+void SKVASTEventProcessor::trackEvent(SKVASTTrackingEvent event) {
+  YMR_ASSERT_MAIN_THREAD();
+  const auto alive = weak_from_this().lock();  // the delegate may let go of the processor
+  if (event >= std::size(events)) {
+    tellDelegate("Unknown");
+    return;
+  }
+  const Event& known = events[event];
+  tellDelegate(known.key);
+  const auto found = trackingEvents_.find(known.key);
+  if (found == trackingEvents_.end()) return;
+  for (const auto urls = found->second; const NSURL& url : urls) {  // a log sink may change the table
+    sendTrackingRequest(url);
+    log(known.message, url);
+  }
+}
+
+void SKVASTEventProcessor::sendVASTUrlsWithId(const std::vector<SKVASTUrlWithId>& urls) {
+  for (const SKVASTUrlWithId& entry : urls) {
+    if (!entry.url()) continue;
+    sendTrackingRequest(*entry.url());
+    log("Sent http request " + (entry.id_() ? *entry.id_() + " " : "") + "to url: ", *entry.url());
+  }
+}
+
+void SKVASTEventProcessor::sendVASTError(const std::vector<SKVASTUrlWithId>& urls, const std::string& errorCode) {
+  auto copy = urls;
+  for (SKVASTUrlWithId& entry : copy) entry = SKVASTUrlWithId(entry.id_(), withErrorCode(entry.url(), errorCode));
+  sendVASTUrlsWithId(copy);
+}
+
+void SKVASTEventProcessor::sendTrackingRequest(const NSURL& url) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (!url.isHTTP()) {
+    log("Event processor refuses to send request to url: ", url);
+    return;
+  }
+  log("Event processor sending request to url: ", url);
+  URLRequest request{url};
+  request.silence = requestBound;
+  request.whole = requestBound;
+  request.maximumBytes = answerBound;
+  if (!URLLoader::shared()->send(std::move(request))) ++dropped;
+}
+
+std::uint64_t SKVASTEventProcessor::droppedRequests() {
+  return dropped;
+}
+
+void SKVASTEventProcessor::tellDelegate(const std::string& event) {
+  const auto held = delegate_.lock();
+  const auto tell = held ? held->vastTrackingEvent : nullptr;
+  if (!tell) return;
+  try {
+    tell(event);
+  } catch (const std::exception& exception) {
+    SKLogger::error(tag, std::string("vastTrackingEvent threw: ") + exception.what());
+  } catch (...) {
+    SKLogger::error(tag, "vastTrackingEvent threw");
+  }
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "VAST/SKVASTUrlWithId.h"
+#include "ads/core/SKVASTViewControllerDelegate.h"
+#include "platform/Export.h"
+#include "platform/foundation/NSObject.h"
+
+enum SKVASTTrackingEvent : std::uint32_t {
+  SKVASTTrackingEventStart = 0,
+  SKVASTTrackingEventCreativeView = 1,
+  SKVASTTrackingEventFirstQuartile = 2,
+  SKVASTTrackingEventMidpoint = 3,
+  SKVASTTrackingEventThirdQuartile = 4,
+  SKVASTTrackingEventComplete = 5,
+  SKVASTTrackingEventClose = 6,
+  SKVASTTrackingEventPause = 7,
+  SKVASTTrackingEventResume = 8,
+};
+
+// Sends the tracking requests of one ad, and forgets them: nothing waits for an answer, a request that fails is neither
+// repeated nor reported. Main thread.
+//
+// Requests are GETs that end within a second of their own start, over connections that all processors share, handed
+// over in the order of the calls. Only http and https are requested. When ten thousand wait, further ones are dropped
+// and counted. The end of the process waits for those on their way, for a bounded time.
+class YMR_API SKVASTEventProcessor : public NSObject {
+ public:
+  // URLs by the event's name ("start", "creativeView", …).
+  using TrackingEvents = std::map<std::string, std::vector<NSURL>>;
+
+  SKVASTEventProcessor(TrackingEvents trackingEvents, std::weak_ptr<SKVASTViewControllerDelegate> delegate);
+  ~SKVASTEventProcessor() override;
+
+  const TrackingEvents& trackingEvents() const { return trackingEvents_; }
+  void setTrackingEvents(TrackingEvents events) { trackingEvents_ = std::move(events); }
+  std::shared_ptr<SKVASTViewControllerDelegate> delegate() const { return delegate_.lock(); }
+  void setDelegate(std::weak_ptr<SKVASTViewControllerDelegate> delegate) { delegate_ = std::move(delegate); }
+
+  // Tells the delegate the event's name ("Unknown" for a value that has none), then requests its URLs in order.
+  void trackEvent(SKVASTTrackingEvent event);
+  // Requests every URL in order; an entry whose URL is nil requests nothing.
+  void sendVASTUrlsWithId(const std::vector<SKVASTUrlWithId>& urls);
+  // The same with `errorCode` in place of every "[ERRORCODE]" and "%5BERRORCODE%5D".
+  void sendVASTError(const std::vector<SKVASTUrlWithId>& urls, const std::string& errorCode);
+  void sendTrackingRequest(const NSURL& url);
+
+  // Requests of the process that were dropped because too many waited. Any thread.
+  static std::uint64_t droppedRequests();
+
+ private:
+  void tellDelegate(const std::string& event);
+
+  TrackingEvents trackingEvents_;
+  std::weak_ptr<SKVASTViewControllerDelegate> delegate_;
+};

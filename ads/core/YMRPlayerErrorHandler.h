@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "ads/records/SKVASTError.h"
+#include "ads/records/YMRVastError.h"
+#include "platform/Export.h"
+
+// What the ad errors are called and how they map. Pure functions, which take any value; any thread.
+class YMR_API YMRPlayerErrorHandler {
+ public:
+  // YMRVastErrorUnexpected for everything above SKVASTErrorPlayback.
+  static YMRVastError SKVASTErrorToYMRVastError(SKVASTError error);
+  static std::string YMRVastErrorToString(YMRVastError error);
+  static std::string VASTErrorToString(SKVASTError error);
+  // The code for the error URLs of a VAST document: three digits.
+  static std::string VASTErrorToErrorCode(SKVASTError error);
+};

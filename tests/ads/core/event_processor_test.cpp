@@ -1,0 +1,160 @@
+#include "ads/core/SKVASTEventProcessor.h"
+
+#include <gmock/gmock.h>
+
+#include "VAST/SKLogger.h"
+#include "platform/dispatch/VirtualRunLoop.h"
+#include "tests/support/ScriptedURLLoader.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+NSURL url(const std::string& text) {
+  return *NSURL::URLWithString(text);
+}
+
+struct EventProcessor : testing::Test {
+  EventProcessor() {
+    delegate->vastTrackingEvent = [this](const std::string& event) { told.push_back(event); };
+  }
+  ~EventProcessor() override { SKLogger::installSink(0, nullptr); }
+
+  // Starts to keep the log; the lines of one tag.
+  void keepLog() {
+    SKLogger::installSink(SKLogLevelDebug, [this](int level, std::string_view tag, std::string_view message) {
+      if (tag == "VAST - Event Processor") logged.push_back(std::to_string(level) + " " + std::string(message));
+    });
+  }
+  std::shared_ptr<SKVASTEventProcessor> processor(SKVASTEventProcessor::TrackingEvents events) {
+    return std::make_shared<SKVASTEventProcessor>(std::move(events), delegate);
+  }
+
+  VirtualRunLoop loop;
+  ScriptedLoaderInPlace network;
+  const std::shared_ptr<SKVASTViewControllerDelegate> delegate = std::make_shared<SKVASTViewControllerDelegate>();
+  std::vector<std::string> told, logged;
+};
+
+TEST_F(EventProcessor, everyEventTellsItsNameRequestsItsURLsInOrderAndLogsThem) {
+  const struct {
+    const char* key;
+    const char* message;
+  } rows[] = {
+      {"start", "Sent track start to url: "},
+      {"creativeView", "Sent track creativeView to url: "},
+      {"firstQuartile", "Sent firstQuartile to url: "},
+      {"midpoint", "Sent midpoint to url: "},
+      {"thirdQuartile", "Sent thirdQuartile to url: "},
+      {"complete", "Sent complete to url: "},
+      {"close", "Sent close to url: "},
+      {"pause", "Sent pause start to url: "},
+      {"resume", "Sent resume start to url: "},
+  };
+  SKVASTEventProcessor::TrackingEvents events;
+  for (const auto& row : rows) {
+    const std::string base = std::string("http://t.example/") + row.key;
+    events[row.key] = {url(base + "?1"), url(base + "?2")};
+  }
+  const auto sender = processor(events);
+  keepLog();
+  for (std::uint32_t value = 0; value < std::size(rows); ++value) {
+    SCOPED_TRACE(value);
+    told.clear();
+    logged.clear();
+    network.loader->forgetSent();
+    sender->trackEvent(static_cast<SKVASTTrackingEvent>(value));
+    const std::string one = std::string("http://t.example/") + rows[value].key + "?1";
+    const std::string two = std::string("http://t.example/") + rows[value].key + "?2";
+    EXPECT_THAT(told, ElementsAre(rows[value].key));
+    EXPECT_THAT(network.loader->sentURLs(), ElementsAre(one, two));
+    EXPECT_THAT(logged,
+                ElementsAre("4 Event processor sending request to url: " + one, "4 " + (rows[value].message + one),
+                            "4 Event processor sending request to url: " + two, "4 " + (rows[value].message + two)));
+  }
+}
+
+TEST_F(EventProcessor, anEventWithoutURLsOrWithoutANameRequestsNothingButIsTold) {
+  const auto sender = processor({{"pause", {}}, {"Unknown", {url("http://t.example/")}}});
+  keepLog();
+  for (const std::uint32_t value : {0u, 7u, 9u, 0xFFFFFFFFu})
+    sender->trackEvent(static_cast<SKVASTTrackingEvent>(value));
+  EXPECT_THAT(told, ElementsAre("start", "pause", "Unknown", "Unknown"));
+  EXPECT_THAT(network.loader->sentURLs(), IsEmpty());
+  EXPECT_THAT(logged, IsEmpty());
+}
+
+TEST_F(EventProcessor, impressionsAreRequestedInOrderWithOrWithoutAnIdentifier) {
+  const auto sender = processor({});
+  keepLog();
+  sender->sendVASTUrlsWithId(
+      {{"a", url("http://i.example/1")}, {std::nullopt, url("http://i.example/2")}, {"c", std::nullopt}});
+  EXPECT_THAT(network.loader->sentURLs(), ElementsAre("http://i.example/1", "http://i.example/2"));
+  ASSERT_EQ(logged.size(), 4u);
+  EXPECT_EQ(logged[1], "4 Sent http request a to url: http://i.example/1");
+  EXPECT_EQ(logged[3], "4 Sent http request to url: http://i.example/2");
+}
+
+TEST_F(EventProcessor, theErrorCodeTakesThePlaceOfBothFormsOfItsMacroEverywhere) {
+  const struct {
+    const char* given;
+    const char* requested;
+  } rows[] = {
+      {"http://e.example/?code=[ERRORCODE]", "http://e.example/?code=401"},
+      {"http://e.example/?code=%5BERRORCODE%5D", "http://e.example/?code=401"},
+      {"http://e.example/[ERRORCODE]/%5BERRORCODE%5D/[ERRORCODE]?x", "http://e.example/401/401/401?x"},
+      {"http://e.example/?code=%5berrorcode%5d", "http://e.example/?code=%5berrorcode%5d"},
+      {"http://e.example/[ERROR[ERRORCODE]CODE]", "http://e.example/[ERROR401CODE]"},
+      {"http://e.example/none", "http://e.example/none"},
+  };
+  std::vector<SKVASTUrlWithId> errors;
+  for (const auto& row : rows) errors.emplace_back("id", url(row.given));
+  errors.emplace_back("id", std::nullopt);
+  const auto sender = processor({});
+  sender->sendVASTError(errors, "401");
+  std::vector<std::string> expected;
+  for (const auto& row : rows) expected.push_back(row.requested);
+  EXPECT_EQ(network.loader->sentURLs(), expected);
+  EXPECT_EQ(errors[0].url()->absoluteString(), rows[0].given) << "the caller's list has changed";
+}
+
+TEST_F(EventProcessor, onlyWebURLsAreRequested) {
+  const auto sender = processor({{"start", {url("file:///etc/passwd"), url("ftp://h/x"), url("https://t.example/")}}});
+  sender->trackEvent(SKVASTTrackingEventStart);
+  EXPECT_THAT(network.loader->sentURLs(), ElementsAre("https://t.example/"));
+}
+
+TEST_F(EventProcessor, aDelegateMayBeMissingSilentThrowingOrLetGoOfTheProcessor) {
+  const SKVASTEventProcessor::TrackingEvents events{{"start", {url("http://t.example/")}}};
+  auto sender = processor(events);
+  const auto requestsOne = [&] {
+    network.loader->forgetSent();
+    sender->trackEvent(SKVASTTrackingEventStart);
+    return network.loader->sentURLs().size() == 1;
+  };
+  sender->setDelegate({});
+  EXPECT_TRUE(requestsOne());
+  sender->setDelegate(std::make_shared<SKVASTViewControllerDelegate>());  // gone at once
+  EXPECT_EQ(sender->delegate(), nullptr);
+  EXPECT_TRUE(requestsOne());
+  sender->setDelegate(delegate);
+  delegate->vastTrackingEvent = nullptr;
+  EXPECT_TRUE(requestsOne());
+  delegate->vastTrackingEvent = [](const std::string&) { throw std::runtime_error("host"); };
+  EXPECT_TRUE(requestsOne());
+  delegate->vastTrackingEvent = [](const std::string&) { throw 7; };
+  EXPECT_TRUE(requestsOne());
+  delegate->vastTrackingEvent = [&](const std::string&) {
+    sender->setTrackingEvents({});
+    delegate->vastTrackingEvent = nullptr;
+    sender.reset();
+  };
+  const std::weak_ptr<SKVASTEventProcessor> weak = sender;
+  network.loader->forgetSent();
+  sender->trackEvent(SKVASTTrackingEventStart);
+  EXPECT_TRUE(weak.expired());
+  EXPECT_THAT(network.loader->sentURLs(), IsEmpty()) << "the table was empty when its turn came";
+}
+
+}  // namespace
