@@ -98,12 +98,8 @@ void AVPlayer::Core::seek(const CMTime& time, AVPlayer::SeekCompletion completio
     const auto self = weak.lock();
     if (completion && self && !self->isClosed_) completion(finished);
   };
-  if (!playback_) {
-    RunLoop::main().post([unlessClosed = std::move(unlessClosed)] { unlessClosed(false); });
-    return;
-  }
-  playback_->seek(time, std::move(unlessClosed));
-  observers_->paceDidChange();
+  if (playback_) return playback_->seek(time, std::move(unlessClosed));
+  RunLoop::main().post([unlessClosed = std::move(unlessClosed)] { unlessClosed(false); });
 }
 
 void AVPlayer::Core::close() {
@@ -177,6 +173,7 @@ bool AVPlayer::isMuted() const {
   return core_->isMuted();
 }
 void AVPlayer::setMuted(bool muted) {
+  YMR_ASSERT_MAIN_THREAD();
   core_->setMuted(muted);
 }
 AVPlayerActionAtItemEnd AVPlayer::actionAtItemEnd() const {

@@ -34,8 +34,10 @@ std::optional<NSError> AVPlayerItem::error() const {
 CMTime AVPlayerItem::currentTime() const {
   return playback_->currentTime();
 }
+// A loaded asset knows it before its item has become ready.
 CMTime AVPlayerItem::duration() const {
-  return playback_->duration();
+  const CMTime own = playback_->duration();
+  return CMTIME_IS_VALID(own) ? own : asset_->duration();
 }
 std::vector<CMTimeRange> AVPlayerItem::loadedTimeRanges() const {
   return playback_->loadedTimeRanges();

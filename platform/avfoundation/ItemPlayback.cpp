@@ -123,7 +123,6 @@ void ItemPlayback::becomeReady() {
   if (!speaks() || status_ != AVPlayerItemStatusUnknown) return;
   status_ = AVPlayerItemStatusReadyToPlay;
   duration_ = session_->engine().duration();
-  if (const auto player = player_.lock()) player->itemPaceDidChange();
   if (CMTIME_IS_VALID(duration_) && !notify("duration")) return;
   if (!notify("status")) return;
   updateBuffering();
@@ -152,9 +151,7 @@ void ItemPlayback::engineDurationDidChange() {
 }
 
 void ItemPlayback::engineBufferingDidChange() {
-  if (!speaks()) return;
-  if (const auto player = player_.lock()) player->itemPaceDidChange();
-  updateBuffering();
+  if (speaks()) updateBuffering();
 }
 
 void ItemPlayback::updateBuffering() {
@@ -164,6 +161,7 @@ void ItemPlayback::updateBuffering() {
   const auto ranges = engine.bufferedRanges();
   const bool rangesChanged = !sameRanges(ranges, loadedTimeRanges_);
   loadedTimeRanges_ = ranges;
+  if (const auto player = player_.lock()) player->itemPaceDidChange();
   // Empty first: who hears that playing can't keep up may pause, and would then not take an empty buffer for a stall.
   if (emptyChanged && !notify("playbackBufferEmpty")) return;
   if (keepUpChanged && !notify("playbackLikelyToKeepUp")) return;

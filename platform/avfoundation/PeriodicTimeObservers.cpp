@@ -13,14 +13,17 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
       : interval_(interval), queue_(std::move(queue)), block_(std::move(block)) {}
 
   // The next multiple to call with.
-  CMTime next() const { return CMTimeMake(interval_.value * next_, interval_.timescale); }
+  CMTime next() const { return multiple(next_); }
   // Makes the first multiple at `position` or after it the next one; or the first one after it.
-  void countFrom(const CMTime& position) { next_ = multiples(position, interval_.value * position.timescale - 1); }
-  void countAfter(const CMTime& position) { next_ = multiples(position, 0) + 1; }
+  void countFrom(const CMTime& position) {
+    countAfter(position);
+    if (multiple(next_ - 1) == position) --next_;
+  }
+  void countAfter(const CMTime& position) { next_ = multiples(position) + 1; }
   void countOn() { ++next_; }
   // Forgets all but the latest `limit` of the multiples that `position` has reached.
   void forgetAllBut(std::int64_t limit, const CMTime& position) {
-    next_ = std::max(next_, multiples(position, 0) + 1 - limit);
+    next_ = std::max(next_, multiples(position) + 1 - limit);
   }
 
   void remove() { isRemoved_ = true; }
@@ -39,10 +42,11 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
  private:
   __extension__ using Wide = __int128;
 
-  // How many whole intervals lie before `position`, with `add` to round up by.
-  std::int64_t multiples(const CMTime& position, Wide add) const {
+  CMTime multiple(std::int64_t number) const { return CMTimeMake(interval_.value * number, interval_.timescale); }
+  // How many whole intervals lie before `position`.
+  std::int64_t multiples(const CMTime& position) const {
     if (!CMTIME_IS_NUMERIC(position)) return 0;
-    const Wide units = static_cast<Wide>(position.value) * interval_.timescale + add;
+    const Wide units = static_cast<Wide>(position.value) * interval_.timescale;
     return static_cast<std::int64_t>(units / (static_cast<Wide>(interval_.value) * position.timescale));
   }
 
@@ -58,7 +62,7 @@ namespace {
 // How many multiples a main thread that was held up makes up for.
 constexpr std::int64_t missedLimit = 60;
 // The timer came before media time did: how long to wait before asking again, and while data are missing.
-constexpr RunLoop::Duration shortWait = 2ms;
+constexpr RunLoop::Duration shortWait = 5ms;
 constexpr RunLoop::Duration longWait = 100ms;
 
 }  // namespace
@@ -139,9 +143,13 @@ void PeriodicTimeObservers::arm(RunLoop::Duration floor) {
   const auto nearest = std::min_element(observers_.begin(), observers_.end(), [](const auto& left, const auto& right) {
     return left->next() < right->next();
   });
-  const CMTime away = CMTimeConvertScale(CMTimeSubtract((*nearest)->next(), pace.position), 1000000000);
-  const RunLoop::Duration wait(static_cast<std::int64_t>(std::ceil(static_cast<double>(away.value) / pace.rate)));
-  timer_ = RunLoop::main().schedule(std::max(wait, pace.isWaiting ? longWait : floor), [weak = weak_from_this()] {
+  RunLoop::Duration wait = 0ms;
+  if (const CMTime next = (*nearest)->next(); next > pace.position) {
+    const CMTime away = CMTimeConvertScale(CMTimeSubtract(next, pace.position), 1000000000);
+    wait = RunLoop::Duration(static_cast<std::int64_t>(std::ceil(static_cast<double>(away.value) / pace.rate)));
+    wait = std::max({wait, pace.isWaiting ? longWait : floor, RunLoop::Duration(1)});
+  }
+  timer_ = RunLoop::main().schedule(wait, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->timerFired();
   });
 }

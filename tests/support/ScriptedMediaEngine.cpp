@@ -20,6 +20,18 @@ nanoseconds fromTime(const CMTime& time) {
   return nanoseconds(CMTimeConvertScale(time, 1000000000).value);
 }
 
+// Marks that somebody is being told something.
+class Telling {
+ public:
+  explicit Telling(std::shared_ptr<MediaEngineLog> log) : log_(std::move(log)) { ++log_->reportsOnTheStack; }
+  Telling(const Telling&) = delete;
+  Telling& operator=(const Telling&) = delete;
+  ~Telling() { --log_->reportsOnTheStack; }
+
+ private:
+  const std::shared_ptr<MediaEngineLog> log_;
+};
+
 NSError silence() {
   return {AVFoundationErrorDomain, AVErrorNoDataReceived, "No data came in time"};
 }
@@ -32,13 +44,16 @@ ScriptedMediaEngine::ScriptedMediaEngine(ScriptedMedia* media, MediaScript scrip
 ScriptedMediaEngine::~ScriptedMediaEngine() {
   for (auto* timer : {&loadTimer_, &planTimer_, &seekTimer_, &silenceTimer_, &stallTimer_}) cancel(*timer);
   log_->destroyed = true;
+  log_->destroyedInsideAReport = log_->reportsOnTheStack > 0;
   log_->hasFrameSink = false;
   if (media_) std::erase(media_->engines_, this);
 }
 
 void ScriptedMediaEngine::report(std::function<void()> report) {
   RunLoop::main().post([this, alive = std::weak_ptr(alive_), report = std::move(report)] {
-    if (!alive.expired() && !failed_) report();
+    if (alive.expired() || failed_) return;
+    const Telling telling(log_);
+    report();
   });
 }
 
@@ -175,6 +190,7 @@ void ScriptedMediaEngine::carryOutSeek() {
     if (const auto changed = events_.bufferingChanged) changed();
   });
   present();
+  const Telling telling(log_);
   if (seek.completion) seek.completion(true);
 }
 

@@ -83,6 +83,8 @@ struct MediaEngineLog {
   bool hasFrameSink = false;
   std::optional<std::string> legibleTrack;
   bool destroyed = false;
+  bool destroyedInsideAReport = false;  // survived here; other engines need not survive it
+  int reportsOnTheStack = 0;
 };
 
 class ScriptedMedia;

@@ -79,12 +79,13 @@ TEST_F(RateAndEnd, playsToTheEndAgainAfterSeekingBack) {
   openReady();
   player->play();
   loop.advance(60s);
+  tickEvery(1);
   player->seekToTime(seconds(58));
   player->play();
   loop.advance(1900ms);
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "ended", "rate 1", "jumped to 58"));
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "ended", "rate 1", "jumped to 58", "tick 58", "tick 59"));
   loop.advance(100ms);
-  EXPECT_THAT(diary->take(), ElementsAre("ended"));
+  EXPECT_THAT(diary->take(), ElementsAre("tick 60", "ended"));
 }
 
 TEST_F(RateAndEnd, anEndReportedBeforeASeekAwayIsNone) {
@@ -98,6 +99,26 @@ TEST_F(RateAndEnd, anEndReportedBeforeASeekAwayIsNone) {
   EXPECT_THAT(diary->take(), ElementsAre("jumped to 20"));
   EXPECT_EQ(position(), "21");
   EXPECT_EQ(player->rate(), 1);
+}
+
+TEST_F(RateAndEnd, aSeekOrAnotherItemInTheLastTickTakesTheEndBack) {
+  openReady();
+  bool sought = false;
+  player->addPeriodicTimeObserver(seconds(60), nullptr, [&](CMTime time) {
+    if (time != seconds(60)) return;
+    if (!std::exchange(sought, true)) {
+      player->seekToTime(seconds(50));
+    } else {
+      player->replaceCurrentItemWithPlayerItem(itemOf(advertisement));
+    }
+  });
+  player->play();
+  loop.advance(65s);
+  EXPECT_EQ(position(), "55");
+  loop.advance(6050ms);
+  EXPECT_EQ(position(), "1");
+  EXPECT_EQ(player->rate(), 1);
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "jumped to 50"));
 }
 
 TEST_F(RateAndEnd, failureStopsWithoutSayingSoAndForGood) {

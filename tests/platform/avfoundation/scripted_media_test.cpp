@@ -97,7 +97,7 @@ TEST_F(Scripted, enginesAreCountedAndTheirLogsOutliveThem) {
   EXPECT_EQ(loop.pendingTimers(), 0u);
 }
 
-TEST_F(Scripted, enginesMayBeDestroyedFromInsideTheirReports) {
+TEST_F(Scripted, enginesTellWhenTheyAreDestroyedFromInsideTheirReports) {
   auto engine = make();
   MediaEngine::Events events;
   events.ready = [&] { engine.reset(); };
@@ -105,4 +105,5 @@ TEST_F(Scripted, enginesMayBeDestroyedFromInsideTheirReports) {
   engine->load();
   loop.advance(1s);
   EXPECT_EQ(media.aliveEngines(), 0);
+  EXPECT_TRUE(media.logs()[0]->destroyedInsideAReport);
 }

@@ -96,6 +96,17 @@ TEST_F(Seek, takesThePlaceOfOneThatStandsAndTheOtherWayRound) {
   EXPECT_EQ(flushes(), 2);
 }
 
+TEST_F(Seek, toWhereAnotherIsOnItsWayWaitsForTheEngineToo) {
+  media.script(programme).seekDelay = 0.5;
+  openReady();
+  player->seekToTime(seconds(30), noted());
+  player->seekToTime(seconds(30), noted());
+  loop.advance(499ms);
+  EXPECT_THAT(diary->take(), ElementsAre("not finished"));
+  loop.advance(1ms);
+  EXPECT_THAT(diary->take(), ElementsAre("jumped to 30", "finished"));
+}
+
 TEST_F(Seek, beforeReadyIsKeptUntilThen) {
   open();
   player->seekToTime(seconds(20), noted());
@@ -182,4 +193,22 @@ TEST_F(Seek, insideItsOwnJumpBeginsAnother) {
   loop.advance(1s);
   EXPECT_THAT(diary->take(), ElementsAre("jumped to 10", "finished", "jumped to 20", "tick 20"))
       << "nobody ticks while the second is under way";
+}
+
+TEST_F(Seek, aNewItemInTheJumpOrTheCompletionOfAnotherOneSilencesTheOld) {
+  openReady();
+  tickEvery(1);
+  NSNotificationCenter::defaultCenter().addObserver(
+      diary.get(), AVPlayerItemTimeJumpedNotification, item,
+      [&](const NSNotification&) { player->replaceCurrentItemWithPlayerItem(itemOf(advertisement)); });
+  player->seekToTime(seconds(10), noted());
+  loop.advance(1s);
+  EXPECT_THAT(diary->take(), ElementsAre("jumped to 10", "finished"));
+
+  media.script(programme).seekDelay = 1;
+  openReady();
+  player->seekToTime(seconds(10), [&](bool) { player->replaceCurrentItemWithPlayerItem(itemOf(advertisement)); });
+  engine().fail({AVFoundationErrorDomain, AVErrorUnknown, ""});
+  loop.runUntilIdle();
+  EXPECT_THAT(diary->take(), IsEmpty()) << "not even its failure";
 }
