@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/avfoundation/engine/GStreamerEngine.h"
 #include "platform/foundation/MainThread.h"
 
 namespace {
@@ -16,7 +17,7 @@ MediaEngine::~MediaEngine() = default;
 std::unique_ptr<MediaEngine> MediaEngine::make(const MediaSource& source) {
   YMR_ASSERT_MAIN_THREAD();
   if (const Factory made = factory()) return made(source);
-  return nullptr;
+  return std::make_unique<GStreamerEngine>(source);
 }
 
 void MediaEngine::setFactory(Factory made) {

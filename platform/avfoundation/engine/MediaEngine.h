@@ -28,11 +28,11 @@ struct MediaSource {
 struct MediaTrack {
   enum class Kind { video, audio, subtitle, closedCaption };
   Kind kind = Kind::video;
-  std::string identifier;      // unique and stable within the media
-  std::string languageTag;     // extended language tag (BCP 47); empty when unknown
-  std::string title;           // for people; may be empty
-  double nominalFrameRate = 0; // frames a second of a video track; 0 when unknown
-  int width = 0;               // of a video track, in pixels as stored
+  std::string identifier;       // unique and stable within the media
+  std::string languageTag;      // extended language tag (BCP 47); empty when unknown
+  std::string title;            // for people; may be empty
+  double nominalFrameRate = 0;  // frames a second of a video track; 0 when unknown
+  int width = 0;                // of a video track, in pixels as stored
   int height = 0;
 };
 
@@ -43,8 +43,8 @@ struct MediaTrack {
 // what the engine still had to say is never said.
 class YMR_API MediaEngine {
  public:
-  // What an engine reports, always by a turn of the main queue of its own, in the order in which it happened, never from
-  // inside a call to the engine. After `failed` nothing more comes. Members may be empty.
+  // What an engine reports, always by a turn of the main queue of its own, in the order in which it happened, never
+  // from inside a call to the engine. After `failed` nothing more comes. Members may be empty.
   struct Events {
     // The first picture (or sound) is decoded and waits; tracks, duration and position are known. Once.
     std::function<void()> ready;
@@ -77,7 +77,8 @@ class YMR_API MediaEngine {
   // Goes to exactly `time` (clamped to the media; on a live stream to what can be reached) and shows the picture there.
   // Seeks given before `ready` or during another seek are remembered; the last one wins.
   virtual void seek(const CMTime& time, SeekCompletion completion) = 0;
-  // The media time of what is on screen. Moves smoothly while playing; during a seek it is the target. Zero until ready.
+  // The media time of what is on screen. Moves smoothly while playing; during a seek it is the target. Zero until
+  // ready.
   virtual CMTime position() const = 0;
   // Invalid until known, indefinite for a live stream.
   virtual CMTime duration() const = 0;
@@ -96,7 +97,8 @@ class YMR_API MediaEngine {
   virtual void selectLegibleTrack(const std::optional<std::string>& identifier) = 0;
 
   virtual void setMuted(bool muted) = 0;
-  // Where pictures go; nil for nowhere. The present picture is handed over again at once, so that a new sink is not black.
+  // Where pictures go; nil for nowhere. The present picture is handed over again at once, so that a new sink is not
+  // black.
   virtual void setFrameSink(std::shared_ptr<VideoFrameSink> sink) = 0;
 
   // A new engine of the kind that the process uses.
@@ -108,9 +110,12 @@ class YMR_API MediaEngine {
 
 // Bounds that a host may change before the first engine is made. Seconds.
 struct YMR_API MediaEngineSettings {
-  double silenceBeforeFirstFrame = 10;   // also all of an ad
-  double silenceOfProgramme = 60;        // of a programme that has begun
+  double silenceBeforeFirstFrame = 10;                            // also all of an ad
+  double silenceOfProgramme = 60;                                 // of a programme that has begun
   enum class Audio { automatic, none } audio = Audio::automatic;  // none: sound is decoded and thrown away in real time
+  // When not empty, where sound goes instead: a sink in GStreamer's launch syntax. For devices that need options, and
+  // for listening to what a viewer would hear.
+  std::string soundDevice;
 
   static MediaEngineSettings& shared();
 };

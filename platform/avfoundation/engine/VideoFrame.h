@@ -21,7 +21,8 @@ struct VideoFrame {
   // Width of a pixel over its height.
   int pixelAspectNumerator = 1;
   int pixelAspectDenominator = 1;
-  // How the stored picture is to be turned, clockwise: 0, 90, 180 or 270; after mirroring left to right when `mirrored`.
+  // How the stored picture is to be turned, clockwise: 0, 90, 180 or 270; after mirroring left to right when
+  // `mirrored`.
   int rotation = 0;
   bool mirrored = false;
   // Media time of the picture; invalid when the container has none.

@@ -1,0 +1,126 @@
+#include "platform/avfoundation/engine/BufferWatch.h"
+
+#include <algorithm>
+
+namespace {
+
+GstClockTime levelOf(GstElement* demuxer) {
+  guint64 pictures = 0, sound = 0;
+  g_object_get(demuxer, "current-level-time-video", &pictures, "current-level-time-audio", &sound, nullptr);
+  if (pictures == 0 || sound == 0) return std::max(pictures, sound);
+  return std::min(pictures, sound);
+}
+
+}  // namespace
+
+void BufferWatch::admit(GstElement* element, GstElement* parent) {
+  const bool isQueueOfStreams = factoryName(element) == "multiqueue" && factoryName(parent) == "urisourcebin";
+  GObjectClass* type = G_OBJECT_GET_CLASS(element);
+  const bool isAdaptiveDemuxer = g_object_class_find_property(type, "current-level-time-video") != nullptr;
+  if (!isQueueOfStreams && !isAdaptiveDemuxer) return;
+  if (isAdaptiveDemuxer) {
+    std::lock_guard lock(mutex_);
+    adaptiveDemuxer_ = shareObject(element);
+  }
+  g_signal_connect(element, "pad-added", G_CALLBACK(padAdded), this);
+  g_signal_connect(element, "pad-removed", G_CALLBACK(padRemoved), this);
+}
+
+void BufferWatch::padAdded(GstElement* element, GstPad* pad, gpointer self) {
+  const bool isAdaptiveDemuxer = factoryName(element) != "multiqueue";
+  if ((GST_PAD_DIRECTION(pad) == GST_PAD_SRC) == isAdaptiveDemuxer) static_cast<BufferWatch*>(self)->watch(pad);
+}
+
+void BufferWatch::padRemoved(GstElement*, GstPad* pad, gpointer data) {
+  auto* self = static_cast<BufferWatch*>(data);
+  std::lock_guard lock(self->mutex_);
+  self->streams_.erase(pad);
+}
+
+void BufferWatch::watch(GstPad* pad) {
+  {
+    std::lock_guard lock(mutex_);
+    gst_segment_init(&streams_[pad].segment, GST_FORMAT_TIME);
+  }
+  gst_pad_add_probe(pad,
+                    static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM |
+                                                 GST_PAD_PROBE_TYPE_EVENT_FLUSH),
+                    &BufferWatch::probe, this, nullptr);
+}
+
+GstPadProbeReturn BufferWatch::probe(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
+  auto* self = static_cast<BufferWatch*>(data);
+  if (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) {
+    self->noteBuffer(pad, GST_PAD_PROBE_INFO_BUFFER(info));
+  } else {
+    self->noteEvent(pad, GST_PAD_PROBE_INFO_EVENT(info));
+  }
+  return GST_PAD_PROBE_OK;
+}
+
+void BufferWatch::noteBuffer(GstPad* pad, GstBuffer* buffer) {
+  std::lock_guard lock(mutex_);
+  const auto found = streams_.find(pad);
+  const GstClockTime time = GST_BUFFER_DTS_OR_PTS(buffer);
+  if (found == streams_.end() || !GST_CLOCK_TIME_IS_VALID(time)) return;
+  Stream& stream = found->second;
+  const GstClockTime length = GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0;
+  guint64 streamTime = 0;
+  if (gst_segment_to_stream_time_full(&stream.segment, GST_FORMAT_TIME, time + length, &streamTime) != 1) return;
+  stream.end = stream.end ? std::max(*stream.end, streamTime) : streamTime;
+}
+
+void BufferWatch::noteEvent(GstPad* pad, GstEvent* event) {
+  std::lock_guard lock(mutex_);
+  const auto found = streams_.find(pad);
+  if (found == streams_.end()) return;
+  Stream& stream = found->second;
+  switch (GST_EVENT_TYPE(event)) {
+    case GST_EVENT_STREAM_START: {
+      GstStream* described = nullptr;
+      gst_event_parse_stream(event, &described);
+      const GstObjectRef<GstStream> owned(described);
+      constexpr int counted = GST_STREAM_TYPE_VIDEO | GST_STREAM_TYPE_AUDIO;
+      if (described) stream.counts = gst_stream_get_stream_type(described) & counted;
+      stream.isComplete = false;
+      break;
+    }
+    case GST_EVENT_SEGMENT:
+      gst_event_copy_segment(event, &stream.segment);
+      break;
+    case GST_EVENT_EOS:
+      stream.isComplete = true;
+      break;
+    case GST_EVENT_FLUSH_STOP:
+      stream.end.reset();
+      stream.isComplete = false;
+      break;
+    default:
+      break;
+  }
+}
+
+std::optional<GstClockTime> BufferWatch::bufferedEnd() const {
+  std::optional<GstClockTime> end;
+  GstElementRef demuxer;
+  {
+    std::lock_guard lock(mutex_);
+    bool any = false;
+    for (const auto& [pad, stream] : streams_) {
+      if (!stream.counts) continue;
+      any = true;
+      if (stream.isComplete) continue;
+      if (!stream.end) return std::nullopt;
+      end = end ? std::min(*end, *stream.end) : *stream.end;
+    }
+    if (!any) return std::nullopt;
+    if (!end) return GST_CLOCK_TIME_NONE;
+    demuxer = shareObject(adaptiveDemuxer_.get());
+  }
+  return demuxer ? *end + levelOf(demuxer.get()) : *end;
+}
+
+bool BufferWatch::isAdaptive() const {
+  std::lock_guard lock(mutex_);
+  return adaptiveDemuxer_ != nullptr;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <map>
+#include <mutex>
+#include <optional>
+
+#include "platform/avfoundation/engine/GstHandles.h"
+
+// How far the media is here already, in media time: notes what enters the queue between the network and the decoders.
+//
+// A queue that holds parsed streams tells by its pads. An adaptive demuxer keeps its segments to itself: there it is
+// what it has handed out plus the level that it reports, since its answer to the buffering query has no ranges.
+//
+// admit() is called for each element that joins the pipeline. Destroyed after the pipeline.
+class BufferWatch {
+ public:
+  void admit(GstElement* element, GstElement* parent);
+  // The media time in nanoseconds up to which every picture and sound is here. Nothing when none is, or not known. When
+  // all streams have come to their end it is GST_CLOCK_TIME_NONE. Any thread.
+  std::optional<GstClockTime> bufferedEnd() const;
+  // Segments are fetched one by one, as a playlist says.
+  bool isAdaptive() const;
+
+ private:
+  struct Stream {
+    GstSegment segment;
+    std::optional<GstClockTime> end;
+    bool isComplete = false;
+    bool counts = true;  // pictures or sound: texts come when they come
+  };
+
+  void watch(GstPad* pad);
+  static void padAdded(GstElement* element, GstPad* pad, gpointer self);
+  static void padRemoved(GstElement* element, GstPad* pad, gpointer self);
+  static GstPadProbeReturn probe(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  void noteBuffer(GstPad* pad, GstBuffer* buffer);
+  void noteEvent(GstPad* pad, GstEvent* event);
+
+  mutable std::mutex mutex_;
+  std::map<GstPad*, Stream> streams_;
+  GstElementRef adaptiveDemuxer_;
+};

@@ -1,0 +1,50 @@
+#include "platform/avfoundation/engine/ContainerGate.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "platform/avfoundation/engine/GstHandles.h"
+
+namespace {
+
+// The family of containers that the picker accepts (mp4, m4v, quicktime, 3gpp) is one to the type finder.
+constexpr std::array<std::string_view, 3> advertisementTypes{"video/quicktime", "application/x-3gp", "audio/x-m4a"};
+constexpr std::string_view advertisementDemuxer = "qtdemux";
+
+// The answers of parsebin's "autoplug-select", which no header declares.
+constexpr int tryFactory = 0;
+constexpr int skipFactory = 2;
+
+}  // namespace
+
+ContainerGate::ContainerGate(MediaPurpose purpose, std::function<void(std::string)> refused)
+    : purpose_(purpose), refused_(std::move(refused)) {}
+
+bool ContainerGate::isAllowed(MediaPurpose purpose, const std::string& typeName) {
+  if (purpose == MediaPurpose::advertisement) return std::ranges::count(advertisementTypes, typeName) > 0;
+  // Pages and texts would be looked at for ever; an archive or a program has nothing to play.
+  return !typeName.starts_with("text/") && typeName != "application/xml" && typeName != "application/pdf";
+}
+
+void ContainerGate::admit(GstElement* element) {
+  // Both kinds are asked before their owners connect to them: an element joins its bin first.
+  const std::string name = factoryName(element);
+  if (name == "typefind") g_signal_connect(element, "have-type", G_CALLBACK(typeFound), this);
+  if (name == "parsebin" && purpose_ == MediaPurpose::advertisement) {
+    g_signal_connect(element, "autoplug-select", G_CALLBACK(selectFactory), this);
+  }
+}
+
+void ContainerGate::typeFound(GstElement* typefind, guint, GstCaps* caps, gpointer data) {
+  auto* self = static_cast<ContainerGate*>(data);
+  const std::string typeName = gst_structure_get_name(gst_caps_get_structure(caps, 0));
+  if (isAllowed(self->purpose_, typeName)) return;
+  g_signal_stop_emission_by_name(typefind, "have-type");
+  if (!self->hasRefused_.exchange(true)) self->refused_(typeName);
+}
+
+int ContainerGate::selectFactory(GstElement*, GstPad*, GstCaps*, GstElementFactory* factory, gpointer) {
+  const bool opensContainers = gst_element_factory_list_is_type(factory, GST_ELEMENT_FACTORY_TYPE_DEMUXER);
+  return opensContainers && GST_OBJECT_NAME(factory) != advertisementDemuxer ? skipFactory : tryFactory;
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <gst/app/gstappsink.h>
+#include <gst/video/video.h>
+
+#include <memory>
+#include <mutex>
+
+#include "platform/avfoundation/engine/GstHandles.h"
+#include "platform/avfoundation/engine/VideoFrame.h"
+
+// The pipeline's last element for pictures: turns each that is due into a VideoFrame and hands it to the sink.
+//
+// Pictures come in system memory as B G R X. An outlet for pictures that stay in the graphics memory would offer other
+// caps in makeElement() and fill VideoFrame::glTexture in frameFrom(); nothing else of the engine looks at pixels.
+//
+// makeElement() once, before the pipeline runs; destroyed when it has stopped; all else from any thread.
+class FrameOutlet {
+ public:
+  FrameOutlet() = default;
+  FrameOutlet(const FrameOutlet&) = delete;
+  FrameOutlet& operator=(const FrameOutlet&) = delete;
+
+  // For playbin's video-sink; the outlet's. Null when a plugin is missing.
+  GstElement* makeElement();
+  // After the call the sink before is not called any more. Hands the present picture over.
+  void setSink(std::shared_ptr<VideoFrameSink> sink);
+  // Drops picture and sink for good.
+  void close();
+  // A picture has arrived since the last flush.
+  bool hasFreshPicture() const;
+  // Frames a second of the pictures that arrived last; 0 when unknown.
+  double frameRate() const;
+  // The pad that all pictures pass. The outlet's; null before makeElement().
+  GstPad* pad() const { return pad_.get(); }
+
+ private:
+  struct Orientation {
+    int rotation = 0;
+    bool mirrored = false;
+  };
+
+  GstFlowReturn take(GstSampleRef sample, bool isPreroll);
+  VideoFrame frameFrom(GstSample* sample) const;
+  void noteEvent(GstEvent* event);
+
+  static GstFlowReturn newPreroll(GstAppSink* sink, gpointer self);
+  static GstFlowReturn newSample(GstAppSink* sink, gpointer self);
+  static GstPadProbeReturn probeEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+
+  GstElementRef bin_;
+  GstPadRef pad_;
+
+  mutable std::mutex mutex_;
+  std::shared_ptr<VideoFrameSink> sink_;
+  VideoFrame current_;
+  GstBuffer* currentBuffer_ = nullptr;  // the one in current_, for comparison only
+  Orientation streamOrientation_;
+  double frameRate_ = 0;
+  bool isFresh_ = false;  // something came since the last flush
+  bool closed_ = false;
+};

@@ -1,0 +1,335 @@
+#include "platform/avfoundation/engine/GStreamerEngine.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+#include "platform/avfoundation/engine/MediaErrors.h"
+#include "platform/foundation/MainThread.h"
+
+namespace {
+
+constexpr std::int64_t second = 1'000'000'000;
+constexpr std::int32_t nanoseconds = 1'000'000'000;
+constexpr auto bufferPollInterval = std::chrono::milliseconds(500);
+// How long a seek may take before one that was asked for later no longer waits for it.
+constexpr auto seekPatience = std::chrono::seconds(1);
+// The end that a container names and the end of its last sample differ by less than this.
+constexpr std::int64_t endTolerance = second / 2;
+// How far before the place sought to look for a picture when there is none.
+constexpr std::array<std::int64_t, 4> pictureSteps{second / 2, 2 * second, 8 * second, 32 * second};
+
+RunLoop::Duration seconds(double count) {
+  return std::chrono::duration_cast<RunLoop::Duration>(std::chrono::duration<double>(count));
+}
+
+bool mayOpen(const MediaSource& source) {
+  return source.url.isHTTP() || (source.url.isFileURL() && source.purpose == MediaPurpose::programme);
+}
+
+}  // namespace
+
+GStreamerEngine::GStreamerEngine(const MediaSource& source)
+    : source_(source),
+      pipeline_(std::make_shared<MediaPipeline>(source, MediaEngineSettings::shared(), pipelineEvents())),
+      silence_([this] {
+        const MediaEngineSettings& settings = MediaEngineSettings::shared();
+        fail(silenceError(source_.url, isReady_ && source_.purpose == MediaPurpose::programme
+                                           ? settings.silenceOfProgramme
+                                           : settings.silenceBeforeFirstFrame));
+      }),
+      captions_([this](std::optional<std::string> text) { report(&Events::captionChanged, std::move(text)); }) {}
+
+GStreamerEngine::~GStreamerEngine() {
+  YMR_ASSERT_MAIN_THREAD();
+  hop_.close();
+  for (const RunLoop::TimerToken timer : {bufferTimer_, impatience_}) {
+    if (timer) RunLoop::main().cancel(timer);
+  }
+  if (pipeline_) MediaPipeline::close(std::move(pipeline_));
+}
+
+template <class Function, class... Arguments>
+void GStreamerEngine::report(Function Events::*event, Arguments... arguments) {
+  if (hasFailed_) return;
+  hop_.post([this, event, ... arguments = std::move(arguments)] {
+    const auto events = events_;  // the host may replace them, or end the engine, from inside
+    if (const auto& function = (*events).*event) function(arguments...);
+  });
+}
+
+MediaPipeline::Events GStreamerEngine::pipelineEvents() {
+  MediaPipeline::Events events;
+  events.opened = [this] {
+    isOpen_ = true;
+    apply();
+  };
+  events.prerolled = [this](std::uint64_t flushes) { prerolled(flushes); };
+  events.seekStarted = [this](std::uint64_t flushes) {
+    if (current_) current_->flushesBefore = flushes;
+  };
+  events.seekRefused = [this] {
+    if (!current_) return;
+    complete(current_->completion, false);
+    finishSeek();
+  };
+  events.ended = [this] { ended(); };
+  events.failed = [this](const NSError& error) { fail(error); };
+  events.buffered = [this](bool isFilled) { buffered(isFilled); };
+  events.factsChanged = [this](MediaFacts facts) { factsChanged(std::move(facts)); };
+  events.captionFound = [this](const std::string& track, CaptionCue cue) { captionFound(track, std::move(cue)); };
+  return events;
+}
+
+void GStreamerEngine::load() {
+  YMR_ASSERT_MAIN_THREAD();
+  if (isLoaded_) return;
+  isLoaded_ = true;
+  if (!mayOpen(source_)) return fail(unsupportedSchemeError(source_.url));
+  pipeline_->open();
+}
+
+void GStreamerEngine::setRate(double rate) {
+  YMR_ASSERT_MAIN_THREAD();
+  rate_ = rate;
+  apply();
+}
+
+void GStreamerEngine::apply() {
+  if (hasFailed_) return;
+  const bool shouldPlay = isReady_ && rate_ != 0 && !current_ && isFilled_ && !hasEnded_;
+  if (shouldPlay != pipelinePlays_) {
+    pipelinePlays_ = shouldPlay;
+    pipeline_->setPlaying(shouldPlay);
+  }
+  const bool starves = rate_ != 0 && !isFilled_ && !hasEnded_;
+  const MediaEngineSettings& settings = MediaEngineSettings::shared();
+  const bool isPatient = isReady_ && source_.purpose == MediaPurpose::programme;
+  silence_.setWaiting(isOpen_ && (!isReady_ || current_ || starves),
+                      seconds(isPatient ? settings.silenceOfProgramme : settings.silenceBeforeFirstFrame));
+  captions_.update([this] { return mediaTime(); }, pipelinePlays_);
+}
+
+void GStreamerEngine::prerolled(std::uint64_t flushes) {
+  if (!isReady_) {
+    isReady_ = true;
+    silence_.reset();
+    report(&Events::ready);
+    if (!source_.url.isFileURL()) watchBuffering();
+    if (next_) begin(*std::exchange(next_, std::nullopt));
+    apply();
+  } else if (current_ && current_->flushesBefore && flushes > *current_->flushesBefore) {
+    const bool lacksPicture = hasVideo() && !pipeline_->frames().hasFreshPicture();
+    if (lacksPicture && current_->attempts < static_cast<int>(pictureSteps.size()) && current_->target > 0) {
+      ++current_->attempts;
+      return sendSeek(pictureTime(*current_));
+    }
+    complete(current_->completion, true);
+    finishSeek();
+  }
+}
+
+void GStreamerEngine::seek(const CMTime& time, SeekCompletion completion) {
+  YMR_ASSERT_MAIN_THREAD();
+  const bool isPlace = CMTIME_IS_VALID(time) && !CMTIME_IS_INDEFINITE(time);
+  if (hasFailed_ || !isPlace) return complete(completion, false);
+  if (next_) complete(next_->completion, false);
+  if (current_) complete(current_->completion, false);
+  next_ = Seek{.target = isReady_ ? reachable(time) : 0, .time = time, .completion = std::move(completion)};
+  if (!isReady_) return;
+  if (!current_) return begin(*std::exchange(next_, std::nullopt));
+  if (!impatience_) {
+    impatience_ = RunLoop::main().schedule(seekPatience, [this] {
+      impatience_ = 0;
+      if (next_) begin(*std::exchange(next_, std::nullopt));
+    });
+  }
+}
+
+void GStreamerEngine::begin(Seek seek) {
+  seek.target = reachable(seek.time);
+  const bool isThere = !current_ && !pipelinePlays_ && rate_ == 0 && seek.target == mediaTime();
+  if (isThere) return complete(seek.completion, true);
+  current_ = std::move(seek);
+  hasEnded_ = false;
+  floor_ = current_->target;
+  sendSeek(pictureTime(*current_));
+  apply();
+}
+
+void GStreamerEngine::sendSeek(std::int64_t time) {
+  current_->flushesBefore.reset();
+  pipelinePlays_ = false;
+  pipeline_->seek(time);
+}
+
+void GStreamerEngine::finishSeek() {
+  current_.reset();
+  if (impatience_) RunLoop::main().cancel(std::exchange(impatience_, 0));
+  if (isFilled_) silence_.reset();
+  if (next_) begin(*std::exchange(next_, std::nullopt));
+  apply();
+}
+
+void GStreamerEngine::complete(SeekCompletion& completion, bool finished) {
+  if (!completion) return;
+  hop_.post([completion = std::exchange(completion, nullptr), finished] { completion(finished); });
+}
+
+std::int64_t GStreamerEngine::reachable(const CMTime& time) const {
+  const std::int64_t end = facts_.duration ? *facts_.duration : facts_.seekableEnd.value_or(INT64_MAX);
+  const double wanted = CMTimeGetSeconds(time);
+  if (wanted >= static_cast<double>(end) / second) return std::max(end, facts_.seekableStart);
+  const std::int64_t exact = wanted <= 0 ? 0 : CMTimeConvertScale(time, nanoseconds).value;
+  return std::max(exact, facts_.seekableStart);
+}
+
+std::int64_t GStreamerEngine::pictureTime(const Seek& seek) const {
+  std::int64_t time = seek.target;
+  if (facts_.duration && hasVideo()) {
+    const double rate = pipeline_->frames().frameRate();
+    const std::int64_t pictureLength = rate > 0 ? std::llround(static_cast<double>(second) / rate) : second / 25;
+    time = std::min(time, *facts_.duration - pictureLength);
+  }
+  if (seek.attempts > 0) time -= pictureSteps[static_cast<std::size_t>(seek.attempts - 1)];
+  return std::max(time, facts_.seekableStart);
+}
+
+void GStreamerEngine::ended() {
+  if (!isReady_ || current_) return;  // of before the seek
+  const std::int64_t time = mediaTime();
+  floor_ = facts_.duration && *facts_.duration - time < endTolerance ? std::max(time, *facts_.duration) : time;
+  hasEnded_ = true;
+  if (facts_.duration && *facts_.duration < floor_) {
+    facts_.duration = floor_;
+    report(&Events::durationChanged);
+  }
+  apply();
+  report(&Events::ended);
+}
+
+void GStreamerEngine::fail(const NSError& error) {
+  if (hasFailed_) return;
+  if (next_) complete(next_->completion, false);
+  if (current_) complete(current_->completion, false);
+  next_.reset();
+  current_.reset();
+  floor_ = mediaTime();
+  report(&Events::failed, error);
+  hasFailed_ = true;
+  silence_.reset();
+  for (RunLoop::TimerToken* timer : {&bufferTimer_, &impatience_}) {
+    if (*timer) RunLoop::main().cancel(std::exchange(*timer, 0));
+  }
+  MediaPipeline::close(std::move(pipeline_));
+}
+
+void GStreamerEngine::buffered(bool isFilled) {
+  isFilled_ = isFilled;
+  if (isFilled && !current_ && isReady_) silence_.reset();
+  apply();
+  report(&Events::bufferingChanged);
+}
+
+void GStreamerEngine::watchBuffering() {
+  bufferTimer_ = RunLoop::main().schedule(bufferPollInterval, [this] {
+    const auto end = pipeline_->bufferedEnd();
+    if (end != lastBufferedEnd_) report(&Events::bufferingChanged);
+    lastBufferedEnd_ = end;
+    watchBuffering();
+  });
+}
+
+void GStreamerEngine::factsChanged(MediaFacts facts) {
+  const bool isNewDuration = facts.duration != facts_.duration;
+  const auto identifiers = [](const std::vector<MediaTrack>& tracks) {
+    std::vector<std::string> result;
+    for (const MediaTrack& track : tracks) result.push_back(track.identifier);
+    return result;
+  };
+  const bool areNewTracks = identifiers(facts.tracks) != identifiers(facts_.tracks);
+  facts_ = std::move(facts);
+  for (MediaTrack& track : facts_.tracks) {
+    if (track.kind != MediaTrack::Kind::video || track.nominalFrameRate > 0) continue;
+    track.nominalFrameRate = pipeline_->frames().frameRate();
+  }
+  if (!isReady_) return;
+  if (isNewDuration) report(&Events::durationChanged);
+  if (areNewTracks) report(&Events::tracksChanged);
+}
+
+void GStreamerEngine::captionFound(const std::string& track, CaptionCue cue) {
+  captions_.add(track, std::move(cue));
+  captions_.update([this] { return mediaTime(); }, pipelinePlays_);
+}
+
+void GStreamerEngine::selectLegibleTrack(const std::optional<std::string>& identifier) {
+  YMR_ASSERT_MAIN_THREAD();
+  captions_.select(identifier);
+  if (pipeline_ && identifier) pipeline_->fetchLegibleTrack(*identifier);
+  apply();
+}
+
+void GStreamerEngine::setMuted(bool muted) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (pipeline_) pipeline_->sound().setMuted(muted);
+}
+
+void GStreamerEngine::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (pipeline_) pipeline_->frames().setSink(std::move(sink));
+}
+
+std::int64_t GStreamerEngine::mediaTime() const {
+  if (!isReady_) return 0;
+  if (next_) return next_->target;
+  if (current_ || hasEnded_ || hasFailed_) return floor_;
+  std::int64_t time = pipeline_->mediaTime().value_or(floor_);
+  // Some containers name less than they hold: what plays counts.
+  if (facts_.duration && time < *facts_.duration + endTolerance) time = std::min(time, *facts_.duration);
+  floor_ = std::max(floor_, time);
+  return floor_;
+}
+
+CMTime GStreamerEngine::position() const {
+  YMR_ASSERT_MAIN_THREAD();
+  return isReady_ ? CMTimeMake(mediaTime(), nanoseconds) : kCMTimeZero;
+}
+
+CMTime GStreamerEngine::duration() const {
+  YMR_ASSERT_MAIN_THREAD();
+  if (!isReady_) return kCMTimeInvalid;
+  return facts_.duration ? CMTimeMake(*facts_.duration, nanoseconds) : kCMTimeIndefinite;
+}
+
+bool GStreamerEngine::isLive() const {
+  return isReady_ && !facts_.duration && !source_.url.isFileURL();
+}
+
+std::vector<CMTimeRange> GStreamerEngine::bufferedRanges() const {
+  YMR_ASSERT_MAIN_THREAD();
+  if (!isReady_ || hasFailed_) return {};
+  std::int64_t start = 0;
+  std::optional<std::int64_t> end = facts_.duration;
+  if (!source_.url.isFileURL()) {
+    start = mediaTime();
+    const auto buffered = pipeline_->bufferedEnd();
+    if (!buffered) return {};
+    if (GST_CLOCK_TIME_IS_VALID(*buffered)) end = static_cast<std::int64_t>(*buffered);
+  }
+  if (!end || *end <= start) return {};
+  return {{CMTimeMake(start, nanoseconds), CMTimeMake(*end - start, nanoseconds)}};
+}
+
+bool GStreamerEngine::isBufferEmpty() const {
+  return !isReady_ || (!isFilled_ && !hasEnded_);
+}
+
+bool GStreamerEngine::isLikelyToKeepUp() const {
+  return isReady_ && (isFilled_ || hasEnded_);
+}
+
+bool GStreamerEngine::hasVideo() const {
+  return std::ranges::any_of(facts_.tracks, [](const auto& track) { return track.kind == MediaTrack::Kind::video; });
+}

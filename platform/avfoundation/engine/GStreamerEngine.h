@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "platform/avfoundation/engine/CaptionPresenter.h"
+#include "platform/avfoundation/engine/MediaEngine.h"
+#include "platform/avfoundation/engine/MediaPipeline.h"
+#include "platform/avfoundation/engine/SilenceWatch.h"
+
+// The product's engine, on GStreamer's playbin3. This class decides what the pipeline should do; MediaPipeline does it.
+//
+// What it holds to: the pipeline plays only when the rate says so, the media is ready, no seek is under way, the queues
+// are filled and the end has not come. One seek is under way at a time, and the last one asked for meanwhile is next.
+class GStreamerEngine final : public MediaEngine {
+ public:
+  explicit GStreamerEngine(const MediaSource& source);
+  ~GStreamerEngine() override;
+
+  void setEvents(Events events) override { events_ = std::make_shared<const Events>(std::move(events)); }
+  void load() override;
+  void setRate(double rate) override;
+  void seek(const CMTime& time, SeekCompletion completion) override;
+  CMTime position() const override;
+  CMTime duration() const override;
+  bool isLive() const override;
+  std::vector<CMTimeRange> bufferedRanges() const override;
+  bool isBufferEmpty() const override;
+  bool isLikelyToKeepUp() const override;
+  std::vector<MediaTrack> tracks() const override { return facts_.tracks; }
+  void selectLegibleTrack(const std::optional<std::string>& identifier) override;
+  void setMuted(bool muted) override;
+  void setFrameSink(std::shared_ptr<VideoFrameSink> sink) override;
+
+ private:
+  // A seek that was asked for. Only the newest waits; the one under way is marked by its flush count.
+  struct Seek {
+    std::int64_t target = 0;  // nanoseconds, of what can be reached
+    CMTime time;              // as asked for
+    SeekCompletion completion;
+    std::optional<std::uint64_t> flushesBefore = std::nullopt;  // set when it has begun to flush
+    int attempts = 0;
+  };
+
+  MediaPipeline::Events pipelineEvents();
+  void prerolled(std::uint64_t flushes);
+  void becomeReady();
+  void ended();
+  void fail(const NSError& error);
+  void buffered(bool isFilled);
+  void factsChanged(MediaFacts facts);
+  void captionFound(const std::string& track, CaptionCue cue);
+
+  void begin(Seek seek);
+  void sendSeek(std::int64_t time);
+  void finishSeek();
+  void complete(SeekCompletion& completion, bool finished);
+  std::int64_t reachable(const CMTime& time) const;
+  // The last picture may begin before the end of the media, or the sound may be longer than the pictures.
+  std::int64_t pictureTime(const Seek& seek) const;
+
+  // Brings the pipeline, the silence watch and the captions in line with what is wanted. After every change.
+  void apply();
+  void watchBuffering();
+  std::int64_t mediaTime() const;
+  bool hasVideo() const;
+  // Hands an event to the host on a turn of its own; none after `failed`.
+  template <class Function, class... Arguments>
+  void report(Function Events::*event, Arguments... arguments);
+
+  const MediaSource source_;
+  std::shared_ptr<const Events> events_ = std::make_shared<const Events>();
+  std::shared_ptr<MediaPipeline> pipeline_;
+  MainHop hop_;  // for what is posted to itself
+
+  bool isLoaded_ = false;
+  bool isOpen_ = false;
+  bool isReady_ = false;
+  bool hasFailed_ = false;  // pipeline_ is gone
+  bool hasEnded_ = false;
+  bool isFilled_ = true;
+  bool pipelinePlays_ = false;
+  double rate_ = 0;
+  MediaFacts facts_;
+  std::optional<Seek> current_;
+  std::optional<Seek> next_;
+  mutable std::int64_t floor_ = 0;  // the position never falls below what it was, but for a seek
+  std::optional<GstClockTime> lastBufferedEnd_;
+  RunLoop::TimerToken bufferTimer_ = 0;
+  RunLoop::TimerToken impatience_ = 0;  // lets next_ take the place of a current_ that does not come to an end
+  SilenceWatch silence_;
+  CaptionPresenter captions_;
+};

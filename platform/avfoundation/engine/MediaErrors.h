@@ -1,0 +1,22 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <string>
+
+#include "platform/foundation/NSError.h"
+#include "platform/foundation/NSURL.h"
+
+// The one place that turns what GStreamer says into the errors that a host reads. Messages are for people, in one
+// sentence, and name the file or the server. Any thread.
+
+// What an error message of the pipeline means for the media at `url`. `answered`: its server has sent a head before.
+NSError mediaErrorFromMessage(GstMessage* error, const NSURL& url, bool answered);
+
+NSError unsupportedSchemeError(const NSURL& url);
+// The bytes are of no container or not of one that may be opened; `typeName` is the media type found, or empty.
+NSError unrecognizedFormatError(const NSURL& url, const std::string& typeName);
+// Streams were found and no decoder takes one of them; `codec` is for people, or empty.
+NSError missingDecoderError(const NSURL& url, const std::string& codec);
+NSError silenceError(const NSURL& url, double seconds);
+NSError missingLibraryError(const std::string& what);

@@ -1,0 +1,125 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/avfoundation/engine/BufferWatch.h"
+#include "platform/avfoundation/engine/CaptionFeed.h"
+#include "platform/avfoundation/engine/ContainerGate.h"
+#include "platform/avfoundation/engine/FrameOutlet.h"
+#include "platform/avfoundation/engine/MainHop.h"
+#include "platform/avfoundation/engine/MediaEngine.h"
+#include "platform/avfoundation/engine/PipelineListener.h"
+#include "platform/avfoundation/engine/SoundOutlet.h"
+#include "platform/dispatch/Dispatch.h"
+
+// What is known of the media. Times are media time in nanoseconds.
+struct MediaFacts {
+  std::optional<std::int64_t> duration;
+  std::int64_t seekableStart = 0;
+  std::optional<std::int64_t> seekableEnd;
+  bool isAdaptive = false;
+  std::vector<MediaTrack> tracks;
+};
+
+// One playbin3 with everything that is plugged into it, from its making to its end.
+//
+// What changes the pipeline (open, setPlaying, seek, close, …) may be called on the main thread only and returns at
+// once: it is carried out in order on a queue of the pipeline's own, because each of these can wait for a device or a
+// server. What happens comes back as events on the main queue. Queries answer at once from any thread.
+class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, private PipelineListener {
+ public:
+  // All on the main queue, in order.
+  struct Events {
+    // The media is being read; what comes before is the machine's time and not the server's.
+    std::function<void()> opened;
+    // Every sink has what it is to show next. `flushes` counts the seeks carried out so far.
+    std::function<void(std::uint64_t flushes)> prerolled;
+    // A seek is about to flush the pipeline; a preroll that counts more flushes than this one is its own.
+    std::function<void(std::uint64_t flushes)> seekStarted;
+    std::function<void()> seekRefused;
+    std::function<void()> ended;
+    std::function<void(NSError)> failed;
+    std::function<void(bool isFilled)> buffered;
+    std::function<void(MediaFacts)> factsChanged;
+    std::function<void(std::string track, CaptionCue cue)> captionFound;
+  };
+
+  MediaPipeline(MediaSource source, const MediaEngineSettings& settings, Events events);
+  ~MediaPipeline() override;
+
+  void open();
+  void setPlaying(bool playing);
+  // Pauses, and goes to exactly `time`.
+  void seek(std::int64_t time);
+  // Fetches the text rendition of a playlist that has this track; other media deliver all of their texts anyway.
+  void fetchLegibleTrack(const std::string& identifier);
+  // The last call on the main thread: no event comes any more, and the pipeline stops and goes when it can.
+  static void close(std::shared_ptr<MediaPipeline> pipeline);
+
+  FrameOutlet& frames() { return frames_; }
+  SoundOutlet& sound() { return sound_; }
+
+  // The media time that is due now; nothing before the first preroll and while a flush is under way.
+  std::optional<std::int64_t> mediaTime() const;
+  // See BufferWatch.
+  std::optional<GstClockTime> bufferedEnd() const { return buffers_.bufferedEnd(); }
+
+ private:
+  void prerolled() override;
+  void ended() override;
+  void failed(GstMessage* error) override;
+  void buffered(bool isFilled) override;
+  void durationChanged() override;
+  void streamsFound(GstStreamCollection* collection) override;
+  void streamsSelected(GstElement* source, const std::vector<GstStream*>& streams) override;
+  void clockStarted() override { clockRuns_ = true; }
+  void clockLost() override;
+  void decoderMissing(const std::string& codec) override;
+  void serverAnswered() override { hasAnswer_ = true; }
+
+  // Runs a member function on the pipeline's queue unless the pipeline has been closed. Any thread.
+  void enqueue(std::function<void(MediaPipeline&)> operation);
+
+  // On the pipeline's queue.
+  void build();
+  void applyState();
+  void selectStreams(const std::string& legible);
+  void replaceSound();
+  void refreshFacts();
+
+  static void elementAdded(GstBin* bin, GstBin* subBin, GstElement* element, gpointer self);
+  static void sourceSetUp(GstElement* playbin, GstElement* source, gpointer self);
+  static GstPadProbeReturn countFlush(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  void configureBuffering(GstElement* element);
+
+  const MediaSource source_;
+  const MediaEngineSettings settings_;
+  const Events events_;
+  const dispatch_queue_t queue_;
+  MainHop hop_;
+
+  FrameOutlet frames_;
+  SoundOutlet sound_;
+  ContainerGate gate_;
+  BufferWatch buffers_;
+  CaptionFeed captions_;
+
+  GstElementRef playbin_;   // set once, on the queue, before the first event
+  bool isPlaying_ = false;  // what the pipeline was last told; on the queue
+  std::atomic<bool> clockRuns_{false};
+  std::atomic<std::uint64_t> flushes_{0};
+  std::atomic<bool> hasAnswer_{false};
+  std::atomic<int> filled_{-1};
+
+  mutable std::mutex mutex_;  // guards what follows
+  GstObjectRef<GstStreamCollection> streams_;
+  GstElementRef adaptiveDemuxer_;
+  std::vector<std::string> fetchedStreams_;  // pictures and sound that the adaptive demuxer delivers
+};

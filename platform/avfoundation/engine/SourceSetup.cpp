@@ -1,0 +1,67 @@
+#include "platform/avfoundation/engine/SourceSetup.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/avfoundation/engine/GstHandles.h"
+
+namespace {
+
+// A connection that says nothing for so long is given up and opened again where it stopped.
+constexpr guint reconnectSeconds = 15;
+
+std::string environment(const std::string& name) {
+  const char* value = std::getenv(name.c_str());
+  return value ? value : "";
+}
+
+std::string upper(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::toupper(c); });
+  return text;
+}
+
+std::string lower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  return text;
+}
+
+// True when `host` is `entry` or below it.
+bool isWithin(std::string_view host, std::string_view entry) {
+  if (entry.starts_with('.')) entry.remove_prefix(1);
+  if (entry.empty() || !host.ends_with(entry)) return false;
+  return host.size() == entry.size() || host[host.size() - entry.size() - 1] == '.';
+}
+
+bool isExempt(const std::string& host) {
+  std::string list = environment("no_proxy");
+  if (list.empty()) list = environment("NO_PROXY");
+  for (std::size_t begin = 0; begin < list.size();) {
+    const auto end = std::min(list.find_first_of(", \t", begin), list.size());
+    const std::string entry = lower(list.substr(begin, end - begin));
+    if (entry == "*" || isWithin(lower(host), entry)) return true;
+    begin = end + 1;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string proxyFromEnvironment(const NSURL& url) {
+  if (isExempt(url.host())) return "";
+  const std::string name = url.scheme() + "_proxy";
+  std::string proxy = environment(name);
+  // HTTP_PROXY in capitals can be set by whoever sends a request to a CGI program, so it does not count.
+  if (proxy.empty() && url.scheme() != "http") proxy = environment(upper(name));
+  if (proxy.empty()) proxy = environment("all_proxy");
+  if (proxy.empty()) proxy = environment("ALL_PROXY");
+  if (!proxy.empty() && proxy.find("://") == std::string::npos) proxy = "http://" + proxy;
+  return proxy;
+}
+
+void setUpSource(GstElement* source, const NSURL& url) {
+  if (factoryName(source) != "souphttpsrc") return;
+  g_object_set(source, "user-agent", "YMRPlayer/" YMR_VERSION, "timeout", reconnectSeconds, "iradio-mode", FALSE,
+               "proxy", proxyFromEnvironment(url).c_str(), nullptr);
+}

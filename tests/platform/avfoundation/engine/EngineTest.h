@@ -1,0 +1,119 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/avfoundation/engine/MediaEngine.h"
+#include "platform/dispatch/PlainRunLoop.h"
+#include "tests/support/HTTPServer.h"
+#include "tests/support/NumberedFrames.h"
+
+using namespace std::chrono_literals;
+
+inline std::string sample(const std::string& name) {
+  return std::string(YMR_SAMPLES "/") + name;
+}
+
+// Real media in real time, without a sound device, and a web server that has every sample clip.
+class EngineTest : public testing::Test {
+ protected:
+  // For what ought to come at once, on a machine that does other things too.
+  static constexpr auto soon = 20s;
+
+  EngineTest() {
+    MediaEngineSettings::shared() = {};
+    MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
+    server.onOthers([](const HTTPServer::Request& request) { return fileReply(request.path); });
+  }
+  ~EngineTest() override {
+    engine.reset();
+    MediaEngineSettings::shared() = {};
+  }
+
+  static HTTPServer::Reply fileReply(const std::string& path) {
+    HTTPServer::Reply reply;
+    reply.file = sample(path.substr(1));
+    const std::string ending = path.substr(path.rfind('.') + 1);
+    reply.type = ending == "m3u8"  ? "application/vnd.apple.mpegurl"
+                 : ending == "ts"  ? "video/mp2t"
+                 : ending == "vtt" ? "text/vtt"
+                 : ending == "mkv" ? "video/x-matroska"
+                                   : "video/mp4";
+    return reply;
+  }
+
+  static NSURL fileURL(const std::string& name) { return NSURL::fileURLWithPath(sample(name)); }
+  NSURL httpURL(const std::string& name) const { return *NSURL::URLWithString(server.url("/" + name)); }
+  // "@name" is the clip on the server, a URL is itself, everything else the clip's file.
+  NSURL urlOf(const std::string& where) const {
+    if (where.find("://") != std::string::npos) return *NSURL::URLWithString(where);
+    return where[0] == '@' ? httpURL(where.substr(1)) : fileURL(where);
+  }
+
+  void make(const std::string& where, MediaPurpose purpose = MediaPurpose::programme) {
+    engine.reset();
+    told = {};
+    frames->clear();
+    engine = MediaEngine::make({urlOf(where), purpose});
+    MediaEngine::Events events;
+    events.ready = [this] { ++told.ready; };
+    events.failed = [this](NSError error) { told.failures.push_back(std::move(error)); };
+    events.ended = [this] { ++told.ended; };
+    events.bufferingChanged = [this] {
+      told.wasEmpty |= engine->isBufferEmpty();
+      ++told.bufferingChanges;
+    };
+    events.durationChanged = [this] { ++told.durationChanges; };
+    events.captionChanged = [this](std::optional<std::string> text) { told.captions.push_back(std::move(text)); };
+    engine->setEvents(std::move(events));
+    engine->setFrameSink(frames);
+  }
+  // Makes and loads; false when it has failed, or has not become ready in time.
+  bool open(const std::string& where, MediaPurpose purpose = MediaPurpose::programme) {
+    make(where, purpose);
+    engine->load();
+    loop.runUntil([this] { return told.ready > 0 || !told.failures.empty(); }, soon);
+    return told.ready > 0;
+  }
+  bool runUntil(const std::function<bool()>& done, RunLoop::Duration bound = soon) {
+    return loop.runUntil(done, bound);
+  }
+  void runFor(RunLoop::Duration duration) {
+    loop.runUntil([] { return false; }, duration);
+  }
+  double position() const { return CMTimeGetSeconds(engine->position()); }
+  // Seeks and waits; nil when the completion did not come.
+  std::optional<bool> seek(double seconds) {
+    std::optional<bool> result;
+    engine->seek(CMTimeMakeWithSeconds(seconds, 1'000'000'000), [&result](bool finished) { result = finished; });
+    runUntil([&result] { return result.has_value(); });
+    return result;
+  }
+  // Plays until the position has passed `seconds`.
+  bool playTo(double seconds, RunLoop::Duration bound = soon) {
+    engine->setRate(1);
+    return runUntil([this, seconds] { return position() >= seconds || !told.failures.empty(); }, bound) &&
+           told.failures.empty();
+  }
+
+  struct Told {
+    int ready = 0;
+    int ended = 0;
+    int bufferingChanges = 0;
+    int durationChanges = 0;
+    bool wasEmpty = false;
+    std::vector<NSError> failures;
+    std::vector<std::optional<std::string>> captions;
+  };
+
+  PlainRunLoop loop;
+  HTTPServer server;
+  std::shared_ptr<NumberedFrames> frames = std::make_shared<NumberedFrames>();
+  Told told;
+  std::unique_ptr<MediaEngine> engine;
+};

@@ -1,0 +1,68 @@
+// What can be played, and what is known of it once it is ready.
+#include "tests/platform/avfoundation/engine/EngineTest.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::Field;
+
+struct Format {
+  std::string where;
+  double duration;
+  double frameRate;
+  int width, height;
+  std::size_t sounds;
+};
+
+void PrintTo(const Format& format, std::ostream* out) {
+  *out << format.where;
+}
+
+class EveryFormat : public EngineTest, public testing::WithParamInterface<Format> {};
+
+TEST_P(EveryFormat, isReadyWithItsFirstPictureAndItsFacts) {
+  const Format& format = GetParam();
+  ASSERT_TRUE(open(format.where)) << (told.failures.empty() ? "no answer" : told.failures[0].message);
+  EXPECT_NEAR(CMTimeGetSeconds(engine->duration()), format.duration, 0.1);
+  EXPECT_FALSE(engine->isLive());
+  const auto tracks = engine->tracks();
+  const auto count = [&tracks](MediaTrack::Kind kind) {
+    return static_cast<std::size_t>(std::ranges::count(tracks, kind, &MediaTrack::kind));
+  };
+  EXPECT_EQ(count(MediaTrack::Kind::audio), format.sounds);
+  if (format.width == 0) {
+    EXPECT_EQ(count(MediaTrack::Kind::video), 0u);
+    EXPECT_TRUE(frames->numbers().empty());
+    return;
+  }
+  ASSERT_EQ(count(MediaTrack::Kind::video), 1u);
+  EXPECT_EQ(tracks[0].kind, MediaTrack::Kind::video);
+  EXPECT_NEAR(tracks[0].nominalFrameRate, format.frameRate, 0.01);
+  EXPECT_EQ(tracks[0].width, format.width);
+  EXPECT_EQ(tracks[0].height, format.height);
+  EXPECT_THAT(frames->numbers(), ElementsAre(0));
+  EXPECT_EQ(frames->last().width, format.width);
+  EXPECT_EQ(frames->last().height, format.height);
+  EXPECT_LT(position(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Engine, EveryFormat,
+    testing::Values(Format{"clip.mp4", 10, 25, 640, 360, 1}, Format{"indexlast.mp4", 10, 25, 640, 360, 1},
+                    // Its index names the start of the last fragment only.
+                    Format{"fragmented.mp4", 9.08, 25, 640, 360, 1}, Format{"clip.mkv", 10, 25, 640, 360, 1},
+                    Format{"clip.webm", 4, 25, 320, 180, 1}, Format{"clip.ts", 10, 25, 640, 360, 1},
+                    Format{"ntsc.mp4", 2, 30000 / 1001.0, 320, 180, 1}, Format{"audio.m4a", 10, 0, 0, 0, 1},
+                    Format{"video.mp4", 10, 25, 640, 360, 0}, Format{"half.mp4", 0.5, 25, 320, 180, 1},
+                    Format{"oneframe.mp4", 0.04, 25, 320, 180, 0}, Format{"odd.mp4", 0.5, 25, 319, 179, 0},
+                    Format{"@clip.mp4", 10, 25, 640, 360, 1}, Format{"@indexlast.mp4", 10, 25, 640, 360, 1},
+                    Format{"@fragmented.mp4", 10, 25, 640, 360, 1}, Format{"@clip.mkv", 10, 25, 640, 360, 1},
+                    Format{"@clip.ts", 10, 25, 640, 360, 1}, Format{"@hls/low/index.m3u8", 20, 25, 320, 180, 1}),
+    [](const auto& test) {
+      std::string name = test.param.where;
+      std::ranges::replace_if(
+          name, [](unsigned char c) { return !std::isalnum(c); }, '_');
+      return name;
+    });
+
+}  // namespace

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "platform/avfoundation/engine/VideoFrame.h"
+
+// The number that every picture of the sample clips carries in sixteen blocks along its top edge.
+inline std::optional<int> numberOf(const VideoFrame& frame) {
+  if (!frame.bits || frame.width < 16 || frame.height < 8) return std::nullopt;
+  int number = 0;
+  for (int block = 0; block < 16; ++block) {
+    const int x = (2 * block + 1) * frame.width / 32;
+    const std::uint8_t* pixel = frame.bits + 4 * frame.stride + 4 * x;
+    const int brightness = (pixel[0] + pixel[1] + pixel[2]) / 3;
+    number = 2 * number + (brightness > 128);
+  }
+  return number;
+}
+
+// A sink that remembers the numbers of the pictures it was given, and the last picture.
+class NumberedFrames final : public VideoFrameSink {
+ public:
+  void present(VideoFrame frame) override {
+    std::lock_guard lock(mutex_);
+    numbers_.push_back(numberOf(frame).value_or(-1));
+    last_ = std::move(frame);
+  }
+
+  std::vector<int> numbers() const {
+    std::lock_guard lock(mutex_);
+    return numbers_;
+  }
+  VideoFrame last() const {
+    std::lock_guard lock(mutex_);
+    return last_;
+  }
+  // -1 when there was none.
+  int lastNumber() const {
+    std::lock_guard lock(mutex_);
+    return numbers_.empty() ? -1 : numbers_.back();
+  }
+  void clear() {
+    std::lock_guard lock(mutex_);
+    numbers_.clear();
+    last_ = {};
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<int> numbers_;
+  VideoFrame last_;
+};
