@@ -77,7 +77,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.set_version_flag("--version", std::string("ymrplay ") + YMR_VERSION);
 
   Options options;
-  std::string media, artwork, windowSize, logLevel = "error";
+  std::string media, artwork, windowSize, logLevel = "none";
   std::vector<std::string> keys, snapshots;
   app.add_option("MEDIA", media, "File or URL to play")->required();
   app.add_option("--title", options.title, "Title in the information panel")->type_name("T");

@@ -32,7 +32,7 @@ struct Options {
   bool events = false;
   std::vector<Snapshot> snapshots;
   std::vector<Key> keys;
-  int logLevel = 1;  // SKLogger's numbers
+  int logLevel = 0;  // SKLogger's numbers
 };
 
 // The keys of the remote, as --key names them.

@@ -35,13 +35,16 @@ int main(int argc, char** argv) {
     MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
   }
   logToStandardError(options->logLevel);
+  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
+    SKLogger::warning("Qt", message.toStdString());
+  });
   char* noArguments[] = {argv[0], nullptr};
   int argumentCount = 1;
   const QGuiApplication application(argumentCount, noArguments);
   std::setlocale(LC_NUMERIC, "C");  // Qt takes the user's locale; numbers in JSON have a point
 
   PlayHost host(std::move(*options), [] { QCoreApplication::quit(); });
-  const TerminationSignals signals([&host] { host.dismiss(); });
+  const TerminationSignals termination([&host] { host.dismiss(); });
   host.play();
   QCoreApplication::exec();
   return host.exitStatus();

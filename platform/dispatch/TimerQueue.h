@@ -47,7 +47,7 @@ class TimerQueue {
 
  private:
   // Grows from loop to loop too, so that a token left over from one cancels nothing of the next.
-  static TimerToken nextToken();
+  YMR_API static TimerToken nextToken();
 
   std::map<std::pair<Duration, TimerToken>, Block> timers_;
 };
