@@ -1,0 +1,115 @@
+#include "player/YMRItemPreparation.h"
+
+#include <utility>
+
+#include "platform/foundation/URLLoader.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto artworkBound = 5s;        // for the fetch as a whole
+constexpr auto patienceAfterAsset = 2s;  // once the programme itself could begin
+constexpr std::size_t artworkBytes = 8 << 20;
+
+AVMetadataItem commonItem(const char* key, AVMetadataItem::Value value) {
+  AVMutableMetadataItem item;
+  item.setKeySpace(AVMetadataKeySpaceCommon);
+  item.setLocale(NSLocale::currentLocale());
+  item.setKey(key);
+  item.setValue(std::move(value));
+  return item;
+}
+
+std::vector<std::byte> pngOf(const UIImage& picture) {
+  const auto png = UIImagePNGRepresentation(picture);
+  const auto* bytes = reinterpret_cast<const std::byte*>(png.data());
+  return {bytes, bytes + png.size()};
+}
+
+}  // namespace
+
+std::shared_ptr<YMRItemPreparation> YMRItemPreparation::begin(std::shared_ptr<YMRMediaItem> mediaItem,
+                                                              std::shared_ptr<AVURLAsset> asset,
+                                                              Completion completion) {
+  const std::shared_ptr<YMRItemPreparation> self(
+      new YMRItemPreparation(std::move(mediaItem), std::move(asset), std::move(completion)));
+  self->fetchArtwork();
+  self->loadAsset();
+  return self;
+}
+
+YMRItemPreparation::YMRItemPreparation(std::shared_ptr<YMRMediaItem> mediaItem, std::shared_ptr<AVURLAsset> asset,
+                                       Completion completion)
+    : mediaItem_(std::move(mediaItem)), asset_(std::move(asset)), completion_(std::move(completion)) {}
+
+void YMRItemPreparation::loadAsset() {
+  asset_->loadValuesAsynchronouslyForKeys({"playable"}, [weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self) return;
+    self->isAssetLoaded_ = true;
+    self->finishWhenComplete();
+  });
+}
+
+void YMRItemPreparation::fetchArtwork() {
+  if (mediaItem_->videoThumbnail() || !mediaItem_->videoThumbnailUrl()) return;
+  const auto url = NSURL::URLWithString(*mediaItem_->videoThumbnailUrl());
+  if (!url) return;
+  isFetchingArtwork_ = true;
+  URLRequest request{*url};
+  request.silence = artworkBound;
+  request.whole = artworkBound;
+  request.maximumBytes = artworkBytes;
+  request.allowsFiles = true;
+  // Decoding, which tells a picture from anything else, stays off the main thread.
+  URLLoader::shared()->load(
+      std::move(request), dispatch_get_global_queue(), [weak = weak_from_this()](URLResponse response) {
+        const bool isPicture =
+            !response.error && response.status == 200 && UIImage::imageWithData(response.body).has_value();
+        if (!isPicture) response.body.clear();
+        dispatch_async(dispatch_get_main_queue(), [weak, artwork = std::move(response.body)]() mutable {
+          if (const auto self = weak.lock()) self->artworkCame(std::move(artwork));
+        });
+      });
+}
+
+void YMRItemPreparation::artworkCame(std::vector<std::byte> artwork) {
+  artwork_ = std::move(artwork);
+  isFetchingArtwork_ = false;
+  finishWhenComplete();
+}
+
+void YMRItemPreparation::finishWhenComplete() {
+  if (!isAssetLoaded_) return;
+  if (!isFetchingArtwork_) {
+    finish();
+  } else if (!patience_) {
+    patience_ = NSTimer::scheduledTimerWithTimeInterval(patienceAfterAsset, false, [weak = weak_from_this()] {
+      if (const auto self = weak.lock()) self->finish();
+    });
+  }
+}
+
+void YMRItemPreparation::finish() {
+  const auto completion = std::exchange(completion_, nullptr);
+  if (!completion) return;
+  patience_ = nullptr;
+  auto item = AVPlayerItem::playerItemWithAsset(asset_);
+  if (auto items = metadata(); !items.empty()) item->setExternalMetadata(std::move(items));
+  completion(std::move(item));
+}
+
+std::vector<AVMetadataItem> YMRItemPreparation::metadata() const {
+  std::vector<AVMetadataItem> items;
+  if (const auto& title = mediaItem_->videoTitle()) items.push_back(commonItem(AVMetadataCommonKeyTitle, *title));
+  if (const auto& text = mediaItem_->videoDescription()) {
+    items.push_back(commonItem(AVMetadataCommonKeyDescription, *text));
+  }
+  if (const auto& picture = mediaItem_->videoThumbnail()) {
+    items.push_back(commonItem(AVMetadataCommonKeyArtwork, pngOf(*picture)));
+  } else if (!artwork_.empty()) {
+    items.push_back(commonItem(AVMetadataCommonKeyArtwork, artwork_));
+  }
+  return items;
+}

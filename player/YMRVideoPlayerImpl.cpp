@@ -1,0 +1,118 @@
+#include "player/YMRVideoPlayerImpl.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "VAST/SKLogger.h"
+#include "platform/foundation/MainThread.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/PerformSelector.h"
+#include "player/YMRDelegateSend.h"
+#include "player/YMRItemPreparation.h"
+#include "player/states/YMRPlayerStateLoadingAd.h"
+#include "player/states/YMRPlayerStateRules.h"
+
+// What hosts hold is a handle apart from the hub's own count, so that an entry point that keeps the hub alive for its
+// run does not keep the presentation alive: that ends with the last handle, and the running entry point sees it.
+std::shared_ptr<YMRVideoPlayerImpl> YMRVideoPlayerImpl::init() {
+  YMR_ASSERT_MAIN_THREAD();
+  std::shared_ptr<YMRVideoPlayerImpl> hub(new YMRVideoPlayerImpl);
+  hub->setUp();
+  return {hub.get(), [inner = hub](YMRVideoPlayerImpl*) mutable {
+            inner->hostLetGo();
+            inner.reset();
+          }};
+}
+
+YMRVideoPlayerImpl::YMRVideoPlayerImpl() = default;
+YMRVideoPlayerImpl::~YMRVideoPlayerImpl() = default;
+
+void YMRVideoPlayerImpl::setUp() {
+  playerState_ = std::make_shared<YMRPlayerStateLoadingAd>();
+  SKLogger::setLogLevel(SKLogLevelNone);
+  avPlayerVC_ = std::make_shared<AVPlayerViewController>();
+  avPlayerVC_->setDelegate(weak_from_this());
+  replaceMenuHandling();
+}
+
+// Menu always ends the whole presentation, also during an ad, in place of what the player view controller would do.
+void YMRVideoPlayerImpl::replaceMenuHandling() {
+  const auto menu =
+      std::make_shared<UITapGestureRecognizer>([weak = weak_from_this()](UIGestureRecognizer& recognizer) {
+        if (const auto self = weak.lock()) self->handleBack(recognizer);
+      });
+  menu->setAllowedPressTypes({UIPressTypeMenu});
+  auto recognizers = avPlayerVC_->view()->gestureRecognizers();
+  const auto own = std::find_if(recognizers.begin(), recognizers.end(), [](const auto& recognizer) {
+    return std::dynamic_pointer_cast<UITapGestureRecognizer>(recognizer) && !recognizer->allowedPressTypes().empty() &&
+           recognizer->allowedPressTypes().front() == UIPressTypeMenu;
+  });
+  if (own != recognizers.end()) recognizers.erase(own);
+  recognizers.push_back(menu);
+  avPlayerVC_->view()->setGestureRecognizers(std::move(recognizers));
+}
+
+void YMRVideoPlayerImpl::handleBack(const UIGestureRecognizer& recognizer) {
+  if (recognizer.state() == UIGestureRecognizerStateEnded) dismiss();
+}
+
+void YMRVideoPlayerImpl::presentWithController(const std::shared_ptr<UIViewController>& controller) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (controller) controller->presentViewController(avPlayerVC_, true);
+}
+
+void YMRVideoPlayerImpl::removeObserver() {
+  try {
+    if (vodPlayer_) {
+      if (const auto item = vodPlayer_->currentItem()) {
+        for (const auto* key : {"playbackBufferEmpty", "status", "playbackLikelyToKeepUp"}) {
+          item->removeObserver(this, key);
+        }
+      }
+      vodPlayer_->removeObserver(this, "rate");
+    }
+  } catch (const NSException& exception) {
+    SKLogger::error(ymrPlayerTag, exception.description());
+  }
+  if (vodTimeObserver_ && vodPlayer_) vodPlayer_->removeTimeObserver(vodTimeObserver_);
+  vodTimeObserver_ = nullptr;
+  NSNotificationCenter::defaultCenter().removeObserver(this);
+  cancelPreviousPerformRequestsWithTarget(this);
+}
+
+void YMRVideoPlayerImpl::dismiss() {
+  YMR_ASSERT_MAIN_THREAD();
+  if (presentation_ != Presentation::alive) return;
+  const auto self = shared_from_this();
+  presentation_ = Presentation::leaving;
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::playerWillDismiss);
+  if (adPlayer_) adPlayer_->pause();
+  if (vodPlayer_) vodPlayer_->pause();
+  if (presentation_ == Presentation::gone) return;
+  removeObserver();
+  avPlayerVC_->dismissViewControllerAnimated(true);
+  letGoOfPlayers();
+  if (delegateAnswers(delegate_, &YMRVideoPlayerDelegate::playerDidDismiss)) {
+    sendToDelegate(delegate_, &YMRVideoPlayerDelegate::playerDidDismiss);
+    delegate_.reset();
+  }
+}
+
+// Nobody can dismiss the player any more, so it must not stay on the screen.
+void YMRVideoPlayerImpl::hostLetGo() {
+  YMR_ASSERT_MAIN_THREAD();
+  if (presentation_ == Presentation::gone) return;
+  delegate_.reset();
+  removeObserver();
+  avPlayerVC_->dismissViewControllerAnimated(false);
+  letGoOfPlayers();
+}
+
+void YMRVideoPlayerImpl::letGoOfPlayers() {
+  presentation_ = Presentation::gone;
+  preparation_ = nullptr;
+  avPlayerVC_->setDelegate({});
+  avPlayerVC_->setPlayer(nullptr);
+  adPlayer_ = nullptr;
+  vodPlayer_ = nullptr;
+}

@@ -1,0 +1,51 @@
+// The subtitle and caption renditions that the media carry.
+#include <algorithm>
+
+#include "platform/avfoundation/AVMediaFormat.h"
+#include "player/YMRDelegateSend.h"
+#include "player/YMRVideoPlayerImpl.h"
+
+std::shared_ptr<AVMediaSelectionGroup> YMRVideoPlayerImpl::legibleGroup() const {
+  const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
+  return item ? item->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible) : nullptr;
+}
+
+std::vector<std::string> YMRVideoPlayerImpl::getClosedCaptionLanguageList() const {
+  std::vector<std::string> languages;
+  const auto group = legibleGroup();
+  if (!group) return languages;
+  for (const auto& option : group->options()) {
+    if (auto tag = option->extendedLanguageTag()) languages.push_back(std::move(*tag));
+  }
+  return languages;
+}
+
+bool YMRVideoPlayerImpl::setClosedCaption(const std::string& languageTag) {
+  const auto group = legibleGroup();
+  if (!group) return false;
+  const auto& options = group->options();
+  const auto option = std::find_if(options.begin(), options.end(),
+                                   [&](const auto& each) { return each->extendedLanguageTag() == languageTag; });
+  if (option == options.end()) return false;
+  vodPlayer_->currentItem()->selectMediaOption(*option, group);
+  return true;
+}
+
+std::string YMRVideoPlayerImpl::currentClosedCaption() const {
+  const auto group = legibleGroup();
+  const auto option = group ? vodPlayer_->currentItem()->selectedMediaOptionInMediaSelectionGroup(group) : nullptr;
+  return option ? option->extendedLanguageTag().value_or("") : "";
+}
+
+void YMRVideoPlayerImpl::disableAutoClosedCaptionOptions() {
+  avPlayerVC_->setAllowedSubtitleOptionLanguages(getClosedCaptionLanguageList());
+}
+
+// Only subtitles are reported; closed captions and "off" deliberately are not.
+void YMRVideoPlayerImpl::playerViewController(const std::shared_ptr<AVPlayerViewController>&,
+                                              const std::shared_ptr<AVMediaSelectionOption>& option,
+                                              const std::shared_ptr<AVMediaSelectionGroup>&) {
+  if (!option || option->mediaType() != AVMediaTypeSubtitle) return;
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoClosedCaptionDidChange,
+                 option->extendedLanguageTag().value_or(""));
+}

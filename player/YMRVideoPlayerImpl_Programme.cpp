@@ -1,0 +1,172 @@
+// The programme: loading it, hearing of it, keeping it going, its end.
+#include <chrono>
+#include <utility>
+
+#include "VAST/SKLogger.h"
+#include "platform/foundation/MainThread.h"
+#include "platform/foundation/PerformSelector.h"
+#include "player/YMRDelegateSend.h"
+#include "player/YMRItemPreparation.h"
+#include "player/YMRStallRules.h"
+#include "player/YMRVideoPlayerImpl.h"
+#include "player/states/YMRPlayerStateCompletedVideo.h"
+#include "player/states/YMRPlayerStateRules.h"
+#include "ui/Autolayout.h"
+
+void YMRVideoPlayerImpl::playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, std::int64_t startPosition) {
+  prepare(mediaItem, std::make_shared<AVURLAsset>(mediaItem ? mediaItem->mediaUrl() : std::nullopt), startPosition);
+}
+
+void YMRVideoPlayerImpl::playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem,
+                                           const std::shared_ptr<AVURLAsset>& asset, std::int64_t startPosition) {
+  prepare(mediaItem, asset ? asset : std::make_shared<AVURLAsset>(std::nullopt), startPosition);
+}
+
+void YMRVideoPlayerImpl::prepare(const std::shared_ptr<YMRMediaItem>& mediaItem,
+                                 const std::shared_ptr<AVURLAsset>& asset, std::int64_t startPosition) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (presentation_ != Presentation::alive) return;
+  videoStartPosition_ = startPosition;
+  preparation_ = YMRItemPreparation::begin(mediaItem ? mediaItem : std::make_shared<YMRMediaItem>(), asset,
+                                           [weak = weak_from_this()](const std::shared_ptr<AVPlayerItem>& item) {
+                                             if (const auto self = weak.lock()) self->playWithAVMediaItem(item);
+                                           });
+}
+
+void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>& item) {
+  preparation_ = nullptr;
+  if (vodPlayer_) removeObserver();  // of the programme that makes room
+  vodPlayer_ = AVPlayer::playerWithPlayerItem(item);
+  vodPlayer_->setActionAtItemEnd(AVPlayerActionAtItemEndNone);
+  avPlayerVC_->setPlayer(vodPlayer_);
+  isPlayingAd_ = false;
+  currentVodPlayerRate_ = 0;
+  observeProgramme(item);
+  if (overlayView_) {
+    addSubViewWithAutolayout(avPlayerVC_->contentOverlayView(), overlayView_);
+    avPlayerVC_->contentOverlayView()->sendSubviewToBack(overlayView_);
+  }
+  start();
+}
+
+void YMRVideoPlayerImpl::observeProgramme(const std::shared_ptr<AVPlayerItem>& item) {
+  const auto weak = weak_from_this();
+  vodTimeObserver_ =
+      vodPlayer_->addPeriodicTimeObserver(CMTimeMakeWithSeconds(1.0, 1'000'000'000), nullptr, [weak](CMTime time) {
+        if (const auto self = weak.lock()) self->vodPlayerTick(time);
+      });
+  auto& center = NSNotificationCenter::defaultCenter();
+  center.addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, item, [weak](const NSNotification&) {
+    if (const auto self = weak.lock()) self->videoPlayDidEnd();
+  });
+  center.addObserver(this, AVPlayerItemTimeJumpedNotification, item, [weak](const NSNotification& notification) {
+    if (const auto self = weak.lock()) self->videoDidSeek(notification);
+  });
+  const auto self = shared_from_this();
+  item->addObserver(self, "playbackBufferEmpty", NSKeyValueObservingOptionNew);
+  item->addObserver(self, "status", NSKeyValueObservingOptionNew);
+  item->addObserver(self, "playbackLikelyToKeepUp", NSKeyValueObservingOptionNew | NSKeyValueObservingOptionInitial);
+  vodPlayer_->addObserver(self, "rate", NSKeyValueObservingOptionNew);
+}
+
+void YMRVideoPlayerImpl::start() {
+  YMR_ASSERT_MAIN_THREAD();
+  const auto self = shared_from_this();
+  if (presentation_ != Presentation::alive || isProgrammeRunning()) return;
+  startPreRoll();
+}
+
+// Starting a running programme once more would send it back to its beginning and, since its rate does not change, leave
+// the states waiting for a start that is never reported.
+bool YMRVideoPlayerImpl::isProgrammeRunning() const {
+  return vodPlayer_ && !isPlayingAd_ && vodPlayer_->rate() != 0;
+}
+
+double YMRVideoPlayerImpl::currentPosition() const {
+  return CMTimeGetSeconds(vodPlayer_ ? vodPlayer_->currentTime() : CMTime{});
+}
+
+double YMRVideoPlayerImpl::videoDuration() const {
+  const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
+  return item ? CMTimeGetSeconds(item->asset()->duration()) : 0;
+}
+
+void YMRVideoPlayerImpl::observeValueForKeyPath(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
+                                                const NSKeyValueChange& change, void* context) {
+  const auto state = playerState_;
+  state->observeValueForKeyPath(keyPath, object, change, context, *this);
+  const auto player = vodPlayer_;
+  const auto item = player ? player->currentItem() : nullptr;
+  if (!item || object != item) return;
+  if (keyPath == "status") {
+    if (item->status() != AVPlayerItemStatusFailed) return;
+    sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnError, item->error().value_or(NSError{}));
+  } else if (keyPath == "playbackLikelyToKeepUp") {
+    if (item->isPlaybackLikelyToKeepUp() || !isStallToRecover(player->currentTime(), item->duration())) return;
+    player->pause();
+    if (vodPlayer_ == player) handleStalled();
+  }
+}
+
+// Polls until the programme can go on. Every poll nudges the player, since its rate was set to 0.
+void YMRVideoPlayerImpl::handleStalled() {
+  cancelPreviousPerformRequestsWithTarget(this);
+  const auto player = vodPlayer_;
+  const auto item = player ? player->currentItem() : nullptr;
+  if (!item || item->status() == AVPlayerItemStatusFailed || isPlayingAd_) return;
+  if (item->isPlaybackLikelyToKeepUp() || isLeadEnough(availableDuration() - CMTimeGetSeconds(item->currentTime()))) {
+    player->play();
+    if (vodPlayer_ == player) player->play();
+    return;
+  }
+  performSelectorAfterDelay(this, "handleStalled", std::chrono::milliseconds(500), [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->handleStalled();
+  });
+  player->play();
+}
+
+double YMRVideoPlayerImpl::availableDuration() const {
+  const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
+  const auto ranges = item ? item->loadedTimeRanges() : std::vector<CMTimeRange>{};
+  return ranges.empty() ? 0 : CMTimeGetSeconds(ranges.front().start) + CMTimeGetSeconds(ranges.front().duration);
+}
+
+void YMRVideoPlayerImpl::vodPlayerTick(const CMTime& time) {
+  if (SKLogger::reachesSink(SKLogLevelDebug)) {
+    SKLogger::debug(ymrPlayerTag, "playhead position = " + std::to_string(CMTimeGetSeconds(time)));
+  }
+  const auto state = playerState_;
+  state->vodPlayerPeriodicTimeObserver(time, *this);
+}
+
+void YMRVideoPlayerImpl::videoDidSeek(const NSNotification& notification) {
+  const auto state = playerState_;
+  state->videoDidSeek(notification, *this);
+}
+
+void YMRVideoPlayerImpl::videoPlayDidEnd() {
+  const auto player = vodPlayer_;
+  if (!player) return;
+  if (isPlayingAd_) {
+    player->seekToTime(CMTimeMakeWithSeconds(0, 1'000'000'000), kCMTimeZero, kCMTimeZero);
+    return;
+  }
+  player->pause();
+  // The host may have dismissed the player, or started it anew, when it heard of the pause.
+  if (vodPlayer_ != player || player->rate() != 0) return;
+  if (adState_ == YMRAdStateMidRoll || adState_ == YMRAdStatePostRoll) {
+    startPostRoll();
+  } else {
+    end();
+  }
+}
+
+void YMRVideoPlayerImpl::end() {
+  playerState_ = std::make_shared<YMRPlayerStateCompletedVideo>();
+  removeObserver();
+  if (delegateAnswers(delegate_, &YMRVideoPlayerDelegate::videoDidPlayFinished)) {
+    sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoDidPlayFinished);
+  } else {
+    dismiss();
+  }
+}

@@ -1,0 +1,122 @@
+// What the states read of the presentation, and what they make it do.
+#include "player/YMRDelegateSend.h"
+#include "player/YMRVideoPlayerImpl.h"
+
+namespace {
+
+double durationOf(const std::shared_ptr<AVPlayer>& player) {
+  const auto item = player ? player->currentItem() : nullptr;
+  return CMTimeGetSeconds(item ? item->duration() : CMTime{});
+}
+
+}  // namespace
+
+bool YMRVideoPlayerImpl::isCurrent(const YMRAbstractPlayerState& state) const {
+  return presentation_ != Presentation::gone && playerState_.get() == &state;
+}
+
+bool YMRVideoPlayerImpl::isVodPlayer(const NSObject* object) const {
+  return object && object == vodPlayer_.get();
+}
+
+float YMRVideoPlayerImpl::vodPlayerRate() const {
+  return vodPlayer_ ? vodPlayer_->rate() : 0;
+}
+
+double YMRVideoPlayerImpl::programmeDuration() const {
+  return durationOf(vodPlayer_);
+}
+
+void YMRVideoPlayerImpl::seekVodPlayer(const CMTime& time) {
+  if (vodPlayer_) vodPlayer_->seekToTime(time, kCMTimeZero, kCMTimeZero);
+}
+
+bool YMRVideoPlayerImpl::isAdPlayer(const NSObject* object) const {
+  return object && object == adPlayer_.get();
+}
+
+float YMRVideoPlayerImpl::adPlayerRate() const {
+  return adPlayer_ ? adPlayer_->rate() : 0;
+}
+
+double YMRVideoPlayerImpl::adTime() const {
+  return CMTimeGetSeconds(adPlayer_ ? adPlayer_->currentTime() : CMTime{});
+}
+
+double YMRVideoPlayerImpl::adDuration() const {
+  return durationOf(adPlayer_);
+}
+
+// Without an ad there is nobody to track for.
+void YMRVideoPlayerImpl::trackEvent(std::uint32_t) {}
+
+bool YMRVideoPlayerImpl::isPlaybackBufferEmpty(const NSObject* item) const {
+  const auto* playerItem = dynamic_cast<const AVPlayerItem*>(item);
+  return playerItem && playerItem->isPlaybackBufferEmpty();
+}
+
+double YMRVideoPlayerImpl::itemTime(const NSObject* item) const {
+  const auto* playerItem = dynamic_cast<const AVPlayerItem*>(item);
+  return CMTimeGetSeconds(playerItem ? playerItem->currentTime() : CMTime{});
+}
+
+double YMRVideoPlayerImpl::itemDuration(const NSObject* item) const {
+  const auto* playerItem = dynamic_cast<const AVPlayerItem*>(item);
+  return CMTimeGetSeconds(playerItem ? playerItem->duration() : CMTime{});
+}
+
+void YMRVideoPlayerImpl::videoOnPlay() {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnPlay);
+}
+
+void YMRVideoPlayerImpl::videoOnPlayDuration(double time, double duration) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnPlayDuration, time, duration);
+}
+
+void YMRVideoPlayerImpl::videoOnPause(double time) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnPause, time);
+}
+
+void YMRVideoPlayerImpl::videoOnPauseDuration(double time, double duration) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnPauseDuration, time, duration);
+}
+
+void YMRVideoPlayerImpl::videoOnTime(double time) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnTime, time);
+}
+
+void YMRVideoPlayerImpl::videoOnTimeDuration(double time, double duration) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnTimeDuration, time, duration);
+}
+
+void YMRVideoPlayerImpl::videoDidBuffer() {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoDidBuffer);
+}
+
+void YMRVideoPlayerImpl::videoOnBuffer() {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnBuffer);
+}
+
+void YMRVideoPlayerImpl::videoDidSeekTo(double time) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoDidSeekTo, time);
+}
+
+void YMRVideoPlayerImpl::videoAdOnTime(const std::shared_ptr<YMRAd>& ad, double duration, double second) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnTime, ad, duration, second);
+}
+
+void YMRVideoPlayerImpl::videoAdOnPlayQuartile(const std::shared_ptr<YMRAd>& ad, int quartile, double duration) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnPlayQuartile, ad, quartile, duration);
+}
+
+void YMRVideoPlayerImpl::videoAdOnBuffer(const std::shared_ptr<YMRAd>& ad, double duration, double second) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnBuffer, ad, duration, second);
+}
+
+void YMRVideoPlayerImpl::videoAdOnPause(const std::shared_ptr<YMRAd>& ad, double duration, double second) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnPause, ad, duration, second);
+}
+
+void YMRVideoPlayerImpl::videoAdOnPlay(const std::shared_ptr<YMRAd>& ad, double duration, double second) {
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnPlay, ad, duration, second);
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/dispatch/VirtualRunLoop.h"
+#include "player/YMRVideoPlayer.h"
+#include "player/YMRVideoPlayerImpl.h"
+#include "tests/support/ScriptedMediaEngine.h"
+#include "tests/support/ScriptedURLLoader.h"
+
+using namespace std::chrono_literals;
+using Lines = std::vector<std::string>;
+
+// A host that answers every callback and writes each down as text: "videoOnPause 12", "videoOnError -11800".
+class RecordingHost {
+ public:
+  RecordingHost();
+
+  // Everybody but those named. For the callbacks that make a difference by being answered.
+  void leaveOut(const std::string& callback);
+  // The names of all callbacks of the programme and the presentation.
+  static const std::vector<std::string>& callbacks();
+  // What was heard of these callbacks only.
+  Lines heardOf(const std::vector<std::string>& callbacks) const;
+  int count(const std::string& callback) const;
+
+  std::shared_ptr<YMRVideoPlayerDelegate> delegate = std::make_shared<YMRVideoPlayerDelegate>();
+  Lines heard;
+  // Runs inside the callback of this name, after it has been written down.
+  std::map<std::string, std::function<void()>> inside;
+
+ private:
+  void hear(const std::string& callback, std::initializer_list<double> numbers = {});
+};
+
+// A player on virtual time: scripted media, a scripted loader, a host that listens; no window.
+class PlayerRig {
+ public:
+  static constexpr const char* film = "http://media.example/film.mp4";
+
+  PlayerRig();
+
+  YMRVideoPlayerImpl& hub() { return *player->ymrPlayer(); }
+  static std::shared_ptr<YMRMediaItem> item(const std::string& url = film);
+  // Asks for the film and lets it begin.
+  void playFilm(std::int64_t startPosition = 0);
+  ScriptedMediaEngine& engine() { return *media.engine(film); }
+  // "PausedVideo" for a YMRPlayerStatePausedVideo.
+  std::string state();
+
+  VirtualRunLoop loop;
+  ScriptedMedia media;
+  ScriptedLoaderInPlace net;
+  RecordingHost host;
+  std::unique_ptr<YMRVideoPlayer> player;
+};

@@ -1,0 +1,187 @@
+// How a presentation ends: by itself, by the host, by the viewer.
+#include <gmock/gmock.h>
+
+#include "VAST/SKLogger.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "tests/player/PlayerRig.h"
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+void pressMenu(PlayerRig& rig) {
+  for (const auto& recognizer : rig.hub().avPlayerVC()->view()->gestureRecognizers()) {
+    const UIPress press{UIPressTypeMenu, false};
+    if (recognizer->pressBegan(press)) recognizer->pressEnded(press);
+  }
+}
+
+void expectNothingLeft(PlayerRig& rig) {
+  rig.loop.advance(5s);
+  EXPECT_EQ(rig.hub().vodPlayer(), nullptr);
+  EXPECT_EQ(rig.hub().avPlayerVC()->player(), nullptr);
+  EXPECT_EQ(rig.hub().avPlayerVC()->delegate(), nullptr);
+  EXPECT_EQ(rig.media.aliveEngines(), 0);
+  EXPECT_EQ(rig.loop.pendingTimers(), 0u);
+}
+
+const Lines ending{"videoOnPause", "videoDidPlayFinished", "playerWillDismiss", "playerDidDismiss"};
+
+}  // namespace
+
+TEST(Ending, aHostThatAnswersTheEndKeepsThePlayerUntilItDismissesIt) {
+  PlayerRig rig;
+  rig.playFilm();
+  rig.loop.advance(70s);
+  EXPECT_THAT(rig.host.heardOf(ending), ElementsAre("videoOnPause 60", "videoDidPlayFinished"));
+  EXPECT_EQ(rig.state(), "CompletedVideo");
+  ASSERT_NE(rig.hub().vodPlayer(), nullptr);
+  EXPECT_EQ(rig.player->currentPosition(), 60);
+  rig.host.heard.clear();
+  rig.hub().vodPlayer()->play();
+  rig.hub().vodPlayer()->seekToTime(kCMTimeZero);
+  rig.loop.advance(5s);
+  EXPECT_THAT(rig.host.heard, IsEmpty()) << "a completed programme reports nothing";
+  rig.player->dismiss();
+  EXPECT_THAT(rig.host.heard, ElementsAre("playerWillDismiss", "playerDidDismiss"));
+  expectNothingLeft(rig);
+}
+
+TEST(Ending, aHostThatDoesNotAnswerTheEndSeesThePlayerDismissItself) {
+  PlayerRig rig;
+  rig.host.leaveOut("videoDidPlayFinished");
+  rig.playFilm();
+  rig.loop.advance(70s);
+  EXPECT_THAT(rig.host.heardOf(ending), ElementsAre("videoOnPause 60", "playerWillDismiss", "playerDidDismiss"));
+  expectNothingLeft(rig);
+}
+
+TEST(Ending, withoutADelegateThePlayerRunsToItsEndAndGoes) {
+  for (const bool hasEmptyDelegate : {false, true}) {
+    PlayerRig rig;
+    const auto silent = std::make_shared<YMRVideoPlayerDelegate>();
+    rig.player->setDelegate(hasEmptyDelegate ? silent : nullptr);
+    rig.playFilm();
+    rig.loop.advance(59s);
+    EXPECT_NE(rig.hub().vodPlayer(), nullptr);
+    rig.loop.advance(5s);
+    EXPECT_THAT(rig.host.heard, IsEmpty());
+    expectNothingLeft(rig);
+  }
+}
+
+TEST(Ending, dismissalReportsThePauseItMakesAndThenIsSilent) {
+  PlayerRig rig;
+  rig.playFilm();
+  rig.loop.advance(2s);
+  rig.host.heard.clear();
+  rig.player->dismiss();
+  EXPECT_THAT(rig.host.heard,
+              ElementsAre("playerWillDismiss", "videoOnPause 2", "videoOnPauseDuration 2 60", "playerDidDismiss"));
+  EXPECT_TRUE(std::isnan(rig.player->currentPosition()));
+  EXPECT_EQ(rig.player->videoDuration(), 0);
+  rig.player->dismiss();
+  rig.player->start();
+  rig.player->playWithMediaItem(PlayerRig::item(), 0);
+  expectNothingLeft(rig);
+  EXPECT_EQ(rig.host.heard.size(), 4u);
+}
+
+TEST(Ending, theDelegateIsLetGoOfOnlyWhenItHearsOfTheDismissal) {
+  for (const bool answers : {true, false}) {
+    PlayerRig rig;
+    if (!answers) rig.host.leaveOut("playerDidDismiss");
+    rig.player->dismiss();
+    EXPECT_EQ(rig.player->delegate(), answers ? nullptr : rig.host.delegate);
+  }
+}
+
+TEST(Ending, menuDismissesWhereverThePresentationStands) {
+  struct Row {
+    const char* moment;
+    std::function<void(PlayerRig&)> reach;
+  };
+  const std::vector<Row> table{
+      {"before any programme", [](PlayerRig&) {}},
+      {"while it loads", [](PlayerRig& rig) { rig.player->playWithMediaItem(PlayerRig::item(), 0); }},
+      {"at its start", [](PlayerRig& rig) { rig.playFilm(); }},
+      {"while it plays", [](PlayerRig& rig) { rig.playFilm(), rig.loop.advance(3s); }},
+      {"while it is paused",
+       [](PlayerRig& rig) { rig.playFilm(), rig.loop.advance(3s), rig.hub().vodPlayer()->pause(); }},
+      {"during a stall", [](PlayerRig& rig) { rig.playFilm(), rig.loop.advance(3s), rig.engine().stall(); }},
+      {"during a seek",
+       [](PlayerRig& rig) {
+         rig.media.script(PlayerRig::film).seekDelay = 1;
+         rig.playFilm(30), rig.loop.advance(200ms);
+       }},
+      {"after its failure",
+       [](PlayerRig& rig) {
+         rig.playFilm();
+         rig.engine().fail({AVFoundationErrorDomain, AVErrorUnknown, ""});
+         rig.loop.advance(1s);
+       }},
+      {"after its end", [](PlayerRig& rig) { rig.playFilm(), rig.loop.advance(70s); }},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.moment);
+    PlayerRig rig;
+    row.reach(rig);
+    pressMenu(rig);
+    pressMenu(rig);
+    expectNothingLeft(rig);
+    EXPECT_EQ(rig.host.count("playerWillDismiss"), 1);
+    EXPECT_EQ(rig.host.count("playerDidDismiss"), 1);
+    EXPECT_EQ(rig.host.heard.back(), "playerDidDismiss");
+  }
+}
+
+TEST(Ending, thereIsOneMeaningOfMenu) {
+  PlayerRig rig;
+  int menus = 0;
+  for (const auto& recognizer : rig.hub().avPlayerVC()->view()->gestureRecognizers()) {
+    const auto& types = recognizer->allowedPressTypes();
+    menus += std::count(types.begin(), types.end(), static_cast<int>(UIPressTypeMenu));
+  }
+  EXPECT_EQ(menus, 1);
+}
+
+TEST(Ending, observersAreThereForTheProgrammeAndGoneAfterItsEnd) {
+  PlayerRig rig;
+  auto& center = NSNotificationCenter::defaultCenter();
+  rig.loop.runUntilIdle();
+  rig.playFilm();
+  const auto player = rig.hub().vodPlayer();
+  const auto item = player->currentItem();
+  for (const auto* key : {"playbackBufferEmpty", "status", "playbackLikelyToKeepUp"}) {
+    EXPECT_TRUE(item->isObserved(key)) << key;
+  }
+  EXPECT_TRUE(player->isObserved("rate"));
+  const auto during = center.observerCount();
+  rig.loop.advance(70s);
+  EXPECT_EQ(center.observerCount(), during - 2);
+  rig.player->dismiss();
+  rig.loop.advance(1s);
+  for (const auto* key : {"playbackBufferEmpty", "status", "playbackLikelyToKeepUp"}) {
+    EXPECT_FALSE(item->isObserved(key)) << key;
+  }
+  EXPECT_FALSE(player->isObserved("rate"));
+}
+
+TEST(Ending, removingObserversTwiceIsLoggedAndGoesOn) {
+  Lines errors;
+  SKLogger::installSink(SKLogLevelError, [&](int, std::string_view tag, std::string_view message) {
+    errors.push_back(std::string(tag) + ": " + std::string(message));
+  });
+  PlayerRig rig;
+  rig.host.leaveOut("videoDidPlayFinished");  // the end and the dismissal both remove
+  rig.playFilm();
+  rig.loop.advance(70s);
+  SKLogger::installSink(SKLogLevelNone, nullptr);
+  EXPECT_THAT(errors, ElementsAre(AllOf(HasSubstr("YMRVideoPlayer: "), HasSubstr("playbackBufferEmpty"))));
+  expectNothingLeft(rig);
+}

@@ -1,0 +1,189 @@
+// A host that does something drastic from inside a callback, from each of them in turn.
+#include <gmock/gmock.h>
+
+#include <array>
+#include <stdexcept>
+
+#include "VAST/SKLogger.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "tests/player/PlayerRig.h"
+
+using testing::IsEmpty;
+
+namespace {
+
+const NSError broken{AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"};
+constexpr const char* second = "http://media.example/second.mp4";
+
+// A programme in which every callback has its turn: it stalls at 5 s, the viewer chooses a subtitle, and it ends at 20
+// s or, for videoOnError, breaks at 15 s. Then the host dismisses it.
+class Story : public PlayerRig {
+ public:
+  explicit Story(bool breaks) {
+    auto& script = media.script(film);
+    script.duration = 20;
+    script.stalls = {{5, 1}};
+    if (breaks) script.failure = {15, broken};
+    script.tracks.push_back({.kind = MediaTrack::Kind::subtitle,
+                             .identifier = "en",
+                             .languageTag = "en",
+                             .title = {},
+                             .nominalFrameRate = 0,
+                             .width = 0,
+                             .height = 0});
+    media.script(second).duration = 10;
+  }
+
+  void run() {
+    player->playWithMediaItem(item(), 2);
+    loop.advance(3s);
+    chooseSubtitle();
+    loop.advance(40s);
+    if (player) player->dismiss();
+    loop.advance(2s);
+  }
+
+  // Does `act` inside the first call of `callback`, once.
+  void inside(const std::string& callback, std::function<void()> act) {
+    host.inside[callback] = [this, callback, act = std::move(act)] {
+      host.inside.erase(callback);
+      atAct = host.heard.size();
+      act();
+    };
+  }
+  // Whether the callback came, so that the act was done.
+  bool hasActed() const { return atAct.has_value(); }
+  Lines heardAfterAct() const { return {host.heard.begin() + static_cast<long>(*atAct), host.heard.end()}; }
+
+  std::optional<std::size_t> atAct;
+
+ private:
+  void chooseSubtitle() {
+    if (!player || !hub().vodPlayer()) return;
+    const auto screen = hub().avPlayerVC();
+    const auto item = hub().vodPlayer()->currentItem();
+    const auto group = item->asset()->mediaSelectionGroupForMediaCharacteristic("AVMediaCharacteristicLegible");
+    if (const auto listener = screen->delegate(); listener && group) {
+      listener->playerViewController(screen, group->options().front(), group);
+    }
+  }
+};
+
+void forEachCallback(const std::function<void(const std::string& callback, Story& story)>& check) {
+  for (const auto& callback : RecordingHost::callbacks()) {
+    SCOPED_TRACE(callback);
+    const auto observers = NSNotificationCenter::defaultCenter().observerCount();
+    {
+      Story story(callback == "videoOnError");
+      check(callback, story);
+      EXPECT_TRUE(story.hasActed()) << "the story never calls it";
+      EXPECT_EQ(story.media.aliveEngines(), 0);
+      EXPECT_EQ(story.loop.pendingTimers(), 0u);
+    }
+    EXPECT_EQ(NSNotificationCenter::defaultCenter().observerCount(), observers);
+  }
+}
+
+// What the host hears when it only listens: [0] of the story that ends, [1] of the one that breaks.
+const Lines& heardInPeace(bool breaks) {
+  static const auto heard = [] {
+    std::array<Lines, 2> stories;
+    for (const bool which : {false, true}) {
+      Story story(which);
+      story.run();
+      stories[which] = story.host.heard;
+    }
+    return stories;
+  }();
+  return heard[breaks];
+}
+
+}  // namespace
+
+TEST(Reentry, aDismissalInsideAnyCallbackIsTheOnlyOne) {
+  forEachCallback([](const std::string& callback, Story& story) {
+    story.inside(callback, [&] {
+      story.player->dismiss();
+      story.player->dismiss();
+    });
+    story.run();
+    EXPECT_EQ(story.host.count("playerWillDismiss"), 1);
+    EXPECT_EQ(story.host.count("playerDidDismiss"), 1);
+    EXPECT_EQ(story.host.heard.back(), "playerDidDismiss") << "it went on talking";
+  });
+}
+
+TEST(Reentry, aPlayerDestroyedInsideAnyCallbackNeverSpeaksAgain) {
+  forEachCallback([](const std::string& callback, Story& story) {
+    std::weak_ptr<YMRVideoPlayerImpl> hub = story.player->ymrPlayer();
+    story.inside(callback, [&] { story.player.reset(); });
+    story.run();
+    EXPECT_THAT(story.heardAfterAct(), IsEmpty());
+    EXPECT_TRUE(hub.expired());
+  });
+}
+
+TEST(Reentry, aStartInsideAnyCallbackLeavesOneEnding) {
+  forEachCallback([](const std::string& callback, Story& story) {
+    story.inside(callback, [&] { story.player->start(); });
+    story.run();
+    EXPECT_EQ(story.host.count("videoDidPlayFinished"), callback == "videoOnError" ? 0 : 1);
+    EXPECT_EQ(story.host.count("playerDidDismiss"), 1);
+    if (callback.rfind("videoOn", 0) == 0 && callback != "videoOnError") {
+      EXPECT_THAT(story.host.heard, testing::Contains("videoOnTime 19")) << "the programme is no longer followed";
+    }
+  });
+}
+
+TEST(Reentry, aSecondProgrammeInsideAnyCallbackPlaysToItsEnd) {
+  forEachCallback([](const std::string& callback, Story& story) {
+    const bool isTooLate = callback == "playerWillDismiss" || callback == "playerDidDismiss";
+    story.inside(callback, [&] { story.player->playWithMediaItem(PlayerRig::item(second), 0); });
+    story.run();
+    EXPECT_EQ(story.media.logs(second).size(), isTooLate ? 0u : 1u);
+    EXPECT_EQ(story.host.count("videoDidPlayFinished"), callback == "videoDidPlayFinished" ? 2 : 1);
+    EXPECT_EQ(story.host.count("playerDidDismiss"), 1);
+  });
+}
+
+TEST(Reentry, anotherDelegateInsideAnyCallbackHearsTheRest) {
+  heardInPeace(false);
+  forEachCallback([](const std::string& callback, Story& story) {
+    const auto all = heardInPeace(callback == "videoOnError");
+    RecordingHost successor;
+    story.inside(callback, [&] { story.player->setDelegate(successor.delegate); });
+    story.run();
+    EXPECT_THAT(story.heardAfterAct(), IsEmpty());
+    auto together = story.host.heard;
+    together.insert(together.end(), successor.heard.begin(), successor.heard.end());
+    EXPECT_EQ(together, all);
+  });
+}
+
+TEST(Reentry, aDelegateDestroyedInsideAnyCallbackIsNotMissed) {
+  forEachCallback([](const std::string& callback, Story& story) {
+    story.inside(callback, [&] { story.host.delegate.reset(); });
+    story.run();
+    EXPECT_THAT(story.heardAfterAct(), IsEmpty());
+    EXPECT_EQ(story.hub().vodPlayer(), nullptr);
+  });
+}
+
+TEST(Reentry, whatAHostThrowsIsLoggedAndChangesNothing) {
+  heardInPeace(false);
+  forEachCallback([](const std::string& callback, Story& story) {
+    const auto all = heardInPeace(callback == "videoOnError");
+    Lines errors;
+    SKLogger::installSink(SKLogLevelError, [&](int, std::string_view, std::string_view message) {
+      if (message.find("threw") != std::string_view::npos) errors.emplace_back(message);
+    });
+    story.inside(callback, [&] {
+      if (callback.size() % 2) throw 42;
+      throw std::runtime_error("the host is unwell");
+    });
+    story.run();
+    SKLogger::installSink(SKLogLevelNone, nullptr);
+    EXPECT_EQ(story.host.heard, all);
+    EXPECT_EQ(errors.size(), 1u);
+  });
+}
