@@ -13,7 +13,7 @@ class NSCharacterSet;
 class YMR_API XML {
  public:
   class Accessor;
-  class Element;
+  struct Element;
   class Parser;
 
   XML() = delete;

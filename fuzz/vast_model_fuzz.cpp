@@ -1,0 +1,58 @@
+// A chain of documents, separated by a zero byte, into both models, and every question that they answer.
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
+
+#include "VAST/Parser/SKVASTModel.h"
+#include "VAST/Parser/YMRVastModel.h"
+
+namespace {
+
+void ask(YMRVastModel& model) {
+  model.vastVersion();
+  model.redirectUrl();
+  model.adTitle();
+  model.adDescription();
+  model.mediaFiles();
+  model.trackingEvents();
+  model.impressions();
+  model.errors();
+}
+
+void ask(SKVASTModel& model) {
+  model.vastVersion();
+  model.errors();
+  model.impressions();
+  model.trackingEvents();
+  model.clickThrough();
+  model.clickTracking();
+  model.mediaFiles();
+  model.adTitle();
+  model.adDescription();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto model = std::make_shared<YMRVastModel>();
+  SKVASTModel queries;
+  const auto* const end = data + size;
+  for (const auto* start = data; start <= end;) {
+    const auto* const stop = std::find(start, end, 0);
+    const auto bytes = std::as_bytes(std::span(start, stop));
+    // As wrappers are resolved: a document goes to the model that the ad before it belongs to.
+    const auto ads = model->sequencedAdModels();
+    ads.front()->addVASTDocument(VASTDocument(std::vector<std::byte>(bytes.begin(), bytes.end())));
+    queries.addVASTDocument({bytes.begin(), bytes.end()});
+    start = stop + 1;
+  }
+  ask(*model);
+  for (const auto& ad : model->sequencedAdModels()) {
+    ask(*ad);
+    while (!ad->sequencedAdModelsOfStandaloneAd().empty()) {
+    }
+  }
+  for (const auto& ad : model->standaloneAdModels()) ask(*ad);
+  ask(queries);
+  return 0;
+}
