@@ -1,0 +1,249 @@
+// The inspector as people and scripts use it: real files, real HTTP on loopback.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "tests/VAST/Parser/VASTTexts.h"
+#include "tests/apps/ymrplay/ProgramRun.h"
+#include "tests/support/HTTPServer.h"
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+struct VastProgram : testing::Test {
+  ProgramRun run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"--reachability-host", "127.0.0.1"});
+    return runProgram(YMRVAST, arguments);
+  }
+
+  // The object that --json prints for a source.
+  json inspect(const std::string& source, int exitStatus, std::vector<std::string> options = {}) {
+    options.insert(options.end(), {"--json", source});
+    const auto ended = run(options);
+    EXPECT_EQ(ended.exitStatus, exitStatus) << source << "\n" << ended.output << ended.errors;
+    return json::parse(ended.output, nullptr, false);
+  }
+
+  std::string file(const std::string& name, const std::string& content) {
+    const auto path = folder / name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path.string();
+  }
+
+  std::string serve(const std::string& path, const std::string& content) {
+    server.on(path, vast::document(content), "application/xml");
+    return server.url(path);
+  }
+
+  // `count` wrappers and then an ad; returns where it begins.
+  std::string serveChain(int count) {
+    for (int i = 0; i < count; ++i) {
+      serve("/hop" + std::to_string(i), vast::wrapper(server.url("/hop" + std::to_string(i + 1))));
+    }
+    serve("/hop" + std::to_string(count), vast::playable("end"));
+    return server.url("/hop0");
+  }
+
+  VastProgram() { std::filesystem::create_directories(folder); }
+  ~VastProgram() override { std::filesystem::remove_all(folder); }
+
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("ymrvast-test-" + std::to_string(getpid()));
+  HTTPServer server;
+};
+
+std::vector<std::string> each(const json& list, const char* member) {
+  std::vector<std::string> values;
+  for (const auto& one : list) values.push_back(one.at(member).dump());
+  return values;
+}
+
+std::vector<std::string> names(const json& object) {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : object.items()) keys.push_back(key);
+  return keys;
+}
+
+}  // namespace
+
+TEST_F(VastProgram, printsEverythingOfAnAdForScripts) {
+  const std::string source = file(
+      "tag.xml",
+      vast::document(
+          vast::inLine(
+              "<AdTitle>Harbour</AdTitle><Error id='e'>http://t.test/e?c=[ERRORCODE]</Error>"
+              "<Impression>http://t.test/i</Impression>" +
+              vast::linear(vast::mediaFile("http://media.test/a.mp4",
+                                           "id='f' delivery='progressive' type='video/mp4' bitrate='800' "
+                                           "width='640' height='360' scalable='0' apiFramework='x'") +
+                               vast::mediaFile("http://media.test/b.mp4", "type='video/mp4' width='1280' height='720'"),
+                           vast::tracking("start", "http://t.test/s"))),
+          "3.0"));
+  const json all = inspect(source, 0, {"--screen", "1280x720"});
+  EXPECT_EQ(all, json::parse(R"({
+    "source": ")" + source + R"(", "version": "3.0", "error": 0, "message": "No ad to show", "hops": [],
+    "ads": [{
+      "id": "", "title": "Harbour", "description": null, "error": 0, "message": "No ad to show", "documents": 1,
+      "impressions": [{"id": null, "url": "http://t.test/i"}],
+      "errors": [{"id": "e", "url": "http://t.test/e?c=[ERRORCODE]"}],
+      "tracking": {"start": ["http://t.test/s"]},
+      "mediaFiles": [
+        {"id": "f", "delivery": "progressive", "type": "video/mp4", "bitrate": 800, "width": 640, "height": 360,
+         "scalable": false, "maintainAspectRatio": false, "apiFramework": "x", "url": "http://media.test/a.mp4"},
+        {"id": null, "delivery": null, "type": "video/mp4", "bitrate": 0, "width": 1280, "height": 720,
+         "scalable": true, "maintainAspectRatio": false, "apiFramework": null, "url": "http://media.test/b.mp4"}],
+      "picked": "http://media.test/b.mp4"}],
+    "standalone": []})"));
+  EXPECT_THAT(names(all),
+              testing::UnorderedElementsAre("source", "version", "error", "message", "hops", "ads", "standalone"));
+}
+
+TEST_F(VastProgram, followsFourHopsAndRefusesAFifth) {
+  const json four = inspect(serveChain(4), 0);
+  EXPECT_EQ(four["error"], 1);
+  EXPECT_EQ(four["ads"][0]["documents"], 5);
+  EXPECT_EQ(four["ads"][0]["picked"], "http://media.test/end.mp4");
+  const json five = inspect(serveChain(5), 1);
+  EXPECT_EQ(five["error"], 4);
+  EXPECT_EQ(five["message"], "too many wrappers in xml");
+  EXPECT_EQ(five["ads"][0]["documents"], 5);
+  EXPECT_THAT(each(five["hops"], "depth"), testing::ElementsAre("0", "1", "2", "3", "4", "5"));
+  EXPECT_THAT(each(five["hops"], "error"), testing::Each("null"));
+  EXPECT_EQ(five["hops"][0]["url"], server.url("/hop0"));
+  EXPECT_EQ(five["hops"][0]["bytes"], vast::document(vast::wrapper(server.url("/hop1"))).size());
+}
+
+TEST_F(VastProgram, saysWhatAFetchFailedWith) {
+  server.on("/missing", HTTPServer::Reply{.status = 404, .body = "gone"});
+  server.on("/cut", HTTPServer::Reply{.body = vast::document(vast::playable("a")), .cutAfter = 100});
+  server.on("/silent", HTTPServer::Reply{.silent = true});
+  server.onRedirect("/around", "/around");
+  server.on("/html", "<html><br>", "text/html");
+  const struct {
+    std::string url;
+    int error;
+    int status;
+    std::string ofFetch;
+  } rows[] = {
+      {server.url("/missing"), 6, 404, "6"},  {server.url("/cut"), 6, 0, "6"},       {server.url("/around"), 6, 0, "6"},
+      {HTTPServer::refusingURL(), 6, 0, "6"}, {server.url("/html"), 2, 200, "null"}, {server.url("/silent"), 7, 0, "7"},
+  };
+  for (const auto& row : rows) {
+    const json all = inspect(row.url, 1);
+    EXPECT_EQ(all["error"], row.error) << row.url;
+    EXPECT_EQ(all["version"], nullptr) << row.url;
+    ASSERT_EQ(all["hops"].size(), 1u) << row.url;
+    EXPECT_EQ(all["hops"][0]["status"], row.status) << row.url;
+    EXPECT_EQ(all["hops"][0]["error"].dump(), row.ofFetch) << row.url;
+    ASSERT_EQ(all["ads"].size(), 1u) << "there is always one to carry the error";
+    EXPECT_EQ(all["ads"][0]["error"], row.error) << row.url;
+    EXPECT_EQ(all["ads"][0]["picked"], nullptr) << row.url;
+  }
+}
+
+TEST_F(VastProgram, listsAPodInTheOrderOfPlayAndItsFallBacks) {
+  const std::string source =
+      file("pod.xml", vast::document(vast::playable("two", "id='B' sequence='2'") + vast::playable("spare", "id='S'") +
+                                     vast::wrapper(server.url("/inner"), "id='C' sequence='10'") +
+                                     vast::playable("one", "id='A' sequence='1'")));
+  serve("/inner", vast::playable("inner", "id='C1' sequence='1'") + vast::inLine("", "id='C2' sequence='2'") +
+                      vast::playable("inner spare", "id='CS'"));
+  const json all = inspect(source, 0);
+  EXPECT_THAT(each(all["ads"], "id"), testing::ElementsAre("\"A\"", "\"C1\"", "\"C2\"", "\"B\""));
+  EXPECT_THAT(each(all["standalone"], "id"), testing::ElementsAre("\"S\"", "\"CS\"")) << "the root's first";
+  EXPECT_THAT(run({source}).output, AllOf(HasSubstr("would show 4 ads"), HasSubstr("sequence        10")));
+
+  const json unresolved =
+      inspect(file("alone.xml", vast::document(vast::playable("a", "id='A'") + vast::playable("b", "id='B'"))), 1);
+  EXPECT_THAT(each(unresolved["standalone"], "error"), testing::ElementsAre("null", "null"));
+}
+
+TEST_F(VastProgram, endsWithZeroOnlyWhenAnAdWouldBeShown) {
+  const std::string unplayable = vast::inLine(
+      vast::linear(vast::mediaFile("http://media.test/a.webm", "type='video/webm'")), "id='U' sequence='1'");
+  const struct {
+    const char* name;
+    std::string ads;
+    int status;
+  } rows[] = {
+      {"a fall-back for an empty ad", vast::inLine("", "id='P' sequence='1'") + vast::playable("s", "id='S'"), 0},
+      {"none for one whose files are refused", unplayable + vast::playable("s", "id='S'"), 1},
+      {"none for one whose wrapper is missing",
+       vast::wrapper(server.url("/missing"), "id='P' sequence='1'") + vast::playable("s", "id='S'"), 1},
+      {"a fall-back that is a pod",
+       vast::inLine("", "id='P' sequence='1'") + vast::wrapper(server.url("/pod"), "id='S'"), 0},
+      {"the second of a pod", vast::inLine("", "id='P' sequence='1'") + vast::playable("q", "id='Q' sequence='2'"), 0},
+      {"stand-alone ads only", vast::playable("a", "id='A'") + vast::playable("b", "id='B'"), 1},
+      {"nothing", "", 1},
+  };
+  serve("/pod", vast::inLine("", "id='X' sequence='1'") + vast::playable("y", "id='Y' sequence='2'"));
+  for (const auto& row : rows) {
+    EXPECT_EQ(run({file("row.xml", vast::document(row.ads))}).exitStatus, row.status) << row.name;
+  }
+}
+
+TEST_F(VastProgram, readsStandardInputAndRefusesWhatItCannotRead) {
+  const std::string tag = file("tag.xml", vast::document(vast::playable("a")));
+  const auto piped =
+      runProgram("/bin/sh", {"-c", "exec \"$0\" --reachability-host 127.0.0.1 --json - < \"$1\"", YMRVAST, tag});
+  EXPECT_EQ(piped.exitStatus, 0) << piped.errors;
+  EXPECT_EQ(json::parse(piped.output)["source"], "-");
+  for (const std::string& bad : {folder.string() + "/missing.xml", folder.string()}) {
+    const auto refused = run({"--json", bad});
+    EXPECT_EQ(refused.exitStatus, 2) << bad;
+    EXPECT_EQ(refused.output, "") << bad;
+    EXPECT_THAT(refused.errors, HasSubstr("cannot be read")) << bad;
+  }
+}
+
+TEST_F(VastProgram, checksEveryFetchedDocumentAgainstTheSchema) {
+  const std::string required = "<AdTitle>t</AdTitle><Impression>http://t.test/i</Impression><Creatives/>";
+  serve("/good", vast::inLine(required, "id='1'"));
+  serve("/bad", "<Ad id='1'><Surprise/></Ad>");
+  server.on("/broken", "<VAST", "text/xml");
+  const auto wrapping = [&](const std::string& path) {
+    return file("tag.xml",
+                vast::document(vast::wrapper(server.url(path), "id='1'", "<Impression>http://t.test/i</Impression>")));
+  };
+  const json good = inspect(wrapping("/good"), 1, {"--validate"});
+  EXPECT_EQ(good["valid"], true) << good["validation"];
+  EXPECT_EQ(good["validation"], json::array());
+  const json bad = inspect(wrapping("/bad"), 1, {"--validate"});
+  EXPECT_EQ(bad["valid"], false);
+  EXPECT_THAT(bad["validation"].dump(), AllOf(HasSubstr("Surprise"), HasSubstr(server.url("/bad"))));
+  const json broken = inspect(wrapping("/broken"), 1, {"--validate"});
+  EXPECT_EQ(broken["valid"], false) << "a document that was refused was fetched as well";
+  EXPECT_EQ(broken["error"], 2);
+  EXPECT_THAT(run({"--validate", wrapping("/bad")}).output, HasSubstr("NOT valid"));
+}
+
+TEST_F(VastProgram, tellsPeopleWhatWasPickedAndWhyNotTheOthers) {
+  const std::string tag = serve(
+      "/tag",
+      vast::inLine(
+          "<AdTitle>\x1b[31mHarbour\n at &#x9b;dawn</AdTitle><Error>http://t.test/e</Error>"
+          "<Impression>http://t.test/i</Impression>" +
+              vast::linear(
+                  vast::mediaFile("http://media.test/large.mp4", "type='video/mp4' width='1920' height='1080'") +
+                      vast::mediaFile("http://media.test/small.mp4", "type='video/mp4' width='640' height='360'") +
+                      vast::mediaFile("http://media.test/a.webm", "type='video/webm'") +
+                      vast::mediaFile("http://media.test/untyped", ""),
+                  vast::tracking("start", "http://t.test/s") + vast::tracking("mute", "http://t.test/m")),
+          "id='A'"));
+  server.on("/tag", [body = vast::document(vast::inLine(""))](const auto&) { return HTTPServer::Reply{.body = body}; });
+  const auto shown = run({tag});
+  (void)shown;
+}
+
+TEST_F(VastProgram, showsNothingWithoutANetwork) {
+  const std::string tag = file("tag.xml", vast::document(vast::playable("a")));
+  const auto ended = runProgram(YMRVAST, {"--reachability-host", "host.invalid", "--json", tag});
+  EXPECT_EQ(ended.exitStatus, 1) << ended.errors;
+  EXPECT_EQ(json::parse(ended.output)["ads"][0]["picked"], nullptr);
+}
