@@ -75,6 +75,20 @@ TEST(Ending, withoutADelegateThePlayerRunsToItsEndAndGoes) {
   }
 }
 
+TEST(Ending, isPutOffByAHostThatStartsItAnewFromItsLastPause) {
+  PlayerRig rig;
+  rig.host.inside["videoOnPause"] = [&] {
+    rig.host.inside.clear();
+    rig.player->start();
+  };
+  rig.playFilm();
+  rig.loop.advance(65s);
+  EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 0);
+  EXPECT_EQ(rig.state(), "PlayingVideo");
+  rig.loop.advance(60s);
+  EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
+}
+
 TEST(Ending, dismissalReportsThePauseItMakesAndThenIsSilent) {
   PlayerRig rig;
   rig.playFilm();

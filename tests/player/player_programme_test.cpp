@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "platform/avfoundation/AVMetadataItem.h"
+#include "platform/foundation/NSNotificationCenter.h"
 #include "tests/player/PlayerRig.h"
 
 using testing::Contains;
@@ -218,6 +219,7 @@ TEST(Programme, aFailureIsReportedOnceAndThePlayerStays) {
     EXPECT_THAT(rig.host.heardOf({"videoOnError", "videoDidPlayFinished", "playerWillDismiss"}),
                 ElementsAre("videoOnError " + std::to_string(row.code)));
     EXPECT_NE(rig.hub().vodPlayer(), nullptr);
+    EXPECT_EQ(rig.loop.pendingTimers(), 0u) << "somebody still polls a programme that has failed";
     rig.player->dismiss();
     rig.loop.advance(5s);
     EXPECT_EQ(rig.host.heard.back(), "playerDidDismiss");
@@ -265,6 +267,11 @@ TEST(Programme, aSecondOneTakesTheFirstOnesPlace) {
     EXPECT_THAT(rig.host.heardOf({"videoOnTime"}), ElementsAre("videoOnTime 1", "videoOnTime 2", "videoOnTime 3"));
     EXPECT_EQ(rig.media.aliveEngines(), 1);
     EXPECT_TRUE(rig.media.engine("http://media.example/second.mp4"));
+    const auto observers = NSNotificationCenter::defaultCenter().observerCount();
+    rig.player->playWithMediaItem(PlayerRig::item("http://media.example/third.mp4"), 0);
+    rig.loop.advance(1s);
+    EXPECT_EQ(NSNotificationCenter::defaultCenter().observerCount(), observers);
+    EXPECT_EQ(rig.media.aliveEngines(), 1);
     rig.loop.advance(60s);
     EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
   }
