@@ -26,21 +26,21 @@ class HTTPServer {
 
   struct Reply {
     int status = 200;
-    std::string body;
+    std::string body{};
     std::string type = "text/plain";
-    std::vector<std::pair<std::string, std::string>> headers;
-    std::string file;  // served in place of `body`, whole or the range asked for
+    std::vector<std::pair<std::string, std::string>> headers{};
+    std::string file{};  // served in place of `body`, whole or the range asked for
 
     // Faults. A pause is before each byte from then on.
     bool silent = false;                // the request is read, nothing is ever sent
     std::chrono::milliseconds wait{0};  // before the first byte of the head
     std::chrono::milliseconds headPause{0};
     std::chrono::milliseconds bodyPause{0};
-    std::optional<std::size_t> cutAfter;                // bytes of the body; then the connection is closed
-    std::optional<std::size_t> stallAfter;              // bytes of the body; then silence
-    std::optional<std::chrono::milliseconds> stallFor;  // the silence ends after this, and the rest follows
-    std::size_t bytesPerSecond = 0;                     // of the body; 0 for as fast as it goes
-    bool endless = false;                               // `body` again and again, without a length
+    std::optional<std::size_t> cutAfter{};                // bytes of the body; then the connection is closed
+    std::optional<std::size_t> stallAfter{};              // bytes of the body; then silence
+    std::optional<std::chrono::milliseconds> stallFor{};  // the silence ends after this, and the rest follows
+    std::size_t bytesPerSecond = 0;                       // of the body; 0 for as fast as it goes
+    bool endless = false;                                 // `body` again and again, without a length
   };
   using Handler = std::function<Reply(const Request&)>;
 

@@ -1,0 +1,136 @@
+// Requests over real connections and threads, against a server with every fault that ad servers have.
+#include <gmock/gmock.h>
+
+#include "VAST/Parser/SKVAST2Parser.h"
+#include "platform/dispatch/PlainRunLoop.h"
+#include "tests/VAST/Parser/VASTTexts.h"
+#include "tests/support/HTTPServer.h"
+#include "tests/support/UntrustedServer.h"
+
+using namespace std::chrono_literals;
+using testing::Each;
+using testing::SizeIs;
+
+namespace {
+
+using Model = std::shared_ptr<YMRVastModel>;
+
+struct Requests : testing::Test {
+  // Runs one request per URL, all at once, and checks that each ends once and in time.
+  std::vector<Model> request(const std::vector<std::string>& urls) {
+    std::vector<Model> models(urls.size());
+    std::size_t left = urls.size();
+    const auto startedAt = loop.now();
+    for (std::size_t i = 0; i < urls.size(); ++i) {
+      SKVAST2Parser(options).parseWithUrl(NSURL::URLWithString(urls[i]), [&, i](Model model) {
+        EXPECT_TRUE(loop.isCurrent());
+        EXPECT_FALSE(models[i]) << urls[i] << " completed twice";
+        models[i] = std::move(model);
+        --left;
+      });
+    }
+    EXPECT_TRUE(loop.runUntil([&] { return left == 0; }, 20s)) << left << " never completed";
+    took = loop.now() - startedAt;
+    return models;
+  }
+
+  std::string wrapping(const std::string& url) {
+    const std::string path = "/wrapper" + std::to_string(++wrappers);
+    server.on(path, vast::document(vast::wrapper(url)));
+    return server.url(path);
+  }
+
+  PlainRunLoop loop;
+  HTTPServer server;
+  SKVAST2ParserOptions options;
+  RunLoop::Duration took{0};
+  int wrappers = 0;
+};
+
+// As a tag, and behind a wrapper.
+TEST_F(Requests, endWithTheErrorThatFitsWithinTheirTime) {
+  options.timeLimit = 1500ms;
+  const std::string good = vast::document(vast::playable("a"));
+  const auto on = [&](const std::string& path, HTTPServer::Reply reply) {
+    server.on(path, std::move(reply));
+    return server.url(path);
+  };
+  UntrustedServer untrusted(good);
+  server.onRedirect("/moved", "/good");
+  server.onRedirect("/loop", "/loop");
+  server.onRedirect("/to-file", "file:///etc/hostname");
+  server.onRedirect("/to-ftp", "ftp://127.0.0.1/x");
+  const struct {
+    const char* name;
+    std::string url;
+    int error;
+  } rows[] = {
+      {"an ad", on("/good", {.body = good}), 0},
+      {"an ad that moved", server.url("/moved"), 0},
+      {"an ad that comes slowly", on("/slow", {.body = good, .bodyPause = 1ms}), 0},
+      {"refused", HTTPServer::refusingURL(), 6},
+      {"no such host", "http://nothing.invalid/tag", 6},
+      {"204", on("/204", {.status = 204}), 6},
+      {"redirect without a target", on("/302", {.status = 302}), 6},
+      {"404", on("/404", {.status = 404, .body = good}), 6},
+      {"500", on("/500", {.status = 500, .body = good}), 6},
+      {"empty", on("/empty", {}), 2},
+      {"redirect loop", server.url("/loop"), 6},
+      {"redirect to a file", server.url("/to-file"), 6},
+      {"redirect to another protocol", server.url("/to-ftp"), 6},
+      {"head that drips", on("/head", {.body = good, .headPause = 100ms}), 7},
+      {"body that drips", on("/drip", {.body = good, .bodyPause = 100ms}), 7},
+      {"body that stalls", on("/stall", {.body = good, .stallAfter = 50}), 7},
+      {"silence", on("/silent", {.silent = true}), 7},
+      {"body cut short", on("/cut", {.body = good, .cutAfter = 50}), 6},
+      {"endless body", on("/endless", {.body = std::string(1 << 20, ' '), .endless = true}), 6},
+      {"bad certificate", untrusted.url("/tag"), 6},
+      {"cut inside the document", on("/half", {.body = good.substr(0, 99)}), 2},
+  };
+  std::vector<std::string> urls;
+  for (const auto& row : rows) {
+    urls.push_back(row.url);
+    urls.push_back(wrapping(row.url));
+  }
+  const auto models = request(urls);
+  EXPECT_EQ(untrusted.requests(), 0);
+  EXPECT_LT(took, 3s) << "a little more than the time of a request";
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    SCOPED_TRACE(rows[i].name);
+    EXPECT_EQ(models[2 * i]->getVastError(), rows[i].error);
+    EXPECT_EQ(models[2 * i + 1]->getVastError(), rows[i].error == 0 ? 1 : rows[i].error);
+    EXPECT_THAT(models[2 * i + 1]->vastDocumentArray(), SizeIs(rows[i].error == 0 ? 2 : 1));
+  }
+}
+
+// No thread waits for a fetch, so that requests cannot starve one another of threads.
+TEST_F(Requests, completeByTheHundred) {
+  std::string pod;
+  for (const std::string id : {"1", "2", "3"})
+    pod += vast::wrapper(server.url("/leaf"), "id='" + id + "' sequence='" + id + "'");
+  server.on("/leaf", vast::document(vast::playable("leaf")));
+  server.on("/pod", vast::document(pod));
+  std::vector<std::string> urls(200, wrapping(server.url("/pod")));
+  for (const auto& model : request(urls)) {
+    ASSERT_THAT(model->sequencedAdModels(), SizeIs(3));
+    for (const auto& ad : model->sequencedAdModels()) EXPECT_THAT(ad->mediaFiles(), SizeIs(1));
+  }
+  EXPECT_EQ(server.count("/leaf"), 600u);
+}
+
+TEST_F(Requests, harmNobodyWhenTheLoopGoesFirst) {
+  server.on("/silent", HTTPServer::Reply{.silent = true});
+  server.on("/pod", vast::document(vast::wrapper(server.url("/silent"), "id='1' sequence='1'") +
+                                   vast::wrapper(server.url("/silent"), "id='2' sequence='2'")));
+  server.onOthers(
+      [&](const auto&) { return HTTPServer::Reply{.body = vast::document(vast::wrapper(server.url("/next")))}; });
+  for (int round = 0; round < 200; ++round) {
+    const auto inner = std::make_unique<PlainRunLoop>();
+    for (const char* path : {"/pod", "/a", "/silent"}) {
+      SKVAST2Parser(options).parseWithUrl(NSURL::URLWithString(server.url(path)), [](const Model&) {});
+    }
+    inner->runUntil([] { return false; }, std::chrono::microseconds(round * 37));
+  }
+}
+
+}  // namespace
