@@ -55,7 +55,10 @@ bool isGpuUsable() {
 }
 
 UIGraphics present() {
-  return QQuickWindow::graphicsApi() == QSGRendererInterface::Software ? UIGraphics::software : UIGraphics::gpu;
+  const QString backend = QQuickWindow::sceneGraphBackend();
+  const bool isSoftware =
+      backend == "software" || qgetenv("QT_QUICK_BACKEND") == "software" || qgetenv("QMLSCENE_DEVICE") == "software";
+  return isSoftware ? UIGraphics::software : UIGraphics::gpu;
 }
 
 bool isDecided() {
