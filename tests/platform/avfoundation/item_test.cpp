@@ -4,7 +4,7 @@
 
 class Item : public PlayerTest {};
 
-TEST_F(Item, isUnknownUntilALaterTurnWhateverItsAssetHasCometo) {
+TEST_F(Item, isUnknownUntilALaterTurnWhateverItsAssetHasComeTo) {
   media.script("http://example.com/gone").loadFailure = NSError{NSURLErrorDomain, NSURLErrorCannotConnectToHost, ""};
   const struct {
     std::optional<NSURL> url;
@@ -59,6 +59,15 @@ TEST_F(Item, knowsItsDurationWhenItSaysReady) {
   engine().setDuration(61);
   loop.runUntilIdle();
   EXPECT_THAT(diary->take(), ElementsAre("duration 61"));
+}
+
+TEST_F(Item, ofALoadedAssetKnowsItsDurationAtOnce) {
+  const auto asset = std::make_shared<AVURLAsset>(NSURL::URLWithString(programme));
+  asset->loadValuesAsynchronouslyForKeys({"duration"}, [] {});
+  loop.advance(1s);
+  item = AVPlayerItem::playerItemWithAsset(asset);
+  EXPECT_EQ(text(item->duration()), "60");
+  EXPECT_EQ(item->status(), AVPlayerItemStatusUnknown);
 }
 
 TEST_F(Item, ofALiveStreamHasAnIndefiniteDuration) {
