@@ -106,6 +106,21 @@ TEST(Ending, dismissalReportsThePauseItMakesAndThenIsSilent) {
   EXPECT_EQ(rig.host.heard.size(), 4u);
 }
 
+TEST(Ending, aPlayerDestroyedFromWithinItsDismissalSaysNoMore) {
+  for (const auto* callback : {"playerWillDismiss", "videoOnPause", "videoOnPauseDuration", "playerDidDismiss"}) {
+    SCOPED_TRACE(callback);
+    PlayerRig rig;
+    rig.playFilm();
+    rig.loop.advance(2s);
+    rig.host.inside[callback] = [&] { rig.player.reset(); };
+    rig.player->dismiss();
+    rig.loop.advance(5s);
+    EXPECT_EQ(rig.host.heard.back().substr(0, rig.host.heard.back().find(' ')), callback);
+    EXPECT_EQ(rig.media.aliveEngines(), 0);
+    EXPECT_EQ(rig.loop.pendingTimers(), 0u);
+  }
+}
+
 TEST(Ending, theDelegateIsLetGoOfOnlyWhenItHearsOfTheDismissal) {
   for (const bool answers : {true, false}) {
     PlayerRig rig;
