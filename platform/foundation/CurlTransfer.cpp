@@ -64,7 +64,7 @@ void CurlTransfer::setOptions() {
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, message_);
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-  curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(easy, CURLOPT_NOPROGRESS, request_.silence < request_.whole ? 0L : 1L);
   curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
   curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
   curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
