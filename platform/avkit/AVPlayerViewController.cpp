@@ -70,13 +70,10 @@ void AVPlayerViewController::Parts::setPlayer(const std::shared_ptr<AVPlayer>& p
 
 void AVPlayerViewController::Parts::changed(PlaybackWatch::Change change) {
   using Change = PlaybackWatch::Change;
-  StageModel& stage = *controls().stage();
-  const bool hadBegun = stage.hasBegun();
-  stage.refresh();
-  if (stage.hasBegun() && !hadBegun) begin();
+  if (controls().stage()->refresh()) begin();
   if (change == Change::item) remote_.giveUpSeeking();
   if (change == Change::item || change == Change::status) remote_.itemChanged();
-  if (change == Change::rate) followIdleTimer();
+  if (change == Change::rate || change == Change::status) followIdleTimer();
   if (change != Change::caption && controls().transport()->isShown()) controls().transport()->refresh();
 }
 

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/foundation/NSNotificationCenter.h"
+
 namespace {
 
 using Change = PlaybackWatch::Change;
@@ -43,10 +45,15 @@ void PlaybackWatch::takeItem() {
   item_ = player_->currentItem();
   if (!item_) return;
   for (const auto& [key, change] : kItemKeys) item_->addObserver(shared_from_this(), key);
+  NSNotificationCenter::defaultCenter().addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, item_,
+                                                    [weak = weak_from_this()](const NSNotification&) {
+                                                      if (const auto self = weak.lock()) self->changed_(Change::rate);
+                                                    });
 }
 
 void PlaybackWatch::leaveItem() {
   if (!item_) return;
+  NSNotificationCenter::defaultCenter().removeObserver(this);
   for (const auto& [key, change] : kItemKeys) item_->removeObserver(this, key);
   item_ = nullptr;
 }

@@ -9,7 +9,8 @@
 // Tells of every change of a player, and of the item that it has at the time, that a screen can show. Main thread.
 class PlaybackWatch final : public NSKeyValueObserver, public std::enable_shared_from_this<PlaybackWatch> {
  public:
-  // What changed; a new item counts as all of the item's facts having changed. May let go of the watch.
+  // What changed; a new item counts as all of the item's facts having changed, and an end, which stops a player
+  // without a word, as a change of rate. May let go of the watch.
   enum class Change { rate, item, status, duration, buffer, caption };
   using Changed = std::function<void(Change)>;
 

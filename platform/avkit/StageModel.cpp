@@ -65,13 +65,12 @@ void StageModel::followWaiting() {
 
 void StageModel::spin(bool spinning) {
   if (spinning == isSpinning()) return;
+  const auto step = [this] {
+    spinnerStep_ = (spinnerStep_ + 1) % spinnerSteps();
+    Q_EMIT spinnerStepChanged();
+  };
   patience_ = nullptr;
-  spinner_ = spinning ? NSTimer::scheduledTimerWithTimeInterval(kSpinnerInterval, true,
-                                                                [this] {
-                                                                  spinnerStep_ = (spinnerStep_ + 1) % spinnerSteps();
-                                                                  Q_EMIT spinnerStepChanged();
-                                                                })
-                      : nullptr;
+  spinner_ = spinning ? NSTimer::scheduledTimerWithTimeInterval(kSpinnerInterval, true, step) : nullptr;
   Q_EMIT spinningChanged();
 }
 

@@ -24,7 +24,7 @@ class StageModel final : public QObject {
   StageModel();
 
   void setWatch(std::shared_ptr<PlaybackWatch> watch);
-  // Something of the player has changed. True when the programme begins with it.
+  // Reads the player again. True when the programme begins with what has changed.
   bool refresh();
   // Whether the stage can be seen, at first not; nothing spins while it can't.
   void setVisible(bool visible);

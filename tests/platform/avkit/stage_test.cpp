@@ -194,6 +194,16 @@ TEST_F(StageTest, keepsTheScreenAwakeWhileSomethingPlays) {
   EXPECT_TRUE(application_.isIdleTimerDisabled()) << "something else plays over it";
   cover->removeFromSuperview();
   player->play();
+  engine().skipTo(3600);
+  loop.advance(100ms);
+  EXPECT_FALSE(application_.isIdleTimerDisabled()) << "over";
+  EXPECT_TRUE(bar().isPaused());
+  play();
+  engine().fail(NSError{AVFoundationErrorDomain, AVErrorUnknown, "broken"});
+  loop.advance(100ms);
+  EXPECT_FALSE(application_.isIdleTimerDisabled()) << "failed";
+  play();
+  EXPECT_TRUE(application_.isIdleTimerDisabled());
   controller->dismissViewControllerAnimated(false);
   loop.runUntilIdle();
   EXPECT_FALSE(application_.isIdleTimerDisabled());
