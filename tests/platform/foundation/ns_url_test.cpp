@@ -30,6 +30,9 @@ TEST(NSURLTest, partsOfWhatParses) {
       {"http://h/%zz", "http://h/%zz", "http", "h", "/%zz", ""},
       {"http://h/.hidden", "http://h/.hidden", "http", "h", "/.hidden", ""},
       {"http://h/a.b/c", "http://h/a.b/c", "http", "h", "/a.b/c", ""},
+      {"http://h.1-2//b;c@d?e?/../f", "http://h.1-2//b;c@d?e?/../f", "http", "h.1-2", "//b;c@d", ""},
+      {"http://h/x?", "http://h/x", "http", "h", "/x", ""},
+      {"http://1/x", "http://0.0.0.1/x", "http", "0.0.0.1", "/x", ""},
       {"http://h/\xC3\xA4", "http://h/\xC3\xA4", "http", "h", "/\xC3\xA4", ""},
       {"rtsp://h/live", "rtsp://h/live", "rtsp", "h", "/live", ""},
       {"file:///a%20b.mp4", "file:///a%20b.mp4", "file", "", "/a b.mp4", "mp4"},
@@ -53,9 +56,10 @@ TEST(NSURLTest, partsOfWhatParses) {
 }
 
 TEST(NSURLTest, whatIsNoURLIsNil) {
-  for (const std::string text : {"", "h/x", "//h/x", "/x", "http://", "http://h:99999/", "http://ho st/",
-                                 "http://h/a b", "http://h/\n", " http://h/", "\thttp://h/", "java\nscript://h",
-                                 "javascript:alert(1)", "data:text/plain,x", "mailto:a@b", "http://h%00/x"}) {
+  for (const std::string text :
+       {"", "h/x", "//h/x", "/x", "http://", "http://h:99999/", "http://ho st/", "http://h/a b", "http://h/\n",
+        " http://h/", "\thttp://h/", "java\nscript://h", "javascript:alert(1)", "data:text/plain,x", "mailto:a@b",
+        "http://h%00/x", "http://h%25x/", "http://%7fh/"}) {
     EXPECT_FALSE(NSURL::URLWithString(text)) << text;
   }
   EXPECT_FALSE(NSURL::URLWithString(std::string_view("http://h/\0x", 11)));
