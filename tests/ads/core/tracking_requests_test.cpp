@@ -59,11 +59,11 @@ TEST_F(TrackingRequests, aSlowTrackerCostsItsOwnSecondAndHoldsUpNobodyElse) {
   const auto began = std::chrono::steady_clock::now();
   processor->sendTrackingRequest(target("/quick"));
   ASSERT_TRUE(server.waitForRequests(1, 5s));
-  EXPECT_LT(server.log().front().at - began, 500ms);
+  EXPECT_LT(server.log().front().at - began, 900ms) << "it waited for the slow one";
   // The second six begin when the first six have had their second; the wait does not count against theirs.
   ASSERT_TRUE(slow.waitForRequests(12, 5s));
   const auto log = slow.log();
-  EXPECT_THAT(log[11].at - log[0].at, testing::AllOf(Gt(900ms), Lt(2s)));
+  EXPECT_THAT(log[11].at - log[0].at, testing::AllOf(Gt(900ms), Lt(4s)));
 }
 
 TEST_F(TrackingRequests, failuresAreSilentAndTheRestIsSent) {

