@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <QLocale>
 #include <algorithm>
 #include <utility>
 
@@ -16,6 +17,21 @@ bool isWithin(const std::string& tag, const std::string& range) {
   if (range.empty() || tag.size() < range.size()) return false;
   if (tag.size() > range.size() && tag[range.size()] != '-') return false;
   return strncasecmp(tag.c_str(), range.c_str(), range.size()) == 0;
+}
+
+// An option that the media give no name is called by its language.
+QString nameOf(const AVMediaSelectionOption& option) {
+  const QString name = QString::fromStdString(option.displayName()).simplified().left(kLongestName);
+  const QString tag = QString::fromStdString(option.extendedLanguageTag().value_or(std::string()));
+  const QLocale locale(tag);
+  if (name != tag || locale.language() == QLocale::C) return name;
+  const QString language = QLocale::languageToString(locale.language());
+  const qsizetype detail = tag.section(u'-', 1, 1).size();
+  if (detail == 4) return QStringLiteral("%1 (%2)").arg(language, QLocale::scriptToString(locale.script()));
+  if (detail == 2 || detail == 3) {
+    return QStringLiteral("%1 (%2)").arg(language, QLocale::territoryToString(locale.territory()));
+  }
+  return language;
 }
 
 }  // namespace
@@ -54,9 +70,7 @@ void CaptionsMenu::read(std::shared_ptr<AVPlayerItem> item) {
         std::find_if(options_.begin(), options_.end(), [&](const auto& option) { return *option == *selection; });
     if (found != options_.end()) selected_ = 1 + static_cast<int>(found - options_.begin());
   }
-  for (const auto& option : options_) {
-    names_ << QString::fromStdString(option->displayName()).simplified().left(kLongestName);
-  }
+  for (const auto& option : options_) names_ << nameOf(*option);
   Q_EMIT changed();
 }
 

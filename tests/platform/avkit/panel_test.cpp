@@ -100,7 +100,7 @@ TEST_F(PanelTest, listsOffAndTheOptionsWithTheSelectedOneMarked) {
   addSubtitles();
   play();
   press(UIPressTypeDownArrow);
-  EXPECT_THAT(texts(menu().names()), ElementsAre("Off", "English", "de", "For the deaf"));
+  EXPECT_THAT(texts(menu().names()), ElementsAre("Off", "English", "German", "For the deaf"));
   EXPECT_EQ(menu().selected(), 0);
   const auto group = item->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible);
   item->selectMediaOption(group->options()[1], group);
@@ -110,13 +110,22 @@ TEST_F(PanelTest, listsOffAndTheOptionsWithTheSelectedOneMarked) {
   EXPECT_EQ(panel().row(), 2) << "the viewer enters the list at what is selected";
 }
 
+TEST_F(PanelTest, callsOptionsWithoutANameByTheirLanguage) {
+  for (const char* tag : {"en", "fr-CA", "zh-Hans", "qaa", "x"}) {
+    media.script(kURL).tracks.push_back(track(MediaTrack::Kind::subtitle, tag, tag, ""));
+  }
+  play();
+  EXPECT_THAT(texts(menu().names()),
+              ElementsAre("Off", "English", "French (Canada)", "Chinese (Simplified Han)", "qaa", "x"));
+}
+
 TEST_F(PanelTest, offersTheAllowedLanguagesOnly) {
   using Languages = std::optional<std::vector<std::string>>;
   addSubtitles();
   play();
   for (const auto& [allowed, expected] : std::vector<std::pair<Languages, std::vector<std::string>>>{
-           {std::nullopt, {"Off", "English", "de", "For the deaf"}},
-           {Languages({"en-GB", "de"}), {"Off", "English", "de"}},
+           {std::nullopt, {"Off", "English", "German", "For the deaf"}},
+           {Languages({"en-GB", "de"}), {"Off", "English", "German"}},
            {Languages({"EN"}), {"Off", "English"}},
            {Languages({"en-GB-scotland", "d"}), {}},
            {Languages({""}), {}},
