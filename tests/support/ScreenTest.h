@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QImage>
+#include <QTimer>
 #include <string>
 
 #include "platform/dispatch/VirtualRunLoop.h"
@@ -17,6 +19,19 @@ inline QGuiApplication& screenApplication() {
   static char* arguments[] = {name, nullptr};
   static auto* application = new QGuiApplication(count, arguments);
   return *application;
+}
+
+// Runs Qt's events until `done`, in real time; false when that does not come about within ten seconds.
+template <typename Done>
+bool runEventsUntil(Done done) {
+  QElapsedTimer passed;
+  passed.start();
+  while (!done()) {
+    if (passed.elapsed() > 10000) return false;
+    QTimer::singleShot(10, [] {});  // so that waiting ends when nothing else happens
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  }
+  return true;
 }
 
 // A window of 640 x 360 points over the software scene graph, on virtual time.

@@ -22,6 +22,16 @@ QImage imageOf(const VideoFrame& frame) {
       [](void* owner) { delete static_cast<VideoFrame*>(owner); }, held);
 }
 
+// The fourth byte of a pixel may be anything, which Qt only looks at when it blends: a copy in which it is 255.
+QImage withOpaquePixels(const QImage& image) {
+  QImage copy = image.copy();
+  for (int y = 0; y < copy.height(); ++y) {
+    auto* row = reinterpret_cast<QRgb*>(copy.scanLine(y));
+    for (int x = 0; x < copy.width(); ++x) row[x] |= 0xff000000;
+  }
+  return copy;
+}
+
 // For the software scene graph: paints the pixels straight from where the decoder put them.
 class PaintedPicture final : public QSGRenderNode, public PictureNode {
  public:
@@ -74,14 +84,15 @@ class PaintedPicture final : public QSGRenderNode, public PictureNode {
   }
 
   void drawImage(QPainter& painter) const {
+    const QImage image = painter.opacity() < 1 ? withOpaquePixels(image_) : image_;
     if (frame_.rotation == 0 && !frame_.mirrored) {
       const QSizeF pixels = target_.size() * window_.effectiveDevicePixelRatio();
-      painter.setRenderHint(QPainter::SmoothPixmapTransform, pixels != QSizeF(image_.size()));
-      painter.drawImage(target_, image_);
+      painter.setRenderHint(QPainter::SmoothPixmapTransform, pixels != QSizeF(image.size()));
+      painter.drawImage(target_, image);
     } else {
       painter.setRenderHint(QPainter::SmoothPixmapTransform);
       painter.setTransform(picturePlacement(frame_, target_), true);
-      painter.drawImage(0, 0, image_);
+      painter.drawImage(0, 0, image);
     }
   }
 

@@ -25,8 +25,7 @@ struct OnEveryLoop : testing::Test {
     } else if constexpr (std::is_same_v<Loop, PlainRunLoop>) {
       came = loop.runUntil(done, bound);
     } else {
-      const auto end = loop.now() + bound;
-      while (!(came = done()) && loop.now() < end) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+      came = runEventsUntil(done);
     }
     EXPECT_TRUE(came) << "the bound passed";
   }

@@ -13,11 +13,7 @@ namespace {
 
 class QtRunLoopTest : public testing::Test {
  protected:
-  void runUntil(const std::function<bool()>& done) {
-    const auto bound = loop.now() + 10s;
-    while (!done() && loop.now() < bound) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
-    EXPECT_TRUE(done());
-  }
+  void runUntil(const std::function<bool()>& done) { EXPECT_TRUE(runEventsUntil(done)); }
 
   QGuiApplication& application = screenApplication();
   QtRunLoop loop;

@@ -1,0 +1,331 @@
+#include <thread>
+
+#include "platform/avfoundation/layer/PictureGeometry.h"
+#include "platform/avfoundation/layer/PictureItem.h"
+#include "platform/uikit/UILabel.h"
+#include "tests/support/ScreenTest.h"
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+using Pixels = std::vector<std::uint32_t>;
+
+// A picture of `width` x `height` whose pixels `color` tells, with rows that are longer than what they show.
+template <typename Color>
+VideoFrame frameOf(int width, int height, Color color) {
+  VideoFrame frame;
+  frame.width = width;
+  frame.height = height;
+  frame.stride = (width + 3) * 4;
+  auto pixels = std::make_shared<Pixels>(std::size_t(width + 3) * std::size_t(height), 0x00ff00ff);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) (*pixels)[std::size_t(y * (width + 3) + x)] = color(x, y) & 0xffffff;
+  }
+  frame.bits = reinterpret_cast<const std::uint8_t*>(pixels->data());
+  frame.owner = pixels;
+  return frame;
+}
+
+VideoFrame plain(std::uint32_t color, int width = 64, int height = 36) {
+  return frameOf(width, height, [=](int, int) { return color; });
+}
+
+// Red and green above, blue and white below.
+VideoFrame quarters(int width, int height) {
+  return frameOf(width, height, [=](int x, int y) -> std::uint32_t {
+    const bool right = 2 * x >= width;
+    return 2 * y < height ? (right ? 0x00ff00 : 0xff0000) : (right ? 0xffffff : 0x0000ff);
+  });
+}
+
+class PictureTest : public ScreenTest {
+ protected:
+  PictureTest() {
+    item->setParentItem(view().get());
+    item->setSize({640, 360});
+    item->setSlot(slot);
+  }
+  void show(VideoFrame frame) {
+    slot->present(std::move(frame));
+    loop.runUntilIdle();
+  }
+  // The letters of the colours in the middle of the four quarters of `rect`: r, g, b, w, k for black, ? for others.
+  std::string quartersOf(const QImage& image, const QRect& rect) {
+    std::string letters;
+    for (const auto& [dx, dy] : {std::pair(1, 1), std::pair(3, 1), std::pair(1, 3), std::pair(3, 3)}) {
+      letters += letterAt(image, rect.x() + rect.width() * dx / 4, rect.y() + rect.height() * dy / 4);
+    }
+    return letters;
+  }
+  static char letterAt(const QImage& image, int x, int y) {
+    static const std::map<std::string, char> letters{
+        {"ff0000", 'r'}, {"00ff00", 'g'}, {"0000ff", 'b'}, {"ffffff", 'w'}, {"000000", 'k'}};
+    const auto found = letters.find(colorAt(image, x, y));
+    return found == letters.end() ? '?' : found->second;
+  }
+  std::string centre() { return colorAt(snapshot(), 320, 180); }
+
+  std::shared_ptr<FrameSlot> slot = std::make_shared<FrameSlot>();
+  std::unique_ptr<PictureItem> item = std::make_unique<PictureItem>();
+};
+
+TEST_F(PictureTest, fillsAsMuchAsItsShapeAllowsAndIsTurnedAsItSays) {
+  struct Case {
+    const char* name;
+    int width, height, aspectAcross, aspectDown, rotation;
+    bool mirrored;
+    QRect rect;
+    const char* quarters;
+  };
+  const QRect whole(0, 0, 640, 360);
+  const Case cases[] = {
+      {"16:9", 160, 90, 1, 1, 0, false, whole, "rgbw"},
+      {"larger than the window", 1920, 1080, 1, 1, 0, false, whole, "rgbw"},
+      {"square", 100, 100, 1, 1, 0, false, QRect(140, 0, 360, 360), "rgbw"},
+      {"wide", 400, 100, 1, 1, 0, false, QRect(0, 100, 640, 160), "rgbw"},
+      {"4:3 of a disc", 720, 576, 16, 15, 0, false, QRect(80, 0, 480, 360), "rgbw"},
+      {"16:9 of a disc", 720, 576, 64, 45, 0, false, whole, "rgbw"},
+      {"no pixel aspect", 160, 90, 0, 0, 0, false, whole, "rgbw"},
+      {"nonsense for a pixel aspect", 160, 90, -4, 3, 0, false, whole, "rgbw"},
+      {"turned right", 160, 100, 1, 1, 90, false, QRect(208, 0, 225, 360), "brwg"},
+      {"upside down", 160, 90, 1, 1, 180, false, whole, "wbgr"},
+      {"turned left", 160, 100, 1, 1, 270, false, QRect(208, 0, 225, 360), "gwrb"},
+      {"mirrored", 160, 90, 1, 1, 0, true, whole, "grwb"},
+      {"mirrored and turned", 160, 100, 1, 1, 90, true, QRect(208, 0, 225, 360), "wgbr"},
+      {"turned with a pixel aspect", 720, 576, 16, 15, 270, false, QRect(185, 0, 270, 360), "gwrb"},
+  };
+  for (const Case& c : cases) {
+    VideoFrame frame = quarters(c.width, c.height);
+    frame.pixelAspectNumerator = c.aspectAcross;
+    frame.pixelAspectDenominator = c.aspectDown;
+    frame.rotation = c.rotation;
+    frame.mirrored = c.mirrored;
+    show(std::move(frame));
+    const QImage image = snapshot();
+    EXPECT_EQ(item->videoRect(), CGRectMake(c.rect.x(), c.rect.y(), c.rect.width(), c.rect.height())) << c.name;
+    EXPECT_EQ(quartersOf(image, c.rect), c.quarters) << c.name;
+    EXPECT_NE(letterAt(image, c.rect.left() + 1, c.rect.top() + 1), 'k') << c.name;
+    EXPECT_NE(letterAt(image, c.rect.right() - 1, c.rect.bottom() - 1), 'k') << c.name;
+    for (const QPoint& outside : {QPoint(c.rect.left() - 2, 180), QPoint(c.rect.right() + 2, 180),
+                                  QPoint(320, c.rect.top() - 2), QPoint(320, c.rect.bottom() + 2)}) {
+      if (!whole.contains(outside)) continue;
+      EXPECT_EQ(letterAt(image, outside.x(), outside.y()), 'k') << c.name;
+    }
+  }
+}
+
+TEST_F(PictureTest, extremeSizesAreShownToo) {
+  for (const auto& [width, height] : {std::pair(1, 1), std::pair(3, 2001), std::pair(2001, 3), std::pair(17, 11)}) {
+    show(plain(0x00ff00, width, height));
+    EXPECT_EQ(centre(), "00ff00") << width << " x " << height;
+  }
+  VideoFrame lying = plain(0xff0000);
+  lying.stride = 8;
+  show(std::move(lying));
+  EXPECT_EQ(centre(), "000000") << "rows shorter than what they show";
+}
+
+TEST_F(PictureTest, aPictureOfTheSameSizeIsShownPixelForPixel) {
+  std::uint32_t seed = 1;
+  const auto noise = [&](int, int) { return (seed = seed * 1664525 + 1013904223) >> 8; };
+  show(frameOf(640, 360, noise));
+  seed = 1;
+  const VideoFrame expected = frameOf(640, 360, noise);
+  const QImage image = snapshot();
+  int different = 0;
+  for (int y = 0; y < 360; ++y) {
+    const auto* row = reinterpret_cast<const std::uint32_t*>(expected.bits + y * expected.stride);
+    for (int x = 0; x < 640; ++x) different += (image.pixel(x, y) & 0xffffff) != row[x];
+  }
+  EXPECT_EQ(different, 0);
+}
+
+TEST_F(PictureTest, followsANewSizeOfPictureWindowAndItem) {
+  show(quarters(160, 90));
+  EXPECT_EQ(quartersOf(snapshot(), QRect(0, 0, 640, 360)), "rgbw");
+  show(quarters(40, 40));
+  EXPECT_EQ(quartersOf(snapshot(), QRect(140, 0, 360, 360)), "rgbw");
+  EXPECT_EQ(letterAt(snapshot(), 100, 100), 'k') << "nothing is left of the wider one";
+
+  resize(800, 600);
+  item->setSize({800, 600});
+  EXPECT_EQ(quartersOf(snapshot(), QRect(100, 0, 600, 600)), "rgbw");
+  item->setSize({200, 400});
+  item->setPosition({50, 100});
+  const QImage image = snapshot();
+  EXPECT_EQ(quartersOf(image, QRect(50, 200, 200, 200)), "rgbw");
+  EXPECT_EQ(letterAt(image, 400, 300), 'k');
+}
+
+TEST_F(PictureTest, isBlackAndOpaqueWithoutAPicture) {
+  view()->setBackgroundColor(UIColor::whiteColor());
+  EXPECT_EQ(centre(), "000000");
+  EXPECT_FALSE(item->hasPicture());
+  show(plain(0xff0000));
+  EXPECT_EQ(centre(), "ff0000");
+  EXPECT_TRUE(item->hasPicture());
+  show({});
+  EXPECT_EQ(centre(), "000000") << "there is no picture any more";
+  EXPECT_FALSE(item->hasPicture());
+  EXPECT_EQ(item->videoRect(), CGRectZero);
+}
+
+TEST_F(PictureTest, nothingOfTheFormerSourceIsSeenInTheNext) {
+  show(plain(0xff0000));
+  EXPECT_EQ(centre(), "ff0000");
+  const auto next = std::make_shared<FrameSlot>();
+  item->setSlot(next);
+  EXPECT_EQ(centre(), "000000");
+  show(plain(0xff0000));
+  EXPECT_EQ(centre(), "000000") << "the former one's late picture";
+  next->present(plain(0x0000ff));
+  loop.runUntilIdle();
+  EXPECT_EQ(centre(), "0000ff");
+  item->setSlot(nullptr);
+  EXPECT_EQ(centre(), "000000");
+}
+
+TEST_F(PictureTest, holdsNoMorePicturesThanItShowsAndOneThatWaits) {
+  std::vector<std::weak_ptr<const void>> owners;
+  for (int i = 0; i < 5; ++i) {
+    VideoFrame frame = plain(0xff0000);
+    owners.push_back(frame.owner);
+    slot->present(std::move(frame));
+  }
+  const auto alive = [&] { return std::count_if(owners.begin(), owners.end(), [](auto& o) { return !o.expired(); }); };
+  EXPECT_EQ(alive(), 1);
+  loop.runUntilIdle();
+  snapshot();
+  show(plain(0x00ff00));
+  snapshot();
+  EXPECT_EQ(alive(), 0);
+  VideoFrame last = plain(0x0000ff);
+  owners.push_back(last.owner);
+  show(std::move(last));
+  snapshot();
+  item->setSlot(nullptr);
+  snapshot();
+  EXPECT_EQ(alive(), 0) << "also of what is no longer shown";
+}
+
+TEST_F(PictureTest, whatLiesAboveStaysWholeWhenPartsAreDrawnAnew) {
+  show(plain(0x0000ff));
+  auto label = std::make_shared<UILabel>(CGRectMake(20, 20, 300, 60));
+  label->setFont(UIFont::systemFontOfSize(40));
+  label->setText("MMMMMM");
+  auto panel = addView(CGRectMake(300, 40, 300, 300), UIColor::redColor().colorWithAlphaComponent(0.5));
+  auto mark = addView(CGRectMake(500, 300, 20, 20), UIColor::greenColor());
+  view()->addSubview(label);
+  const QImage before = snapshot();
+  const QRect marked(500, 300, 20, 20);
+  EXPECT_EQ(colorAt(before, 510, 310), "00ff00");
+  EXPECT_EQ(colorAt(before, 400, 200), "80007f");
+  EXPECT_EQ(colorAt(before, 200, 200), "0000ff");
+
+  label->setText("WWWWWW");
+  const QImage labelChanged = snapshot();
+  EXPECT_NE(labelChanged.copy(20, 20, 280, 60), before.copy(20, 20, 280, 60));
+  EXPECT_EQ(labelChanged.copy(300, 100, 340, 260), before.copy(300, 100, 340, 260));
+  mark->setHidden(true);
+  EXPECT_EQ(colorAt(snapshot(), 510, 310), "80007f");
+  mark->setHidden(false);
+  label->setText("MMMMMM");
+  EXPECT_EQ(snapshot(), before);
+
+  show(plain(0x00ff00));
+  show(plain(0x0000ff));
+  EXPECT_EQ(snapshot(), before);
+  panel->setAlpha(0.5);
+  snapshot();
+  panel->setAlpha(1);
+  EXPECT_EQ(snapshot(), before);
+}
+
+TEST_F(PictureTest, fadesWithTheViewThatItIsIn) {
+  show(plain(0xff0000));
+  view()->setAlpha(0.5);
+  EXPECT_EQ(centre(), "7f0000");
+  view()->setAlpha(1);
+  EXPECT_EQ(centre(), "ff0000");
+  item->setVisible(false);
+  EXPECT_EQ(centre(), "000000");
+  item->setVisible(true);
+  EXPECT_EQ(centre(), "ff0000");
+  item->setParentItem(nullptr);
+  EXPECT_EQ(centre(), "000000");
+  item->setParentItem(view().get());
+  EXPECT_EQ(centre(), "ff0000") << "back in the window it shows what it had";
+  view()->setClipsToBounds(true);
+  item->setPosition({400, 0});
+  EXPECT_EQ(colorAt(snapshot(), 390, 180), "000000");
+  EXPECT_EQ(colorAt(snapshot(), 410, 180), "ff0000");
+}
+
+TEST_F(PictureTest, tellsWhichPicturesCameToTheScreen) {
+  std::vector<std::int64_t> presented;
+  item->setPicturePresented([&](const CMTime& time) { presented.push_back(time.value); });
+  const auto showAt = [&](std::int64_t time) {
+    VideoFrame frame = plain(0xff0000);
+    frame.time = CMTimeMake(time, 25);
+    slot->present(std::move(frame));
+  };
+  const auto turns = [&](int count) {
+    EXPECT_TRUE(runEventsUntil([&] {
+      loop.runUntilIdle();
+      return count-- == 0;
+    }));
+  };
+  const auto drawn = [&] {
+    EXPECT_TRUE(runEventsUntil([&] {
+      loop.runUntilIdle();
+      return !presented.empty();
+    }));
+    return std::exchange(presented, {});
+  };
+  showAt(1);
+  EXPECT_THAT(drawn(), ElementsAre(1));
+  showAt(2);
+  showAt(3);
+  EXPECT_THAT(drawn(), ElementsAre(3)) << "one that another took the place of was not shown";
+  addView(CGRectMake(0, 0, 10, 10), UIColor::redColor());
+  item->update();
+  turns(5);
+  EXPECT_THAT(presented, IsEmpty()) << "the same picture again is no news";
+  item->setPicturePresented({});
+  showAt(4);
+  turns(5);
+  EXPECT_THAT(presented, IsEmpty());
+}
+
+TEST_F(PictureTest, picturesMayComeFromAnotherThreadWhileItDrawsAndWhenItHasGone) {
+  std::atomic<bool> stop{false};
+  std::thread decoder([&] {
+    for (std::uint32_t i = 0; !stop; ++i) slot->present(plain(i & 1 ? 0xff0000 : 0x0000ff));
+  });
+  for (int i = 0; i < 50; ++i) {
+    loop.runUntilIdle();
+    snapshot();
+    if (i % 10 == 5) item->setSlot(nullptr);
+    if (i % 10 == 9) item->setSlot(slot);
+  }
+  item.reset();
+  loop.runUntilIdle();
+  stop = true;
+  decoder.join();
+  loop.runUntilIdle();
+}
+
+TEST(PictureGeometry, edgesLieOnThePixelsOfADenseScreen) {
+  const VideoFrame frame = plain(0, 1001, 563);
+  const QRectF rect = pictureRect(frame, QRectF(0, 0, 640, 360), 1.5);
+  EXPECT_EQ(rect.width() * 1.5, std::round(rect.width() * 1.5));
+  EXPECT_EQ(rect.height() * 1.5, std::round(rect.height() * 1.5));
+  EXPECT_EQ(rect.x() * 1.5, std::round(rect.x() * 1.5));
+  EXPECT_TRUE(pictureRect(frame, QRectF(0, 0, 0, 360), 1).isEmpty());
+  EXPECT_TRUE(pictureRect(VideoFrame(), QRectF(0, 0, 640, 360), 1).isEmpty());
+}
+
+}  // namespace

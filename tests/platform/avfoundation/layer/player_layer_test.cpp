@@ -1,0 +1,140 @@
+#include "platform/avfoundation/AVPlayer.h"
+#include "platform/avfoundation/layer/AVPlayerLayer.h"
+#include "tests/support/ScreenTest.h"
+#include "tests/support/ScriptedMediaEngine.h"
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class NotesReadiness final : public NSKeyValueObserver {
+ public:
+  std::vector<bool> values;
+  void observeValueForKeyPath(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange& change,
+                              void*) override {
+    values.push_back(std::any_cast<bool>(change.newValue));
+  }
+};
+
+class PlayerLayerTest : public ScreenTest {
+ protected:
+  PlayerLayerTest() {
+    media.script(redUrl).colour = 0xff0000;
+    media.script(blueUrl).colour = 0x0000ff;
+    view()->layer()->addSublayer(layer);
+    layer->setFillsSuperlayer(true);
+  }
+  static std::shared_ptr<AVPlayer> playerOf(const char* url) {
+    return AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithURL(*NSURL::URLWithString(url)));
+  }
+  std::string centre() {
+    loop.runUntilIdle();
+    return colorAt(snapshot(), 320, 180);
+  }
+  static constexpr const char* redUrl = "http://example.com/red.mp4";
+  static constexpr const char* blueUrl = "http://example.com/blue.mp4";
+
+  ScriptedMedia media;
+  std::shared_ptr<AVPlayerLayer> layer = AVPlayerLayer::playerLayerWithPlayer(nullptr);
+};
+
+TEST_F(PlayerLayerTest, isBlackUntilThePlayersFirstPictureAndSaysWhenThatComes) {
+  const auto observer = std::make_shared<NotesReadiness>();
+  layer->addObserver(observer, "readyForDisplay", NSKeyValueObservingOptionNew | NSKeyValueObservingOptionInitial);
+  const auto player = playerOf(redUrl);
+  layer->setPlayer(player);
+  EXPECT_EQ(layer->player(), player);
+  EXPECT_EQ(centre(), "000000");
+  EXPECT_FALSE(layer->isReadyForDisplay());
+  loop.advance(100ms);
+  EXPECT_TRUE(layer->isReadyForDisplay());
+  EXPECT_EQ(centre(), "ff0000");
+  EXPECT_EQ(layer->videoRect(), CGRectMake(0, 0, 640, 360));
+  layer->setPlayer(nullptr);
+  EXPECT_EQ(centre(), "000000");
+  EXPECT_THAT(observer->values, ElementsAre(false, true, false));
+}
+
+TEST_F(PlayerLayerTest, anotherPlayerStartsFromBlack) {
+  const auto red = playerOf(redUrl);
+  const auto blue = playerOf(blueUrl);
+  layer->setPlayer(red);
+  loop.advance(100ms);
+  EXPECT_EQ(centre(), "ff0000");
+  layer->setPlayer(blue);
+  EXPECT_EQ(colorAt(snapshot(), 320, 180), "000000") << "no flash of the former player's picture";
+  EXPECT_EQ(centre(), "0000ff") << "a picture that is there is handed over at once";
+  red->seekToTime(CMTimeMake(3, 1));
+  loop.advance(1s);
+  EXPECT_EQ(centre(), "0000ff");
+  layer->setPlayer(red);
+  EXPECT_EQ(centre(), "ff0000");
+}
+
+TEST_F(PlayerLayerTest, theLastLayerThatAPlayerWasGivenToShowsIt) {
+  const auto player = playerOf(redUrl);
+  layer->setPlayer(player);
+  loop.advance(100ms);
+  auto other = AVPlayerLayer::playerLayerWithPlayer(player);
+  other->setFrame(CGRectMake(0, 0, 64, 36));
+  view()->layer()->addSublayer(other);
+  EXPECT_EQ(centre(), "000000");
+  EXPECT_EQ(colorAt(snapshot(), 10, 10), "ff0000");
+  layer->setPlayer(nullptr);
+  EXPECT_EQ(colorAt(snapshot(), 10, 10), "ff0000") << "who no longer has the pictures can't take them away";
+  EXPECT_TRUE(other->isReadyForDisplay());
+  layer->setPlayer(player);
+  EXPECT_EQ(centre(), "ff0000");
+  EXPECT_EQ(colorAt(snapshot(), 10, 10), "000000");
+}
+
+// An ad's layer over the programme's, as the player uses them.
+TEST_F(PlayerLayerTest, coversWhatIsBelowAndGivesItBack) {
+  const auto programme = playerOf(redUrl);
+  layer->setPlayer(programme);
+  loop.advance(100ms);
+  auto overlay = addView(view()->bounds(), UIColor::clearColor());
+  auto adLayer = AVPlayerLayer::playerLayerWithPlayer(playerOf(blueUrl));
+  overlay->layer()->addSublayer(adLayer);
+  adLayer->setFrame(CGRectMake(0, 0, 640, 360));
+  EXPECT_EQ(adLayer->superlayer(), overlay->layer());
+  EXPECT_EQ(centre(), "000000") << "black while the ad loads";
+  loop.advance(100ms);
+  EXPECT_EQ(centre(), "0000ff");
+  adLayer->removeFromSuperlayer();
+  overlay->removeFromSuperview();
+  EXPECT_EQ(adLayer->superlayer(), nullptr);
+  EXPECT_EQ(centre(), "ff0000");
+}
+
+TEST_F(PlayerLayerTest, keepsAPlayerAliveAndLetsGoOfItWithItself) {
+  std::weak_ptr<AVPlayer> watched;
+  {
+    const auto player = playerOf(redUrl);
+    watched = player;
+    layer->setPlayer(player);
+  }
+  loop.advance(100ms);
+  EXPECT_EQ(centre(), "ff0000");
+  layer->removeFromSuperlayer();
+  layer.reset();
+  EXPECT_TRUE(watched.expired());
+  EXPECT_EQ(media.aliveEngines(), 0);
+  EXPECT_EQ(centre(), "000000");
+}
+
+TEST_F(PlayerLayerTest, aPlayerThatOutlivesItsLayerShowsNowhere) {
+  const auto player = playerOf(redUrl);
+  layer->setPlayer(player);
+  loop.advance(100ms);
+  EXPECT_TRUE(media.engine(redUrl)->log().hasFrameSink);
+  layer->removeFromSuperlayer();
+  layer.reset();
+  EXPECT_FALSE(media.engine(redUrl)->log().hasFrameSink);
+  player->seekToTime(CMTimeMake(3, 1));
+  loop.advance(1s);
+}
+
+}  // namespace
