@@ -113,7 +113,11 @@ std::vector<Fault> faults() {
       {"a dripping body", made([](auto& r) { r.bodyPause = 60ms; }), NSURLErrorTimedOut},
       {"a body cut short", made([](auto& r) { r.cutAfter = 20; }), NSURLErrorNetworkConnectionLost},
       {"a head without a body", made([](auto& r) { r.cutAfter = 0; }), NSURLErrorNetworkConnectionLost},
-      {"an endless body", made([](auto& r) { r.endless = true; }), NSURLErrorDataLengthExceedsMaximum},
+      {"an endless body", made([](auto& r) {
+         r.endless = true;
+         r.body = std::string(50'000, 'x');
+       }),
+       NSURLErrorDataLengthExceedsMaximum},
       {"a body one byte too long", made([](auto& r) { r.body = std::string(100'001, 'x'); }),
        NSURLErrorDataLengthExceedsMaximum},
       {"a small body that unpacks to 50 megabytes", made([](auto& r) {
