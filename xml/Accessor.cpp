@@ -1,5 +1,6 @@
 #include "xml/Accessor.h"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -15,6 +16,10 @@ std::optional<Number> parsed(std::string_view text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return number;
+}
+
+Elements::const_iterator nextNamed(std::string_view name, Elements::const_iterator from, Elements::const_iterator end) {
+  return std::find_if(from, end, [name](const auto& each) { return each->name == name; });
 }
 
 XML::Accessor noSuchIndex(int index) {
@@ -42,20 +47,14 @@ XML::Accessor XML::Accessor::operator[](std::string_view name) const {
   if (!single) {
     return Accessor(XMLError::accessError("cannot access " + std::string(name) + ", because of multiple elements"));
   }
-  const std::shared_ptr<Element>* first = nullptr;
-  Elements several;
-  for (const auto& child : (*single)->childElements) {
-    if (child->name != name) continue;
-    if (!first) {
-      first = &child;
-      continue;
-    }
-    if (several.empty()) several.push_back(*first);
-    several.push_back(child);
-  }
-  if (!several.empty()) return Accessor(std::move(several));
-  if (first) return Accessor(*first);
-  return Accessor(XMLError::accessError(std::string(name) + " not found."));
+  const Elements& children = (*single)->childElements;
+  const auto first = nextNamed(name, children.begin(), children.end());
+  if (first == children.end()) return Accessor(XMLError::accessError(std::string(name) + " not found."));
+  auto next = nextNamed(name, first + 1, children.end());
+  if (next == children.end()) return Accessor(*first);
+  Elements several{*first};
+  for (; next != children.end(); next = nextNamed(name, next + 1, children.end())) several.push_back(*next);
+  return Accessor(std::move(several));
 }
 
 XML::Accessor XML::Accessor::operator[](std::initializer_list<Key> path) const {
@@ -65,6 +64,7 @@ XML::Accessor XML::Accessor::operator[](std::initializer_list<Key> path) const {
 XML::Accessor XML::Accessor::operator[](std::span<const Key> path) const {
   Accessor reached = *this;
   for (const Key& key : path) {
+    if (std::holds_alternative<XMLError>(reached.value_)) break;
     reached = std::visit([&reached](auto step) { return reached[step]; }, key);
   }
   return reached;
@@ -110,8 +110,8 @@ std::optional<double> XML::Accessor::doubleValue() const {
   return text ? parsed<double>(*text) : std::nullopt;
 }
 
-const XML::Element::Attributes& XML::Accessor::attributes() const {
-  static const Element::Attributes none;
+const XML::Attributes& XML::Accessor::attributes() const {
+  static const Attributes none;
   const auto* single = std::get_if<std::shared_ptr<Element>>(&value_);
   return single ? (*single)->attributes : none;
 }

@@ -43,11 +43,11 @@ class YMR_API XML::Accessor {
   // Values of a single element; nil for a sequence and for a failure. All but the name are nil without text too.
   std::optional<std::string> name() const;
   std::optional<std::string> text() const;
-  std::optional<bool> boolValue() const;          // whether the text is exactly "true"
-  std::optional<NSURL> url() const;               // nil when the text is no URL
-  std::optional<std::int64_t> intValue() const;   // base 10 with an optional sign and nothing around it, else nil
-  std::optional<double> doubleValue() const;      // likewise a decimal fraction, exponent, "inf" or "nan"
-  const Element::Attributes& attributes() const;  // empty for a sequence and for a failure
+  std::optional<bool> boolValue() const;         // whether the text is exactly "true"
+  std::optional<NSURL> url() const;              // nil when the text is no URL
+  std::optional<std::int64_t> intValue() const;  // base 10 with an optional sign and nothing around it, else nil
+  std::optional<double> doubleValue() const;     // likewise a decimal fraction, exponent, "inf" or "nan"
+  const Attributes& attributes() const;          // empty for a sequence and for a failure
   std::shared_ptr<Element> element() const;
 
   // The elements of a single element or a sequence; nil for a failure.

@@ -1,17 +1,16 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "xml/Attributes.h"
 #include "xml/XML.h"
 
 // A node of the tree. The tree is owned from the root down; an element that is kept alone keeps what is below it.
 struct YMR_API XML::Element {
-  using Attributes = std::map<std::string, std::string, std::less<>>;
-
   explicit Element(std::string elementName) : name(std::move(elementName)) {}
 
   // The names from the outermost element still there to this one, joined by " > ".

@@ -54,13 +54,14 @@ struct XML::Parser::Events {
                             const xmlChar** attributes) {
     if (++parser(context).elementCount_ > maximumElements) XMLParserContext::refuse(context);
     auto element = std::make_shared<Element>(qualifiedName(name, prefix));
+    element->attributes.reserve(static_cast<std::size_t>(namespaceCount + attributeCount));
     for (int i = 0; i < namespaceCount; ++i, namespaces += 2) {
-      element->attributes.insert_or_assign(namespaces[0] ? "xmlns:" + std::string(textOf(namespaces[0])) : "xmlns",
-                                           namespaces[1] ? std::string(textOf(namespaces[1])) : std::string());
+      element->attributes.append(namespaces[0] ? "xmlns:" + std::string(textOf(namespaces[0])) : "xmlns",
+                                 namespaces[1] ? std::string(textOf(namespaces[1])) : std::string());
     }
     for (int i = 0; i < attributeCount; ++i, attributes += 5) {
-      element->attributes.insert_or_assign(qualifiedName(attributes[0], attributes[1]),
-                                           attributeValue(attributes[3], attributes[4]));
+      element->attributes.append(qualifiedName(attributes[0], attributes[1]),
+                                 attributeValue(attributes[3], attributes[4]));
     }
     auto& stack = parser(context).stack_;
     element->parentElement = stack.back();

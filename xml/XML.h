@@ -13,6 +13,7 @@ class NSCharacterSet;
 class YMR_API XML {
  public:
   class Accessor;
+  class Attributes;
   struct Element;
   class Parser;
 

@@ -42,81 +42,66 @@ bool isPlainPathCharacter(char c) {
   return c > 0x20 && c < 0x7f && c != '%' && c != '?' && c != '#' && c != '\\';
 }
 
-struct PlainParts {
-  std::string_view scheme, host, path;
-};
-
-// The parts of a URL that curl would give back as it is given: http or https, a lower-case name, a path without escapes
-// and dots after a slash, no fragment. Most URLs are of this form, and an ad can have a hundred thousand.
-std::optional<PlainParts> plainParts(std::string_view text) {
+// Whether curl would give back each part as it is given: http or https, a lower-case name, a path without escapes and
+// dots after a slash, no fragment. Most URLs are of this form, and an ad can have a hundred thousand.
+bool isPlain(std::string_view text) {
   constexpr std::size_t longest = 8 * 1024;
   const std::size_t schemeLength = text.starts_with("http://") ? 4 : text.starts_with("https://") ? 5 : 0;
-  if (schemeLength == 0 || text.size() > longest) return std::nullopt;
+  if (schemeLength == 0 || text.size() > longest) return false;
   const auto rest = text.substr(schemeLength + 3);
-  const auto endOfHost = std::find_if_not(rest.begin(), rest.end(), isPlainHostCharacter);
-  if (endOfHost == rest.end() || *endOfHost != '/' || rest.front() < 'a' || rest.front() > 'z') {
-    return std::nullopt;
-  }
-  const auto endOfPath = std::find_if_not(endOfHost, rest.end(), isPlainPathCharacter);
-  const std::string_view path(endOfHost, endOfPath);
-  const std::string_view query(endOfPath, rest.end());
-  const bool isQuery = query.size() > 1 && query.front() == '?' && query.find('#') == query.npos &&
-                       std::all_of(query.begin(), query.end(), [](char c) { return c > 0x20 && c < 0x7f; });
-  if (path.find("/.") != path.npos || (!query.empty() && !isQuery)) return std::nullopt;
-  return PlainParts{text.substr(0, schemeLength), std::string_view(rest.begin(), endOfHost), path};
+  const auto* const endOfHost = std::find_if_not(rest.begin(), rest.end(), isPlainHostCharacter);
+  if (endOfHost == rest.end() || *endOfHost != '/' || rest.front() < 'a' || rest.front() > 'z') return false;
+  const auto* const endOfPath = std::find_if_not(endOfHost, rest.end(), isPlainPathCharacter);
+  if (std::string_view(endOfHost, endOfPath).find("/.") != std::string_view::npos) return false;
+  if (endOfPath == rest.end()) return true;
+  const std::string_view query(endOfPath + 1, rest.end());
+  return *endOfPath == '?' && !query.empty() &&
+         std::all_of(query.begin(), query.end(), [](char c) { return c > 0x20 && c < 0x7f && c != '#'; });
 }
 
 }  // namespace
 
 std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
-  if (const auto plain = plainParts(text)) {
-    NSURL url;
-    url.text_ = text;
-    url.scheme_ = plain->scheme;
-    url.host_ = plain->host;
-    url.path_ = plain->path;
-    return url;
-  }
+  if (isPlain(text)) return NSURL(std::string(text), nullptr);
   if (text.empty() || hasControlOrSpace(text)) return std::nullopt;
   const Handle handle = makeHandle();
   if (!handle || curl_url_set(handle.get(), CURLUPART_URL, std::string(text).c_str(), CURLU_NON_SUPPORT_SCHEME)) {
     return std::nullopt;
   }
-  NSURL url;
-  url.host_ = lowered(part(handle.get(), CURLUPART_HOST).value_or(""));
+  Parts parts;
+  parts.host = lowered(part(handle.get(), CURLUPART_HOST).value_or(""));
   // What no host has, decoded from an escape: curl would not read back what it writes.
-  if (hasControlOrSpace(url.host_) || url.host_.find('%') != std::string::npos) return std::nullopt;
-  if (!url.host_.empty() && curl_url_set(handle.get(), CURLUPART_HOST, url.host_.c_str(), 0)) return std::nullopt;
+  if (hasControlOrSpace(parts.host) || parts.host.find('%') != std::string::npos) return std::nullopt;
+  if (!parts.host.empty() && curl_url_set(handle.get(), CURLUPART_HOST, parts.host.c_str(), 0)) return std::nullopt;
   auto whole = part(handle.get(), CURLUPART_URL);
   auto scheme = part(handle.get(), CURLUPART_SCHEME);
   if (!whole || !scheme) return std::nullopt;
-  url.text_ = std::move(*whole);
-  url.scheme_ = lowered(std::move(*scheme));
-  if (url.host_.size() > 2 && url.host_.front() == '[') url.host_ = url.host_.substr(1, url.host_.size() - 2);
+  parts.scheme = lowered(std::move(*scheme));
+  if (parts.host.size() > 2 && parts.host.front() == '[') parts.host = parts.host.substr(1, parts.host.size() - 2);
   // A path whose escapes do not decode (an encoded NUL) stays as it was written.
-  url.path_ =
+  parts.path =
       part(handle.get(), CURLUPART_PATH, CURLU_URLDECODE).value_or(part(handle.get(), CURLUPART_PATH).value_or(""));
-  return url;
+  return NSURL(*std::move(whole), std::make_shared<const Parts>(std::move(parts)));
 }
 
 NSURL NSURL::fileURLWithPath(std::string_view path) {
   std::error_code error;
   const std::filesystem::path given(path);
   auto absolute = std::filesystem::absolute(given, error);
-  NSURL url;
-  url.scheme_ = "file";
-  url.path_ = (error || path.empty() ? std::filesystem::current_path(error) : absolute).lexically_normal().string();
-  url.text_ = "file://";
+  Parts parts;
+  parts.scheme = "file";
+  parts.path = (error || path.empty() ? std::filesystem::current_path(error) : absolute).lexically_normal().string();
+  std::string text = "file://";
   constexpr char digits[] = "0123456789ABCDEF";
-  for (const unsigned char c : url.path_) {
+  for (const unsigned char c : parts.path) {
     if (std::isalnum(c) ||
         std::string_view("-._~/!$&'()*+,;=:@").find(static_cast<char>(c)) != std::string_view::npos) {
-      url.text_ += static_cast<char>(c);
+      text += static_cast<char>(c);
     } else {
-      url.text_ += {'%', digits[c >> 4], digits[c & 15]};
+      text += {'%', digits[c >> 4], digits[c & 15]};
     }
   }
-  return url;
+  return {std::move(text), std::make_shared<const Parts>(std::move(parts))};
 }
 
 std::optional<NSURL> NSURL::URLFromUserInput(std::string_view text) {
@@ -125,9 +110,38 @@ std::optional<NSURL> NSURL::URLFromUserInput(std::string_view text) {
   return fileURLWithPath(text);
 }
 
+std::size_t NSURL::endOfScheme() const {
+  return text_.find(':');
+}
+
+std::string NSURL::scheme() const {
+  return parts_ ? parts_->scheme : text_.substr(0, endOfScheme());
+}
+
+std::string NSURL::host() const {
+  if (parts_) return parts_->host;
+  const auto start = endOfScheme() + 3;
+  return text_.substr(start, text_.find('/', start) - start);
+}
+
+std::string NSURL::path() const {
+  if (parts_) return parts_->path;
+  const auto start = text_.find('/', endOfScheme() + 3);
+  return text_.substr(start, text_.find('?', start) - start);
+}
+
+bool NSURL::isFileURL() const {
+  return parts_ && parts_->scheme == "file";
+}
+
+bool NSURL::isHTTP() const {
+  return !parts_ || parts_->scheme == "http" || parts_->scheme == "https";
+}
+
 std::string NSURL::pathExtension() const {
-  const auto slash = path_.rfind('/');
-  const auto dot = path_.rfind('.');
+  const std::string path = this->path();
+  const auto slash = path.rfind('/');
+  const auto dot = path.rfind('.');
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash + 2)) return "";
-  return lowered(path_.substr(dot + 1));
+  return lowered(path.substr(dot + 1));
 }

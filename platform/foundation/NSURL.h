@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/Export.h"
 
@@ -22,23 +25,27 @@ class YMR_API NSURL {
   // As given, but with scheme and host in lower case, "." and ".." of the path resolved and a path of at least "/".
   const std::string& absoluteString() const { return text_; }
   // Lower case, without the colon.
-  const std::string& scheme() const { return scheme_; }
+  std::string scheme() const;
   // In lower case, without port and brackets; empty where the scheme has none.
-  const std::string& host() const { return host_; }
+  std::string host() const;
   // Percent-decoded; for a file URL the path to open.
-  const std::string& path() const { return path_; }
+  std::string path() const;
   // The last component's ending in lower case without the dot; empty when it has none.
   std::string pathExtension() const;
 
-  bool isFileURL() const { return scheme_ == "file"; }
-  bool isHTTP() const { return scheme_ == "http" || scheme_ == "https"; }
+  bool isFileURL() const;
+  bool isHTTP() const;
 
   friend bool operator==(const NSURL& left, const NSURL& right) { return left.text_ == right.text_; }
 
  private:
-  NSURL() = default;
+  struct Parts {
+    std::string scheme, host, path;
+  };
+
+  NSURL(std::string text, std::shared_ptr<const Parts> parts) : text_(std::move(text)), parts_(std::move(parts)) {}
+  std::size_t endOfScheme() const;
+
   std::string text_;
-  std::string scheme_;
-  std::string host_;
-  std::string path_;
+  std::shared_ptr<const Parts> parts_;  // null where they stand in the text as they are
 };

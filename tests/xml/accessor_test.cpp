@@ -191,3 +191,15 @@ TEST(Operators, changeNothingForAnAbsentValue) {
   titles <<= std::optional<std::string>("one");
   EXPECT_THAT(titles, ElementsAre("one"));
 }
+
+TEST(Attributes, areAMapFromNameToValue) {
+  XML::Attributes attributes;
+  attributes["b"] = "1";
+  attributes["a"];
+  attributes["b"] += "2";
+  EXPECT_THAT(attributes, ElementsAre(testing::Pair("b", "12"), testing::Pair("a", "")));
+  EXPECT_EQ(attributes.at("b"), "12");
+  EXPECT_TRUE(attributes.contains("a"));
+  EXPECT_FALSE(attributes.contains("c"));
+  EXPECT_THROW(attributes.at("c"), std::out_of_range);
+}

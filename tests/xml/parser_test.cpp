@@ -61,7 +61,7 @@ TEST(Parser, buildsTheTreeAsWritten) {
       {"<a b='1' c=\"a&amp;b&#38;c&lt;&quot;&amp;amp;#38;\"/>", "a b=1 c=a&b&c<\"&amp;#38;"},
       {"<a b=' x\ty '/>", "a b= x y "},
       {"<v:a xmlns:v='urn:v' xmlns='urn:d' v:b='1' b='2'><v:c/><x:d/></v:a>",
-       "v:a b=2 v:b=1 xmlns=urn:d xmlns:v=urn:v [v:c, x:d]"},
+       "v:a xmlns:v=urn:v xmlns=urn:d v:b=1 b=2 [v:c, x:d]"},
       {"<!DOCTYPE a SYSTEM \"file:///etc/passwd\"><a>t</a>", "a \"t\""},
   };
   for (const auto& row : rows) {
