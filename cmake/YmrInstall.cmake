@@ -27,6 +27,7 @@ foreach(library IN LISTS installed)
   install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
 
+install(FILES ${PROJECT_SOURCE_DIR}/docs/man/ymrvast.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 if(YMR_PLAYER)
   install(FILES ${PROJECT_SOURCE_DIR}/docs/man/ymrplay.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()

@@ -21,11 +21,12 @@ inline constexpr bool kValidateWithSchema = false;
 
 // One fetch of a request, for who inspects tags.
 struct VASTHop {
-  std::string url;         // as the document gives it
+  std::string url;         // as it was asked for; where that could not be, as the document gives it
   std::int32_t depth = 0;  // of the document that it was to bring
   long status = 0;         // 0 when there was no response
   std::chrono::milliseconds elapsed{0};
   std::optional<SKVASTError> error;  // of the fetch itself, 6 or 7; nil when a document came
+  std::string reason;                // why there was no response, for people; empty when there was one
   std::span<const std::byte> body;   // while the observer is called
 };
 

@@ -135,8 +135,8 @@ std::optional<SKVASTError> VASTRequest::check(const VASTDocument& document) {
 bool VASTRequest::getDataWithUrl(const std::string& text, Unresolved of) {
   const auto now = RunLoop::main().now();
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - now);
-  const auto fetch = std::make_shared<Fetch>(text, std::move(of), now);
   const auto url = urlWithCleanString(text);
+  const auto fetch = std::make_shared<Fetch>(url ? url->absoluteString() : text, std::move(of), now);
   if (!url || !url->isHTTP()) {
     ended(*fetch, failed(NSURLErrorUnsupportedURL, "Only http and https are fetched."));
     return false;
@@ -175,7 +175,8 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
   if (options_.hopObserver) {
     const auto elapsed = RunLoop::main().now() - fetch.startedAt;
     options_.hopObserver({fetch.url, fetch.of.depth, status,
-                          std::chrono::duration_cast<std::chrono::milliseconds>(elapsed), error, response.body});
+                          std::chrono::duration_cast<std::chrono::milliseconds>(elapsed), error,
+                          response.error ? response.error->message : "", response.body});
   }
   if (error) {
     fetch.of.model->setVastError(*error);

@@ -1,7 +1,9 @@
 #include "apps/ymrvast/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <regex>
+#include <algorithm>
+#include <charconv>
+#include <string_view>
 #include <vector>
 
 #include "VAST/SKLogger.h"
@@ -11,8 +13,8 @@ namespace {
 constexpr int wrongUsage = 2;
 
 const char* const description =
-    "Shows what the player would make of an ad tag: the chain of wrappers, each ad, which media file it picks and why,\n"
-    "and which URLs it would ask. SOURCE is a URL (http, https), a file, or - for standard input.";
+    "Shows what the player would make of an ad tag: the chain of wrappers, each ad, which media file it picks\n"
+    "and why, and which URLs it would ask. SOURCE is a URL (http, https), a file, or - for standard input.";
 const char* const footer =
     "Exit status: 0 the player would show at least one ad, 1 it would show none, 2 wrong usage or unreadable file.\n\n"
     "Examples:\n"
@@ -30,13 +32,20 @@ void parseSource(Options& options) {
   }
 }
 
-void parseScreen(const std::string& text, Options& options) {
-  std::smatch sides;
-  if (!std::regex_match(text, sides, std::regex("([1-9][0-9]{0,4})x([1-9][0-9]{0,4})"))) {
-    throw CLI::ValidationError("--screen", "'" + text + "' is not WxH with sides from 1 to 99999");
+// 0 for what is not a number from 1 to 9999.
+int side(std::string_view text) {
+  int value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() && end == text.data() + text.size() && value > 0 && value < 10'000 ? value : 0;
+}
+
+void parseScreen(std::string_view text, Options& options) {
+  const auto cross = std::min(text.find('x'), text.size());
+  options.screenWidth = side(text.substr(0, cross));
+  options.screenHeight = cross < text.size() ? side(text.substr(cross + 1)) : 0;
+  if (options.screenWidth == 0 || options.screenHeight == 0) {
+    throw CLI::ValidationError("--screen", "'" + std::string(text) + "' is not WxH with sides from 1 to 9999");
   }
-  options.screenWidth = std::stoi(sides[1]);
-  options.screenHeight = std::stoi(sides[2]);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 // What the command line asks for, checked.
 struct Options {
-  std::string source;       // as it was typed
+  std::string source;        // as it was typed
   std::optional<NSURL> url;  // the source, when it is fetched
   bool json = false;
   bool validate = false;

@@ -12,7 +12,6 @@
 using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
@@ -153,11 +152,11 @@ TEST_F(VastProgram, listsAPodInTheOrderOfPlayAndItsFallBacks) {
                                      vast::wrapper(server.url("/inner"), "id='C' sequence='10'") +
                                      vast::playable("one", "id='A' sequence='1'")));
   serve("/inner", vast::playable("inner", "id='C1' sequence='1'") + vast::inLine("", "id='C2' sequence='2'") +
-                      vast::playable("inner spare", "id='CS'"));
+                      vast::playable("innerspare", "id='CS'"));
   const json all = inspect(source, 0);
   EXPECT_THAT(each(all["ads"], "id"), testing::ElementsAre("\"A\"", "\"C1\"", "\"C2\"", "\"B\""));
   EXPECT_THAT(each(all["standalone"], "id"), testing::ElementsAre("\"S\"", "\"CS\"")) << "the root's first";
-  EXPECT_THAT(run({source}).output, AllOf(HasSubstr("would show 4 ads"), HasSubstr("sequence        10")));
+  EXPECT_THAT(run({source}).output, AllOf(HasSubstr("would show 4 ads"), HasSubstr("sequence        2")));
 
   const json unresolved =
       inspect(file("alone.xml", vast::document(vast::playable("a", "id='A'") + vast::playable("b", "id='B'"))), 1);
@@ -178,11 +177,15 @@ TEST_F(VastProgram, endsWithZeroOnlyWhenAnAdWouldBeShown) {
        vast::wrapper(server.url("/missing"), "id='P' sequence='1'") + vast::playable("s", "id='S'"), 1},
       {"a fall-back that is a pod",
        vast::inLine("", "id='P' sequence='1'") + vast::wrapper(server.url("/pod"), "id='S'"), 0},
+      {"one ad of it for each that failed",
+       vast::inLine("", "id='P' sequence='1'") + vast::wrapper(server.url("/half"), "id='S'"), 1},
       {"the second of a pod", vast::inLine("", "id='P' sequence='1'") + vast::playable("q", "id='Q' sequence='2'"), 0},
       {"stand-alone ads only", vast::playable("a", "id='A'") + vast::playable("b", "id='B'"), 1},
       {"nothing", "", 1},
   };
-  serve("/pod", vast::inLine("", "id='X' sequence='1'") + vast::playable("y", "id='Y' sequence='2'"));
+  const std::string shown = vast::playable("x", "id='X' sequence='1'");
+  serve("/pod", shown + vast::playable("y", "id='Y' sequence='2'"));
+  serve("/half", shown + vast::inLine("", "id='W' sequence='0'"));
   for (const auto& row : rows) {
     EXPECT_EQ(run({file("row.xml", vast::document(row.ads))}).exitStatus, row.status) << row.name;
   }
@@ -203,13 +206,15 @@ TEST_F(VastProgram, readsStandardInputAndRefusesWhatItCannotRead) {
 }
 
 TEST_F(VastProgram, checksEveryFetchedDocumentAgainstTheSchema) {
-  const std::string required = "<AdTitle>t</AdTitle><Impression>http://t.test/i</Impression><Creatives/>";
+  const std::string required =
+      "<AdTitle>t</AdTitle><Impression>http://t.test/i</Impression><Creatives><Creative><Linear>"
+      "<Duration>00:00:10</Duration></Linear></Creative></Creatives>";
   serve("/good", vast::inLine(required, "id='1'"));
   serve("/bad", "<Ad id='1'><Surprise/></Ad>");
   server.on("/broken", "<VAST", "text/xml");
   const auto wrapping = [&](const std::string& path) {
-    return file("tag.xml",
-                vast::document(vast::wrapper(server.url(path), "id='1'", "<Impression>http://t.test/i</Impression>")));
+    return file("tag.xml", vast::document(vast::wrapper(server.url(path), "id='1'",
+                                                        "<Impression>http://t.test/i</Impression><Creatives/>")));
   };
   const json good = inspect(wrapping("/good"), 1, {"--validate"});
   EXPECT_EQ(good["valid"], true) << good["validation"];
@@ -224,21 +229,60 @@ TEST_F(VastProgram, checksEveryFetchedDocumentAgainstTheSchema) {
 }
 
 TEST_F(VastProgram, tellsPeopleWhatWasPickedAndWhyNotTheOthers) {
-  const std::string tag = serve(
-      "/tag",
-      vast::inLine(
-          "<AdTitle>\x1b[31mHarbour\n at &#x9b;dawn</AdTitle><Error>http://t.test/e</Error>"
-          "<Impression>http://t.test/i</Impression>" +
-              vast::linear(
-                  vast::mediaFile("http://media.test/large.mp4", "type='video/mp4' width='1920' height='1080'") +
-                      vast::mediaFile("http://media.test/small.mp4", "type='video/mp4' width='640' height='360'") +
-                      vast::mediaFile("http://media.test/a.webm", "type='video/webm'") +
-                      vast::mediaFile("http://media.test/untyped", ""),
-                  vast::tracking("start", "http://t.test/s") + vast::tracking("mute", "http://t.test/m")),
-          "id='A'"));
-  server.on("/tag", [body = vast::document(vast::inLine(""))](const auto&) { return HTTPServer::Reply{.body = body}; });
-  const auto shown = run({tag});
-  (void)shown;
+  const std::string files =
+      vast::mediaFile("http://media.test/large.mp4", "type='video/mp4' width='1920' height='1080' bitrate='5000'") +
+      vast::mediaFile("http://media.test/small.mp4", "type='video/mp4' width='640' height='360'") +
+      vast::mediaFile("http://media.test/a.webm", "type='video/webm'") + vast::mediaFile("http://media.test/x", "");
+  const std::string trackings = vast::tracking("mute", "http://t.test/m") +
+                                vast::tracking("complete", "http://t.test/c") +
+                                vast::tracking("start", "http://t.test/s");
+  serve("/tag", vast::inLine("<AdTitle>Harbour\n &#x9b;31mat\tdawn</AdTitle><Error>http://t.test/e</Error>"
+                             "<Impression>http://t.test/i</Impression>" +
+                                 vast::linear(files, trackings),
+                             "id='A' sequence='3'") +
+                    vast::wrapper(server.url("/missing"), "id='B' sequence='4'", "<Error>http://t.test/b</Error>") +
+                    vast::inLine("<Creatives><Creative/><Creative/></Creatives>", "id='C' sequence='5'"));
+  const auto shown = run({server.url("/tag")});
+  EXPECT_EQ(shown.exitStatus, 0);
+  EXPECT_EQ(shown.errors, "");
+  std::size_t at = 0;
+  for (const std::string line : {"VAST 2.0",
+                                 "The player would show 1 ad.",
+                                 "Fetched",
+                                 "0     200",
+                                 "/tag",
+                                 "1     404",
+                                 "/missing",
+                                 "failed with error 6: No internet connection (VAST code 900)",
+                                 "Ad 1 of 3: shown",
+                                 "title           Harbour 31mat dawn",
+                                 "sequence        3",
+                                 "chain           1 document",
+                                 "picked          1920x1080 video/mp4 5000 kbit/s http://media.test/large.mp4",
+                                 "not picked      640x360",
+                                 "another one's area is nearer to the screen's 1920x1080",
+                                 "not picked      0x0 video/webm",
+                                 "the player takes no video/webm",
+                                 "not picked      0x0 without type",
+                                 "it has no type",
+                                 "impression      http://t.test/i",
+                                 "start           http://t.test/s",
+                                 "complete        http://t.test/c",
+                                 "if it fails     http://t.test/e",
+                                 "mute, never asked",
+                                 "http://t.test/m",
+                                 "Ad 2 of 3: not shown",
+                                 "failed          error 6",
+                                 "error, as 900   http://t.test/b",
+                                 "Ad 3 of 3: not shown",
+                                 "error 0: No ad to show (VAST code 303)",
+                                 "no media file: cannot access Linear, because of multiple elements"}) {
+    const auto found = shown.output.find(line, at);
+    ASSERT_NE(found, std::string::npos) << "missing, or out of order: " << line << "\n" << shown.output;
+    at = found + line.size();
+  }
+  EXPECT_THAT(run({HTTPServer::refusingURL()}).output,
+              AllOf(HasSubstr("would show NO ad"), HasSubstr("Failed to connect")));
 }
 
 TEST_F(VastProgram, showsNothingWithoutANetwork) {

@@ -1,0 +1,101 @@
+#include "apps/ymrvast/JSONView.h"
+
+#include <nlohmann/json.hpp>
+
+#include "ads/core/YMRPlayerErrorHandler.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+template <class Value>
+Json orNull(const std::optional<Value>& value) {
+  return value ? Json(*value) : Json(nullptr);
+}
+
+Json orNull(const std::optional<NSURL>& url) {
+  return url ? Json(url->absoluteString()) : Json(nullptr);
+}
+
+Json urls(const std::vector<SKVASTUrlWithId>& list) {
+  Json array = Json::array();
+  for (const auto& each : list) array.push_back({{"id", orNull(each.id_())}, {"url", orNull(each.url())}});
+  return array;
+}
+
+Json tracking(const std::map<std::string, std::vector<NSURL>>& events) {
+  Json object = Json::object();
+  for (const auto& [event, list] : events) {
+    Json& array = object[event] = Json::array();
+    for (const NSURL& url : list) array.push_back(url.absoluteString());
+  }
+  return object;
+}
+
+Json mediaFiles(const std::vector<Inspection::MediaFile>& files) {
+  Json array = Json::array();
+  for (const auto& [file, verdict] : files) {
+    array.push_back({{"id", orNull(file->id_())},
+                     {"delivery", orNull(file->delivery())},
+                     {"type", orNull(file->type())},
+                     {"bitrate", file->bitrate()},
+                     {"width", file->width()},
+                     {"height", file->height()},
+                     {"scalable", file->scalable()},
+                     {"maintainAspectRatio", file->maintainAspectRatio()},
+                     {"apiFramework", orNull(file->apiFramework())},
+                     {"url", orNull(file->url())}});
+  }
+  return array;
+}
+
+Json ads(const std::vector<Inspection::Ad>& list) {
+  Json array = Json::array();
+  for (const auto& ad : list) {
+    const YMRVastModel& model = *ad.model;
+    const auto& error = model.vastError();
+    array.push_back({{"id", model.adID()},
+                     {"title", orNull(model.adTitle())},
+                     {"description", orNull(model.adDescription())},
+                     {"error", orNull(error)},
+                     {"message", error ? YMRPlayerErrorHandler::VASTErrorToString(*error) : "never resolved"},
+                     {"documents", model.vastDocumentArray().size()},
+                     {"impressions", urls(model.impressions())},
+                     {"errors", urls(model.errors())},
+                     {"tracking", tracking(model.trackingEvents())},
+                     {"mediaFiles", mediaFiles(ad.files)},
+                     {"picked", orNull(ad.picked)}});
+  }
+  return array;
+}
+
+Json hops(const std::vector<Inspection::Hop>& list) {
+  Json array = Json::array();
+  for (const auto& hop : list) {
+    array.push_back({{"url", hop.url},
+                     {"depth", hop.depth},
+                     {"status", hop.status},
+                     {"bytes", hop.bytes},
+                     {"milliseconds", hop.elapsed.count()},
+                     {"error", orNull(hop.error)}});
+  }
+  return array;
+}
+
+}  // namespace
+
+void printJSON(const Inspection& inspection, std::ostream& out) {
+  const SKVASTError error = inspection.model->getVastError();
+  Json all{{"source", inspection.source},
+           {"version", orNull(inspection.model->vastVersion())},
+           {"error", error},
+           {"message", YMRPlayerErrorHandler::VASTErrorToString(error)},
+           {"hops", hops(inspection.hops)},
+           {"ads", ads(inspection.ads)},
+           {"standalone", ads(inspection.standalone)}};
+  if (inspection.validation) {
+    all["valid"] = inspection.validation->isValid;
+    all["validation"] = inspection.validation->messages;
+  }
+  out << all.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}

@@ -1,0 +1,8 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// UTF-8 text of others' fit for a terminal: each run of white space and control characters, which could be commands to
+// it, is one space, and none at the ends.
+std::string printable(std::string_view text);

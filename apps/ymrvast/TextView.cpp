@@ -1,0 +1,114 @@
+#include "apps/ymrvast/TextView.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iomanip>
+#include <string_view>
+
+#include "ads/core/YMRPlayerErrorHandler.h"
+#include "apps/ymrvast/Printable.h"
+
+namespace {
+
+// What the player asks for, in the order of an ad's life; other events of a document are never asked for.
+constexpr std::array<std::string_view, 8> askedEvents{"start",         "creativeView", "firstQuartile", "midpoint",
+                                                      "thirdQuartile", "complete",     "pause",         "resume"};
+
+std::string counted(std::size_t count, const char* what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+std::string describe(SKVASTError error) {
+  return "error " + std::to_string(error) + ": " + YMRPlayerErrorHandler::VASTErrorToString(error) + " (VAST code " +
+         YMRPlayerErrorHandler::VASTErrorToErrorCode(error) + ")";
+}
+
+void printRow(std::ostream& out, std::string_view label, std::string_view value) {
+  out << "  " << std::left << std::setw(16) << label << printable(value) << '\n';
+}
+
+void printHeading(const Inspection& inspection, std::ostream& out) {
+  const auto version = inspection.model->vastVersion();
+  out << printable(inspection.source) << '\n';
+  if (version) out << "VAST " << printable(*version) << '\n';
+  if (inspection.shownCount > 0) {
+    out << "The player would show " << counted(inspection.shownCount, "ad") << ".\n";
+  } else {
+    out << "The player would show NO ad. The tag's outcome is " << describe(inspection.model->getVastError()) << ".\n";
+  }
+}
+
+void printHops(const std::vector<Inspection::Hop>& hops, std::ostream& out) {
+  if (hops.empty()) return;
+  out << "\nFetched\n  depth  status      time       bytes  URL\n";
+  for (const auto& hop : hops) {
+    out << std::right << std::setw(7) << hop.depth << std::setw(8) << (hop.status ? std::to_string(hop.status) : "-")
+        << std::setw(7) << hop.elapsed.count() << " ms" << std::setw(12) << hop.bytes << "  " << printable(hop.url)
+        << '\n';
+    if (!hop.error) continue;
+    out << "         failed with " << describe(*hop.error) << '\n';
+    if (!hop.reason.empty()) out << "         " << printable(hop.reason) << '\n';
+  }
+}
+
+void printFiles(const Inspection::Ad& ad, std::ostream& out) {
+  for (const auto& [file, verdict] : ad.files) {
+    std::string text = std::to_string(file->width()) + "x" + std::to_string(file->height()) + " " +
+                       file->type().value_or("without type");
+    if (file->bitrate() > 0) text += " " + std::to_string(file->bitrate()) + " kbit/s";
+    if (file->url()) text += "  " + file->url()->absoluteString();
+    printRow(out, verdict.empty() ? "picked" : "not picked", text);
+    if (!verdict.empty()) printRow(out, "", verdict);
+  }
+}
+
+void printURLs(const Inspection::Ad& ad, std::ostream& out) {
+  const YMRVastModel& model = *ad.model;
+  auto events = model.trackingEvents();
+  const auto print = [&](std::string_view label, const std::vector<NSURL>& urls) {
+    for (const NSURL& url : urls) printRow(out, label, url.absoluteString());
+  };
+  if (ad.picked) {
+    for (const auto& each : model.impressions()) printRow(out, "impression", each.url()->absoluteString());
+  }
+  for (const auto event : askedEvents) {
+    const auto found = events.extract(std::string(event));
+    if (ad.picked && found) print(event, found.mapped());
+  }
+  const std::string code = ad.failure ? YMRPlayerErrorHandler::VASTErrorToErrorCode(*ad.failure) : "";
+  for (const auto& each : model.errors()) {
+    printRow(out, ad.failure ? "error, as " + code : "if it fails", each.url()->absoluteString());
+  }
+  if (!ad.picked) return;
+  for (const auto& [event, urls] : events) print(event + ", never asked", urls);
+}
+
+void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ostream& out) {
+  for (std::size_t i = 0; i < ads.size(); ++i) {
+    const auto& ad = ads[i];
+    const YMRVastModel& model = *ad.model;
+    out << '\n' << kind << " " << i + 1 << " of " << ads.size() << (ad.isShown ? ": shown" : ": not shown") << '\n';
+    if (const auto title = model.adTitle()) printRow(out, "title", *title);
+    if (!model.adID().empty()) printRow(out, "id", model.adID());
+    if (model.adSequence()) printRow(out, "sequence", *model.adSequence());
+    printRow(out, "chain", counted(model.vastDocumentArray().size(), "document"));
+    if (ad.failure) printRow(out, "failed", describe(*ad.failure));
+    if (!ad.reason.empty()) printRow(out, "", "no media file: " + ad.reason);
+    if (!model.vastError()) printRow(out, "", "never resolved: stand-alone ads are looked at only beside a pod");
+    printFiles(ad, out);
+    printURLs(ad, out);
+  }
+}
+
+}  // namespace
+
+void printText(const Inspection& inspection, std::ostream& out) {
+  printHeading(inspection, out);
+  printHops(inspection.hops, out);
+  printAds(inspection.ads, "Ad", out);
+  printAds(inspection.standalone, "Stand-alone ad", out);
+  if (!inspection.validation) return;
+  out << "\nVAST 2.0.1 schema: " << (inspection.validation->isValid ? "valid" : "NOT valid") << '\n';
+  for (const auto& message : inspection.validation->messages) out << "  " << printable(message) << '\n';
+}
