@@ -59,3 +59,15 @@ function(ymr_test name)
   endif()
   gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
+
+# Runs a test program of ScreenTest's once more, drawing with GL on a virtual display, where there is one. The checkers
+# are left out: what they would look at is the display's own software GL.
+find_program(YMR_XVFB_RUN xvfb-run)
+function(ymr_gpu_test name)
+  if(NOT YMR_XVFB_RUN OR YMR_SANITIZE)
+    return()
+  endif()
+  add_test(NAME ${name}.on_the_gpu COMMAND ${YMR_XVFB_RUN} -a -s "-screen 0 1280x720x24" $<TARGET_FILE:${name}>)
+  set_tests_properties(${name}.on_the_gpu PROPERTIES LABELS screen TIMEOUT 120
+    ENVIRONMENT "QT_QPA_PLATFORM=xcb;YMR_GRAPHICS=gpu")
+endfunction()

@@ -21,11 +21,17 @@ bool isAnyToBeSeen() {
   return false;
 }
 
+// What must be before the first window: the run loop, by which animations go, and the choice of how to draw.
+QWindow* prepared(UIGraphics graphics) {
+  QtRunLoop::installIfNeeded();
+  UIChooseGraphics(graphics);
+  return nullptr;
+}
+
 }  // namespace
 
 UIWindow::UIWindow(std::optional<CGSize> size, UIGraphics graphics)
-    : QQuickWindow((UIChooseGraphics(graphics), static_cast<QWindow*>(nullptr))), requestedSize_(size) {
-  QtRunLoop::installIfNeeded();
+    : QQuickWindow(prepared(graphics)), requestedSize_(size) {
   YMR_ASSERT_MAIN_THREAD();
   setColor(Qt::black);
   setCursor(Qt::BlankCursor);

@@ -34,7 +34,12 @@ bool runEventsUntil(Done done) {
   return true;
 }
 
-// A window of 640 x 360 points over the software scene graph, on virtual time.
+// How tests draw: by software, or on the GPU with YMR_GRAPHICS=gpu (under a real display or a virtual one).
+inline UIGraphics screenGraphics() {
+  return qEnvironmentVariable("YMR_GRAPHICS") == "gpu" ? UIGraphics::gpu : UIGraphics::software;
+}
+
+// A window of 640 x 360 points, on virtual time.
 //
 // Set YMR_PICTURES to a folder to have every snapshot written there as a PNG, named after the test.
 class ScreenTest : public testing::Test {
@@ -42,7 +47,7 @@ class ScreenTest : public testing::Test {
   ScreenTest() {
     window.setRootViewController(controller);
     window.makeKeyAndVisible();
-    QCoreApplication::processEvents();
+    EXPECT_TRUE(runEventsUntil([this] { return window.isExposed(); }));
   }
 
   // Lets time pass, in steps of a sixtieth of a second, with Qt's events in between.
@@ -55,6 +60,7 @@ class ScreenTest : public testing::Test {
   void resize(int width, int height) {
     window.resize(width, height);
     QCoreApplication::processEvents();
+    EXPECT_TRUE(runEventsUntil([&] { return view()->width() == width && view()->height() == height; }));
   }
 
   // What the window shows now; lays out and draws first.
@@ -77,7 +83,7 @@ class ScreenTest : public testing::Test {
 
   QGuiApplication& application = screenApplication();
   VirtualRunLoop loop;
-  UIWindow window{CGSize{640, 360}, UIGraphics::software};
+  UIWindow window{CGSize{640, 360}, screenGraphics()};
   std::shared_ptr<UIViewController> controller = std::make_shared<UIViewController>();
 
  private:
@@ -93,6 +99,14 @@ class ScreenTest : public testing::Test {
 // "rrggbb" of a pixel, for comparisons that say what they saw.
 inline std::string colorAt(const QImage& image, int x, int y) {
   return image.valid(x, y) ? image.pixelColor(x, y).name().mid(1).toStdString() : "outside";
+}
+
+// A mixture of colours, "rrggbb", as exact as ways of drawing agree on.
+MATCHER_P(isAbout, color, "is about " + std::string(color)) {
+  const QColor got(QString::fromStdString("#" + arg));
+  const QColor wanted(QString::fromStdString("#" + std::string(color)));
+  return std::abs(got.red() - wanted.red()) <= 1 && std::abs(got.green() - wanted.green()) <= 1 &&
+         std::abs(got.blue() - wanted.blue()) <= 1;
 }
 
 // The smallest rectangle that holds every pixel that is not `background`; empty for none.

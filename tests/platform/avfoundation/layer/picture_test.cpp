@@ -222,7 +222,7 @@ TEST_F(PictureTest, whatLiesAboveStaysWholeWhenPartsAreDrawnAnew) {
   const QImage before = snapshot();
   const QRect marked(500, 300, 20, 20);
   EXPECT_EQ(colorAt(before, 510, 310), "00ff00");
-  EXPECT_EQ(colorAt(before, 400, 200), "80007f");
+  EXPECT_THAT(colorAt(before, 400, 200), isAbout("80007f"));
   EXPECT_EQ(colorAt(before, 200, 200), "0000ff");
 
   label->setText("WWWWWW");
@@ -230,7 +230,7 @@ TEST_F(PictureTest, whatLiesAboveStaysWholeWhenPartsAreDrawnAnew) {
   EXPECT_NE(labelChanged.copy(20, 20, 280, 60), before.copy(20, 20, 280, 60));
   EXPECT_EQ(labelChanged.copy(300, 100, 340, 260), before.copy(300, 100, 340, 260));
   mark->setHidden(true);
-  EXPECT_EQ(colorAt(snapshot(), 510, 310), "80007f");
+  EXPECT_THAT(colorAt(snapshot(), 510, 310), isAbout("80007f"));
   mark->setHidden(false);
   label->setText("MMMMMM");
   EXPECT_EQ(snapshot(), before);
@@ -247,7 +247,7 @@ TEST_F(PictureTest, whatLiesAboveStaysWholeWhenPartsAreDrawnAnew) {
 TEST_F(PictureTest, fadesWithTheViewThatItIsIn) {
   show(plain(0xff0000));
   view()->setAlpha(0.5);
-  EXPECT_EQ(centre(), "7f0000");
+  EXPECT_THAT(centre(), isAbout("7f0000"));
   view()->setAlpha(1);
   EXPECT_EQ(centre(), "ff0000");
   item->setVisible(false);
