@@ -64,6 +64,7 @@ void BufferWatch::noteBuffer(GstPad* pad, GstBuffer* buffer) {
   const GstClockTime time = GST_BUFFER_DTS_OR_PTS(buffer);
   if (found == streams_.end() || !GST_CLOCK_TIME_IS_VALID(time)) return;
   Stream& stream = found->second;
+  if (stream.segment.format != GST_FORMAT_TIME) return;
   const GstClockTime length = GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0;
   guint64 streamTime = 0;
   if (gst_segment_to_stream_time_full(&stream.segment, GST_FORMAT_TIME, time + length, &streamTime) != 1) return;

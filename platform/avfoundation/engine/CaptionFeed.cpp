@@ -53,6 +53,7 @@ void CaptionFeed::take(GstPad* pad, GstBuffer* buffer) const {
 
   const GstSegment* segment = nullptr;
   gst_event_parse_segment(segmentEvent.get(), &segment);
+  if (segment->format != GST_FORMAT_TIME) return;
   guint64 start = 0;
   const int sign = gst_segment_to_stream_time_full(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer), &start);
   if (sign == 0) return;

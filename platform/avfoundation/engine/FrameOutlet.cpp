@@ -97,7 +97,7 @@ VideoFrame FrameOutlet::frameFrom(GstSample* sample) const {
   frame.pixelAspectNumerator = GST_VIDEO_INFO_PAR_N(&info);
   frame.pixelAspectDenominator = GST_VIDEO_INFO_PAR_D(&info);
   const GstSegment* segment = gst_sample_get_segment(sample);
-  if (segment && GST_BUFFER_PTS_IS_VALID(buffer)) {
+  if (segment && segment->format == GST_FORMAT_TIME && GST_BUFFER_PTS_IS_VALID(buffer)) {
     guint64 streamTime = 0;
     const int sign = gst_segment_to_stream_time_full(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer), &streamTime);
     if (sign) frame.time = CMTimeMake(sign * static_cast<std::int64_t>(streamTime), 1'000'000'000);
@@ -118,8 +118,11 @@ void FrameOutlet::noteEvent(GstEvent* event) {
     return;
   }
   if (GST_EVENT_TYPE(event) == GST_EVENT_STREAM_START) {
+    const gchar* stream = nullptr;
+    gst_event_parse_stream_start(event, &stream);
     std::lock_guard lock(mutex_);
-    streamOrientation_ = {};
+    if (stream_ != stream) streamOrientation_ = {};
+    stream_ = stream;
     return;
   }
   if (GST_EVENT_TYPE(event) != GST_EVENT_TAG) return;

@@ -55,6 +55,7 @@ class FrameOutlet {
   std::shared_ptr<VideoFrameSink> sink_;
   VideoFrame current_;
   GstBuffer* currentBuffer_ = nullptr;  // the one in current_, for comparison only
+  std::string stream_;                  // whose pictures come; the same one may be announced again
   Orientation streamOrientation_;
   double frameRate_ = 0;
   bool isFresh_ = false;  // something came since the last flush

@@ -12,7 +12,11 @@ namespace {
 
 constexpr std::int64_t second = 1'000'000'000;
 constexpr std::int32_t nanoseconds = 1'000'000'000;
-constexpr auto bufferPollInterval = std::chrono::milliseconds(500);
+constexpr auto pollInterval = std::chrono::milliseconds(500);
+// A file needs no server to be ready; playbin3 1.22 now and then loses its way while it connects the streams, and a new
+// one then finds it. Twice as long before each further attempt, for slow disks.
+constexpr auto filePatience = std::chrono::seconds(1);
+constexpr int maximumRestarts = 3;
 // How long a seek may take before one that was asked for later no longer waits for it.
 constexpr auto seekPatience = std::chrono::seconds(1);
 // The end that a container names and the end of its last sample differ by less than this.
@@ -44,7 +48,7 @@ GStreamerEngine::GStreamerEngine(const MediaSource& source)
 GStreamerEngine::~GStreamerEngine() {
   YMR_ASSERT_MAIN_THREAD();
   hop_.close();
-  for (const RunLoop::TimerToken timer : {bufferTimer_, impatience_}) {
+  for (const RunLoop::TimerToken timer : {pollTimer_, impatience_, restartTimer_}) {
     if (timer) RunLoop::main().cancel(timer);
   }
   if (pipeline_) MediaPipeline::close(std::move(pipeline_));
@@ -63,6 +67,7 @@ MediaPipeline::Events GStreamerEngine::pipelineEvents() {
   MediaPipeline::Events events;
   events.opened = [this] {
     isOpen_ = true;
+    poll();
     apply();
   };
   events.prerolled = [this](std::uint64_t flushes) { prerolled(flushes); };
@@ -75,7 +80,11 @@ MediaPipeline::Events GStreamerEngine::pipelineEvents() {
     finishSeek();
   };
   events.ended = [this] { ended(); };
-  events.failed = [this](const NSError& error) { fail(error); };
+  events.failed = [this](const NSError& error) {
+    const bool mayHaveLostItsWay =
+        !isReady_ && source_.url.isFileURL() && error.code == AVErrorUnknown && restarts_ == 0;
+    mayHaveLostItsWay ? restart() : fail(error);
+  };
   events.buffered = [this](bool isFilled) { buffered(isFilled); };
   events.factsChanged = [this](MediaFacts facts) { factsChanged(std::move(facts)); };
   events.captionFound = [this](const std::string& track, CaptionCue cue) { captionFound(track, std::move(cue)); };
@@ -87,7 +96,30 @@ void GStreamerEngine::load() {
   if (isLoaded_) return;
   isLoaded_ = true;
   if (!mayOpen(source_)) return fail(unsupportedSchemeError(source_.url));
+  openPipeline();
+}
+
+void GStreamerEngine::openPipeline() {
   pipeline_->open();
+  if (!source_.url.isFileURL() || restarts_ == maximumRestarts) return;
+  restartTimer_ = RunLoop::main().schedule(filePatience * (1 << restarts_), [this] {
+    restartTimer_ = 0;
+    restart();
+  });
+}
+
+void GStreamerEngine::restart() {
+  ++restarts_;
+  if (restartTimer_) RunLoop::main().cancel(std::exchange(restartTimer_, 0));
+  MediaPipeline::close(std::move(pipeline_));
+  isOpen_ = false;
+  isFilled_ = true;
+  pipelinePlays_ = false;
+  pipeline_ = std::make_shared<MediaPipeline>(source_, MediaEngineSettings::shared(), pipelineEvents());
+  pipeline_->sound().setMuted(isMuted_);
+  pipeline_->frames().setSink(frameSink_);
+  openPipeline();
+  apply();
 }
 
 void GStreamerEngine::setRate(double rate) {
@@ -114,9 +146,9 @@ void GStreamerEngine::apply() {
 void GStreamerEngine::prerolled(std::uint64_t flushes) {
   if (!isReady_) {
     isReady_ = true;
+    if (restartTimer_) RunLoop::main().cancel(std::exchange(restartTimer_, 0));
     silence_.reset();
     report(&Events::ready);
-    if (!source_.url.isFileURL()) watchBuffering();
     if (next_) begin(*std::exchange(next_, std::nullopt));
     apply();
   } else if (current_ && current_->flushesBefore && flushes > *current_->flushesBefore) {
@@ -219,7 +251,7 @@ void GStreamerEngine::fail(const NSError& error) {
   report(&Events::failed, error);
   hasFailed_ = true;
   silence_.reset();
-  for (RunLoop::TimerToken* timer : {&bufferTimer_, &impatience_}) {
+  for (RunLoop::TimerToken* timer : {&pollTimer_, &impatience_, &restartTimer_}) {
     if (*timer) RunLoop::main().cancel(std::exchange(*timer, 0));
   }
   MediaPipeline::close(std::move(pipeline_));
@@ -232,12 +264,13 @@ void GStreamerEngine::buffered(bool isFilled) {
   report(&Events::bufferingChanged);
 }
 
-void GStreamerEngine::watchBuffering() {
-  bufferTimer_ = RunLoop::main().schedule(bufferPollInterval, [this] {
-    const auto end = pipeline_->bufferedEnd();
+void GStreamerEngine::poll() {
+  pollTimer_ = RunLoop::main().schedule(pollInterval, [this] {
+    poll();
+    if (!isReady_) return pipeline_->lookForSilentFailure();
+    const auto end = source_.url.isFileURL() ? std::nullopt : pipeline_->bufferedEnd();
     if (end != lastBufferedEnd_) report(&Events::bufferingChanged);
     lastBufferedEnd_ = end;
-    watchBuffering();
   });
 }
 
@@ -273,12 +306,14 @@ void GStreamerEngine::selectLegibleTrack(const std::optional<std::string>& ident
 
 void GStreamerEngine::setMuted(bool muted) {
   YMR_ASSERT_MAIN_THREAD();
+  isMuted_ = muted;
   if (pipeline_) pipeline_->sound().setMuted(muted);
 }
 
 void GStreamerEngine::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
   YMR_ASSERT_MAIN_THREAD();
-  if (pipeline_) pipeline_->frames().setSink(std::move(sink));
+  frameSink_ = std::move(sink);
+  if (pipeline_) pipeline_->frames().setSink(frameSink_);
 }
 
 std::int64_t GStreamerEngine::mediaTime() const {

@@ -44,6 +44,9 @@ class GStreamerEngine final : public MediaEngine {
   };
 
   MediaPipeline::Events pipelineEvents();
+  void openPipeline();
+  // Puts a new pipeline in the place of one that does not become ready.
+  void restart();
   void prerolled(std::uint64_t flushes);
   void becomeReady();
   void ended();
@@ -62,7 +65,8 @@ class GStreamerEngine final : public MediaEngine {
 
   // Brings the pipeline, the silence watch and the captions in line with what is wanted. After every change.
   void apply();
-  void watchBuffering();
+  // Looks after what no event tells: how far the media is here, and whether it was given up without a word.
+  void poll();
   std::int64_t mediaTime() const;
   bool hasVideo() const;
   // Hands an event to the host on a turn of its own; none after `failed`.
@@ -81,13 +85,17 @@ class GStreamerEngine final : public MediaEngine {
   bool hasEnded_ = false;
   bool isFilled_ = true;
   bool pipelinePlays_ = false;
+  bool isMuted_ = false;
   double rate_ = 0;
+  int restarts_ = 0;
+  std::shared_ptr<VideoFrameSink> frameSink_;
   MediaFacts facts_;
   std::optional<Seek> current_;
   std::optional<Seek> next_;
   mutable std::int64_t floor_ = 0;  // the position never falls below what it was, but for a seek
   std::optional<GstClockTime> lastBufferedEnd_;
-  RunLoop::TimerToken bufferTimer_ = 0;
+  RunLoop::TimerToken pollTimer_ = 0;
+  RunLoop::TimerToken restartTimer_ = 0;
   RunLoop::TimerToken impatience_ = 0;  // lets next_ take the place of a current_ that does not come to an end
   SilenceWatch silence_;
   CaptionPresenter captions_;

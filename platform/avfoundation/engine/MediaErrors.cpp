@@ -24,6 +24,9 @@ NSError mediaError(int code, std::string message) {
 NSError statusError(unsigned status, const NSURL& url) {
   const std::string server = "The server " + nameOf(url);
   const std::string answer = " (HTTP " + std::to_string(status) + ").";
+  if (status < 400) {
+    return urlError(NSURLErrorHTTPTooManyRedirects, server + " redirects without an end" + answer);
+  }
   switch (status) {
     case 401:
     case 403:
@@ -73,10 +76,18 @@ NSError streamError(int code, const NSURL& url, const std::string& detail) {
       return mediaError(AVErrorDecodeFailed, nameOf(url) + " is encrypted.");
     case GST_STREAM_ERROR_DEMUX:
     case GST_STREAM_ERROR_FORMAT:
-      return mediaError(AVErrorFileFailedToParse, nameOf(url) + " is damaged or incomplete.");
+      return damagedMediaError(url);
     default:
       return mediaError(AVErrorUnknown, nameOf(url) + " can't be played: " + detail);
   }
+}
+
+// What became of a connection after the server's last answer.
+NSError connectionError(const NSURL& url, unsigned status) {
+  if (status == 0) {
+    return urlError(NSURLErrorCannotConnectToHost, "The server " + nameOf(url) + " can't be reached.");
+  }
+  return urlError(NSURLErrorNetworkConnectionLost, "The connection to the server " + nameOf(url) + " was lost.");
 }
 
 bool isFromHTTPSource(GstMessage* message) {
@@ -86,7 +97,7 @@ bool isFromHTTPSource(GstMessage* message) {
 
 }  // namespace
 
-NSError mediaErrorFromMessage(GstMessage* message, const NSURL& url, bool answered) {
+NSError mediaErrorFromMessage(GstMessage* message, const NSURL& url, const MediaErrorContext& context) {
   GError* parsed = nullptr;
   gchar* debug = nullptr;
   gst_message_parse_error(message, &parsed, &debug);
@@ -96,20 +107,17 @@ NSError mediaErrorFromMessage(GstMessage* message, const NSURL& url, bool answer
   gst_message_parse_error_details(message, &details);
 
   guint status = 0;
-  if (details && gst_structure_get_uint(details, "http-status-code", &status) && status >= 400) {
+  if (details && gst_structure_get_uint(details, "http-status-code", &status) && status >= 300) {
     return statusError(status, url);
   }
   // The source has no words of its own for a connection that failed: its stream just stops.
   if (isFromHTTPSource(message) && error->domain == GST_STREAM_ERROR) {
-    if (answered) {
-      return urlError(NSURLErrorNetworkConnectionLost, "The connection to the server " + nameOf(url) + " was lost.");
-    }
-    return urlError(NSURLErrorCannotConnectToHost, "The server " + nameOf(url) + " can't be reached.");
+    return connectionError(url, context.httpStatus);
   }
   if (error->domain == GST_RESOURCE_ERROR) return resourceError(error->code, url, error->message);
   if (error->domain == GST_STREAM_ERROR) return streamError(error->code, url, error->message);
   if (error->domain == GST_CORE_ERROR && error->code == GST_CORE_ERROR_MISSING_PLUGIN) {
-    return missingDecoderError(url, "");
+    return missingDecoderError(url, context.missingCodec);
   }
   return mediaError(AVErrorUnknown, nameOf(url) + " can't be played: " + error->message);
 }
@@ -122,6 +130,10 @@ NSError unrecognizedFormatError(const NSURL& url, const std::string& typeName) {
   const std::string found = typeName.empty() ? "" : " (" + typeName + ")";
   return mediaError(AVErrorFileFormatNotRecognized,
                     nameOf(url) + " is not of a format that can be played" + found + ".");
+}
+
+NSError damagedMediaError(const NSURL& url) {
+  return mediaError(AVErrorFileFailedToParse, nameOf(url) + " is damaged or incomplete.");
 }
 
 NSError missingDecoderError(const NSURL& url, const std::string& codec) {

@@ -10,12 +10,20 @@
 // The one place that turns what GStreamer says into the errors that a host reads. Messages are for people, in one
 // sentence, and name the file or the server. Any thread.
 
-// What an error message of the pipeline means for the media at `url`. `answered`: its server has sent a head before.
-NSError mediaErrorFromMessage(GstMessage* error, const NSURL& url, bool answered);
+// What was seen before an error.
+struct MediaErrorContext {
+  unsigned httpStatus = 0;        // of the server's last answer; 0 when there was none
+  std::string missingCodec = {};  // that nothing here decodes, for people
+};
+
+// What an error message of the pipeline means for the media at `url`.
+NSError mediaErrorFromMessage(GstMessage* error, const NSURL& url, const MediaErrorContext& context);
 
 NSError unsupportedSchemeError(const NSURL& url);
 // The bytes are of no container or not of one that may be opened; `typeName` is the media type found, or empty.
 NSError unrecognizedFormatError(const NSURL& url, const std::string& typeName);
+// What is there was read and can't be made sense of.
+NSError damagedMediaError(const NSURL& url);
 // Streams were found and no decoder takes one of them; `codec` is for people, or empty.
 NSError missingDecoderError(const NSURL& url, const std::string& codec);
 NSError silenceError(const NSURL& url, double seconds);

@@ -1,7 +1,9 @@
 #include "platform/avfoundation/engine/MediaPipeline.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "platform/avfoundation/engine/DecoderDrain.h"
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
 #include "platform/avfoundation/engine/SourceSetup.h"
@@ -27,6 +29,18 @@ std::string uriOf(const NSURL& url) {
   if (!url.isFileURL()) return url.absoluteString();
   const GTextRef uri(g_filename_to_uri(url.path().c_str(), nullptr, nullptr));
   return uri ? uri.get() : url.absoluteString();
+}
+
+bool offers(GstStreamCollection* collection, int types) {
+  for (guint i = 0; i < gst_stream_collection_get_size(collection); ++i) {
+    if (gst_stream_get_stream_type(gst_stream_collection_get_stream(collection, i)) & types) return true;
+  }
+  return false;
+}
+
+bool offersPicturesOrSound(GstStreamCollection* collection) {
+  return gst_stream_collection_get_size(collection) == 0 ||
+         offers(collection, GST_STREAM_TYPE_VIDEO | GST_STREAM_TYPE_AUDIO);
 }
 
 // Texts are picked up before the decoders, so playbin is not told of them.
@@ -89,6 +103,7 @@ void MediaPipeline::build() {
   g_object_set(playbin, "uri", uriOf(source_.url).c_str(), "video-sink", pictures, "audio-sink", sound,
                "buffer-duration", buffering.duration, "buffer-size", buffering.bytes, nullptr);
   PipelineListener::connect(playbin, this);
+  drainDecodersEarly(playbin);
   g_signal_connect(playbin, "deep-element-added", G_CALLBACK(elementAdded), this);
   g_signal_connect(playbin, "source-setup", G_CALLBACK(sourceSetUp), this);
   for (GstPad* pad : {frames_.pad(), sound_.pad()}) {
@@ -102,6 +117,7 @@ void MediaPipeline::elementAdded(GstBin*, GstBin* subBin, GstElement* element, g
   auto* self = static_cast<MediaPipeline*>(data);
   self->configureBuffering(element);
   self->gate_.admit(element);
+  self->demuxers_.admit(element);
   self->buffers_.admit(element, GST_ELEMENT_CAST(subBin));
   self->captions_.admit(element);
 }
@@ -160,6 +176,17 @@ void MediaPipeline::replaceSound() {
   applyState();
 }
 
+void MediaPipeline::lookForSilentFailure() {
+  enqueue([](MediaPipeline& self) {
+    {
+      std::lock_guard lock(self.mutex_);
+      if (self.streams_) return;
+    }
+    if (!self.demuxers_.hasGivenUp()) return;
+    self.hop_.post([&self] { self.events_.failed(damagedMediaError(self.source_.url)); });
+  });
+}
+
 void MediaPipeline::fetchLegibleTrack(const std::string& identifier) {
   enqueue([identifier](MediaPipeline& self) { self.selectStreams(identifier); });
 }
@@ -184,8 +211,15 @@ void MediaPipeline::selectStreams(const std::string& legible) {
 void MediaPipeline::prerolled() {
   enqueue([flushes = flushes_.load()](MediaPipeline& self) {
     self.refreshFacts();
+    if (flushes == 0) self.failWithoutPictures();
     self.hop_.post([&self, flushes] { self.events_.prerolled(flushes); });
   });
+}
+
+void MediaPipeline::failWithoutPictures() {
+  std::lock_guard lock(mutex_);
+  if (missingVideoCodec_.empty() || !streams_ || offers(streams_.get(), GST_STREAM_TYPE_VIDEO)) return;
+  hop_.post([this, codec = missingVideoCodec_] { events_.failed(missingDecoderError(source_.url, codec)); });
 }
 
 void MediaPipeline::refreshFacts() {
@@ -218,11 +252,17 @@ void MediaPipeline::ended() {
 
 void MediaPipeline::failed(GstMessage* message) {
   if (sound_.contains(GST_MESSAGE_SRC(message))) return enqueue(&MediaPipeline::replaceSound);
-  hop_.post([this, error = mediaErrorFromMessage(message, source_.url, hasAnswer_)] { events_.failed(error); });
+  MediaErrorContext context{.httpStatus = httpStatus_};
+  {
+    std::lock_guard lock(mutex_);
+    context.missingCodec = missingCodec_;
+  }
+  hop_.post([this, error = mediaErrorFromMessage(message, source_.url, context)] { events_.failed(error); });
 }
 
 void MediaPipeline::buffered(bool isFilled) {
-  if (filled_.exchange(isFilled) == isFilled) return;
+  std::lock_guard lock(mutex_);  // until it is posted: the last word must be the last event
+  if (std::exchange(isFilled_, isFilled) == isFilled) return;
   hop_.post([this, isFilled] { events_.buffered(isFilled); });
 }
 
@@ -231,9 +271,15 @@ void MediaPipeline::durationChanged() {
 }
 
 void MediaPipeline::streamsFound(GstStreamCollection* collection) {
+  std::string missingCodec;
   {
     std::lock_guard lock(mutex_);
     streams_ = shareObject(collection);
+    missingCodec = missingCodec_;
+  }
+  // Nothing would ever come out of it, and nobody would say so.
+  if (!offersPicturesOrSound(collection)) {
+    hop_.post([this, missingCodec] { events_.failed(unrecognizedFormatError(source_.url, missingCodec)); });
   }
   enqueue(&MediaPipeline::refreshFacts);
 }
@@ -258,7 +304,11 @@ void MediaPipeline::clockLost() {
   });
 }
 
-void MediaPipeline::decoderMissing(const std::string&) {}
+void MediaPipeline::decoderMissing(const std::string& codec, bool isVideo) {
+  std::lock_guard lock(mutex_);
+  missingCodec_ = codec;
+  if (isVideo) missingVideoCodec_ = codec;
+}
 
 std::optional<std::int64_t> MediaPipeline::mediaTime() const {
   GstEventRef event(gst_pad_get_sticky_event(frames_.pad(), GST_EVENT_SEGMENT, 0));

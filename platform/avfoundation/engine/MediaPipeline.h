@@ -12,6 +12,7 @@
 #include "platform/avfoundation/engine/BufferWatch.h"
 #include "platform/avfoundation/engine/CaptionFeed.h"
 #include "platform/avfoundation/engine/ContainerGate.h"
+#include "platform/avfoundation/engine/DemuxerWatch.h"
 #include "platform/avfoundation/engine/FrameOutlet.h"
 #include "platform/avfoundation/engine/MainHop.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
@@ -60,6 +61,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   void seek(std::int64_t time);
   // Fetches the text rendition of a playlist that has this track; other media deliver all of their texts anyway.
   void fetchLegibleTrack(const std::string& identifier);
+  // Looks whether the media has been given up without an error; to be asked now and then before the first preroll.
+  void lookForSilentFailure();
   // The last call on the main thread: no event comes any more, and the pipeline stops and goes when it can.
   static void close(std::shared_ptr<MediaPipeline> pipeline);
 
@@ -81,8 +84,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   void streamsSelected(GstElement* source, const std::vector<GstStream*>& streams) override;
   void clockStarted() override { clockRuns_ = true; }
   void clockLost() override;
-  void decoderMissing(const std::string& codec) override;
-  void serverAnswered() override { hasAnswer_ = true; }
+  void decoderMissing(const std::string& codec, bool isVideo) override;
+  void serverAnswered(unsigned status) override { httpStatus_ = status; }
 
   // Runs a member function on the pipeline's queue unless the pipeline has been closed. Any thread.
   void enqueue(std::function<void(MediaPipeline&)> operation);
@@ -93,6 +96,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   void selectStreams(const std::string& legible);
   void replaceSound();
   void refreshFacts();
+  // Sound without the pictures that belong to it is no programme.
+  void failWithoutPictures();
 
   static void elementAdded(GstBin* bin, GstBin* subBin, GstElement* element, gpointer self);
   static void sourceSetUp(GstElement* playbin, GstElement* source, gpointer self);
@@ -108,6 +113,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   FrameOutlet frames_;
   SoundOutlet sound_;
   ContainerGate gate_;
+  DemuxerWatch demuxers_;
   BufferWatch buffers_;
   CaptionFeed captions_;
 
@@ -115,11 +121,13 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   bool isPlaying_ = false;  // what the pipeline was last told; on the queue
   std::atomic<bool> clockRuns_{false};
   std::atomic<std::uint64_t> flushes_{0};
-  std::atomic<bool> hasAnswer_{false};
-  std::atomic<int> filled_{-1};
+  std::atomic<unsigned> httpStatus_{0};  // of the last answer; 0 before one
 
   mutable std::mutex mutex_;  // guards what follows
+  bool isFilled_ = true;
   GstObjectRef<GstStreamCollection> streams_;
   GstElementRef adaptiveDemuxer_;
+  std::string missingCodec_;                 // one that nothing here decodes, for people
+  std::string missingVideoCodec_;            // the same, of pictures
   std::vector<std::string> fetchedStreams_;  // pictures and sound that the adaptive demuxer delivers
 };

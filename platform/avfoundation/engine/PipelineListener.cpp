@@ -6,6 +6,18 @@
 
 #include "platform/avfoundation/engine/GstHandles.h"
 
+namespace {
+
+bool isOfVideo(const GstStructure* missing) {
+  GstCaps* caps = nullptr;
+  if (!gst_structure_get(missing, "detail", GST_TYPE_CAPS, &caps, nullptr)) return false;
+  const GstCapsRef owned(caps);
+  if (!caps || gst_caps_is_empty(caps) || gst_caps_is_any(caps)) return false;
+  return std::string_view(gst_structure_get_name(gst_caps_get_structure(caps, 0))).starts_with("video/");
+}
+
+}  // namespace
+
 void PipelineListener::connect(GstElement* pipeline, PipelineListener* listener) {
   const GstBusRef bus(gst_element_get_bus(pipeline));
   gst_bus_set_sync_handler(bus.get(), &PipelineListener::dispatch, listener, nullptr);
@@ -72,8 +84,10 @@ GstBusSyncReply PipelineListener::dispatch(GstBus*, GstMessage* message, gpointe
 void PipelineListener::hearElement(GstMessage* message) {
   if (gst_is_missing_plugin_message(message)) {
     const GTextRef description(gst_missing_plugin_message_get_description(message));
-    decoderMissing(description.get());
+    decoderMissing(description.get(), isOfVideo(gst_message_get_structure(message)));
   } else if (gst_message_has_name(message, "http-headers")) {
-    serverAnswered();
+    guint status = 0;  // stays so when there was no answer
+    gst_structure_get_uint(gst_message_get_structure(message), "http-status-code", &status);
+    if (status >= 100) serverAnswered(status);
   }
 }

@@ -27,9 +27,9 @@ class PipelineListener {
   // The element that gave the pipeline its time has gone.
   virtual void clockLost() = 0;
   // A stream that no element here decodes; `codec` is for people.
-  virtual void decoderMissing(const std::string& codec) = 0;
+  virtual void decoderMissing(const std::string& codec, bool isVideo) = 0;
   // An HTTP server has answered with a head.
-  virtual void serverAnswered() = 0;
+  virtual void serverAnswered(unsigned status) = 0;
 
   // Sends every message of the pipeline's bus to `listener`, which must outlive the pipeline, and none anywhere else.
   static void connect(GstElement* pipeline, PipelineListener* listener);

@@ -51,7 +51,7 @@ class EngineTest : public testing::Test {
   NSURL httpURL(const std::string& name) const { return *NSURL::URLWithString(server.url("/" + name)); }
   // "@name" is the clip on the server, a URL is itself, everything else the clip's file.
   NSURL urlOf(const std::string& where) const {
-    if (where.find("://") != std::string::npos) return *NSURL::URLWithString(where);
+    if (where.find(':') != std::string::npos) return *NSURL::URLWithString(where);
     return where[0] == '@' ? httpURL(where.substr(1)) : fileURL(where);
   }
 

@@ -1,0 +1,204 @@
+// What can't be played says so, soon and in words; what can be played in part is; and the next one plays.
+#include "platform/avfoundation/engine/GstHandles.h"
+#include "tests/platform/avfoundation/engine/EngineTest.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+struct Bad {
+  std::string where;
+  std::string domain;
+  int code;
+  std::string says;  // a part of the message
+};
+
+void PrintTo(const Bad& bad, std::ostream* out) {
+  *out << bad.where;
+}
+
+class BadMedia : public EngineTest, public testing::WithParamInterface<Bad> {
+ protected:
+  BadMedia() {
+    server.on("/404.mp4", HTTPServer::Reply{.status = 404});
+    server.on("/403.mp4", HTTPServer::Reply{.status = 403});
+    server.on("/500.mp4", HTTPServer::Reply{.status = 500});
+    server.on("/empty.m3u8", "#EXTM3U\n", "application/vnd.apple.mpegurl");
+    server.on("/gone.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:2\n#EXTINF:2,\n404.ts\n#EXT-X-ENDLIST\n",
+              "application/vnd.apple.mpegurl");
+    server.on("/404.ts", HTTPServer::Reply{.status = 404});
+    server.onRedirect("/loop.mp4", "/loop.mp4");
+  }
+};
+
+TEST_P(BadMedia, failsInWordsAndTheNextOnePlays) {
+  const Bad& bad = GetParam();
+  EXPECT_FALSE(open(bad.where));
+  ASSERT_EQ(told.failures.size(), 1u);
+  EXPECT_EQ(told.failures[0].domain, bad.domain) << told.failures[0].message;
+  EXPECT_EQ(told.failures[0].code, bad.code) << told.failures[0].message;
+  EXPECT_THAT(told.failures[0].message, HasSubstr(bad.says));
+  EXPECT_EQ(told.failures[0].message.back(), '.');
+  // It is at rest: whatever it is asked now, it answers.
+  engine->setRate(1);
+  EXPECT_EQ(seek(1), false);
+  EXPECT_THAT(engine->bufferedRanges(), IsEmpty());
+  engine->setMuted(true);
+  engine->selectLegibleTrack("none");
+  engine->setFrameSink(nullptr);
+  EXPECT_EQ(position(), 0);
+  runFor(50ms);
+  EXPECT_EQ(told.failures.size(), 1u);
+  EXPECT_EQ(told.ended, 0);
+
+  ASSERT_TRUE(open("half.mp4"));
+  EXPECT_EQ(frames->lastNumber(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Engine, BadMedia,
+    testing::Values(Bad{"nowhere.mp4", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "nowhere.mp4 does not exist"},
+                    Bad{"hls", NSURLErrorDomain, NSURLErrorNoPermissionsToReadFile, "hls can't be opened"},
+                    Bad{"zero.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "zero.mp4"},
+                    Bad{"text.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text.mp4"},
+                    Bad{"page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text/html"},
+                    Bad{"captions.scc", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "captions.scc"},
+                    Bad{"english.srt", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "english.srt"},
+                    Bad{"headless.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "headless.mp4"},
+                    Bad{"headonly.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "incomplete"},
+                    Bad{"@404.mp4", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
+                    Bad{"@403.mp4", NSURLErrorDomain, NSURLErrorNoPermissionsToReadFile, "403"},
+                    Bad{"@500.mp4", NSURLErrorDomain, NSURLErrorBadServerResponse, "500"},
+                    Bad{"@zero.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "127.0.0.1"},
+                    Bad{"@text.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "127.0.0.1"},
+                    Bad{"@page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text/html"},
+                    Bad{"@headless.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "127.0.0.1"},
+                    Bad{"@loop.mp4", NSURLErrorDomain, NSURLErrorHTTPTooManyRedirects, "127.0.0.1"},
+                    Bad{"@empty.m3u8", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "127.0.0.1"},
+                    Bad{"@gone.m3u8", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
+                    Bad{"http://127.0.0.1:9/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost, "127.0.0.1"},
+                    Bad{"https://127.0.0.1:9/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost, "127.0.0.1"},
+                    Bad{"http://no.such.host.invalid/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost,
+                        "no.such.host"},
+                    Bad{"ftp://127.0.0.1/clip.mp4", NSURLErrorDomain, NSURLErrorUnsupportedURL, "ftp:"},
+                    Bad{"data:video/mp4;base64,AAAA", NSURLErrorDomain, NSURLErrorUnsupportedURL, "data:"}),
+    [](const auto& test) {
+      std::string name = test.param.where;
+      std::ranges::replace_if(
+          name, [](unsigned char c) { return !std::isalnum(c); }, '_');
+      return name;
+    });
+
+class DamagedMedia : public EngineTest {};
+
+TEST_F(DamagedMedia, playsAsFarAsItGoesAndEnds) {
+  for (const char* where : {"truncated.mp4", "@truncated.mp4", "corrupt.mp4", "@corrupt.mp4"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where));
+    EXPECT_EQ(frames->lastNumber(), 0);
+    if (std::string(where).ends_with("corrupt.mp4")) {
+      ASSERT_EQ(seek(8.5), true);
+    }
+    engine->setRate(1);
+    EXPECT_TRUE(runUntil([this] { return told.ended > 0; }));
+    EXPECT_THAT(told.failures, IsEmpty());
+    EXPECT_GT(frames->lastNumber(), 10);
+  }
+}
+
+TEST_F(DamagedMedia, aServerThatStopsSendingInTheMiddleIsAskedForTheRest) {
+  int requests = 0;
+  server.on("/cut.mp4", [&requests](const HTTPServer::Request&) {
+    auto reply = fileReply("/half.mp4");
+    if (++requests < 4) reply.cutAfter = 5000;
+    return reply;
+  });
+  ASSERT_TRUE(open("@cut.mp4"));
+  engine->setRate(1);
+  EXPECT_TRUE(runUntil([this] { return told.ended > 0; }));
+  EXPECT_GT(frames->lastNumber(), 9);
+  const auto log = server.log();
+  ASSERT_GE(log.size(), 2u);
+  EXPECT_EQ(log[1].headers.at("range"), "bytes=5000-");
+}
+
+// Takes the decoders of a media type away while it lives.
+class WithoutDecoders {
+ public:
+  explicit WithoutDecoders(const char* type) {
+    const GstCapsRef caps(gst_caps_from_string(type));
+    GList* all = gst_element_factory_list_get_elements(GST_ELEMENT_FACTORY_TYPE_DECODER, GST_RANK_MARGINAL);
+    GList* fitting = gst_element_factory_list_filter(all, caps.get(), GST_PAD_SINK, FALSE);
+    for (GList* entry = fitting; entry; entry = entry->next) {
+      auto* feature = GST_PLUGIN_FEATURE(entry->data);
+      ranks_.emplace_back(shareObject(feature), gst_plugin_feature_get_rank(feature));
+      gst_plugin_feature_set_rank(feature, GST_RANK_NONE);
+    }
+    gst_plugin_feature_list_free(fitting);
+    gst_plugin_feature_list_free(all);
+  }
+  ~WithoutDecoders() {
+    for (const auto& [feature, rank] : ranks_) gst_plugin_feature_set_rank(feature.get(), rank);
+  }
+
+ private:
+  std::vector<std::pair<GstObjectRef<GstPluginFeature>, guint>> ranks_;
+};
+
+TEST_F(DamagedMedia, picturesThatNothingDecodesAreAnErrorAndSoundIsNot) {
+  ASSERT_TRUE(open("half.mp4"));  // loads the library
+  {
+    const WithoutDecoders gone("video/x-h264");
+    for (const char* where : {"clip.mp4", "video.mp4", "@clip.mkv"}) {
+      SCOPED_TRACE(where);
+      EXPECT_FALSE(open(where));
+      ASSERT_EQ(told.failures.size(), 1u);
+      EXPECT_EQ(told.failures[0].code, AVErrorDecoderNotFound);
+      EXPECT_THAT(told.failures[0].message, HasSubstr("H.264"));
+    }
+  }
+  {
+    const WithoutDecoders gone("audio/mpeg,mpegversion=4");
+    ASSERT_TRUE(open("clip.mp4"));
+    EXPECT_TRUE(playTo(0.3));
+    EXPECT_GT(frames->lastNumber(), 3);
+    EXPECT_FALSE(open("audio.m4a"));
+    ASSERT_EQ(told.failures.size(), 1u);
+    EXPECT_EQ(told.failures[0].code, AVErrorDecoderNotFound);
+  }
+  EXPECT_TRUE(open("clip.mp4"));
+}
+
+// An advertisement comes from strangers: only what its picker would have taken is opened, whatever it is called.
+class AdvertisementGate : public EngineTest {};
+
+TEST_F(AdvertisementGate, opensTheAcceptedContainersOnly) {
+  for (const char* name : {"clip.mp4", "rotated.mp4", "captions.mov", "audio.m4a", "fragmented.mp4"}) {
+    SCOPED_TRACE(name);
+    EXPECT_TRUE(open(std::string("@") + name, MediaPurpose::advertisement));
+  }
+  for (const char* name : {"clip.mkv", "clip.webm", "clip.ts", "hls/master.m3u8", "hls/low/index.m3u8"}) {
+    SCOPED_TRACE(name);
+    // Neither the address nor the server's word decides.
+    server.on("/ad.mp4", [name](const HTTPServer::Request&) {
+      auto reply = fileReply(std::string("/") + name);
+      reply.type = "video/mp4";
+      return reply;
+    });
+    EXPECT_FALSE(open("@ad.mp4", MediaPurpose::advertisement));
+    ASSERT_EQ(told.failures.size(), 1u);
+    EXPECT_EQ(told.failures[0].code, AVErrorFileFormatNotRecognized) << told.failures[0].message;
+    EXPECT_THAT(frames->numbers(), IsEmpty());
+  }
+  for (const auto& request : server.log()) EXPECT_THAT(request.path, Not(HasSubstr(".ts"))) << "a segment was fetched";
+}
+
+TEST_F(AdvertisementGate, opensHTTPAddressesOnly) {
+  EXPECT_FALSE(open("clip.mp4", MediaPurpose::advertisement));
+  ASSERT_EQ(told.failures.size(), 1u);
+  EXPECT_EQ(told.failures[0].code, NSURLErrorUnsupportedURL);
+}
+
+}  // namespace

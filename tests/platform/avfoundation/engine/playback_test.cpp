@@ -1,0 +1,149 @@
+// Running, pausing and ending: what is shown, in which order, and what position says meanwhile.
+#include "tests/platform/avfoundation/engine/EngineTest.h"
+
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::Gt;
+using testing::IsEmpty;
+
+class Playback : public EngineTest {};
+
+// Nothing twice and nothing in the wrong order; a busy machine may drop single pictures.
+void expectRisingWithoutGaps(const std::vector<int>& numbers, int largestGap) {
+  for (std::size_t i = 1; i < numbers.size(); ++i) {
+    EXPECT_GT(numbers[i], numbers[i - 1]);
+    EXPECT_LE(numbers[i] - numbers[i - 1], largestGap) << "between " << numbers[i - 1] << " and " << numbers[i];
+  }
+}
+
+TEST_F(Playback, showsEveryPictureInOrderAndHoldsTheLast) {
+  for (const char* where : {"half.mp4", "@half.mp4"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where));
+    engine->setRate(1);
+    ASSERT_TRUE(runUntil([this] { return told.ended > 0; }));
+    const auto numbers = frames->numbers();
+    EXPECT_EQ(numbers.front(), 0);
+    EXPECT_GT(numbers.back(), 9);
+    expectRisingWithoutGaps(numbers, 5);
+    EXPECT_EQ(engine->position(), engine->duration());
+    EXPECT_TRUE(frames->last().isValid());
+    runFor(300ms);
+    EXPECT_EQ(told.ended, 1);
+    EXPECT_EQ(frames->numbers(), numbers);
+    EXPECT_EQ(engine->position(), engine->duration());
+    EXPECT_TRUE(engine->isLikelyToKeepUp());
+    EXPECT_FALSE(engine->isBufferEmpty());
+  }
+}
+
+TEST_F(Playback, doesNotMoveBeforeItIsTold) {
+  ASSERT_TRUE(open("clip.mp4"));
+  runFor(300ms);
+  EXPECT_EQ(position(), 0);
+  EXPECT_THAT(frames->numbers(), ElementsAre(0));
+}
+
+TEST_F(Playback, rateGivenBeforeReadyHolds) {
+  make("clip.mp4");
+  engine->setRate(1);
+  engine->load();
+  EXPECT_TRUE(runUntil([this] { return position() > 0.2; }));
+}
+
+TEST_F(Playback, positionIsSmoothWhilePlayingAndStandsWhilePaused) {
+  ASSERT_TRUE(open("clip.mp4"));
+  ASSERT_TRUE(playTo(0.3));
+  const auto began = loop.now();
+  const double from = position();
+  double previous = from;
+  for (int i = 0; i < 50; ++i) {
+    runFor(10ms);
+    const double elapsed = std::chrono::duration<double>(loop.now() - began).count();
+    EXPECT_GE(position(), previous);
+    previous = position();
+    EXPECT_NEAR(previous - from, elapsed, 0.05);
+  }
+  engine->setRate(0);
+  runFor(100ms);
+  const double paused = position();
+  const auto shown = frames->numbers().size();
+  runFor(300ms);
+  EXPECT_EQ(position(), paused);
+  EXPECT_EQ(frames->numbers().size(), shown);
+  EXPECT_NEAR(frames->lastNumber() / 25.0, paused, 0.08);
+  ASSERT_TRUE(playTo(paused + 0.2));
+  expectRisingWithoutGaps(frames->numbers(), 5);
+}
+
+TEST_F(Playback, soundAloneRunsInRealTime) {
+  ASSERT_TRUE(open("audio.m4a"));
+  ASSERT_TRUE(playTo(0.1));
+  const auto began = loop.now();
+  const double from = position();
+  runFor(500ms);
+  EXPECT_NEAR(position() - from, std::chrono::duration<double>(loop.now() - began).count(), 0.1);
+  EXPECT_THAT(frames->numbers(), IsEmpty());
+}
+
+TEST_F(Playback, everyShortClipEnds) {
+  for (const char* where : {"oneframe.mp4", "silent.mp4", "video.mp4", "longsound.mp4", "@oneframe.mp4"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where));
+    if (CMTimeGetSeconds(engine->duration()) > 2) {
+      ASSERT_EQ(seek(CMTimeGetSeconds(engine->duration()) - 0.3), true);
+    }
+    engine->setRate(1);
+    EXPECT_TRUE(runUntil([this] { return told.ended > 0; }));
+    EXPECT_NEAR(position(), CMTimeGetSeconds(engine->duration()), 0.001);
+  }
+}
+
+TEST_F(Playback, playsAgainAfterASeekBackFromTheEnd) {
+  ASSERT_TRUE(open("half.mp4"));
+  engine->setRate(1);
+  ASSERT_TRUE(runUntil([this] { return told.ended == 1; }));
+  frames->clear();
+  ASSERT_EQ(seek(0), true);
+  ASSERT_TRUE(runUntil([this] { return told.ended == 2; }));
+  EXPECT_EQ(frames->numbers().front(), 0);
+  EXPECT_GT(frames->lastNumber(), 9);
+}
+
+TEST_F(Playback, aNewSinkIsGivenThePresentPictureAndTheOldOneNoMore) {
+  ASSERT_TRUE(open("clip.mp4"));
+  const auto other = std::make_shared<NumberedFrames>();
+  engine->setFrameSink(other);
+  EXPECT_THAT(other->numbers(), ElementsAre(0));
+  ASSERT_TRUE(playTo(0.2));
+  EXPECT_THAT(frames->numbers(), ElementsAre(0));
+  EXPECT_GT(other->lastNumber(), 0);
+  engine->setFrameSink(nullptr);
+  const auto count = other->numbers().size();
+  runFor(200ms);
+  EXPECT_EQ(other->numbers().size(), count);
+}
+
+TEST_F(Playback, picturesOutliveTheEngine) {
+  ASSERT_TRUE(open("clip.mp4"));
+  const VideoFrame frame = frames->last();
+  engine.reset();
+  runFor(100ms);
+  EXPECT_EQ(numberOf(frame), 0);
+}
+
+TEST_F(Playback, picturesSayHowTheyAreToBeShown) {
+  ASSERT_TRUE(open("rotated.mp4"));
+  EXPECT_EQ(frames->last().rotation, 270);  // the file asks for a quarter turn the other way round
+  EXPECT_FALSE(frames->last().mirrored);
+  EXPECT_EQ(frames->last().width, 320);
+  ASSERT_TRUE(open("anamorphic.mp4"));
+  EXPECT_EQ(frames->last().rotation, 0);
+  EXPECT_EQ(frames->last().pixelAspectNumerator, 64);
+  EXPECT_EQ(frames->last().pixelAspectDenominator, 45);
+  EXPECT_EQ(frames->last().time, kCMTimeZero);
+}
+
+}  // namespace

@@ -1,0 +1,162 @@
+// Going to a place: exactly there, once, and the last one asked for.
+#include "tests/platform/avfoundation/engine/EngineTest.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+class Seeking : public EngineTest {};
+
+TEST_F(Seeking, showsExactlyThePictureOfThePlace) {
+  struct Place {
+    double seconds;
+    int number;
+  };
+  for (const char* where : {"clip.mp4", "clip.mkv", "@clip.mp4", "@indexlast.mp4"}) {
+    ASSERT_TRUE(open(where));
+    for (const Place& place : {Place{3.32, 83}, {3.34, 83}, {3.3599, 83}, {0, 0}, {9.92, 248}, {0.04, 1}, {5, 125}}) {
+      SCOPED_TRACE(std::string(where) + (" at " + std::to_string(place.seconds)));
+      frames->clear();
+      ASSERT_EQ(seek(place.seconds), true);
+      // Matroska keeps milliseconds, and this file's first picture is late by one frame of sound.
+      const double offset = std::string(where).ends_with("mkv") ? 0.021 : 0;
+      if (offset == 0) {
+        EXPECT_THAT(frames->numbers(), ElementsAre(place.number));
+      } else {
+        EXPECT_NEAR(frames->lastNumber(), place.number, 1);
+      }
+      EXPECT_DOUBLE_EQ(position(), place.seconds);
+    }
+  }
+}
+
+TEST_F(Seeking, isExactForEveryPictureOfAFractionalRate) {
+  ASSERT_TRUE(open("ntsc.mp4"));
+  for (const int number : {59, 1, 8, 15, 22, 30, 31, 58, 0}) {
+    frames->clear();
+    std::optional<bool> finished;
+    engine->seek(CMTimeMake(number * 1001, 30000), [&finished](bool result) { finished = result; });
+    ASSERT_TRUE(runUntil([&finished] { return finished.has_value(); }));
+    EXPECT_THAT(frames->numbers(), ElementsAre(number));
+  }
+}
+
+TEST_F(Seeking, goesOnFromThePlaceWhilePlaying) {
+  for (const char* where : {"clip.mp4", "@clip.mp4", "@hls/low/index.m3u8"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where));
+    ASSERT_TRUE(playTo(0.2));
+    frames->clear();
+    engine->seek(CMTimeMakeWithSeconds(6, 1000), {});
+    EXPECT_EQ(position(), 6) << "the target, at once";
+    ASSERT_TRUE(playTo(6.5));
+    EXPECT_LT(position(), 7);
+    const auto numbers = frames->numbers();
+    const auto first = std::ranges::find_if(numbers, [](int number) { return number > 50; });
+    ASSERT_NE(first, numbers.end());
+    EXPECT_NEAR(*first, 150, 2);
+    EXPECT_LT(numbers.back(), 175);
+  }
+}
+
+TEST_F(Seeking, theLastOfManyWinsAndEachCompletesOnce) {
+  for (const char* where : {"clip.mp4", "@clip.mp4"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where));
+    engine->setRate(1);
+    constexpr int count = 30;
+    std::vector<std::vector<bool>> completions(count);
+    for (int i = 0; i < count; ++i) {
+      engine->seek(CMTimeMake(i * 300, 1000), [&completions, i](bool finished) { completions[i].push_back(finished); });
+      EXPECT_DOUBLE_EQ(position(), i * 0.3);
+      if (i % 3 == 0) runFor(7ms);
+    }
+    ASSERT_TRUE(runUntil([&completions] { return !completions.back().empty(); }));
+    runFor(50ms);
+    for (int i = 0; i < count; ++i) EXPECT_THAT(completions[i].size(), 1u) << i;
+    EXPECT_TRUE(completions.back()[0]);
+    EXPECT_GE(position(), 8.7);
+    EXPECT_LT(position(), 9.5);
+    EXPECT_GE(frames->lastNumber(), 217);
+  }
+}
+
+TEST_F(Seeking, beforeReadyIsRemembered) {
+  make("clip.mp4");
+  std::vector<std::string> order;
+  engine->seek(CMTimeMake(2, 1), [&order](bool finished) { order.push_back(finished ? "2: yes" : "2: no"); });
+  engine->seek(CMTimeMake(4, 1), [&order](bool finished) { order.push_back(finished ? "4: yes" : "4: no"); });
+  EXPECT_EQ(position(), 0);
+  engine->load();
+  ASSERT_TRUE(runUntil([&order] { return order.size() == 2; }));
+  EXPECT_THAT(order, ElementsAre("2: no", "4: yes"));
+  EXPECT_EQ(position(), 4);
+  EXPECT_EQ(frames->lastNumber(), 100);
+}
+
+TEST_F(Seeking, toWhereThePausedPipelineStandsDoesNotFlush) {
+  ASSERT_TRUE(open("clip.mp4"));
+  ASSERT_EQ(seek(2), true);
+  frames->clear();
+  EXPECT_EQ(seek(2), true);
+  runFor(100ms);
+  EXPECT_TRUE(frames->numbers().empty());
+  EXPECT_EQ(position(), 2);
+}
+
+TEST_F(Seeking, isClampedToTheMedia) {
+  for (const char* where : {"clip.mp4", "@clip.mp4", "longsound.mp4"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where));
+    frames->clear();
+    ASSERT_EQ(seek(1000), true);
+    EXPECT_EQ(engine->position(), engine->duration());
+    ASSERT_FALSE(frames->numbers().empty());
+    EXPECT_GE(frames->lastNumber(), std::string(where) == "longsound.mp4" ? 20 : 248);
+    EXPECT_EQ(told.ended, 0);
+    engine->setRate(1);
+    EXPECT_TRUE(runUntil([this] { return told.ended == 1; }));
+    EXPECT_EQ(engine->position(), engine->duration());
+    EXPECT_EQ(seek(-5), true);
+    engine->setRate(0);
+    EXPECT_LT(position(), 0.5);
+  }
+}
+
+TEST_F(Seeking, reachesTheLastPicturesWhereTheSoundGoesOn) {
+  ASSERT_TRUE(open("longsound.mp4"));
+  for (const int number : {49, 48, 47, 49}) {
+    ASSERT_EQ(seek(number / 25.0), true);
+    EXPECT_EQ(frames->lastNumber(), number);
+  }
+  ASSERT_EQ(seek(1.7), true);
+  ASSERT_TRUE(playTo(2.1));
+  EXPECT_EQ(frames->lastNumber(), 49) << "and they come in time when playing";
+}
+
+TEST_F(Seeking, toNoPlaceIsNotCarriedOut) {
+  ASSERT_TRUE(open("clip.mp4"));
+  for (const CMTime& time : {kCMTimeInvalid, kCMTimeIndefinite}) {
+    std::optional<bool> finished;
+    engine->seek(time, [&finished](bool result) { finished = result; });
+    EXPECT_FALSE(finished.has_value()) << "not from inside the call";
+    ASSERT_TRUE(runUntil([&finished] { return finished.has_value(); }));
+    EXPECT_FALSE(*finished);
+    EXPECT_EQ(position(), 0);
+  }
+  std::optional<bool> finished;
+  engine->seek(kCMTimePositiveInfinity, [&finished](bool result) { finished = result; });
+  ASSERT_TRUE(runUntil([&finished] { return finished.has_value(); }));
+  EXPECT_EQ(engine->position(), engine->duration());
+}
+
+TEST_F(Seeking, endsInTheLastPictureOfALongPauseOfSeeks) {
+  ASSERT_TRUE(open("clip.ts"));
+  for (const double place : {8.0, 1.0, 5.0}) {
+    ASSERT_EQ(seek(place), true);
+    EXPECT_NEAR(CMTimeGetSeconds(frames->last().time), place, 0.05);
+    EXPECT_EQ(position(), place);
+  }
+}
+
+}  // namespace
