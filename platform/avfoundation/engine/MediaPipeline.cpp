@@ -117,6 +117,7 @@ void MediaPipeline::elementAdded(GstBin*, GstBin* subBin, GstElement* element, g
   auto* self = static_cast<MediaPipeline*>(data);
   self->configureBuffering(element);
   self->gate_.admit(element);
+  self->starts_.admit(element);
   self->demuxers_.admit(element);
   self->buffers_.admit(element, GST_ELEMENT_CAST(subBin));
   self->captions_.admit(element);

@@ -18,6 +18,7 @@
 #include "platform/avfoundation/engine/MediaEngine.h"
 #include "platform/avfoundation/engine/PipelineListener.h"
 #include "platform/avfoundation/engine/SoundOutlet.h"
+#include "platform/avfoundation/engine/StreamStartGate.h"
 #include "platform/dispatch/Dispatch.h"
 
 // What is known of the media. Times are media time in nanoseconds.
@@ -113,6 +114,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   FrameOutlet frames_;
   SoundOutlet sound_;
   ContainerGate gate_;
+  StreamStartGate starts_;
   DemuxerWatch demuxers_;
   BufferWatch buffers_;
   CaptionFeed captions_;
