@@ -52,7 +52,9 @@ XML::Accessor XML::Accessor::operator[](std::string_view name) const {
   if (first == children.end()) return Accessor(XMLError::accessError(std::string(name) + " not found."));
   auto next = nextNamed(name, first + 1, children.end());
   if (next == children.end()) return Accessor(*first);
-  Elements several{*first};
+  Elements several;
+  several.reserve(static_cast<std::size_t>(children.end() - next) + 1);
+  several.push_back(*first);
   for (; next != children.end(); next = nextNamed(name, next + 1, children.end())) several.push_back(*next);
   return Accessor(std::move(several));
 }

@@ -8,6 +8,7 @@
 
 #include "platform/foundation/UTF8.h"
 #include "xml/ParserContext.h"
+#include "xml/TreeBuilder.h"
 
 namespace {
 
@@ -39,52 +40,44 @@ std::span<const std::byte> bytesOf(std::string_view text) {
   return std::as_bytes(std::span(text));
 }
 
+// The events of a parse, on their way to the tree.
+struct Pass {
+  XMLTreeBuilder builder;
+  std::size_t elementCount = 0;
+
+  static Pass& of(void* context) { return XMLParserContext::receiver<Pass>(context); }
+
+  static void elementStarts(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar*,
+                            int namespaceCount, const xmlChar** namespaces, int attributeCount, int,
+                            const xmlChar** attributes) {
+    if (++of(context).elementCount > maximumElements) XMLParserContext::refuse(context);
+    XML::Attributes& made = of(context).builder.elementStarts(qualifiedName(name, prefix)).attributes;
+    made.reserve(static_cast<std::size_t>(namespaceCount + attributeCount));
+    for (int i = 0; i < namespaceCount; ++i, namespaces += 2) {
+      made.append(namespaces[0] ? "xmlns:" + std::string(textOf(namespaces[0])) : "xmlns",
+                  namespaces[1] ? std::string(textOf(namespaces[1])) : std::string());
+    }
+    for (int i = 0; i < attributeCount; ++i, attributes += 5) {
+      made.append(qualifiedName(attributes[0], attributes[1]), attributeValue(attributes[3], attributes[4]));
+    }
+  }
+
+  static void characters(void* context, const xmlChar* text, int length) {
+    const std::string_view part(reinterpret_cast<const char*>(text), static_cast<std::size_t>(length));
+    if (of(context).builder.characters(part) > XML_MAX_TEXT_LENGTH) XMLParserContext::refuse(context);
+  }
+
+  static void elementEnds(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+    of(context).builder.elementEnds();
+  }
+};
+
 XML::Accessor accessorAfter(XML::Parser parser, std::span<const std::byte> document) {
   parser.parse(document);
   return XML::Accessor(parser.documentRoot());
 }
 
 }  // namespace
-
-struct XML::Parser::Events {
-  static Parser& parser(void* context) { return XMLParserContext::receiver<Parser>(context); }
-
-  static void elementStarts(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar*,
-                            int namespaceCount, const xmlChar** namespaces, int attributeCount, int,
-                            const xmlChar** attributes) {
-    if (++parser(context).elementCount_ > maximumElements) XMLParserContext::refuse(context);
-    auto element = std::make_shared<Element>(qualifiedName(name, prefix));
-    element->attributes.reserve(static_cast<std::size_t>(namespaceCount + attributeCount));
-    for (int i = 0; i < namespaceCount; ++i, namespaces += 2) {
-      element->attributes.append(namespaces[0] ? "xmlns:" + std::string(textOf(namespaces[0])) : "xmlns",
-                                 namespaces[1] ? std::string(textOf(namespaces[1])) : std::string());
-    }
-    for (int i = 0; i < attributeCount; ++i, attributes += 5) {
-      element->attributes.append(qualifiedName(attributes[0], attributes[1]),
-                                 attributeValue(attributes[3], attributes[4]));
-    }
-    auto& stack = parser(context).stack_;
-    element->parentElement = stack.back();
-    stack.back()->childElements.push_back(element);
-    stack.push_back(std::move(element));
-  }
-
-  static void characters(void* context, const xmlChar* text, int length) {
-    auto& whole = parser(context).stack_.back()->text;
-    if (!whole) whole.emplace();
-    whole->append(reinterpret_cast<const char*>(text), static_cast<std::size_t>(length));
-    if (whole->size() > XML_MAX_TEXT_LENGTH) XMLParserContext::refuse(context);
-  }
-
-  static void elementEnds(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-    Parser& self = parser(context);
-    auto& text = self.stack_.back()->text;
-    if (text && self.trimmingManner_) {
-      text = std::string(stringByTrimmingCharactersInSet(*text, *self.trimmingManner_));
-    }
-    self.stack_.pop_back();
-  }
-};
 
 XML::Parser::Parser() : documentRoot_(std::make_shared<Element>("XML.Parser.AbstructedDocumentRoot")) {}
 
@@ -93,15 +86,16 @@ XML::Parser::Parser(NSCharacterSet trimming) : Parser() {
 }
 
 bool XML::Parser::parse(std::span<const std::byte> document) {
-  stack_.assign(1, documentRoot_);
   xmlSAXHandler handler{};
-  handler.startElementNs = Events::elementStarts;
-  handler.endElementNs = Events::elementEnds;
-  handler.characters = Events::characters;
-  handler.ignorableWhitespace = Events::characters;
-  handler.cdataBlock = Events::characters;
-  const bool isWellFormed = XMLParserContext(document).sendEvents(handler, this);
-  stack_.clear();
+  handler.startElementNs = Pass::elementStarts;
+  handler.endElementNs = Pass::elementEnds;
+  handler.characters = Pass::characters;
+  handler.ignorableWhitespace = Pass::characters;
+  handler.cdataBlock = Pass::characters;
+  Pass pass{{documentRoot_, trimmingManner_ ? &*trimmingManner_ : nullptr}};
+  const bool isWellFormed = XMLParserContext(document).sendEvents(handler, &pass);
+  pass.builder.finish();
+  elementCount_ += pass.elementCount;
   return isWellFormed;
 }
 

@@ -4,7 +4,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <vector>
 
 #include "platform/foundation/NSCharacterSet.h"
 #include "xml/Accessor.h"
@@ -33,10 +32,7 @@ class YMR_API XML::Parser {
   std::size_t elementCount() const { return elementCount_; }
 
  private:
-  struct Events;
-
   std::shared_ptr<Element> documentRoot_;
-  std::vector<std::shared_ptr<Element>> stack_;  // the open elements, innermost last
   std::optional<NSCharacterSet> trimmingManner_;
   std::size_t elementCount_ = 0;
 };

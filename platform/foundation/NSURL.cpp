@@ -3,7 +3,9 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 
@@ -33,13 +35,22 @@ bool hasControlOrSpace(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](unsigned char c) { return c <= 0x20 || c == 0x7f; });
 }
 
-bool isPlainHostCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '.';
-}
+enum PlainCharacter : std::uint8_t { inHost = 1, inPath = 2, inQuery = 4 };
 
-// Nothing that is decoded, ends the path, or is not ASCII.
-bool isPlainPathCharacter(char c) {
-  return c > 0x20 && c < 0x7f && c != '%' && c != '?' && c != '#' && c != '\\';
+// In a path, nothing that is decoded, ends it, or is not ASCII; in a query nothing that ends it.
+constexpr std::array<std::uint8_t, 256> plainCharacters = [] {
+  std::array<std::uint8_t, 256> table{};
+  for (std::size_t c = 0x21; c < 0x7f; ++c) table[c] = c == '#' ? 0 : inQuery;
+  for (std::size_t c = 0x21; c < 0x7f; ++c) table[c] |= c == '%' || c == '?' || c == '#' || c == '\\' ? 0 : inPath;
+  for (const char c : std::string_view("abcdefghijklmnopqrstuvwxyz0123456789-.")) table[std::size_t(c)] |= inHost;
+  return table;
+}();
+
+// The length of what `text` begins with of that kind.
+std::size_t plainLength(std::string_view text, PlainCharacter kind) {
+  std::size_t length = 0;
+  while (length < text.size() && (plainCharacters[static_cast<std::uint8_t>(text[length])] & kind) != 0) ++length;
+  return length;
 }
 
 // Whether curl would give back each part as it is given: http or https, a lower-case name, a path without escapes and
@@ -48,15 +59,15 @@ bool isPlain(std::string_view text) {
   constexpr std::size_t longest = 8 * 1024;
   const std::size_t schemeLength = text.starts_with("http://") ? 4 : text.starts_with("https://") ? 5 : 0;
   if (schemeLength == 0 || text.size() > longest) return false;
-  const auto rest = text.substr(schemeLength + 3);
-  const auto* const endOfHost = std::find_if_not(rest.begin(), rest.end(), isPlainHostCharacter);
-  if (endOfHost == rest.end() || *endOfHost != '/' || rest.front() < 'a' || rest.front() > 'z') return false;
-  const auto* const endOfPath = std::find_if_not(endOfHost, rest.end(), isPlainPathCharacter);
-  if (std::string_view(endOfHost, endOfPath).find("/.") != std::string_view::npos) return false;
-  if (endOfPath == rest.end()) return true;
-  const std::string_view query(endOfPath + 1, rest.end());
-  return *endOfPath == '?' && !query.empty() &&
-         std::all_of(query.begin(), query.end(), [](char c) { return c > 0x20 && c < 0x7f && c != '#'; });
+  text.remove_prefix(schemeLength + 3);
+  if (text.empty() || text.front() < 'a' || text.front() > 'z') return false;
+  text.remove_prefix(plainLength(text, inHost));
+  if (text.empty() || text.front() != '/') return false;
+  const std::size_t lengthOfPath = plainLength(text, inPath);
+  if (text.substr(0, lengthOfPath).find("/.") != text.npos) return false;
+  text.remove_prefix(lengthOfPath);
+  if (text.empty()) return true;
+  return text.front() == '?' && text.size() > 1 && plainLength(text, inQuery) == text.size();
 }
 
 }  // namespace
