@@ -5,7 +5,7 @@
 #include "platform/foundation/NSTimer.h"
 
 // Keeps the screen on while it lives: through the session's screen saver service, and, under X11, by telling the server
-// again and again that somebody is there. Nothing here waits, and what is missing is done without. Main thread.
+// again and again that somebody is there. Answers are not waited for; what is missing is done without. Main thread.
 class IdleInhibitor {
  public:
   IdleInhibitor();

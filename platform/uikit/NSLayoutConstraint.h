@@ -29,8 +29,8 @@ enum NSLayoutRelation {
 //
 // Held by the view that it was added to, which is one that both views are inside of (or is itself). Views are held
 // weakly; a constraint that has lost one counts no more, and one between views of different trees waits. All
-// constraints are required. When they contradict each other the frame of a view that keeps its frame wins, then the
-// earlier constraint: outer views' first, and each view's in the order of its list.
+// constraints are required. When they contradict each other the frame of a view that keeps its frame wins, then
+// equations before bounds, then the earlier equation: outer views' first, and each view's in the order of its list.
 //
 // Left out: priorities, leading and trailing, baselines, margins, the visual format.
 class YMR_API NSLayoutConstraint : public std::enable_shared_from_this<NSLayoutConstraint> {
