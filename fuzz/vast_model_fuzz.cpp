@@ -1,4 +1,4 @@
-// A chain of documents, separated by a zero byte, into both models, and every question that they answer.
+// A chain of up to five documents, separated by a zero byte, into both models, and every question that they answer.
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
@@ -37,7 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto model = std::make_shared<YMRVastModel>();
   SKVASTModel queries;
   const auto* const end = data + size;
-  for (const auto* start = data; start <= end;) {
+  const auto* start = data;
+  for (int depth = 0; depth < 5 && start <= end; ++depth) {
     const auto* const stop = std::find(start, end, 0);
     const auto bytes = std::as_bytes(std::span(start, stop));
     // As wrappers are resolved: a document goes to the model that the ad before it belongs to.
