@@ -14,6 +14,7 @@
 #include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/uikit/UIWindow.h"
 #include "player/YMRVideoPlayer.h"
+#include "player/YMRVideoPlayerImpl.h"
 #include "tests/support/HTTPServer.h"
 
 namespace {
@@ -65,6 +66,9 @@ std::shared_ptr<AVPlayerLayer> layerOf(const std::shared_ptr<UIView>& view) {
 // From the call to the first picture on the screen. The player is made, and its screen is up, before.
 double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSURL& url) {
   YMRVideoPlayer player;
+  const auto delegate = std::make_shared<YMRVideoPlayerDelegate>();
+  delegate->videoOnError = [](const NSError& error) { std::fprintf(stderr, "%s\n", error.message.c_str()); };
+  player.setDelegate(delegate);
   player.presentWithController(root);
   for (int turn = 0; turn < 60; ++turn) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
   bool presented = false;

@@ -130,13 +130,13 @@ std::string NSURL::scheme() const {
 }
 
 std::string NSURL::host() const {
-  if (parts_) return parts_->host;
+  if (parts_ || text_.empty()) return parts_ ? parts_->host : "";
   const auto start = endOfScheme() + 3;
   return text_.substr(start, text_.find('/', start) - start);
 }
 
 std::string NSURL::path() const {
-  if (parts_) return parts_->path;
+  if (parts_ || text_.empty()) return parts_ ? parts_->path : "";
   const auto start = text_.find('/', endOfScheme() + 3);
   return text_.substr(start, text_.find('?', start) - start);
 }

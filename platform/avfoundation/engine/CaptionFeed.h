@@ -23,6 +23,8 @@ class CaptionFeed {
 
  private:
   static void padAdded(GstElement* element, GstPad* pad, gpointer self);
+  static void parsedPadAdded(GstElement* parser, GstPad* pad, gpointer);
+  static GstPadProbeReturn probeEnd(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstPadProbeReturn probe(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void take(GstPad* pad, GstBuffer* buffer) const;
 

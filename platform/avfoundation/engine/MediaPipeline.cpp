@@ -64,6 +64,7 @@ MediaPipeline::MediaPipeline(MediaSource source, const MediaEngineSettings& sett
 
 MediaPipeline::~MediaPipeline() {
   if (!playbin_) return;
+  ends_.release();
   gst_element_set_state(playbin_.get(), GST_STATE_NULL);
   const GstBusRef bus(gst_element_get_bus(playbin_.get()));
   gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
@@ -73,6 +74,7 @@ MediaPipeline::~MediaPipeline() {
 void MediaPipeline::close(std::shared_ptr<MediaPipeline> pipeline) {
   pipeline->hop_.close();
   pipeline->frames_.close();
+  pipeline->ends_.release();
   const dispatch_queue_t queue = pipeline->queue_;
   dispatch_async(queue, [last = std::move(pipeline)]() mutable { last.reset(); });
 }
@@ -104,6 +106,7 @@ void MediaPipeline::build() {
                "buffer-duration", buffering.duration, "buffer-size", buffering.bytes, nullptr);
   PipelineListener::connect(playbin, this);
   drainDecodersEarly(playbin);
+  ends_.watchDecoders(playbin);
   g_signal_connect(playbin, "deep-element-added", G_CALLBACK(elementAdded), this);
   g_signal_connect(playbin, "source-setup", G_CALLBACK(sourceSetUp), this);
   for (GstPad* pad : {frames_.pad(), sound_.pad()}) {
@@ -119,6 +122,7 @@ void MediaPipeline::elementAdded(GstBin*, GstBin* subBin, GstElement* element, g
   self->gate_.admit(element);
   self->starts_.admit(element);
   self->demuxers_.admit(element);
+  self->ends_.admit(element, GST_ELEMENT_CAST(subBin));
   self->buffers_.admit(element, GST_ELEMENT_CAST(subBin));
   self->captions_.admit(element);
 }

@@ -13,6 +13,7 @@
 #include "platform/avfoundation/engine/CaptionFeed.h"
 #include "platform/avfoundation/engine/ContainerGate.h"
 #include "platform/avfoundation/engine/DemuxerWatch.h"
+#include "platform/avfoundation/engine/EndGate.h"
 #include "platform/avfoundation/engine/FrameOutlet.h"
 #include "platform/avfoundation/engine/MainHop.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
@@ -116,6 +117,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   ContainerGate gate_;
   StreamStartGate starts_;
   DemuxerWatch demuxers_;
+  EndGate ends_;
   BufferWatch buffers_;
   CaptionFeed captions_;
 

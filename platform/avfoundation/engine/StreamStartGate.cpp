@@ -6,7 +6,8 @@
 
 namespace {
 
-// The streams announce themselves within a few milliseconds of each other; some, like texts that nobody chose, never do.
+// The streams announce themselves within a few milliseconds of each other; some, like texts that nobody chose, never
+// do.
 constexpr auto patience = std::chrono::milliseconds(60);
 
 }  // namespace

@@ -7,9 +7,9 @@
 
 // Lets the first stream of a source start last.
 //
-// playbin3 1.22 hands each stream to its decoder part from a thread of its own. When the first one is through before the
-// others have begun, the decoder part settles for what it has seen and never becomes ready. So the first stream waits,
-// for a bounded time, until all the others have announced themselves.
+// playbin3 1.22 hands each stream to its decoder part from a thread of its own. When the first one is through before
+// the others have begun, the decoder part settles for what it has seen and never becomes ready. So the first stream
+// waits, for a bounded time, until all the others have announced themselves.
 //
 // Any thread. Outlives the pipeline.
 class StreamStartGate {
@@ -27,6 +27,6 @@ class StreamStartGate {
 
   std::mutex mutex_;
   std::condition_variable changed_;
-  unsigned started_ = 0;   // but for the first
+  unsigned started_ = 0;  // but for the first
   bool hasFirst_ = false;
 };

@@ -23,7 +23,8 @@ TEST_F(Playback, showsEveryPictureInOrderAndHoldsTheLast) {
     SCOPED_TRACE(where);
     ASSERT_TRUE(open(where));
     engine->setRate(1);
-    ASSERT_TRUE(runUntil([this] { return told.ended > 0; }));
+    ASSERT_TRUE(runUntil([this] { return told.ended > 0; }))
+        << "at " << position() << (engine->isBufferEmpty() ? " starving" : "");
     const auto numbers = frames->numbers();
     EXPECT_EQ(numbers.front(), 0);
     EXPECT_GT(numbers.back(), 9);
