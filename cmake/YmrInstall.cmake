@@ -22,6 +22,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/ymrConfigVersion.cmake CO
 install(FILES ${PROJECT_BINARY_DIR}/ymrConfig.cmake ${PROJECT_BINARY_DIR}/ymrConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ymr)
 
+file(RELATIVE_PATH up ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 foreach(library IN LISTS installed)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
