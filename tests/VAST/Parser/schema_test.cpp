@@ -149,6 +149,13 @@ TEST(Schema, reachesNoVerdictWithoutUsableRules) {
   }
 }
 
+// Minutes, if each error looked at the siblings before it.
+TEST(Schema, takesNoLongerPerErrorForManyErrors) {
+  std::string document = "<VAST version='2.0'>";
+  for (int i = 0; i < 300'000; ++i) document += "<Ad/>";
+  EXPECT_FALSE(isValid(document + "</VAST>"));
+}
+
 TEST(Schema, isUsedByManyThreadsAtOnce) {
   std::vector<std::thread> threads;
   std::atomic<int> valid{0};
