@@ -13,6 +13,14 @@ void YMRVideoPlayer::setDelegate(std::weak_ptr<YMRVideoPlayerDelegate> delegate)
   ymrPlayer_->setDelegate(std::move(delegate));
 }
 
+const std::shared_ptr<YMRAdSchedule>& YMRVideoPlayer::adSchedule() const {
+  return ymrPlayer_->adSchedule();
+}
+
+void YMRVideoPlayer::setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule) {
+  ymrPlayer_->setAdSchedule(schedule);
+}
+
 const std::shared_ptr<UIView>& YMRVideoPlayer::overlayView() const {
   return ymrPlayer_->overlayView();
 }

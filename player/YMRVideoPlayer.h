@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ads/YMRAdSchedule.h"
 #include "platform/Export.h"
 #include "platform/avfoundation/AVURLAsset.h"
 #include "platform/uikit/UIViewController.h"
@@ -37,6 +38,11 @@ class YMR_API YMRVideoPlayer {
   // Held weakly; nil for none.
   std::shared_ptr<YMRVideoPlayerDelegate> delegate() const;
   void setDelegate(std::weak_ptr<YMRVideoPlayerDelegate> delegate);
+  // The ad breaks to play; nil for none, and at first. The player takes a copy, which adSchedule() gives: it shares its
+  // lists with the host's, loses each break when it starts, and has none marked as played. Set it before the programme
+  // is asked for; a schedule that comes later counts from the next choice of a break on.
+  const std::shared_ptr<YMRAdSchedule>& adSchedule() const;
+  void setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule);
   // A view of the host's over the picture and under all that the player draws, filling the screen. Taken up when a
   // programme begins; nil for none.
   const std::shared_ptr<UIView>& overlayView() const;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "ads/YMRAd.h"
+#include "ads/YMRAdSchedule.h"
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"
 #include "platform/avkit/AVPlayerViewController.h"
@@ -46,6 +46,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
 
   std::shared_ptr<YMRVideoPlayerDelegate> delegate() const { return delegate_.lock(); }
   void setDelegate(std::weak_ptr<YMRVideoPlayerDelegate> delegate) { delegate_ = std::move(delegate); }
+  const std::shared_ptr<YMRAdSchedule>& adSchedule() const { return adSchedule_; }
+  void setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule);
   const std::shared_ptr<UIView>& overlayView() const { return overlayView_; }
   void setOverlayView(std::shared_ptr<UIView> view) { overlayView_ = std::move(view); }
 
@@ -165,6 +167,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   float currentVodPlayerRate_ = 0;
 
   // The ad breaks'.
+  std::shared_ptr<YMRAdSchedule> adSchedule_;  // a copy that shares its lists with the host's
   YMRAdState adState_ = YMRAdStateNone;
   CMTime lastPlayTime_ = kCMTimeZero;
   std::shared_ptr<YMRAd> currentAdBreak_;

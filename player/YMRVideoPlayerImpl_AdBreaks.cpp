@@ -4,6 +4,21 @@
 #include "player/states/YMRPlayerStatePausedVideo.h"
 #include "player/states/YMRPlayerStateRules.h"
 
+void YMRVideoPlayerImpl::setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule) {
+  if (!schedule) {
+    adSchedule_ = nullptr;
+    adState_ = YMRAdStateNone;
+    return;
+  }
+  adSchedule_ = schedule->copy();
+  const auto forget = [](const YMRAdSchedule::Breaks& breaks) {
+    for (const auto& each : breaks) each->setIsPlayed(false);
+  };
+  forget(*adSchedule_->preRolls());
+  for (const auto& group : *adSchedule_->midRolls()) forget(group);
+  forget(*adSchedule_->postRolls());
+}
+
 void YMRVideoPlayerImpl::startPreRoll() {
   lastPlayTime_ = kCMTimeZero;
   resumeVideoPlayer(true);

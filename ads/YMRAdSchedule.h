@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ads/YMRAd.h"
+#include "platform/Export.h"
+#include "platform/uikit/values/UIColor.h"
+#include "platform/uikit/values/UIFont.h"
+
+// The advertising of one programme: its ad breaks, and what the viewer reads while they load and play. Main thread.
+//
+// Copies share their lists. A player copies the schedule that it is given and takes each break out of its list when it
+// starts it, so the host's own schedule, and every other copy, loses the break as well: a break plays once.
+class YMR_API YMRAdSchedule {
+ public:
+  using Breaks = std::vector<std::shared_ptr<YMRAd>>;
+
+  YMRAdSchedule();
+
+  // Files a break by its roll: pre- and post-rolls behind those already there, mid-rolls by addMidRoll. One with an
+  // unknown roll, or nil, is ignored.
+  void addAdBreak(const std::shared_ptr<YMRAd>& adBreak);
+  // Files a break by its offset, behind those with the same one, which play one after another at that moment. Add
+  // mid-rolls in ascending order: an offset below the smallest one already there is not reordered but throws
+  // NSRangeException, and the schedule stays as it was.
+  void addMidRoll(const std::shared_ptr<YMRAd>& adBreak);
+  // The same texts and look over the very same lists.
+  std::shared_ptr<YMRAdSchedule> copy() const;
+
+  // The breaks still to be played. Never nil.
+  const std::shared_ptr<Breaks>& preRolls() const { return preRolls_; }
+  const std::shared_ptr<Breaks>& postRolls() const { return postRolls_; }
+  // Every offset once, ascending, in whole seconds of the programme; and for each of them, at the same index, its
+  // breaks. A group whose breaks have been played stays, empty.
+  const std::shared_ptr<std::vector<std::uint64_t>>& midRollOffsets() const { return midRollOffsets_; }
+  const std::shared_ptr<std::vector<Breaks>>& midRolls() const { return midRolls_; }
+
+  // Shown while a break's ads are fetched and an ad gets ready. Empty at first, as are the other texts.
+  const std::string& adLoadingText() const { return adLoadingText_; }
+  void setAdLoadingText(std::string text) { adLoadingText_ = std::move(text); }
+  // Shown each second of an ad in place of the loading text, which stays when they are empty. Formats with whole
+  // numbers for arguments: the seconds left ("Ad · %d s"); and for one of several ads the seconds left, its number from
+  // 1, and their count ("Ad %2$d of %3$d · %1$d s"). Conversions other than those of whole numbers stand as they are.
+  const std::string& adCountdownText() const { return adCountdownText_; }
+  void setAdCountdownText(std::string format) { adCountdownText_ = std::move(format); }
+  const std::string& adpodCountdownText() const { return adpodCountdownText_; }
+  void setAdpodCountdownText(std::string format) { adpodCountdownText_ = std::move(format); }
+
+  // The look of these texts: at first the system's font at 32 points, white, outlined in black 10 wide (in hundredths
+  // of the font's size).
+  void setAttrs();
+  const UIFont& adCountdownFont() const { return adCountdownFont_; }
+  void setAdCountdownFont(UIFont font) { adCountdownFont_ = std::move(font); }
+  const UIColor& adCountdownTextColor() const { return adCountdownTextColor_; }
+  void setAdCountdownTextColor(const UIColor& color) { adCountdownTextColor_ = color; }
+  const UIColor& adCountdownStrokeColor() const { return adCountdownStrokeColor_; }
+  void setAdCountdownStrokeColor(const UIColor& color) { adCountdownStrokeColor_ = color; }
+  double adCountdownStrokeWidth() const { return adCountdownStrokeWidth_; }
+  void setAdCountdownStrokeWidth(double width) { adCountdownStrokeWidth_ = width; }
+
+ private:
+  std::shared_ptr<Breaks> preRolls_ = std::make_shared<Breaks>();
+  std::shared_ptr<std::vector<Breaks>> midRolls_ = std::make_shared<std::vector<Breaks>>();
+  std::shared_ptr<Breaks> postRolls_ = std::make_shared<Breaks>();
+  std::shared_ptr<std::vector<std::uint64_t>> midRollOffsets_ = std::make_shared<std::vector<std::uint64_t>>();
+  std::string adLoadingText_;
+  std::string adCountdownText_;
+  std::string adpodCountdownText_;
+  UIFont adCountdownFont_;
+  UIColor adCountdownTextColor_;
+  UIColor adCountdownStrokeColor_;
+  double adCountdownStrokeWidth_ = 0;
+};
