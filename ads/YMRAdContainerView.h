@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QPointer>
+#include <memory>
+
+#include "ads/YMROutlinedLabel.h"
+#include "platform/Export.h"
+#include "platform/uikit/UIActivityIndicatorView.h"
+#include "platform/uikit/UIView.h"
+
+class YMRAdSchedule;
+
+// What lies over a programme during an ad break: black, the ad's picture, a wheel while the ad is waited for, and the
+// text that tells the viewer how long. Main thread.
+//
+// Its looks are in the library's resource YMRAdContainerView.qml: the text lies below the wheel as long as that turns,
+// then at the upper right. Sizes, the font's points included, are those of a screen 1080 points high and grow with it.
+//
+// Over a player view controller's view it takes the remote: a recogniser added to it gets the presses, all others but
+// Menu end there.
+class YMR_API YMRAdContainerView : public UIView {
+  Q_OBJECT
+  Q_PROPERTY(YMROutlinedLabel* timeRemainLabel MEMBER label_)
+  Q_PROPERTY(UIView* adPlayerView MEMBER adPlayerView_)
+  Q_PROPERTY(UIActivityIndicatorView* loadingIndicator MEMBER indicator_)
+
+ public:
+  // From the interface file. In a process without Qt's event loop the same parts, with nothing to be seen of them.
+  static std::shared_ptr<YMRAdContainerView> make();
+  // For interface files.
+  explicit YMRAdContainerView(QQuickItem* parent = nullptr);
+  ~YMRAdContainerView() override;
+
+  // Held by this view alone: never nil, but for one that somebody took out of it.
+  std::shared_ptr<YMROutlinedLabel> timeRemainLabel() const;
+  // The ad's layer belongs in its layer. It fills the overlay.
+  std::shared_ptr<UIView> adPlayerView() const;
+  std::shared_ptr<UIActivityIndicatorView> loadingIndicator() const;
+
+  // Gives the label the schedule's font, colours and stroke width; before the first text is drawn, since the label
+  // keeps those. Nothing when nil.
+  void confWithAdSchedule(const std::shared_ptr<YMRAdSchedule>& adSchedule);
+
+ private:
+  QPointer<YMROutlinedLabel> label_;
+  QPointer<UIView> adPlayerView_;
+  QPointer<UIActivityIndicatorView> indicator_;
+};
