@@ -74,7 +74,17 @@ bool isPlain(std::string_view text) {
 
 std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
   if (isPlain(text)) return NSURL(std::string(text), nullptr);
-  if (text.empty() || hasControlOrSpace(text)) return std::nullopt;
+  auto url = parse(text);
+  // An escaped host may hold an address in a short form, which curl writes out only when it reads it plain.
+  if (url && url->text_ != text) url = parse(url->text_);
+  return url;
+}
+
+std::optional<NSURL> NSURL::parse(std::string_view text) {
+  const auto endOfScheme = text.find(':');
+  if (endOfScheme == text.npos || !text.substr(endOfScheme).starts_with("://") || hasControlOrSpace(text)) {
+    return std::nullopt;
+  }
   const Handle handle = makeHandle();
   if (!handle || curl_url_set(handle.get(), CURLUPART_URL, std::string(text).c_str(), CURLU_NON_SUPPORT_SCHEME)) {
     return std::nullopt;

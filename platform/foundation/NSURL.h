@@ -44,6 +44,7 @@ class YMR_API NSURL {
   };
 
   NSURL(std::string text, std::shared_ptr<const Parts> parts) : text_(std::move(text)), parts_(std::move(parts)) {}
+  static std::optional<NSURL> parse(std::string_view text);
   std::size_t endOfScheme() const;
 
   std::string text_;
