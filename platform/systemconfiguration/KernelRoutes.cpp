@@ -7,6 +7,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -27,7 +28,8 @@ struct Request {
   }
 
   void add(std::uint16_t type, const void* data, std::size_t size) {
-    auto* attribute = reinterpret_cast<rtattr*>(reinterpret_cast<char*>(this) + NLMSG_ALIGN(head.nlmsg_len));
+    void* end = reinterpret_cast<char*>(this) + NLMSG_ALIGN(head.nlmsg_len);
+    auto* attribute = static_cast<rtattr*>(end);
     attribute->rta_type = type;
     attribute->rta_len = static_cast<unsigned short>(RTA_LENGTH(size));
     std::memcpy(RTA_DATA(attribute), data, size);
@@ -35,8 +37,25 @@ struct Request {
   }
 };
 
-void forEachAttribute(const rtattr* attribute, int length, const std::function<void(const rtattr&)>& visit) {
-  for (; RTA_OK(attribute, length); attribute = RTA_NEXT(attribute, length)) visit(*attribute);
+// `first` is where attributes of `length` bytes in all begin: aligned, as the kernel sends them. (The kernel's own
+// macros for this cast in a way that warns.)
+void forEachAttribute(const void* first, std::size_t length, const std::function<void(const rtattr&)>& visit) {
+  const auto* at = static_cast<const char*>(first);
+  while (length >= sizeof(rtattr)) {
+    const auto& attribute = *static_cast<const rtattr*>(static_cast<const void*>(at));
+    if (attribute.rta_len < sizeof(rtattr) || attribute.rta_len > length) return;
+    visit(attribute);
+    const std::size_t step = std::min<std::size_t>(RTA_ALIGN(attribute.rta_len), length);
+    at += step;
+    length -= step;
+  }
+}
+
+template <typename Body>
+void forEachAttributeAfter(const Body& body, const nlmsghdr& message, const std::function<void(const rtattr&)>& visit) {
+  const auto size = NLMSG_ALIGN(sizeof body);
+  const auto payload = NLMSG_PAYLOAD(&message, 0);
+  if (payload > size) forEachAttribute(reinterpret_cast<const char*>(&body) + size, payload - size, visit);
 }
 
 std::string_view text(const rtattr& attribute) {
@@ -96,7 +115,7 @@ std::optional<NetworkRoute> KernelRoutes::routeTo(const sockaddr& address) {
   NetworkRoute route;
   route.isLocal = body->rtm_type == RTN_LOCAL;
   route.isDirect = true;
-  forEachAttribute(RTM_RTA(body), static_cast<int>(RTM_PAYLOAD(answer)), [&](const rtattr& attribute) {
+  forEachAttributeAfter(*body, *answer, [&](const rtattr& attribute) {
     if (attribute.rta_type == RTA_OIF) std::memcpy(&route.interface, RTA_DATA(&attribute), sizeof route.interface);
     if (attribute.rta_type == RTA_GATEWAY || attribute.rta_type == RTA_VIA) route.isDirect = false;
   });
@@ -114,11 +133,10 @@ std::optional<NetworkInterface> KernelRoutes::interface(unsigned index) {
   NetworkInterface interface;
   interface.isUp = (body->ifi_flags & IFF_UP) && (body->ifi_flags & IFF_RUNNING);
   interface.isPointToPoint = body->ifi_type == ARPHRD_PPP;
-  forEachAttribute(IFLA_RTA(body), static_cast<int>(IFLA_PAYLOAD(answer)), [&](const rtattr& attribute) {
+  forEachAttributeAfter(*body, *answer, [&](const rtattr& attribute) {
     if (attribute.rta_type == IFLA_IFNAME) interface.name = text(attribute);
     if (attribute.rta_type != IFLA_LINKINFO) return;
-    const auto* first = static_cast<const rtattr*>(RTA_DATA(&attribute));
-    forEachAttribute(first, static_cast<int>(RTA_PAYLOAD(&attribute)), [&](const rtattr& nested) {
+    forEachAttribute(RTA_DATA(&attribute), RTA_PAYLOAD(&attribute), [&](const rtattr& nested) {
       if (nested.rta_type == IFLA_INFO_KIND && text(nested) == "wwan") interface.isWWAN = true;
     });
   });
