@@ -35,8 +35,8 @@ struct VASTDocument::Shared {
 VASTDocument::VASTDocument(std::vector<std::byte> bytes) : shared_(std::make_shared<Shared>(std::move(bytes))) {}
 
 VASTDocument::VASTDocument(std::string_view text)
-    : VASTDocument(
-          std::vector<std::byte>(std::as_bytes(std::span(text)).begin(), std::as_bytes(std::span(text)).end())) {}
+    : VASTDocument(std::vector<std::byte>(reinterpret_cast<const std::byte*>(text.data()),
+                                          reinterpret_cast<const std::byte*>(text.data() + text.size()))) {}
 
 std::span<const std::byte> VASTDocument::bytes() const {
   return shared_->bytes;

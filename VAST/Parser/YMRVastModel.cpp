@@ -10,18 +10,46 @@
 
 namespace {
 
-std::optional<std::string> attribute(const XML::Element& element, std::string_view name) {
+constexpr std::string_view tag = "VAST - Model";
+
+const std::string* attribute(const XML::Element& element, std::string_view name) {
   const auto found = element.attributes.find(name);
-  return found == element.attributes.end() ? std::nullopt : std::optional(found->second);
+  return found == element.attributes.end() ? nullptr : &found->second;
 }
 
-// The element's text as a URL that may be asked for.
-std::optional<NSURL> fetchableURL(const XML::Element& element) {
-  if (!element.text) return std::nullopt;
-  auto url = urlWithCleanString(*element.text);
-  if (url && url->isHTTP()) return url;
-  SKLogger::warning("VAST - Model", "Left out a " + element.name + ", whose URL cannot be asked for: " + *element.text);
-  return std::nullopt;
+std::optional<std::string> copyOf(const std::string* text) {
+  return text ? std::optional(*text) : std::nullopt;
+}
+
+// The only child of that name; null when there is none, or more than one. Takes null too.
+const XML::Element* onlyChild(const XML::Element* parent, std::string_view name) {
+  if (!parent) return nullptr;
+  const XML::Element* only = nullptr;
+  for (const auto& child : parent->childElements) {
+    if (child->name != name) continue;
+    if (only) return nullptr;
+    only = child.get();
+  }
+  return only;
+}
+
+// Calls `use` with each element at the end of a path of names, and the URL that is its text. What an accessor would
+// find step by step, without its copies: a document can have a hundred thousand such elements. Elements whose text
+// cannot be asked for are left out.
+template <class Use>
+void forEachURL(const XML::Element* from, std::initializer_list<std::string_view> path, const Use& use) {
+  const auto* const last = path.end() - 1;
+  for (const auto* name = path.begin(); name != last; ++name) from = onlyChild(from, *name);
+  if (!from) return;
+  for (const auto& element : from->childElements) {
+    if (element->name != *last || !element->text) continue;
+    auto url = urlWithCleanString(*element->text);
+    if (url && url->isHTTP()) {
+      use(*element, *std::move(url));
+    } else {
+      SKLogger::warning(tag, "Left out a " + element->name + ", whose URL cannot be asked for: " + *element->text);
+    }
+  }
 }
 
 }  // namespace
@@ -42,11 +70,11 @@ void YMRVastModel::addVASTDocument(VASTDocument document) {
     return;
   }
   for (const auto& ad : ads.elements()) {
-    const auto id = attribute(*ad, "id");
+    const auto* const id = attribute(*ad, "id");
     if (!id) continue;
     auto child = makeChild(*id);
-    if (auto sequence = attribute(*ad, "sequence")) {
-      child->adSequence_ = std::move(sequence);
+    if (const auto* const sequence = attribute(*ad, "sequence")) {
+      child->adSequence_ = *sequence;
       child->setParent(shared_from_this());
       adModels_.push_back(std::move(child));
     } else {
@@ -84,21 +112,22 @@ const XML::Accessor& YMRVastModel::lastAd() const {
   return vastDocumentArray_.empty() ? nothing : vastDocumentArray_.back().ad(adID_);
 }
 
-std::vector<XML::Accessor> YMRVastModel::adsOfChain() const {
-  std::vector<XML::Accessor> ads;
+std::vector<const XML::Element*> YMRVastModel::adsOfChain() const {
+  std::vector<const XML::Element*> ads;
   ads.reserve(vastDocumentArray_.size());
   for (std::size_t i = 0; i < vastDocumentArray_.size(); ++i) {
     const bool isNamed = !adID_.empty() && i < adIDs_.size();
     const XML::Accessor& ad = vastDocumentArray_[i].ad(isNamed ? std::string_view(adIDs_[i]) : std::string_view());
-    auto inLine = ad["InLine"];
-    ads.push_back(inLine.error() ? ad["Wrapper"] : std::move(inLine));
+    const auto inLine = ad["InLine"];
+    const auto content = (inLine.error() ? ad["Wrapper"] : inLine).element();
+    if (content) ads.push_back(content.get());
   }
   return ads;
 }
 
 std::optional<std::string> YMRVastModel::vastVersion() const {
   const auto vast = vastDocumentArray_.empty() ? nullptr : vastDocumentArray_.front().vast().element();
-  return vast ? attribute(*vast, "version") : std::nullopt;
+  return vast ? copyOf(attribute(*vast, "version")) : std::nullopt;
 }
 
 std::optional<std::string> YMRVastModel::redirectUrl() const {
@@ -107,15 +136,13 @@ std::optional<std::string> YMRVastModel::redirectUrl() const {
 
 std::vector<std::shared_ptr<SKVASTMediaFile>> YMRVastModel::mediaFiles() const {
   std::vector<std::shared_ptr<SKVASTMediaFile>> files;
-  const XML::Accessor found = lastAd()[{"InLine", "Creatives", "Creative", "Linear", "MediaFiles", "MediaFile"}];
-  for (const auto& element : found.elements()) {
-    const auto url = fetchableURL(*element);
-    if (!url) continue;
-    const auto text = [&element](std::string_view name) { return attribute(*element, name); };
-    files.push_back(std::make_shared<SKVASTMediaFile>(
-        text("id"), text("delivery"), text("type"), text("bitrate"), text("width"), text("height"), text("scalable"),
-        text("maintainAspectRatio"), text("apiFramework"), url->absoluteString()));
-  }
+  forEachURL(lastAd().element().get(), {"InLine", "Creatives", "Creative", "Linear", "MediaFiles", "MediaFile"},
+             [&files](const XML::Element& element, const NSURL& url) {
+               const auto text = [&element](std::string_view name) { return copyOf(attribute(element, name)); };
+               files.push_back(std::make_shared<SKVASTMediaFile>(
+                   text("id"), text("delivery"), text("type"), text("bitrate"), text("width"), text("height"),
+                   text("scalable"), text("maintainAspectRatio"), text("apiFramework"), url.absoluteString()));
+             });
   return files;
 }
 
@@ -129,27 +156,22 @@ std::optional<std::string> YMRVastModel::adDescription() const {
 
 std::map<std::string, std::vector<NSURL>> YMRVastModel::trackingEvents() const {
   std::map<std::string, std::vector<NSURL>> events;
-  const auto add = [&events](const XML::Accessor& found) {
-    for (const auto& element : found.elements()) {
-      const auto event = attribute(*element, "event");
-      auto url = fetchableURL(*element);
-      if (event && url) events[*event].push_back(*std::move(url));
-    }
+  const auto add = [&events](const XML::Element& tracking, NSURL url) {
+    if (const auto* event = attribute(tracking, "event")) events[*event].push_back(std::move(url));
   };
-  for (const XML::Accessor& ad : adsOfChain()) {
-    add(ad[{"Creatives", "Creative", "Linear", "TrackingEvents", "Tracking"}]);
-    add(ad[{"Extensions", "Extension", "CustomTracking", "Tracking"}]);
+  for (const auto* ad : adsOfChain()) {
+    forEachURL(ad, {"Creatives", "Creative", "Linear", "TrackingEvents", "Tracking"}, add);
+    forEachURL(ad, {"Extensions", "Extension", "CustomTracking", "Tracking"}, add);
   }
   return events;
 }
 
 std::vector<SKVASTUrlWithId> YMRVastModel::urlsOfChain(std::string_view name) const {
   std::vector<SKVASTUrlWithId> urls;
-  for (const XML::Accessor& ad : adsOfChain()) {
-    const XML::Accessor found = ad[name];
-    for (const auto& element : found.elements()) {
-      if (auto url = fetchableURL(*element)) urls.emplace_back(attribute(*element, "id"), std::move(url));
-    }
+  for (const auto* ad : adsOfChain()) {
+    forEachURL(ad, {name}, [&urls](const XML::Element& element, NSURL url) {
+      urls.emplace_back(copyOf(attribute(element, "id")), std::move(url));
+    });
   }
   return urls;
 }

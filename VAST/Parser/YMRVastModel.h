@@ -94,8 +94,8 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
   using Queue = std::deque<std::shared_ptr<YMRVastModel>>;
 
   const XML::Accessor& lastAd() const;
-  // `InLine`, or else `Wrapper`, of this model's ad in each document.
-  std::vector<XML::Accessor> adsOfChain() const;
+  // `InLine`, or else `Wrapper`, of this model's ad in each document that has one.
+  std::vector<const XML::Element*> adsOfChain() const;
   std::vector<SKVASTUrlWithId> urlsOfChain(std::string_view element) const;
   std::shared_ptr<YMRVastModel> makeChild(const std::string& id) const;
 

@@ -5,6 +5,19 @@
 
 #include "platform/foundation/UTF8.h"
 
+namespace {
+
+// Most text to trim is ASCII at both ends, and a document has thousands.
+bool isASCII(char byte) {
+  return static_cast<unsigned char>(byte) < 0x80;
+}
+
+UTF8Character ascii(char byte) {
+  return {static_cast<char32_t>(byte), 1, true};
+}
+
+}  // namespace
+
 const NSCharacterSet& NSCharacterSet::whitespaceAndNewlineCharacterSet() {
   static const NSCharacterSet set({{0x09, 0x0D},
                                    {0x20, 0x20},
@@ -30,7 +43,13 @@ NSCharacterSet NSCharacterSet::characterSetWithCharactersInString(std::string_vi
   return NSCharacterSet(std::move(ranges));
 }
 
-bool NSCharacterSet::characterIsMember(char32_t character) const {
+NSCharacterSet::NSCharacterSet(std::vector<Range> ranges) : ranges_(std::move(ranges)) {
+  for (std::size_t character = 0; character < ascii_.size(); ++character) {
+    ascii_[character] = rangesContain(static_cast<char32_t>(character));
+  }
+}
+
+bool NSCharacterSet::rangesContain(char32_t character) const {
   const auto after = std::upper_bound(ranges_.begin(), ranges_.end(), character,
                                       [](char32_t value, const Range& range) { return value < range.first; });
   return after != ranges_.begin() && character <= std::prev(after)->second;
@@ -38,12 +57,12 @@ bool NSCharacterSet::characterIsMember(char32_t character) const {
 
 std::string_view stringByTrimmingCharactersInSet(std::string_view text, const NSCharacterSet& set) {
   while (!text.empty()) {
-    const UTF8Character first = firstUTF8Character(text);
+    const UTF8Character first = isASCII(text.front()) ? ascii(text.front()) : firstUTF8Character(text);
     if (!set.characterIsMember(first.value)) break;
     text.remove_prefix(first.length);
   }
   while (!text.empty()) {
-    const UTF8Character last = lastUTF8Character(text);
+    const UTF8Character last = isASCII(text.back()) ? ascii(text.back()) : lastUTF8Character(text);
     if (!set.characterIsMember(last.value)) break;
     text.remove_suffix(last.length);
   }

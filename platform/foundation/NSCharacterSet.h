@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -14,12 +15,17 @@ class YMR_API NSCharacterSet {
   // The characters of UTF-8 text; bytes that are no UTF-8 count as U+FFFD.
   static NSCharacterSet characterSetWithCharactersInString(std::string_view characters);
 
-  bool characterIsMember(char32_t character) const;
+  bool characterIsMember(char32_t character) const {
+    return character < ascii_.size() ? ascii_[character] : rangesContain(character);
+  }
 
  private:
   using Range = std::pair<char32_t, char32_t>;  // first and last
-  explicit NSCharacterSet(std::vector<Range> ranges) : ranges_(std::move(ranges)) {}
+  explicit NSCharacterSet(std::vector<Range> ranges);
+  bool rangesContain(char32_t character) const;
+
   std::vector<Range> ranges_;
+  std::array<bool, 128> ascii_;  // what the ranges say, for the characters that are asked for most
 };
 
 // The part of UTF-8 `text` without the set's characters at both ends; a view into `text`.
