@@ -20,11 +20,16 @@ std::list<Request>& requests() {
 
 void cancelIf(const std::function<bool(const Request&)>& matches) {
   YMR_ASSERT_MAIN_THREAD();
-  requests().remove_if([&](const Request& request) {
-    if (!matches(request)) return false;
-    if (RunLoop* loop = RunLoop::mainIfInstalled()) loop->cancel(request.token);
-    return true;
-  });
+  std::list<Request> cancelled;  // out of the list first: what a block owns may cancel again as it goes
+  for (auto request = requests().begin(); request != requests().end();) {
+    const auto next = std::next(request);
+    if (matches(*request)) cancelled.splice(cancelled.end(), requests(), request);
+    request = next;
+  }
+  RunLoop* loop = RunLoop::mainIfInstalled();
+  for (const Request& request : cancelled) {
+    if (loop) loop->cancel(request.token);
+  }
 }
 
 }  // namespace
