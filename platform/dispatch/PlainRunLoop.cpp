@@ -2,26 +2,16 @@
 
 #include <algorithm>
 
+#include "platform/dispatch/DropBlocks.h"
+
 PlainRunLoop::PlainRunLoop() {
   install(this);
 }
 
 PlainRunLoop::~PlainRunLoop() {
   stopWork();
-  drop();
+  dropBlocks(mutex_, posted_, timers_);
   uninstall();
-}
-
-void PlainRunLoop::drop() {
-  decltype(posted_) posted;
-  decltype(timers_) timers;
-  do {  // what goes may post once more
-    posted.clear();
-    timers.clear();
-    std::lock_guard lock(mutex_);
-    posted.swap(posted_);
-    timers.swap(timers_);
-  } while (!posted.empty() || !timers.empty());
 }
 
 void PlainRunLoop::post(Block block) {

@@ -30,8 +30,6 @@ class YMR_API PlainRunLoop final : public ThreadedRunLoop {
   bool runUntil(const std::function<bool()>& done, Duration bound);
 
  private:
-  // Lets go of the blocks that wait, with what they own.
-  void drop();
   // Runs one block that is due, after waiting for one at most until `deadline`, or, without one, until stop(). False
   // when nothing was run.
   bool turn(std::optional<Duration> deadline);

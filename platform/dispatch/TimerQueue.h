@@ -43,7 +43,6 @@ class TimerQueue {
   bool empty() const { return timers_.empty(); }
   std::size_t size() const { return timers_.size(); }
   void swap(TimerQueue& other) { timers_.swap(other.timers_); }
-  void clear() { timers_.clear(); }
 
  private:
   // Grows from loop to loop too, so that a token left over from one cancels nothing of the next.

@@ -6,6 +6,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/dispatch/DropBlocks.h"
+
 namespace {
 thread_local const VirtualRunLoop* loopOfThread = nullptr;
 }
@@ -17,21 +19,9 @@ VirtualRunLoop::VirtualRunLoop() : now_(std::chrono::hours(1)) {
 }
 
 VirtualRunLoop::~VirtualRunLoop() {
-  drop();
+  dropBlocks(mutex_, turns_, timers_);
   uninstall();
   if (loopOfThread == this) loopOfThread = nullptr;
-}
-
-void VirtualRunLoop::drop() {
-  decltype(turns_) turns;
-  decltype(timers_) timers;
-  do {  // what goes may post once more
-    turns.clear();
-    timers.clear();
-    std::lock_guard lock(mutex_);
-    turns.swap(turns_);
-    timers.swap(timers_);
-  } while (!turns.empty() || !timers.empty());
 }
 
 RunLoop::Duration VirtualRunLoop::now() const {

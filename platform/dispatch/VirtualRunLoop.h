@@ -43,8 +43,6 @@ class YMR_API VirtualRunLoop final : public RunLoop {
     bool isWork;
   };
 
-  // Lets go of the blocks that wait, with what they own.
-  void drop();
   // Runs one due turn; false when there is none.
   bool turn();
   void run(Turn turn);

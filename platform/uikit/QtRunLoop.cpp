@@ -4,6 +4,7 @@
 #include <QTimerEvent>
 #include <algorithm>
 
+#include "platform/dispatch/DropBlocks.h"
 #include "platform/uikit/RunLoopAnimationDriver.h"
 
 namespace {
@@ -19,7 +20,7 @@ QtRunLoop::QtRunLoop() {
 
 QtRunLoop::~QtRunLoop() {
   stopWork();
-  drop();
+  dropBlocks(mutex_, posted_, timers_);
   uninstall();
 }
 
@@ -32,19 +33,6 @@ void QtRunLoop::installIfNeeded() {
   static QtRunLoop* loop;
   loop = new QtRunLoop;
   qAddPostRoutine([] { delete std::exchange(loop, nullptr); });
-}
-
-// What goes may post once more.
-void QtRunLoop::drop() {
-  decltype(posted_) posted;
-  decltype(timers_) timers;
-  do {
-    posted.clear();
-    timers.clear();
-    std::lock_guard lock(mutex_);
-    posted.swap(posted_);
-    timers.swap(timers_);
-  } while (!posted.empty() || !timers.empty());
 }
 
 void QtRunLoop::post(Block block) {

@@ -37,8 +37,6 @@ class YMR_API QtRunLoop final : public QObject, public ThreadedRunLoop {
   Turn turn();
   // Sets Qt's timer for the earliest of ours.
   void arm();
-  // Lets go of the blocks that wait, with what they own.
-  void drop();
 
   std::mutex mutex_;
   std::deque<std::pair<Duration, Block>> posted_;  // with the time of posting: older than a due timer goes first
