@@ -7,43 +7,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
-std::vector<int> popAll(HostLanes<int>& lanes) {
-  std::vector<int> popped;
-  while (auto work = lanes.pop()) popped.push_back(*work);
-  return popped;
-}
-
-TEST(HostLanes, workLeavesInTheOrderOfArrivalUpToTheLimits) {
-  HostLanes<int> lanes({.atOnce = 3, .perHost = 3, .waiting = 100});
-  int number = 0;
-  for (const char* host : {"a", "b", "a", "c", "b"}) lanes.push(host, ++number);
-  EXPECT_THAT(popAll(lanes), ElementsAre(1, 2, 3));
-  lanes.finished("b");
-  EXPECT_THAT(popAll(lanes), ElementsAre(4));
-}
-
-TEST(HostLanes, aHostAtItsLimitDoesNotHoldUpTheOthers) {
-  HostLanes<int> lanes({.atOnce = 10, .perHost = 2, .waiting = 100});
-  for (int number : {1, 2, 3, 4}) lanes.push("slow", number);
-  lanes.push("quick", 5);
-  EXPECT_THAT(popAll(lanes), ElementsAre(1, 2, 5));
-  lanes.finished("quick");
-  EXPECT_THAT(popAll(lanes), ElementsAre());
-  lanes.finished("slow");
-  EXPECT_THAT(popAll(lanes), ElementsAre(3));
-}
-
-TEST(HostLanes, aFullQueueTakesNothingUntilSomethingLeaves) {
-  HostLanes<int> lanes({.atOnce = 1, .perHost = 1, .waiting = 2});
-  EXPECT_TRUE(lanes.push("a", 1));
-  EXPECT_TRUE(lanes.push("a", 2));
-  EXPECT_FALSE(lanes.push("b", 3));
-  EXPECT_THAT(popAll(lanes), ElementsAre(1));
-  EXPECT_TRUE(lanes.push("b", 4));
-}
-
 TEST(HostLanes, nothingIsLostAndNoLimitIsPassedInAnyOrderOfEvents) {
   std::mt19937 random(7);
   HostLanes<int> lanes({.atOnce = 5, .perHost = 2, .waiting = 40});

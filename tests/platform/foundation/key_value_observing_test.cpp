@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <map>
+
 #include "platform/dispatch/VirtualRunLoop.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSObject.h"
@@ -10,21 +12,12 @@ using testing::IsEmpty;
 namespace {
 
 struct Subject : NSObject {
-  void setRate(float value) {
-    rate_ = value;
-    didChangeValueForKey("rate");
+  void set(const std::string& key, int value) {
+    values[key] = value;
+    didChangeValueForKey(key);
   }
-  void setStatus(int value) {
-    status_ = value;
-    didChangeValueForKey("status");
-  }
-  std::any valueForKey(std::string_view key) const override {
-    if (key == "rate") return rate_;
-    if (key == "status") return status_;
-    return {};
-  }
-  float rate_ = 0;
-  int status_ = 0;
+  std::any valueForKey(std::string_view key) const override { return values.at(std::string(key)); }
+  std::map<std::string, int> values{{"rate", 0}, {"status", 0}};
 };
 
 // Writes down what it is told, in one line each, and then does `then`.
@@ -33,13 +26,9 @@ struct Recorder : NSKeyValueObserver {
 
   void observeValueForKeyPath(const std::string& keyPath, const std::shared_ptr<NSObject>&,
                               const NSKeyValueChange& change, void* context) override {
-    std::string line = name_ + " " + keyPath;
-    if (const auto* rate = std::any_cast<float>(&change.newValue))
-      line += "=" + std::to_string(static_cast<int>(*rate));
-    if (const auto* status = std::any_cast<int>(&change.newValue)) line += "=" + std::to_string(*status);
-    if (change.isInitial) line += " initial";
-    if (context) line += " in context";
-    told_.push_back(line);
+    const auto* value = std::any_cast<int>(&change.newValue);
+    told_.push_back(name_ + " " + keyPath + (value ? "=" + std::to_string(*value) : "") +
+                    (change.isInitial ? " initial" : "") + (context ? " in context" : ""));
     if (then) std::exchange(then, nullptr)();
   }
 
@@ -54,8 +43,7 @@ struct KeyValueObserving : testing::Test {
   VirtualRunLoop loop;
   std::vector<std::string> told;
   const std::shared_ptr<Subject> subject = std::make_shared<Subject>();
-  const std::shared_ptr<Recorder> a = recorder("a");
-  const std::shared_ptr<Recorder> b = recorder("b");
+  const std::shared_ptr<Recorder> a = recorder("a"), b = recorder("b");
 };
 
 constexpr auto New = NSKeyValueObservingOptionNew;
@@ -63,18 +51,16 @@ constexpr auto Initial = NSKeyValueObservingOptionInitial;
 
 TEST_F(KeyValueObserving, optionsSayWhatIsToldAndWhen) {
   int context = 0;
-  subject->setRate(3);
+  subject->set("rate", 3);
   subject->addObserver(a, "rate", Initial | New, &context);
   EXPECT_THAT(told, ElementsAre("a rate=3 initial in context"));
-  told.clear();
   subject->addObserver(a, "status", Initial);
-  EXPECT_THAT(told, ElementsAre("a status initial"));
+  EXPECT_EQ(told.back(), "a status initial");
   told.clear();
   subject->addObserver(b, "rate", New);
   subject->addObserver(b, "status");
-  EXPECT_THAT(told, IsEmpty());
-  subject->setRate(1);
-  subject->setStatus(2);
+  subject->set("rate", 1);
+  subject->set("status", 2);
   EXPECT_THAT(told, ElementsAre("a rate=1 in context", "b rate=1", "a status", "b status"));
 }
 
@@ -82,8 +68,8 @@ TEST_F(KeyValueObserving, tellsBeforeTheSetterReturnsAndInTheOrderOfRegistration
   subject->addObserver(a, "rate", New);
   subject->addObserver(b, "rate", New);
   subject->addObserver(b, "status", New);
-  a->then = [&] { subject->setStatus(7); };
-  subject->setRate(1);
+  a->then = [&] { subject->set("status", 7); };
+  subject->set("rate", 1);
   EXPECT_THAT(told, ElementsAre("a rate=1", "b status=7", "b rate=1"));
 }
 
@@ -96,63 +82,43 @@ TEST_F(KeyValueObserving, aRemovalTakesEffectAtOnceAndANewObserverWaitsForTheNex
     subject->removeObserver(a.get(), "rate");
     subject->addObserver(late, "rate");
   };
-  subject->setRate(1);
-  EXPECT_THAT(told, ElementsAre("a rate"));
-  subject->setRate(2);
+  subject->set("rate", 1);
+  subject->set("rate", 2);
   EXPECT_THAT(told, ElementsAre("a rate", "late rate"));
 }
 
-TEST_F(KeyValueObserving, aDoubleRegistrationIsToldTwiceAndRemovedLastFirst) {
+TEST_F(KeyValueObserving, aDoubleRegistrationIsToldTwiceAndRemovedLastFirstAndNoOftener) {
   int context = 0;
   subject->addObserver(a, "rate");
   subject->addObserver(a, "rate", 0, &context);
-  subject->setRate(1);
-  EXPECT_THAT(told, ElementsAre("a rate", "a rate in context"));
+  subject->set("rate", 1);
+  EXPECT_THAT(std::exchange(told, {}), ElementsAre("a rate", "a rate in context"));
   subject->removeObserver(a.get(), "rate");
-  told.clear();
-  subject->setRate(2);
+  subject->set("rate", 2);
   EXPECT_THAT(told, ElementsAre("a rate"));
-}
-
-TEST_F(KeyValueObserving, removingWhoIsNotThereIsAnErrorThatCanBeCaught) {
-  subject->addObserver(a, "rate");
-  EXPECT_THROW(subject->removeObserver(a.get(), "status"), NSRangeException);
   EXPECT_THROW(subject->removeObserver(b.get(), "rate"), NSException);
-  EXPECT_THROW(subject->removeObserver(nullptr, "rate"), std::exception);
+  EXPECT_THROW(subject->removeObserver(a.get(), "status"), NSRangeException);
   subject->removeObserver(a.get(), "rate");
-  try {
-    subject->removeObserver(a.get(), "rate");
-    FAIL() << "removed twice";
-  } catch (const NSException& exception) {
-    EXPECT_EQ(exception.name(), "NSRangeException");
-    EXPECT_THAT(exception.description(), testing::HasSubstr("\"rate\""));
-    EXPECT_EQ(exception.description(), exception.what());
-  }
-  subject->setRate(1);
-  EXPECT_THAT(told, IsEmpty());
+  EXPECT_THROW(subject->removeObserver(a.get(), "rate"), NSRangeException);
 }
 
-TEST_F(KeyValueObserving, anObserverThatWentIsNotToldAndNotCounted) {
-  auto gone = recorder("gone");
-  subject->addObserver(gone, "rate");
-  EXPECT_TRUE(subject->isObserved("rate"));
-  gone.reset();
-  EXPECT_FALSE(subject->isObserved("rate"));
-  subject->setRate(1);
-  EXPECT_THAT(told, IsEmpty());
-}
-
-TEST_F(KeyValueObserving, anObserverMayDeregisterInItsDestructor) {
+TEST_F(KeyValueObserving, anObserverThatWentIsNeitherToldNorCountedAndMayDeregisterAsItGoes) {
   struct Careful : Recorder {
     using Recorder::Recorder;
     ~Careful() override { subject->removeObserver(this, "rate"); }
     std::shared_ptr<Subject> subject;
   };
+  auto gone = recorder("gone");
   auto careful = std::make_shared<Careful>("careful", told);
   careful->subject = subject;
+  subject->addObserver(gone, "rate");
   subject->addObserver(careful, "rate");
+  gone.reset();
+  EXPECT_TRUE(subject->isObserved("rate"));
   careful.reset();
   EXPECT_FALSE(subject->isObserved("rate"));
+  subject->set("rate", 1);
+  EXPECT_THAT(told, IsEmpty());
 }
 
 TEST_F(KeyValueObserving, theSubjectLivesUntilAllHaveBeenTold) {
@@ -161,19 +127,14 @@ TEST_F(KeyValueObserving, theSubjectLivesUntilAllHaveBeenTold) {
   own->addObserver(a, "rate");
   own->addObserver(b, "rate", New);
   a->then = [&] { own.reset(); };
-  own->setRate(4);
+  own->set("rate", 4);
   EXPECT_THAT(told, ElementsAre("a rate", "b rate=4"));
   EXPECT_TRUE(weak.expired());
 }
 
-using KeyValueObservingDeathTest = KeyValueObserving;
-TEST_F(KeyValueObservingDeathTest, aChangeOffTheMainThreadStopsTheProcess) {
-  EXPECT_DEATH(
-      {
-        loop.performWork([&] { subject->setRate(1); });
-        loop.runUntilIdle();
-      },
-      "off the main thread");
+TEST_F(KeyValueObserving, aChangeOffTheMainThreadStopsTheProcess) {
+  loop.performWork([&] { subject->set("rate", 1); });
+  EXPECT_DEATH(loop.runUntilIdle(), "off the main thread");
 }
 
 }  // namespace

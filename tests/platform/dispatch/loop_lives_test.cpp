@@ -1,0 +1,147 @@
+// What the forms of the run loop without a screen promise each, and how loops come and go.
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+#include "platform/dispatch/Dispatch.h"
+#include "platform/dispatch/PlainRunLoop.h"
+#include "platform/dispatch/VirtualRunLoop.h"
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+namespace {
+
+struct VirtualTest : testing::Test {
+  std::chrono::milliseconds passed() const {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(loop.now() - began);
+  }
+
+  VirtualRunLoop loop;
+  const RunLoop::Duration began = loop.now();
+};
+
+TEST_F(VirtualTest, timeStandsStillUntilItIsMovedAndStopsAtEveryTimerOnTheWay) {
+  std::vector<std::chrono::milliseconds> fired, moved;
+  const std::function<void()> again = [&] {
+    fired.push_back(passed());
+    loop.schedule(300ms, again);
+  };
+  loop.setTimeMoved([&] { moved.push_back(passed()); });
+  loop.schedule(300ms, again);
+  loop.runUntilIdle();
+  EXPECT_TRUE(fired.empty());
+  EXPECT_EQ(loop.pendingTimers(), 1u);
+  loop.advance(700ms);
+  EXPECT_THAT(fired, ElementsAre(300ms, 600ms));
+  EXPECT_THAT(moved, ElementsAre(300ms, 600ms, 700ms));
+
+  EXPECT_TRUE(loop.advanceUntil([&] { return fired.size() == 3; }, 1s));
+  EXPECT_EQ(passed(), 900ms) << "and no farther";
+  EXPECT_FALSE(loop.advanceUntil([&] { return fired.size() == 99; }, 650ms));
+  EXPECT_EQ(fired.size(), 5u);
+}
+
+TEST_F(VirtualTest, waitingForAGroupMovesTimeAndEndsATestThatWaitsForNothing) {
+  const auto group = dispatch_group_create();
+  dispatch_group_enter(group);
+  dispatch_after(5s, dispatch_get_global_queue(), [&] { dispatch_group_leave(group); });
+  dispatch_group_wait(group);
+  EXPECT_EQ(passed(), 5s);
+  dispatch_group_enter(group);
+  EXPECT_DEATH(dispatch_group_wait(group), "nothing left on the loop");
+}
+
+TEST(PlainRunLoopTest, runsUntilItIsStopped) {
+  PlainRunLoop loop;
+  int ran = 0;
+  loop.schedule(5ms, [&] {
+    ++ran;
+    loop.stop();
+    loop.post([&] { ++ran; });
+  });
+  loop.run();
+  EXPECT_EQ(ran, 1) << "the turn at hand is the last";
+  std::thread stopper([&] { loop.stop(); });
+  loop.run();
+  stopper.join();
+}
+
+TEST(PlainRunLoopTest, aBusyLoopKeepsItsTimersAndItsBound) {
+  PlainRunLoop loop;
+  std::function<void()> again = [&] { loop.post(again); };
+  bool fired = false;
+  loop.post(again);
+  loop.schedule(20ms, [&] { fired = true; });
+  EXPECT_TRUE(loop.runUntil([&] { return fired; }, 5s)) << "what is posted later starves a timer";
+  loop.stop();  // ends run() only
+  const auto began = loop.now();
+  EXPECT_FALSE(loop.runUntil([&] { return loop.now() - began > 10s; }, 50ms));
+  EXPECT_LT(loop.now() - began, 5s);
+}
+
+TEST(PlainRunLoopTest, workersLeaveSignalsToTheHostsThreads) {
+  PlainRunLoop loop;
+  const auto blocksInterrupts = [] {
+    sigset_t mask;
+    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    return sigismember(&mask, SIGINT);
+  };
+  std::atomic<int> inWorker{-1};
+  loop.performWork([&] { inWorker = blocksInterrupts(); });
+  EXPECT_TRUE(loop.runUntil([&] { return inWorker >= 0; }, 5s));
+  EXPECT_EQ(inWorker, 1);
+  EXPECT_EQ(blocksInterrupts(), 0);
+}
+
+template <typename Loop>
+void goWithBlocksThatPostAsTheyGo() {
+  struct PostsWhenItGoes {
+    ~PostsWhenItGoes() {
+      EXPECT_TRUE(RunLoop::whileInstalled([](RunLoop& loop) { loop.post([] {}); }));
+    }
+  };
+  {
+    Loop loop;
+    loop.post([owned = std::make_shared<PostsWhenItGoes>()] {});
+    loop.schedule(1h, [owned = std::make_shared<PostsWhenItGoes>()] {});
+  }
+  EXPECT_EQ(RunLoop::mainIfInstalled(), nullptr);
+}
+
+TEST(RunLoopInstallation, aLoopThatGoesTakesItsBlocksAlongWhileItStillStands) {
+  goWithBlocksThatPostAsTheyGo<PlainRunLoop>();
+  goWithBlocksThatPostAsTheyGo<VirtualRunLoop>();
+  EXPECT_DEATH(RunLoop::main(), "no run loop is installed") << "a host that forgot is told";
+}
+
+TEST(RunLoopInstallation, otherThreadsUseTheLoopOnlyWhileItIsThere) {
+  EXPECT_FALSE(RunLoop::whileInstalled([](RunLoop&) { FAIL(); }));
+  std::atomic<bool> stop{false};
+  std::atomic<int> handedOver{0};
+  std::thread other([&] {
+    while (!stop) handedOver += RunLoop::whileInstalled([](RunLoop& loop) { loop.post([] {}); });
+  });
+  for (int round = 0; round < 200; ++round) PlainRunLoop loop;
+  {
+    PlainRunLoop loop;
+    const int before = handedOver;
+    EXPECT_TRUE(loop.runUntil([&] { return handedOver > before; }, 10s));
+  }
+  stop = true;
+  other.join();
+}
+
+TEST(RunLoopInstallation, aTokenOfAnEarlierLoopCancelsNothing) {
+  const RunLoop::TimerToken old = VirtualRunLoop().schedule(1s, [] {});
+  VirtualRunLoop loop;
+  bool ran = false;
+  loop.schedule(1s, [&] { ran = true; });
+  loop.cancel(old);
+  loop.advance(1s);
+  EXPECT_TRUE(ran);
+}
+
+}  // namespace
