@@ -110,7 +110,9 @@ void GStreamerEngine::openPipeline() {
 
 void GStreamerEngine::restart() {
   ++restarts_;
-  if (restartTimer_) RunLoop::main().cancel(std::exchange(restartTimer_, 0));
+  for (RunLoop::TimerToken* timer : {&restartTimer_, &pollTimer_}) {
+    if (*timer) RunLoop::main().cancel(std::exchange(*timer, 0));
+  }
   MediaPipeline::close(std::move(pipeline_));
   isOpen_ = false;
   isFilled_ = true;
