@@ -24,26 +24,11 @@ constexpr gsize maximumBytes = 64 * 1024;
 }  // namespace
 
 void CaptionFeed::admit(GstElement* element) {
-  const auto name = factoryName(element);
-  if (name == "urisourcebin") g_signal_connect(element, "pad-added", G_CALLBACK(padAdded), this);
-  if (name == "parsebin") g_signal_connect(element, "pad-added", G_CALLBACK(parsedPadAdded), nullptr);
+  if (factoryName(element) == "urisourcebin") g_signal_connect(element, "pad-added", G_CALLBACK(padAdded), this);
 }
 
 void CaptionFeed::padAdded(GstElement*, GstPad* pad, gpointer self) {
   gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, &CaptionFeed::probe, self, nullptr);
-}
-
-void CaptionFeed::parsedPadAdded(GstElement*, GstPad* pad, gpointer) {
-  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, &CaptionFeed::probeEnd, nullptr, nullptr);
-}
-
-// playbin3 1.22 corrupts its memory when it is taken down after the end of a stream that it does not play. Nothing
-// waits for the end of a text.
-GstPadProbeReturn CaptionFeed::probeEnd(GstPad* pad, GstPadProbeInfo* info, gpointer) {
-  if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_EOS) return GST_PAD_PROBE_OK;
-  const GstObjectRef<GstStream> stream(gst_pad_get_stream(pad));
-  const bool isText = stream && gst_stream_get_stream_type(stream.get()) & GST_STREAM_TYPE_TEXT;
-  return isText ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
 }
 
 GstPadProbeReturn CaptionFeed::probe(GstPad* pad, GstPadProbeInfo* info, gpointer self) {

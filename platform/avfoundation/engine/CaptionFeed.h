@@ -10,8 +10,8 @@
 
 #include "platform/avfoundation/engine/CaptionTimeline.h"
 
-// Picks the cues of every legible track out of the parsed streams, before decoders choose among them. So texts never
-// take part in prerolling, and choosing a track changes nothing in a pipeline that plays.
+// Takes the cues of every legible track out of the parsed streams, before they reach the decoders. So texts never take
+// part in prerolling, and choosing a track changes nothing in a pipeline that plays.
 //
 // admit() is called for each element that joins the pipeline. `found` is called on streaming threads, ahead of the time
 // at which a cue is due. Destroyed after the pipeline.
@@ -23,8 +23,6 @@ class CaptionFeed {
 
  private:
   static void padAdded(GstElement* element, GstPad* pad, gpointer self);
-  static void parsedPadAdded(GstElement* parser, GstPad* pad, gpointer);
-  static GstPadProbeReturn probeEnd(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstPadProbeReturn probe(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   void take(GstPad* pad, GstBuffer* buffer) const;
 

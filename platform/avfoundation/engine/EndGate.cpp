@@ -1,13 +1,19 @@
 #include "platform/avfoundation/engine/EndGate.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include "platform/avfoundation/engine/GstHandles.h"
 
 namespace {
 
-// Taking a stream in takes well below a millisecond. What does not come within this will not come.
+// A stream's first buffer follows its announcement within milliseconds. What does not come within this may never come.
 constexpr auto patience = std::chrono::seconds(2);
+
+bool isText(GstPad* pad) {
+  const GstObjectRef<GstStream> stream(gst_pad_get_stream(pad));
+  return stream && gst_stream_get_stream_type(stream.get()) & GST_STREAM_TYPE_TEXT;
+}
 
 }  // namespace
 
@@ -28,7 +34,7 @@ void EndGate::admit(GstElement* element, GstElement* parent) {
 }
 
 void EndGate::decoderPadAdded(GstElement*, GstPad* pad, gpointer self) {
-  if (GST_PAD_IS_SINK(pad)) gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, noteArrival, self, nullptr);
+  if (GST_PAD_IS_SINK(pad)) gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, noteArrival, self, nullptr);
 }
 
 void EndGate::sourcePadAdded(GstElement*, GstPad* pad, gpointer data) {
@@ -36,7 +42,7 @@ void EndGate::sourcePadAdded(GstElement*, GstPad* pad, gpointer data) {
   auto* self = static_cast<EndGate*>(data);
   {
     std::lock_guard lock(self->mutex_);
-    self->sources_.insert(pad);
+    self->sources_[pad] = false;
   }
   gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, holdEnd, self, nullptr);
 }
@@ -50,24 +56,33 @@ void EndGate::sourcePadRemoved(GstElement*, GstPad* pad, gpointer data) {
   self->changed_.notify_all();
 }
 
-GstPadProbeReturn EndGate::noteArrival(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
-  if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_SEGMENT) return GST_PAD_PROBE_OK;
+GstPadProbeReturn EndGate::noteArrival(GstPad* pad, GstPadProbeInfo*, gpointer data) {
+  const GTextRef stream(gst_pad_get_stream_id(pad));
+  if (!stream) return GST_PAD_PROBE_OK;
   auto* self = static_cast<EndGate*>(data);
   {
     std::lock_guard lock(self->mutex_);
-    self->taken_.insert(pad);
+    self->taken_.insert(stream.get());
   }
   self->changed_.notify_all();
   return GST_PAD_PROBE_REMOVE;
 }
 
-GstPadProbeReturn EndGate::holdEnd(GstPad*, GstPadProbeInfo* info, gpointer data) {
+GstPadProbeReturn EndGate::holdEnd(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
   if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_EOS) return GST_PAD_PROBE_OK;
   auto* self = static_cast<EndGate*>(data);
   std::unique_lock lock(self->mutex_);
-  self->changed_.wait_for(lock, patience,
-                          [self] { return self->isReleased_ || self->taken_.size() >= self->sources_.size(); });
+  self->sources_[pad] = true;
+  self->changed_.notify_all();
+  self->changed_.wait_for(lock, patience, [self] { return self->isReleased_ || self->areAllTaken(); });
   return GST_PAD_PROBE_OK;
+}
+
+bool EndGate::areAllTaken() const {
+  return std::ranges::all_of(sources_, [this](const auto& source) {
+    const GTextRef stream(gst_pad_get_stream_id(source.first));
+    return source.second || isText(source.first) || (stream && taken_.contains(stream.get()));
+  });
 }
 
 void EndGate::release() {

@@ -3,14 +3,17 @@
 #include <gst/gst.h>
 
 #include <condition_variable>
+#include <map>
 #include <mutex>
 #include <set>
+#include <string>
 
-// Keeps the end of a stream back until the decoders have taken every stream of the media in.
+// Keeps the end of a stream back until the decoders have taken in every stream of pictures and sound.
 //
-// decodebin3 takes its inputs in one by one, each on the thread that delivers it, and goes over all of them each time.
-// In a short clip one stream can be at its end before the next one is taken in: decodebin3 then throws it away as a
-// thing of the past, never ends, and touches freed memory when it stops.
+// decodebin3 goes over all of its inputs whenever the first buffer of one arrives, on the thread that brings it, and
+// throws away those that are at their end. In a short clip, one stream can have ended before another brings its first
+// buffer: decodebin3 then never ends, and touches freed memory when it stops. (Texts never bring it a buffer, see
+// CaptionFeed.)
 //
 // Destroyed after the pipeline; release() comes before the pipeline is stopped.
 class EndGate {
@@ -28,10 +31,11 @@ class EndGate {
   static void sourcePadRemoved(GstElement* queue, GstPad* pad, gpointer self);
   static GstPadProbeReturn noteArrival(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstPadProbeReturn holdEnd(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  bool areAllTaken() const;
 
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::set<GstPad*> sources_;  // where parsed streams come from
-  std::set<GstPad*> taken_;    // where the decoders have taken one in
+  std::map<GstPad*, bool> sources_;  // where parsed streams come from; true for one at its end
+  std::set<std::string> taken_;      // streams whose first buffer has reached the decoders
   bool isReleased_ = false;
 };
