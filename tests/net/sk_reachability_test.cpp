@@ -154,6 +154,7 @@ TEST_F(Reachability, aChangeCallsItsBlockOnTheSerialQueueAndThenNotifiesOnTheMai
   target->change(reachable);
   loop.runUntilIdle();
   center.removeObserver(this);
+  object->stopNotifier();
   EXPECT_THAT(order, ElementsAre("reachable", "notification", "unreachable", "notification", "notification"));
 }
 
