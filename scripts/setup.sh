@@ -1,7 +1,8 @@
 # Sourced by the other scripts: puts what is missing on a Debian 12 machine and builds a preset.
 #   setup_packages KIND...      installs the packages of these kinds from packages.txt that are not there yet
-#   setup_build PRESET [TARGET...]
-# Both say what they do on standard error and are quick when there is nothing to do.
+#   setup_configure PRESET [OPTION...]   options of cmake's
+#   setup_build PRESET [TARGET...]       configures when that has not been done
+# They say what they do on standard error and are quick when there is nothing to do.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -31,14 +32,15 @@ setup_packages() {
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -qy --no-install-recommends "${missing[@]}" >&2
 }
 
+setup_configure() {
+  say "Configuring build/$1"
+  (cd "$root" && cmake --preset "$@" >&2)
+}
+
 setup_build() {
   local preset=$1
   shift
-  cd "$root"
-  if [ ! -f "build/$preset/build.ninja" ]; then
-    say "Configuring build/$preset"
-    cmake --preset "$preset" >&2
-  fi
+  [ -f "$root/build/$preset/build.ninja" ] || setup_configure "$preset"
   say "Building build/$preset"
-  cmake --build "build/$preset" ${1:+--target "$@"} >&2
+  cmake --build "$root/build/$preset" ${1:+--target "$@"} >&2
 }

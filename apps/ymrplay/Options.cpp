@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 
 #include "VAST/SKLogger.h"
 
@@ -48,6 +49,22 @@ NSURL address(const std::string& option, const std::string& text) {
   return *url;
 }
 
+NSURL adTag(const std::string& option, const std::string& text) {
+  const auto url = NSURL::URLWithString(text);
+  if (!url || text.empty()) fail(option, "'" + text + "' is not a URL");
+  if (!url->isHTTP()) fail(option, "'" + text + "': ad tags are fetched over http and https only");
+  return *url;
+}
+
+Options::MidRoll midRoll(const std::string& text) {
+  auto [seconds, tag] = timed("--midroll", text);
+  if (seconds != std::floor(seconds)) fail("--midroll", "'" + text + "': mid-rolls are due at whole seconds");
+  if (seconds > std::numeric_limits<std::int32_t>::max()) {
+    fail("--midroll", "'" + text + "': no programme is that long");
+  }
+  return {static_cast<std::uint64_t>(seconds), adTag("--midroll", tag)};
+}
+
 Options::Size size(const std::string& text) {
   int width = 0, height = 0, used = 0;
   const bool parsed = std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &used) == 2;
@@ -78,12 +95,34 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
 
   Options options;
   std::string media, artwork, windowSize, logLevel = "none";
-  std::vector<std::string> keys, snapshots;
+  std::vector<std::string> keys, snapshots, preRolls, midRolls, postRolls;
   app.add_option("MEDIA", media, "File or URL to play")->required();
   app.add_option("--title", options.title, "Title in the information panel")->type_name("T");
   app.add_option("--description", options.description, "Description in the information panel")->type_name("T");
   app.add_option("--artwork", artwork, "Picture in the information panel")->type_name("FILE|URL");
   app.add_option("--start", options.start, "Start position in whole seconds, may be negative")->type_name("SECONDS");
+  app.add_option("--preroll", preRolls, "Ad tag of a break before the programme; may be repeated")
+      ->type_name("URL")
+      ->allow_extra_args(false);
+  app.add_option("--midroll", midRolls, "Ad tag of a break at that second of the programme; may be repeated")
+      ->type_name("SECONDS=URL")
+      ->allow_extra_args(false);
+  app.add_option("--postroll", postRolls, "Ad tag of a break after the programme; may be repeated")
+      ->type_name("URL")
+      ->allow_extra_args(false);
+  app.add_option("--loading-text", options.loadingText, "Text while an ad loads")
+      ->type_name("T")
+      ->capture_default_str();
+  app.add_option("--countdown-text", options.countdownText, "Countdown of a single ad; %d is the seconds left")
+      ->type_name("T")
+      ->capture_default_str();
+  app.add_option("--pod-countdown-text", options.podCountdownText,
+                 "Countdown in a pod of ads; three numbers: seconds left, the ad's number, how many")
+      ->type_name("T")
+      ->capture_default_str();
+  app.add_option("--reachability-host", options.reachabilityHost,
+                 "Host whose route tells whether there is a network for ads")
+      ->type_name("HOST");
   app.add_flag("--headless", options.headless,
                "Play in memory and in real time, without display and sound; default where there is no display");
   app.add_option("--size", windowSize, "Window size; without it full screen (headless: 1920x1080)")->type_name("WxH");
@@ -105,6 +144,9 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
     options.media = address("MEDIA", media);
     if (!artwork.empty()) options.artwork = address("--artwork", artwork);
     if (!windowSize.empty()) options.size = size(windowSize);
+    for (const auto& text : preRolls) options.preRolls.push_back(adTag("--preroll", text));
+    for (const auto& text : midRolls) options.midRolls.push_back(midRoll(text));
+    for (const auto& text : postRolls) options.postRolls.push_back(adTag("--postroll", text));
     for (const auto& text : snapshots) {
       auto [seconds, file] = timed("--snapshot", text);
       options.snapshots.push_back({seconds, std::move(file)});
@@ -120,6 +162,8 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
     exitStatus = app.exit(error) == 0 ? 0 : wrongUsage;
     return std::nullopt;
   }
+  std::stable_sort(options.midRolls.begin(), options.midRolls.end(),
+                   [](const auto& left, const auto& right) { return left.seconds < right.seconds; });
   options.logLevel = SKLogger::levelNamed(logLevel).value();
   if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) options.headless = true;
   return options;

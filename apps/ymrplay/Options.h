@@ -21,12 +21,23 @@ struct Options {
     int width;
     int height;
   };
+  struct MidRoll {
+    std::uint64_t seconds;
+    NSURL tag;
+  };
 
   std::optional<NSURL> media;
   std::string title;
   std::string description;
   std::optional<NSURL> artwork;
   std::int64_t start = 0;  // whole seconds, may be negative
+  std::vector<NSURL> preRolls;
+  std::vector<MidRoll> midRolls;  // by time; those of one time as they were given
+  std::vector<NSURL> postRolls;
+  std::string loadingText = "Ad · loading";
+  std::string countdownText = "Ad · %d s";  // formats, as YMRAdSchedule takes them
+  std::string podCountdownText = "Ad %2$d of %3$d · %1$d s";
+  std::string reachabilityHost;  // empty for the framework's own
   bool headless = false;
   std::optional<Size> size;
   bool events = false;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "VAST/SKLogger.h"
+#include "ads/core/SKVASTMediaFilePicker.h"
 #include "apps/ymrplay/Options.h"
 #include "apps/ymrplay/PlayHost.h"
 #include "apps/ymrplay/TerminationSignals.h"
@@ -35,6 +36,7 @@ int main(int argc, char** argv) {
     MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
   }
   logToStandardError(options->logLevel);
+  if (!options->reachabilityHost.empty()) SKVASTMediaFilePicker::setProbeHost(options->reachabilityHost);
   qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
     SKLogger::warning("Qt", message.toStdString());
   });

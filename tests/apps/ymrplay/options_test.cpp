@@ -1,57 +1,35 @@
-#include "apps/ymrplay/Options.h"
-
 #include <gmock/gmock.h>
 
 #include <cstdlib>
 
+#include "tests/apps/ymrplay/ParsedOptions.h"
+
 using testing::HasSubstr;
 
-namespace {
-
-struct Parsed {
-  std::optional<Options> options;
-  int exitStatus = -1;
-  std::string said;
-};
-
-Parsed parse(std::vector<std::string> words) {
-  words.insert(words.begin(), "ymrplay");
-  std::vector<char*> argv;
-  for (auto& word : words) argv.push_back(word.data());
-  Parsed parsed;
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  parsed.options = parseOptions(static_cast<int>(argv.size()), argv.data(), parsed.exitStatus);
-  parsed.said = testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
-  return parsed;
-}
-
-}  // namespace
-
 TEST(PlayOptions, takeEverythingAtOnce) {
-  const auto [options, status, said] = parse({"--title",
-                                              "T",
-                                              "--description",
-                                              "D",
-                                              "--artwork",
-                                              "a.png",
-                                              "--start",
-                                              "-5",
-                                              "--headless",
-                                              "--size",
-                                              "1280x720",
-                                              "--events",
-                                              "--snapshot",
-                                              "1.5=a.png",
-                                              "--snapshot",
-                                              "2=b=c.png",
-                                              "--key",
-                                              "0=playpause",
-                                              "--key",
-                                              "3=menu",
-                                              "--log",
-                                              "debug",
-                                              "http://example.org/a.m3u8"});
+  const auto [options, status, said] = parseWords({"--title",
+                                                   "T",
+                                                   "--description",
+                                                   "D",
+                                                   "--artwork",
+                                                   "a.png",
+                                                   "--start",
+                                                   "-5",
+                                                   "--headless",
+                                                   "--size",
+                                                   "1280x720",
+                                                   "--events",
+                                                   "--snapshot",
+                                                   "1.5=a.png",
+                                                   "--snapshot",
+                                                   "2=b=c.png",
+                                                   "--key",
+                                                   "0=playpause",
+                                                   "--key",
+                                                   "3=menu",
+                                                   "--log",
+                                                   "debug",
+                                                   "http://example.org/a.m3u8"});
   ASSERT_TRUE(options) << said;
   EXPECT_EQ(options->media->absoluteString(), "http://example.org/a.m3u8");
   EXPECT_EQ(options->start, -5);
@@ -67,10 +45,10 @@ TEST(PlayOptions, takeEverythingAtOnce) {
 
 TEST(PlayOptions, areHeadlessWhereThereIsNoDisplay) {
   for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) unsetenv(name);
-  EXPECT_TRUE(parse({"a.mp4"}).options->headless);
+  EXPECT_TRUE(parseWords({"a.mp4"}).options->headless);
   setenv("DISPLAY", ":0", 1);
-  EXPECT_FALSE(parse({"a.mp4"}).options->headless);
-  EXPECT_TRUE(parse({"a.mp4", "--headless"}).options->headless);
+  EXPECT_FALSE(parseWords({"a.mp4"}).options->headless);
+  EXPECT_TRUE(parseWords({"a.mp4", "--headless"}).options->headless);
   unsetenv("DISPLAY");
 }
 
@@ -95,7 +73,7 @@ TEST(PlayOptions, sayWhatIsWrongAndEndWithTwo) {
       {{"a.mp4", "--log", "loud"}, "--log"},
   };
   for (const auto& [words, expected] : cases) {
-    const auto parsed = parse(words);
+    const auto parsed = parseWords(words);
     EXPECT_FALSE(parsed.options) << testing::PrintToString(words);
     EXPECT_EQ(parsed.exitStatus, 2) << testing::PrintToString(words);
     EXPECT_THAT(parsed.said, HasSubstr(expected)) << testing::PrintToString(words);
@@ -103,13 +81,15 @@ TEST(PlayOptions, sayWhatIsWrongAndEndWithTwo) {
 }
 
 TEST(PlayOptions, helpNamesEveryOptionAndEndsWithZero) {
-  const auto help = parse({"--help"});
+  const auto help = parseWords({"--help"});
   EXPECT_EQ(help.exitStatus, 0);
-  for (const char* option : {"--title", "--description", "--artwork", "--start", "--headless", "--size", "--events",
-                             "--snapshot", "--key", "--log", "--version", "Exit status"}) {
+  for (const char* option :
+       {"--title", "--description", "--artwork", "--start", "--headless", "--size", "--events", "--snapshot", "--key",
+        "--log", "--preroll", "--midroll", "--postroll", "--loading-text", "--countdown-text", "--pod-countdown-text",
+        "--reachability-host", "--version", "Exit status"}) {
     EXPECT_THAT(help.said, HasSubstr(option));
   }
-  const auto version = parse({"--version"});
+  const auto version = parseWords({"--version"});
   EXPECT_EQ(version.exitStatus, 0);
   EXPECT_THAT(version.said, HasSubstr("ymrplay 0."));
 }
