@@ -75,12 +75,11 @@ class PlayerScreenTest : public ScreenTest {
     loop.advance(1s);
   }
 
-  void press(UIPressType type) {
-    window.sendPress(type);
-    loop.runUntilIdle();
-  }
-  void press(UIPressType type, int times) {
-    for (int time = 0; time < times; ++time) press(type);
+  void press(UIPressType type, int times = 1) {
+    for (int time = 0; time < times; ++time) {
+      window.sendPress(type);
+      loop.runUntilIdle();
+    }
   }
   // A key of a keyboard, with its repetitions.
   void keyDown(int key, bool isRepeat = false) {
@@ -100,6 +99,14 @@ class PlayerScreenTest : public ScreenTest {
     }
   }
 
+  // What a host may do from inside any call.
+  void letGo() {
+    controller->dismissViewControllerAnimated(false);
+    screen->setPlayer(nullptr);
+    screen = std::make_shared<AVPlayerViewController>();
+    player = nullptr;
+  }
+
   ScriptedMediaEngine& engine() { return *media.engine(kURL); }
   const std::vector<double>& seeks() { return engine().log().seeks; }
   double now() { return CMTimeGetSeconds(player->currentTime()); }
@@ -108,6 +115,9 @@ class PlayerScreenTest : public ScreenTest {
   PanelModel& panel() { return *controls().panel(); }
   CaptionsMenu& menu() { return *controls().captionsMenu(); }
   StageModel& stage() { return *controls().stage(); }
+  std::shared_ptr<AVMediaSelectionGroup> group() const {
+    return item->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible);
+  }
   bool isPresented() const { return controller->presentedViewController() != nullptr; }
 
   WarningsFail warningsFail;
