@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "xml/TreeMemory.h"
 #include "xml/XML.h"
 
 // The attributes of an element: a map from name to value, in the order of the document. An element has few of them and
@@ -15,7 +16,7 @@
 class XML::Attributes {
  public:
   using value_type = std::pair<std::string, std::string>;
-  using const_iterator = std::vector<value_type>::const_iterator;
+  using const_iterator = std::vector<value_type, XMLTreeAllocator<value_type>>::const_iterator;
 
   const_iterator begin() const { return pairs_.begin(); }
   const_iterator end() const { return pairs_.end(); }
@@ -48,5 +49,5 @@ class XML::Attributes {
   friend bool operator==(const Attributes&, const Attributes&) = default;
 
  private:
-  std::vector<value_type> pairs_;
+  std::vector<value_type, XMLTreeAllocator<value_type>> pairs_;
 };

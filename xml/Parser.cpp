@@ -92,6 +92,7 @@ bool XML::Parser::parse(std::span<const std::byte> document) {
   handler.characters = Pass::characters;
   handler.ignorableWhitespace = Pass::characters;
   handler.cdataBlock = Pass::characters;
+  const XMLTreeMemory::Scope memory;
   Pass pass{{documentRoot_, trimmingManner_ ? &*trimmingManner_ : nullptr}};
   const bool isWellFormed = XMLParserContext(document).sendEvents(handler, &pass);
   pass.builder.finish();

@@ -18,7 +18,7 @@ void XMLTreeBuilder::open(std::shared_ptr<XML::Element> element) {
 }
 
 XML::Element& XMLTreeBuilder::elementStarts(std::string name) {
-  auto element = std::make_shared<XML::Element>(std::move(name));
+  auto element = std::allocate_shared<XML::Element>(XMLTreeAllocator<XML::Element>(), std::move(name));
   element->parentElement = open_[depth_ - 1].element;
   open(std::move(element));
   return *open_[depth_ - 1].element;
