@@ -43,9 +43,7 @@ void Scrubber::press(Direction direction) {
 }
 
 void Scrubber::repeat(Direction direction) {
-  if (!burst_) return;
-  if (RunLoop::main().now() - lastStep_ >= kRepetition) return step(direction);
-  commitAfter(kForgottenAfter);
+  if (burst_ && RunLoop::main().now() - lastStep_ >= kRepetition) step(direction);
 }
 
 void Scrubber::release() {
