@@ -28,6 +28,7 @@ class AdServer {
   // Not usable when the folders cannot be served or no port is free.
   AdServer(std::string tags, const std::string& clips) : tags_(std::move(tags)) {
     server_.set_keep_alive_max_count(1000);
+    server_.set_tcp_nodelay(true);
     server_.new_task_queue = [] { return new httplib::ThreadPool(32); };  // a connection that is kept open holds one
     server_.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response&) {
       print(request);

@@ -23,6 +23,7 @@ const char* const footer =
     "Examples:\n"
     "  ymrplay --title \"Harbour\" harbour.mp4\n"
     "  ymrplay --headless --events --start 5 clip.mp4\n"
+    "  ymrplay --preroll https://ads.example/pre --midroll 600=https://ads.example/mid film.mp4\n"
     "  ymrplay --headless --key 1=down --snapshot 2=panel.png clip.mkv";
 
 [[noreturn]] void fail(const std::string& option, const std::string& problem) {
