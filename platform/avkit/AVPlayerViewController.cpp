@@ -169,11 +169,16 @@ void AVPlayerViewController::viewDidDisappear(bool animated) {
 
 bool AVPlayerViewController::pressesBegan(const UIPress& press) {
   if (UIViewController::pressesBegan(press)) return true;
-  if (parts_->screen()->isCovered()) return press.type != UIPressTypeMenu;
+  if (parts_->screen()->isCovered()) {
+    return parts_->screen()->offerToCover(press, UIPressDelivery::Phase::began) || press.type != UIPressTypeMenu;
+  }
   return parts_->remote().began(press);
 }
 
 bool AVPlayerViewController::pressesEnded(const UIPress& press) {
   if (UIViewController::pressesEnded(press)) return true;
+  if (parts_->screen()->isCovered()) {
+    return parts_->screen()->offerToCover(press, UIPressDelivery::Phase::ended) || press.type != UIPressTypeMenu;
+  }
   return parts_->remote().ended(press);
 }

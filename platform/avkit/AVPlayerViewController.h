@@ -36,8 +36,9 @@ class YMR_API AVPlayerViewControllerDelegate {
 //   Down             opens the panel: "Info" (title, description, artwork) and "Subtitles" (Off and the legible
 //                    options), those of them that there is anything to show for. Up, from its first row, closes it.
 //   Menu             belongs to the recogniser below
-// A view that somebody adds over the controller's own view takes the remote as long as it is there: the controls vanish
-// and presses that it leaves do nothing, but for the recognisers.
+// A view that somebody adds over the controller's own view takes the remote as long as it is there: the controls
+// vanish, every press that this view's recognisers leave is offered to it, whether or not it has the focus, and what it
+// leaves does nothing.
 //
 // The view's gestureRecognizers hold, from the start, one UITapGestureRecognizer for Menu, which dismisses; whoever
 // wants another meaning replaces it. Out of sight (UIApplicationDidEnterBackgroundNotification) the player is paused

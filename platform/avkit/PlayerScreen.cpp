@@ -18,13 +18,28 @@ std::shared_ptr<PlayerScreen> PlayerScreen::make() {
   return screen;
 }
 
+QList<QQuickItem*> PlayerScreen::cover() const {
+  QList<QQuickItem*> items = childItems().mid(childItems().indexOf(controls_.get()) + 1);
+  items.removeIf([](const QQuickItem* item) {
+    const auto* view = qobject_cast<const UIView*>(item);
+    return view ? view->isHidden() : !item->isVisible();
+  });
+  return items;
+}
+
 bool PlayerScreen::isCovered() const {
-  const auto items = childItems();
-  const auto controls = std::find(items.begin(), items.end(), controls_.get());
-  return controls != items.end() && std::any_of(controls + 1, items.end(), [](const QQuickItem* item) {
-           const auto* view = qobject_cast<const UIView*>(item);
-           return view ? !view->isHidden() : item->isVisible();
-         });
+  return controls_ && !cover().isEmpty();
+}
+
+bool PlayerScreen::offerToCover(const UIPress& press, UIPressDelivery::Phase phase) {
+  const QQuickItem* first = window() ? UIPressDelivery::firstResponder(*window()) : nullptr;
+  std::vector<std::shared_ptr<UIView>> views;
+  for (QQuickItem* item : cover()) {
+    auto* view = qobject_cast<UIView*>(item);
+    if (view && view != first && !view->isAncestorOf(first)) views.push_back(view->shared_from_this());
+  }
+  return std::any_of(views.rbegin(), views.rend(),
+                     [&](const auto& view) { return UIPressDelivery::offer(*view, press, phase); });
 }
 
 void PlayerScreen::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {

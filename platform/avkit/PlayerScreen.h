@@ -5,6 +5,7 @@
 
 #include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/avkit/ControlsView.h"
+#include "platform/uikit/UIPressDelivery.h"
 #include "platform/uikit/UIView.h"
 
 // The controller's view. From the bottom: black, the picture, the host's overlay, the controls; what others add lies
@@ -19,6 +20,9 @@ class PlayerScreen final : public UIView {
 
   // Something visible lies over the controls.
   bool isCovered() const;
+  // Offers a press to what lies there, from the top; not to what has had it as the first responder's. Whether somebody
+  // handled it.
+  bool offerToCover(const UIPress& press, UIPressDelivery::Phase phase);
   // Called when something was laid over the controls, or taken away. May come from inside a call to this view.
   void setCoverChanged(std::function<void()> changed) { coverChanged_ = std::move(changed); }
 
@@ -28,6 +32,8 @@ class PlayerScreen final : public UIView {
 
  private:
   PlayerScreen() = default;
+  // What lies over the controls and can be seen, from the bottom.
+  QList<QQuickItem*> cover() const;
 
   std::shared_ptr<UIView> canvas_;  // holds the picture
   std::shared_ptr<AVPlayerLayer> picture_;

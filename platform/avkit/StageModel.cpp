@@ -9,7 +9,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto kSpinnerInterval = 83ms;
 // An interruption shorter than this is not worth a spinner's flash.
 constexpr auto kPatience = 300ms;
 // More than a screen can hold; beyond it a caption is a fault or an attack.
@@ -58,19 +57,15 @@ void StageModel::followWaiting() {
     spin(false);
   } else if (!begun_) {
     spin(true);
-  } else if (!spinner_ && !patience_) {
+  } else if (!spinning_ && !patience_) {
     patience_ = NSTimer::scheduledTimerWithTimeInterval(kPatience, false, [this] { spin(true); });
   }
 }
 
 void StageModel::spin(bool spinning) {
-  if (spinning == isSpinning()) return;
-  const auto step = [this] {
-    spinnerStep_ = (spinnerStep_ + 1) % spinnerSteps();
-    Q_EMIT spinnerStepChanged();
-  };
+  if (spinning == spinning_) return;
   patience_ = nullptr;
-  spinner_ = spinning ? NSTimer::scheduledTimerWithTimeInterval(kSpinnerInterval, true, step) : nullptr;
+  spinning_ = spinning;
   Q_EMIT spinningChanged();
 }
 

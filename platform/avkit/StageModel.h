@@ -12,9 +12,6 @@
 class StageModel final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool spinning READ isSpinning NOTIFY spinningChanged)
-  // Counts up while it spins, from 0 to spinnerSteps - 1 and round again.
-  Q_PROPERTY(int spinnerStep READ spinnerStep NOTIFY spinnerStepChanged)
-  Q_PROPERTY(int spinnerSteps READ spinnerSteps CONSTANT)
   // Plain text; empty when nothing is due.
   Q_PROPERTY(QString caption READ caption NOTIFY captionChanged)
   // Sound without pictures.
@@ -31,15 +28,12 @@ class StageModel final : public QObject {
 
   // The player's rate has been other than 0.
   bool hasBegun() const { return begun_; }
-  bool isSpinning() const { return spinner_ != nullptr; }
-  int spinnerStep() const { return spinnerStep_; }
-  static int spinnerSteps() { return 12; }
+  bool isSpinning() const { return spinning_; }
   QString caption() const { return caption_; }
   bool isSoundOnly() const { return soundOnly_; }
 
  Q_SIGNALS:
   void spinningChanged();
-  void spinnerStepChanged();
   void captionChanged();
   void soundOnlyChanged();
 
@@ -54,9 +48,8 @@ class StageModel final : public QObject {
   bool hadPlayer_ = false;
   bool begun_ = false;
   bool visible_ = false;
+  bool spinning_ = false;
   bool soundOnly_ = false;
   QString caption_;
-  int spinnerStep_ = 0;
   std::shared_ptr<NSTimer> patience_;  // runs before the spinner when playing has been interrupted
-  std::shared_ptr<NSTimer> spinner_;   // runs while it spins
 };

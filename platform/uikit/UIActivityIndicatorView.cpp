@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int spokes = 12;
+constexpr int dots = 12;
 constexpr RunLoop::Duration turn = std::chrono::seconds(1);
 
 }  // namespace
@@ -25,18 +25,20 @@ UIActivityIndicatorView::UIActivityIndicatorView(const CGRect& frame) : UIActivi
 UIActivityIndicatorView::~UIActivityIndicatorView() = default;
 
 void UIActivityIndicatorView::startAnimating() {
-  YMR_ASSERT_MAIN_THREAD();
-  if (timer_) return;
-  setHidden(false);
-  timer_ = NSTimer::scheduledTimerWithTimeInterval(turn / spokes, true,
-                                                   [this] { setRotation(int(rotation() + 360.0 / spokes) % 360); });
+  setAnimating(true);
 }
 
 void UIActivityIndicatorView::stopAnimating() {
+  setAnimating(false);
+}
+
+void UIActivityIndicatorView::setAnimating(bool animating) {
   YMR_ASSERT_MAIN_THREAD();
-  if (!timer_) return;
-  timer_.reset();
-  setHidden(true);
+  if (animating == isAnimating()) return;
+  const auto step = [this] { setRotation(int(rotation() + 360.0 / dots) % 360); };
+  timer_ = animating ? NSTimer::scheduledTimerWithTimeInterval(turn / dots, true, step) : nullptr;
+  setHidden(!animating);
+  Q_EMIT animatingChanged();
 }
 
 void UIActivityIndicatorView::setColor(const UIColor& color) {
@@ -45,16 +47,19 @@ void UIActivityIndicatorView::setColor(const UIColor& color) {
 }
 
 CGSize UIActivityIndicatorView::intrinsicContentSize() const {
-  return {80, 80};
+  return {176, 176};
 }
 
 void UIActivityIndicatorView::drawRect(QPainter& painter, const CGRect& rect) {
   const double side = std::min(rect.size.width, rect.size.height);
   painter.translate(rect.size.width / 2, rect.size.height / 2);
   painter.setPen(Qt::NoPen);
-  for (int spoke = 0; spoke < spokes; ++spoke) {
-    painter.setBrush(toQColor(color_.colorWithAlphaComponent(color_.alpha * (0.15 + 0.85 * (spoke + 1) / spokes))));
-    painter.drawRoundedRect(QRectF(-side * 0.04, -side * 0.48, side * 0.08, side * 0.24), side * 0.04, side * 0.04);
-    painter.rotate(360.0 / spokes);
+  painter.setBrush(QColor(0, 0, 0, 140));
+  painter.drawEllipse(QPointF(), side / 2, side / 2);
+  for (int dot = 0; dot < dots; ++dot) {  // the brightest one last
+    const double brightness = std::max(0.14, 1 - (dots - 1 - dot) / 9.0);
+    painter.setBrush(toQColor(color_.colorWithAlphaComponent(color_.alpha * brightness)));
+    painter.drawEllipse(QPointF(0, -side * 0.32), side * 0.04, side * 0.04);
+    painter.rotate(360.0 / dots);
   }
 }

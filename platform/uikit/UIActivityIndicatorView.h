@@ -5,10 +5,13 @@
 #include "platform/foundation/NSTimer.h"
 #include "platform/uikit/UIView.h"
 
-// The wheel that turns while something is waited for. Hidden while it does not turn. It goes by the run loop's time,
+// Dots in a ring that turns while something is waited for, on a disc that makes them stand out from a bright picture.
+// Hidden while it does not turn. It goes by the run loop's time,
 // twelve steps a turn, and is drawn once.
 class YMR_API UIActivityIndicatorView : public UIView {
   Q_OBJECT
+  Q_PROPERTY(bool animating READ isAnimating WRITE setAnimating NOTIFY animatingChanged)
+
  public:
   explicit UIActivityIndicatorView(QQuickItem* parent = nullptr);
   explicit UIActivityIndicatorView(const CGRect& frame);
@@ -17,12 +20,17 @@ class YMR_API UIActivityIndicatorView : public UIView {
   void startAnimating();
   void stopAnimating();
   bool isAnimating() const { return timer_ != nullptr; }
+  // Starts or stops.
+  void setAnimating(bool animating);
   // White at first.
   const UIColor& color() const { return color_; }
   void setColor(const UIColor& color);
 
-  // 80 x 80 points: seen from three metres.
+  // 176 x 176 points.
   CGSize intrinsicContentSize() const override;
+
+ Q_SIGNALS:
+  void animatingChanged();
 
  protected:
   void drawRect(QPainter& painter, const CGRect& rect) override;

@@ -9,7 +9,6 @@
 
 UILabel::UILabel(QQuickItem* parent) : UIView(parent) {
   setDrawsContent(true);
-  setContentMargin(std::ceil(font_.pointSize / 8));
 }
 
 UILabel::UILabel(const CGRect& frame) : UILabel() {
@@ -23,6 +22,7 @@ void UILabel::changed() {
   if (drawing_) return;
   setNeedsDisplay();
   invalidateIntrinsicContentSize();
+  Q_EMIT contentSizeChanged();
 }
 
 std::optional<std::string> UILabel::text() const {
@@ -55,7 +55,6 @@ void UILabel::setAttributedText(std::optional<NSAttributedString> text) {
 void UILabel::setFont(const UIFont& font) {
   if (font_ == font) return;
   font_ = font;
-  setContentMargin(std::ceil(font_.pointSize / 8));
   changed();
 }
 
@@ -81,25 +80,32 @@ void UILabel::setPreferredMaxLayoutWidth(double width) {
   if (preferredMaxLayoutWidth_ == width) return;
   preferredMaxLayoutWidth_ = width;
   invalidateIntrinsicContentSize();
+  Q_EMIT contentSizeChanged();
 }
 
 NSStringDrawingContext UILabel::drawingContext() const {
   return {font_, textColor_, alignment_, std::max(0, numberOfLines_)};
 }
 
+double UILabel::contentMargin() const {
+  return font_.pointSize / 8;
+}
+
 CGSize UILabel::intrinsicContentSize() const {
-  if (!text_) return {};
+  const auto text = drawnText();
+  if (!text) return {};
   double width = preferredMaxLayoutWidth_;
   if (numberOfLines_ == 1) {
     width = std::numeric_limits<double>::infinity();
   } else if (width <= 0) {
     width = std::floor(UIScreen::mainScreen().bounds().size.width * 0.9);
   }
-  return sizeOfAttributedString(*text_, width, drawingContext());
+  return sizeOfAttributedString(*text, width, drawingContext());
 }
 
 double UILabel::intrinsicHeightForWidth(double width) const {
-  return text_ ? sizeOfAttributedString(*text_, width, drawingContext()).height : 0;
+  const auto text = drawnText();
+  return text ? sizeOfAttributedString(*text, width, drawingContext()).height : 0;
 }
 
 void UILabel::drawRect(QPainter& painter, const CGRect& rect) {
@@ -111,6 +117,11 @@ void UILabel::drawRect(QPainter& painter, const CGRect& rect) {
 
 void UILabel::drawTextInRect(QPainter& painter, const CGRect& rect) {
   if (text_) drawAttributedString(painter, *text_, rect, drawingContext());
+}
+
+QSizeF UILabel::qmlContentSize() const {
+  const CGSize size = intrinsicContentSize();
+  return {size.width, size.height};
 }
 
 QString UILabel::qmlText() const {

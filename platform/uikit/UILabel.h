@@ -18,6 +18,9 @@ class YMR_API UILabel : public UIView {
   Q_PROPERTY(int textAlignment READ qmlTextAlignment WRITE setQmlTextAlignment)
   Q_PROPERTY(int numberOfLines READ numberOfLines WRITE setNumberOfLines)
   Q_PROPERTY(double fontSize READ qmlFontSize WRITE setQmlFontSize)
+  Q_PROPERTY(double preferredMaxLayoutWidth READ preferredMaxLayoutWidth WRITE setPreferredMaxLayoutWidth)
+  // The size that the text asks for.
+  Q_PROPERTY(QSizeF contentSize READ qmlContentSize NOTIFY contentSizeChanged)
 
  public:
   explicit UILabel(QQuickItem* parent = nullptr);
@@ -59,13 +62,20 @@ class YMR_API UILabel : public UIView {
   void setQmlTextAlignment(int alignment);
   double qmlFontSize() const { return font_.pointSize; }
   void setQmlFontSize(double size);
+  QSizeF qmlContentSize() const;
+
+ Q_SIGNALS:
+  void contentSizeChanged();
 
  protected:
+  // What is laid out and measured; nil for nothing.
+  virtual std::optional<NSAttributedString> drawnText() const { return text_; }
+  NSStringDrawingContext drawingContext() const;
+  double contentMargin() const override;
   void drawRect(QPainter& painter, const CGRect& rect) override;
 
  private:
   void changed();
-  NSStringDrawingContext drawingContext() const;
 
   std::optional<NSAttributedString> text_;  // runs without attributes for a plain text
   UIFont font_ = UIFont::systemFontOfSize(17);

@@ -133,13 +133,13 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   void setQmlBackgroundColor(const QColor& color);
 
  protected:
-  // Whether drawRect() is called. A view that draws costs a texture of its size.
+  // Whether drawRect() is called. A view that draws costs a texture of its size, times its own scale.
   void setDrawsContent(bool draws);
-  // How far drawing may reach beyond the bounds on every side, in points.
-  void setContentMargin(double margin);
-  // Draws the content. Called before the next picture when the size, the screen's density or, after setNeedsDisplay(),
-  // the content has changed; what it draws is kept in a texture. `rect` is bounds(). The painter draws in points, with
-  // antialiasing, on nothing.
+  // How far drawing may reach beyond the bounds on every side, in points: 0.
+  virtual double contentMargin() const { return 0; }
+  // Draws the content. Called before the next picture when the size, the scale, the screen's density or, after
+  // setNeedsDisplay(), the content has changed; what it draws is kept in a texture. `rect` is bounds(). The painter
+  // draws in points, with antialiasing, on nothing.
   virtual void drawRect(QPainter& painter, const CGRect& rect);
   // The size has changed, or setNeedsLayout() was called: the place to set frames of subviews. Constraints hold
   // already.
@@ -179,7 +179,8 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   UIColor backgroundColor_;
   QImage content_;
   bool contentChanged_ = false;  // since the scene graph took it
-  double contentMargin_ = 0;
+  double drawnMargin_ = 0;
+  QSizeF drawnSize_;  // of the content with its margins, in points
   std::vector<std::shared_ptr<UIView>> subviews_;
   std::vector<std::shared_ptr<NSLayoutConstraint>> constraints_;
   std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;

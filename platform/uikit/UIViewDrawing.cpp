@@ -25,11 +25,8 @@ struct ViewNode : QSGTransformNode {
 void UIView::setDrawsContent(bool draws) {
   drawsContent_ = draws;
   setFlag(ItemHasContents);
+  connect(this, &QQuickItem::scaleChanged, this, &UIView::setNeedsDisplay, Qt::UniqueConnection);
   setNeedsDisplay();
-}
-
-void UIView::setContentMargin(double margin) {
-  contentMargin_ = margin;
 }
 
 void UIView::setNeedsDisplay() {
@@ -53,19 +50,22 @@ void UIView::draw() {
   update();
   if (width() < 1 || height() < 1) return;
   const CGRect rect = bounds();
-  const double across = rect.size.width + 2 * contentMargin_;
-  const double down = rect.size.height + 2 * contentMargin_;
-  const double density =
-      std::min(window() ? window()->effectiveDevicePixelRatio() : 1, maximumSide / std::max(across, down));
+  const double wanted = (window() ? window()->effectiveDevicePixelRatio() : 1) * std::max(0.01, scale());
+  // Of whole pixels, so that what is drawn meets the screen's where the view does.
+  drawnMargin_ = std::ceil(contentMargin() * wanted) / wanted;
+  const double across = rect.size.width + 2 * drawnMargin_;
+  const double down = rect.size.height + 2 * drawnMargin_;
+  const double density = std::min(wanted, maximumSide / std::max(across, down));
   content_ =
       QImage(int(std::ceil(across * density)), int(std::ceil(down * density)), QImage::Format_ARGB32_Premultiplied);
   if (content_.isNull()) return;
-  content_.setDevicePixelRatio(density);
   content_.fill(Qt::transparent);
   QPainter painter(&content_);
   painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
-  painter.translate(contentMargin_, contentMargin_);
+  painter.scale(density, density);  // not the image's own, which Qt takes for 1 when it is less
+  painter.translate(drawnMargin_, drawnMargin_);
   drawRect(painter, rect);
+  drawnSize_ = QSizeF(content_.size()) / density;
 }
 
 // On the scene graph's thread, while the main thread waits.
@@ -91,8 +91,7 @@ QSGNode* UIView::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
       node->content->setFiltering(QSGTexture::Linear);
     }
     node->content->setTexture(window()->createTextureFromImage(content_, QQuickWindow::TextureHasAlphaChannel));
-    const QSizeF size = content_.deviceIndependentSize();
-    node->content->setRect(QRectF(-contentMargin_, -contentMargin_, size.width(), size.height()));
+    node->content->setRect(QRectF({-drawnMargin_, -drawnMargin_}, drawnSize_));
     if (isNew) node->appendChildNode(node->content);  // complete: the scene looks at it at once
   }
   contentChanged_ = false;

@@ -1,5 +1,6 @@
 import QtQuick
 import AVKit 1.0
+import UIKit 1.0
 
 // Everything over the picture. Sizes are in units of a 1080th of the height; nothing comes nearer to an edge than 5 %.
 ControlsView {
@@ -21,12 +22,11 @@ ControlsView {
         fontFamily: root.fontFamily
     }
 
-    Spinner {
+    UIActivityIndicatorView {
         anchors.centerIn: parent
-        visible: root.stage.spinning
-        step: root.stage.spinnerStep
-        steps: root.stage.spinnerSteps
-        unit: root.unit
+        width: 176 * root.unit
+        height: width
+        animating: root.stage.spinning
     }
 
     Fading {
