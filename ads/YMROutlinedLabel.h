@@ -45,6 +45,10 @@ class YMR_API YMROutlinedLabel : public UILabel {
   // Leaves attributedText() the outline's.
   void drawTextInRect(QPainter& painter, const CGRect& rect) override;
 
+ protected:
+  std::optional<NSAttributedString> drawnText() const override;
+  double contentMargin() const override;
+
  private:
   double strokeWidth_ = 1;
   UIColor strokeColor_ = UIColor::blackColor();

@@ -1,0 +1,73 @@
+#include "ads/YMRAdContainerView.h"
+
+#include <QCoreApplication>
+#include <QQmlEngine>
+
+#include "ads/YMRAdSchedule.h"
+#include "platform/foundation/MainThread.h"
+#include "platform/uikit/UINib.h"
+
+// Outside every namespace, as Qt asks; it also makes the linker take the resource out of the archive.
+static void takeResources() {
+  Q_INIT_RESOURCE(ads);
+}
+
+namespace {
+
+void registerTypes() {
+  takeResources();
+  qmlRegisterType<YMRAdContainerView>("YMRAds", 1, 0, "YMRAdContainerView");
+  qmlRegisterType<YMROutlinedLabel>("YMRAds", 1, 0, "YMROutlinedLabel");
+}
+
+template <typename View>
+std::shared_ptr<View> held(View* view) {
+  return view ? std::static_pointer_cast<View>(view->weak_from_this().lock()) : nullptr;
+}
+
+}  // namespace
+
+YMRAdContainerView::YMRAdContainerView(QQuickItem* parent) : UIView(parent) {}
+
+YMRAdContainerView::~YMRAdContainerView() = default;
+
+std::shared_ptr<YMRAdContainerView> YMRAdContainerView::make() {
+  YMR_ASSERT_MAIN_THREAD();
+  if (QCoreApplication::instance()) {
+    static const bool registered = (registerTypes(), true);
+    static_cast<void>(registered);
+    const auto view = std::dynamic_pointer_cast<YMRAdContainerView>(UINib::instantiate("YMRAdContainerView"));
+    if (view && view->label_ && view->adPlayerView_ && view->indicator_) return view;
+  }
+  const auto bare = std::make_shared<YMRAdContainerView>();
+  const auto add = [&bare](const auto& part) {
+    bare->addSubview(part);
+    return part.get();
+  };
+  bare->adPlayerView_ = add(std::make_shared<UIView>());
+  bare->indicator_ = add(std::make_shared<UIActivityIndicatorView>());
+  bare->label_ = add(std::make_shared<YMROutlinedLabel>());
+  return bare;
+}
+
+std::shared_ptr<YMROutlinedLabel> YMRAdContainerView::timeRemainLabel() const {
+  return held(label_.data());
+}
+
+std::shared_ptr<UIView> YMRAdContainerView::adPlayerView() const {
+  return held(adPlayerView_.data());
+}
+
+std::shared_ptr<UIActivityIndicatorView> YMRAdContainerView::loadingIndicator() const {
+  return held(indicator_.data());
+}
+
+void YMRAdContainerView::confWithAdSchedule(const std::shared_ptr<YMRAdSchedule>& adSchedule) {
+  YMR_ASSERT_MAIN_THREAD();
+  const auto label = timeRemainLabel();
+  if (!label || !adSchedule) return;
+  label->setFont(adSchedule->adCountdownFont());
+  label->setTextColor(adSchedule->adCountdownTextColor());
+  label->setStrokeWidth(adSchedule->adCountdownStrokeWidth());
+  label->setStrokeColor(adSchedule->adCountdownStrokeColor());
+}

@@ -1,0 +1,173 @@
+// What lies over the programme during an ad break, as the viewer sees and uses it.
+#include <QPainter>
+
+#include "ads/YMRAdContainerView.h"
+#include "ads/YMRAdSchedule.h"
+#include "platform/avfoundation/layer/AVPlayerLayer.h"
+#include "tests/platform/avkit/PlayerScreenTest.h"
+#include "ui/Autolayout.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// A frame of an ad: stripes finer than letters, which text must be read on.
+class Stripes : public UIView {
+ public:
+  Stripes() { setDrawsContent(true); }
+  void setColors(QColor ground, QColor stripe) {
+    ground_ = ground;
+    stripe_ = stripe;
+    setNeedsDisplay();
+  }
+  int draws = 0;
+
+ protected:
+  void drawRect(QPainter& painter, const CGRect& rect) override {
+    ++draws;
+    painter.fillRect(QRectF(0, 0, rect.size.width, rect.size.height), ground_);
+    for (int x = 0; x < rect.size.width; x += 9) painter.fillRect(QRectF(x, 0, 4, rect.size.height), stripe_);
+  }
+
+ private:
+  QColor ground_ = Qt::black;
+  QColor stripe_ = Qt::black;
+};
+
+class AdOverlayTest : public PlayerScreenTest {
+ protected:
+  AdOverlayTest() {
+    play(100);
+    load("Your programme continues after the break");
+    overlay->confWithAdSchedule(schedule);
+    addSubViewWithAutolayout(overlay->adPlayerView(), frame);
+    addSubViewWithAutolayout(screen->view(), overlay);
+  }
+
+  void load(const std::string& text) {
+    overlay->timeRemainLabel()->setText(text);
+    overlay->loadingIndicator()->startAnimating();
+  }
+  void tick(const std::string& text) {
+    overlay->timeRemainLabel()->setText(text);
+    overlay->loadingIndicator()->stopAnimating();
+  }
+  QRect ink(const QImage& picture) { return inkOf(picture, picture.rect()); }
+
+  WarningsFail warningsFail;
+  std::shared_ptr<YMRAdSchedule> schedule = std::make_shared<YMRAdSchedule>();
+  std::shared_ptr<YMRAdContainerView> overlay = YMRAdContainerView::make();
+  std::shared_ptr<Stripes> frame = std::make_shared<Stripes>();
+};
+
+TEST_F(AdOverlayTest, showsTheWheelOverTheTextAndThenTheCountdownAtTheEdge) {
+  for (const double scale : {1.0, 1.5, 3.0}) {
+    SCOPED_TRACE(scale);
+    const QSize size = QSize(1280, 720) * scale;
+    resize(size.width(), size.height());
+    frame->setColors(Qt::black, Qt::black);
+    load("Your programme continues after the break");
+    const QImage loading = snapshot();
+    EXPECT_NEAR(inkOf(loading, QRect(QPoint(), size / 1.7)).top(), size.height() / 2 - 42 * scale, 3 * scale);
+    EXPECT_NEAR(ink(loading).center().x(), size.width() / 2, 2);
+    EXPECT_GT(ink(loading).bottom(), size.height() * 0.62);
+
+    tick("Ad 1 of 3\nYour programme in 14 s");
+    const QRect text = ink(snapshot());
+    EXPECT_NEAR(text.width(), 242 * scale, 4 * scale) << "as large a part of any screen";
+    EXPECT_NEAR(text.height(), 50 * scale, 4 * scale);
+    EXPECT_NEAR(text.right(), size.width() * 0.95 - 16 * scale, 3 * scale);
+    EXPECT_GT(text.top(), size.height() * 0.05);
+
+    for (const auto& [ground, stripe] : {std::pair("#f4f1e8", "#ffffff"), std::pair("#101418", "#405060")}) {
+      frame->setColors(ground, stripe);
+      const QImage picture = snapshot();
+      int letters = 0, brightest = 0;
+      for (int x = text.left(); x <= text.right(); ++x) {
+        for (int y = text.top(); y <= text.bottom(); ++y) letters += qGray(picture.pixel(x, y)) > 235;
+        brightest = std::max(brightest, qGray(picture.pixel(x, text.top() - 4)));
+      }
+      EXPECT_GT(letters, 600 * scale * scale) << ground;
+      EXPECT_LT(brightest, 120) << "the ground that they stand on: " << ground;
+    }
+  }
+}
+
+TEST_F(AdOverlayTest, aTickPaintsTheTextAndNothingElse) {
+  tick("Ad \u00b7 11 s");
+  snapshot();
+  const int draws = frame->draws;
+  const QImage before = snapshot();
+  tick("Ad \u00b7 10 s");
+  const QImage after = snapshot();
+  EXPECT_EQ(frame->draws, draws);
+  EXPECT_NE(after, before);
+  QRect changed;
+  for (int y = 0; y < after.height(); ++y) {
+    for (int x = 0; x < after.width(); ++x) {
+      if (after.pixel(x, y) != before.pixel(x, y)) changed |= QRect(x, y, 1, 1);
+    }
+  }
+  EXPECT_LT(changed.width(), 70);
+  EXPECT_LT(changed.height(), 20);
+}
+
+TEST_F(AdOverlayTest, anAdFillsTheOverlayAndFollowsTheWindow) {
+  frame->removeFromSuperview();
+  const auto ad = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithURL(NSURL::URLWithString(kURL)));
+  const auto layer = AVPlayerLayer::playerLayerWithPlayer(ad);
+  layer->setFillsSuperlayer(true);
+  overlay->adPlayerView()->layer()->addSublayer(layer);
+  tick("");
+  EXPECT_EQ(ink(snapshot()), QRect()) << "black until it has a picture";
+  ad->play();
+  run(2s);
+  EXPECT_EQ(colorAt(snapshot(), 638, 358), kGrey);
+  resize(800, 450);
+  EXPECT_EQ(colorAt(snapshot(), 798, 448), kGrey);
+  layer->removeFromSuperlayer();
+  overlay->removeFromSuperview();
+}
+
+TEST_F(AdOverlayTest, takesTheRemoteWhileItIsOnTheScreen) {
+  int toggles = 0;
+  const auto playPause = std::make_shared<UITapGestureRecognizer>([&](UIGestureRecognizer&) { ++toggles; });
+  playPause->setAllowedPressTypes({UIPressTypePlayPause});
+  overlay->addGestureRecognizer(playPause);
+  for (const auto type : {UIPressTypeLeftArrow, UIPressTypeRightArrow, UIPressTypeUpArrow, UIPressTypeDownArrow,
+                          UIPressTypeSelect, UIPressTypePlayPause}) {
+    press(type);
+  }
+  run(2s);
+  EXPECT_EQ(toggles, 1);
+  EXPECT_EQ(player->rate(), 1);
+  EXPECT_THAT(seeks(), IsEmpty());
+  EXPECT_FALSE(screen->showsPlaybackControls());
+
+  ASSERT_TRUE(overlay->becomeFirstResponder());
+  press(UIPressTypePlayPause);
+  EXPECT_EQ(toggles, 2) << "once, wherever the focus is";
+
+  overlay->removeFromSuperview();
+  press(UIPressTypePlayPause);
+  EXPECT_EQ(toggles, 2);
+  EXPECT_EQ(player->rate(), 0);
+  addSubViewWithAutolayout(screen->view(), overlay);
+  press(UIPressTypeMenu);
+  loop.advance(1s);
+  EXPECT_EQ(controller->presentedViewController(), nullptr) << "Menu leaves";
+}
+
+TEST_F(AdOverlayTest, holdsItsPartsAlone) {
+  const std::weak_ptr<UIView> parts[] = {overlay->timeRemainLabel(), overlay->adPlayerView(),
+                                         overlay->loadingIndicator()};
+  overlay->loadingIndicator()->removeFromSuperview();
+  EXPECT_EQ(overlay->loadingIndicator(), nullptr);
+  overlay->confWithAdSchedule(nullptr);
+  overlay->removeFromSuperview();
+  overlay.reset();
+  for (const auto& part : parts) EXPECT_TRUE(part.expired());
+}
+
+}  // namespace

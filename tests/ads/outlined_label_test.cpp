@@ -1,0 +1,97 @@
+#include "ads/YMROutlinedLabel.h"
+
+#include "tests/support/ScreenTest.h"
+
+namespace {
+
+// A label of a block that fills its character's box, on black.
+class OutlinedLabelTest : public ScreenTest {
+ protected:
+  OutlinedLabelTest() { show(label); }
+
+  void show(const std::shared_ptr<UILabel>& shown) {
+    shown->setFont(UIFont::systemFontOfSize(100));
+    shown->setText("\u2588");
+    view()->addSubview(shown);
+  }
+  QRect ink() { return inkOf(snapshot(), QRect(0, 0, 640, 360)); }
+  // From the middle of the left edge: outside, on the outline, within it, inside the letter.
+  std::vector<std::string> edge() {
+    const QImage picture = snapshot();
+    const QRect all = inkOf(picture, QRect(0, 0, 640, 360));
+    std::vector<std::string> colors;
+    for (const int x : {-3, 2, 7, 20}) colors.push_back(colorAt(picture, all.left() + x, all.center().y()));
+    return colors;
+  }
+
+  std::shared_ptr<YMROutlinedLabel> label = std::make_shared<YMROutlinedLabel>(CGRectMake(100, 80, 400, 200));
+};
+
+TEST_F(OutlinedLabelTest, drawsHalfTheOutlineOutsideTheLettersAndNoneOfItInside) {
+  const auto plain = std::make_shared<UILabel>(label->frame());
+  plain->setTextAlignment(NSTextAlignmentCenter);
+  show(plain);
+  label->setHidden(true);
+  const QRect letter = ink();
+  plain->removeFromSuperview();
+  label->setHidden(false);
+
+  label->setStrokeWidth(10);
+  label->setStrokeColor(UIColor::redColor());
+  label->setTextColor(UIColor::greenColor());
+  EXPECT_EQ(ink(), letter.adjusted(-5, -5, 5, 5)) << "10 hundredths of 100 points, half of it outside";
+  EXPECT_THAT(edge(), testing::ElementsAre("000000", "ff0000", "00ff00", "00ff00"));
+  EXPECT_EQ(label->backgroundAttributes(),
+            (NSTextAttributes{.font = label->font(),
+                              .foregroundColor = UIColor::redColor(),
+                              .strokeColor = UIColor::redColor(),
+                              .strokeWidth = -10,
+                              .paragraphStyle = NSParagraphStyle{NSTextAlignmentCenter}}));
+  EXPECT_EQ(label->foregroundAttributes(), (NSTextAttributes{.font = label->font(),
+                                                             .foregroundColor = UIColor::greenColor(),
+                                                             .paragraphStyle = label->paragraphStyle()}));
+  EXPECT_EQ(label->textColor(), UIColor::whiteColor()) << "the label's own colour stays";
+}
+
+TEST_F(OutlinedLabelTest, keepsTheLookOfItsFirstTextUntilThatIsCleared) {
+  label->setText(std::nullopt);
+  EXPECT_EQ(ink(), QRect());
+  label->setText("");
+  EXPECT_EQ(ink(), QRect());
+  EXPECT_FALSE(label->paragraphStyle() || label->backgroundAttributes() || label->foregroundAttributes())
+      << "no text has been drawn";
+
+  label->setStrokeWidth(10);
+  label->setStrokeColor(UIColor::redColor());
+  label->setText("\u2588");
+  const QRect before = ink();
+  const CGSize size = label->intrinsicContentSize();
+  label->setStrokeWidth(40);
+  label->setStrokeColor(UIColor::blueColor());
+  label->setForegroundColor(UIColor::greenColor());
+  label->setFont(UIFont::systemFontOfSize(50));
+  label->setText("\u2588\u2588");
+  label->setText("\u2588");
+  EXPECT_EQ(ink(), before);
+  EXPECT_EQ(label->intrinsicContentSize(), size) << "it asks for the room that it needs";
+  EXPECT_THAT(edge(), testing::ElementsAre("000000", "ff0000", "ffffff", "ffffff"));
+
+  label->setBackgroundAttributes(std::nullopt);
+  label->setForegroundAttributes(std::nullopt);
+  EXPECT_THAT(edge(), testing::ElementsAre("000000", "0000ff", "0000ff", "00ff00")) << "40 hundredths of 50 points";
+}
+
+TEST_F(OutlinedLabelTest, isCentredOfManyLinesUnlessMadePlain) {
+  const auto plain = YMROutlinedLabel::init();
+  EXPECT_EQ(plain->textAlignment(), NSTextAlignmentNatural);
+  EXPECT_EQ(plain->numberOfLines(), 1);
+  EXPECT_EQ(label->textAlignment(), NSTextAlignmentCenter);
+  EXPECT_EQ(label->numberOfLines(), 0);
+  for (const auto& made : {plain, label}) {
+    EXPECT_EQ(made->strokeWidth(), 1);
+    EXPECT_EQ(made->strokeColor(), UIColor::blackColor());
+    EXPECT_EQ(made->foregroundColor(), UIColor::whiteColor());
+  }
+}
+
+}  // namespace
