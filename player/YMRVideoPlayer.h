@@ -59,7 +59,7 @@ class YMR_API YMRVideoPlayer {
   void playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
                          std::int64_t startPosition);
   // Starts the presentation from its beginning. Playing calls it by itself; it is here for hosts that drive the player
-  // themselves. Nothing while the programme runs.
+  // themselves. Nothing while the programme runs, or an ad break does.
   void start();
   // Stops everything and takes the player off the screen. playerWillDismiss comes first, playerDidDismiss last. Nothing
   // when it has been called before.

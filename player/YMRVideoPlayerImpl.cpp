@@ -7,6 +7,7 @@
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/PerformSelector.h"
+#include "platform/uikit/UIApplication.h"
 #include "player/YMRDelegateSend.h"
 #include "player/YMRItemPreparation.h"
 #include "player/states/YMRPlayerStateLoadingAd.h"
@@ -30,9 +31,12 @@ YMRVideoPlayerImpl::~YMRVideoPlayerImpl() = default;
 void YMRVideoPlayerImpl::setUp() {
   playerState_ = std::make_shared<YMRPlayerStateLoadingAd>();
   SKLogger::setLogLevel(SKLogLevelNone);
+  adContainerView_ = YMRAdContainerView::make();
   avPlayerVC_ = std::make_shared<AVPlayerViewController>();
   avPlayerVC_->setDelegate(weak_from_this());
   replaceMenuHandling();
+  addAdRemote();
+  followApplication();
 }
 
 // Menu always ends the whole presentation, also during an ad, in place of what the player view controller would do.
@@ -56,6 +60,29 @@ void YMRVideoPlayerImpl::handleBack(const UIGestureRecognizer& recognizer) {
   if (recognizer.state() == UIGestureRecognizerStateEnded) dismiss();
 }
 
+// The overlay has the remote to itself while it is over the screen.
+void YMRVideoPlayerImpl::addAdRemote() {
+  const auto toggle = std::make_shared<UITapGestureRecognizer>([weak = weak_from_this()](UIGestureRecognizer&) {
+    const auto self = weak.lock();
+    const auto player = self ? self->adPlayer_ : nullptr;
+    if (player) player->setRate(player->rate() == 0 ? 1 : 0);
+  });
+  toggle->setAllowedPressTypes({UIPressTypePlayPause});
+  adContainerView_->addGestureRecognizer(toggle);
+}
+
+void YMRVideoPlayerImpl::followApplication() {
+  const auto weak = weak_from_this();
+  auto& center = NSNotificationCenter::defaultCenter();
+  center.addObserver(&presentation_, UIApplicationDidEnterBackgroundNotification, nullptr,
+                     [weak](const NSNotification&) {
+                       if (const auto self = weak.lock()) self->appDidEnterBackground();
+                     });
+  center.addObserver(&presentation_, UIApplicationDidBecomeActiveNotification, nullptr, [weak](const NSNotification&) {
+    if (const auto self = weak.lock()) self->appDidBecomeActive();
+  });
+}
+
 void YMRVideoPlayerImpl::presentWithController(const std::shared_ptr<UIViewController>& controller) {
   YMR_ASSERT_MAIN_THREAD();
   if (controller) controller->presentViewController(avPlayerVC_, true);
@@ -74,6 +101,7 @@ void YMRVideoPlayerImpl::removeObserver() {
   } catch (const NSException& exception) {
     SKLogger::error(ymrPlayerTag, exception.description());
   }
+  removeObserverOfAdPlayer();
   if (vodTimeObserver_ && vodPlayer_) vodPlayer_->removeTimeObserver(vodTimeObserver_);
   vodTimeObserver_ = nullptr;
   NSNotificationCenter::defaultCenter().removeObserver(this);
@@ -86,6 +114,7 @@ void YMRVideoPlayerImpl::dismiss() {
   const auto self = shared_from_this();
   presentation_ = Presentation::leaving;
   sendToDelegate(delegate_, &YMRVideoPlayerDelegate::playerWillDismiss);
+  for (const auto& model : vastAdModels_) model->setParent(nullptr);
   if (adPlayer_) adPlayer_->pause();
   if (vodPlayer_) vodPlayer_->pause();
   if (presentation_ == Presentation::gone) return;
@@ -111,8 +140,9 @@ void YMRVideoPlayerImpl::hostLetGo() {
 void YMRVideoPlayerImpl::letGoOfPlayers() {
   presentation_ = Presentation::gone;
   preparation_ = nullptr;
+  NSNotificationCenter::defaultCenter().removeObserver(&presentation_);
+  leaveBreak();
   avPlayerVC_->setDelegate({});
   avPlayerVC_->setPlayer(nullptr);
-  adPlayer_ = nullptr;
   vodPlayer_ = nullptr;
 }

@@ -1,13 +1,20 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "VAST/Parser/YMRVastModel.h"
+#include "ads/YMRAdContainerView.h"
 #include "ads/YMRAdSchedule.h"
+#include "ads/core/SKVASTEventProcessor.h"
+#include "ads/records/YMRVastError.h"
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"
+#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/avkit/AVPlayerViewController.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/foundation/NSObject.h"
@@ -21,9 +28,9 @@ class YMRItemPreparation;
 // Where the presentation stands with its ads.
 enum YMRAdState : std::int32_t {
   YMRAdStateNone = 0,
-  YMRAdStatePreRoll = 1,
+  YMRAdStatePreRoll = 1,   // before the programme
   YMRAdStateMidRoll = 2,   // in the programme, with mid-rolls to come
-  YMRAdStatePostRoll = 3,  // no mid-roll is left
+  YMRAdStatePostRoll = 3,  // after it, or in it with no mid-rolls scheduled
 };
 
 // The hub of a presentation: it owns the player view controller, the players and the current state, hears every
@@ -69,8 +76,14 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   const std::shared_ptr<AVPlayerViewController>& avPlayerVC() const { return avPlayerVC_; }
   // The programme's player; nil before a programme is ready and after dismissal.
   const std::shared_ptr<AVPlayer>& vodPlayer() const { return vodPlayer_; }
+  // The ad's player, a new one for every ad; nil while none is on screen.
+  const std::shared_ptr<AVPlayer>& adPlayer() const { return adPlayer_; }
+  // What lies over the screen during an ad. Never nil.
+  const std::shared_ptr<YMRAdContainerView>& adContainerView() const { return adContainerView_; }
   const std::shared_ptr<YMRAbstractPlayerState>& playerState() const { return playerState_; }
   YMRAdState adState() const { return adState_; }
+  // True from an ad's start on the screen to its end.
+  bool isPlayingAd() const { return isPlayingAd_; }
 
   // ---- What the states use.
 
@@ -119,6 +132,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   YMRVideoPlayerImpl();
   void setUp();
   void replaceMenuHandling();
+  void addAdRemote();
+  void followApplication();
   void handleBack(const UIGestureRecognizer& recognizer);
   void hostLetGo();
   void letGoOfPlayers();
@@ -129,6 +144,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void removeObserver();
   void observeValueForKeyPath(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
                               const NSKeyValueChange& change, void* context) override;
+  void programmeItemDidChange(const std::string& keyPath);
   void vodPlayerTick(const CMTime& time);
   void videoDidSeek(const NSNotification& notification);
   void videoPlayDidEnd();
@@ -138,12 +154,46 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void end();
   bool isProgrammeRunning() const;
 
-  // ---- Ad breaks.
+  // ---- Ad breaks: which is next, and the programme around it.
   void startPreRoll();
+  // Chooses the next mid-roll, which starts when it is due.
   void startMidRoll();
   void startPostRoll();
+  // Starts the chosen mid-roll when it is due at `time`; returns whether it was.
+  bool playMidRollDueAt(const CMTime& time);
+  void playVastUrl(const std::optional<NSURL>& url);
+  void breakDidEnd(bool seek);
+  void goOnWithProgramme(bool seek);
+  void goOnAtEnd();
+  void takeOverlayOffScreen();
+  void leaveBreak();
+  void pauseVideoPlayer();
   // Starts the programme, or hands it back after a break: where it stands or, with `seek`, at lastPlayTime_.
   void resumeVideoPlayer(bool seek);
+  void playVideo();
+  void appDidEnterBackground();
+  void appDidBecomeActive();
+
+  // ---- The ads of a break.
+  void loadVideoUsingSource(const std::optional<NSURL>& url);
+  void vastDidLoad(YMRVastModel& model);
+  void prepareToPlayVastAdModel();
+  void prepareNextAd();
+  void vastReady();
+  void playAd();
+  void startAd();
+  void adPlayerTick(const CMTime& time);
+  void showCountdown(const CMTime& time);
+  void adDidPLayToEndTime();
+  void adItemDidFail();
+  void onVastError(SKVASTError error);
+  void onYMRVastError(YMRVastError error);
+  void sendVASTErrors(const std::string& code);
+  void adPlayDidEnd(bool seek, bool shouldPassTracking);
+  void takeAdOffScreen();
+  void removeObserverOfAdPlayer();
+  // Whether the fetch or the ad of this number is still the one at hand: to be asked after each callback.
+  bool isAtHand(unsigned number) const { return presentation_ == Presentation::alive && number == adNumber_; }
 
   // ---- Subtitles and captions.
   std::shared_ptr<AVMediaSelectionGroup> legibleGroup() const;
@@ -169,8 +219,29 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   // The ad breaks'.
   std::shared_ptr<YMRAdSchedule> adSchedule_;  // a copy that shares its lists with the host's
   YMRAdState adState_ = YMRAdStateNone;
+  std::shared_ptr<YMRAd> currentAdBreak_;  // being fetched or played, or the mid-roll that is next
+  std::uint64_t currentMidRollOffsetIndex_ = 0;
   CMTime lastPlayTime_ = kCMTimeZero;
-  std::shared_ptr<YMRAd> currentAdBreak_;
+  bool isBreakUnderWay_ = false;    // being fetched or played
+  bool programmeHasEnded_ = false;  // while a break was under way
+  bool playsWhenActive_ = false;    // was handed back out of sight
+
+  // The ads'.
+  std::deque<std::shared_ptr<YMRVastModel>> vastAdModels_;  // still to be played
+  int vastAdModelTotalCount_ = 0;
+  unsigned adNumber_ = 0;     // of the fetch or the ad at hand, in the player's life
+  bool isPreparing_ = false;  // an ad's failure during its preparation does not begin another one's
+  bool preparesNext_ = false;
+  std::vector<SKVASTUrlWithId> impressions_;
+  std::vector<SKVASTUrlWithId> vastErrors_;
+  std::optional<NSURL> mediaFileURL_;
+  bool vastReady_ = false;
+  std::shared_ptr<SKVASTEventProcessor> eventProcessor_;
+  // Answers nothing, as this player does of that protocol.
+  const std::shared_ptr<SKVASTViewControllerDelegate> vastDelegate_ = std::make_shared<SKVASTViewControllerDelegate>();
+  std::shared_ptr<YMRAdContainerView> adContainerView_;
+  std::shared_ptr<AVPlayerLayer> adPlayerLayer_;
+  AVPlayerTimeObserverToken adTimeObserver_;
   int currentQuartile_ = 0;
   bool isPlayingAd_ = false;
 };

@@ -1,8 +1,44 @@
-// The presentation's course around its ad breaks.
+// Which ad break is next, and the programme before, between and after the breaks.
+#include <cmath>
+#include <utility>
+
 #include "VAST/SKLogger.h"
+#include "platform/foundation/PerformSelector.h"
+#include "platform/uikit/UIApplication.h"
 #include "player/YMRVideoPlayerImpl.h"
 #include "player/states/YMRPlayerStatePausedVideo.h"
 #include "player/states/YMRPlayerStateRules.h"
+
+namespace {
+
+constexpr const char* adTag = "VAST - View Controller";
+
+// Takes the first break out of a list; nil when it has none.
+std::shared_ptr<YMRAd> takeFirst(YMRAdSchedule::Breaks& breaks) {
+  while (!breaks.empty()) {
+    const auto first = breaks.front();
+    breaks.erase(breaks.begin());
+    if (first) return first;
+  }
+  return nullptr;
+}
+
+void forgetPlayed(const YMRAdSchedule::Breaks& breaks) {
+  for (const auto& each : breaks) {
+    if (each) each->setIsPlayed(false);
+  }
+}
+
+bool isArmedMidRoll(const std::shared_ptr<YMRAd>& adBreak) {
+  return adBreak && adBreak->roll() == YMRAdRollMid && !adBreak->isPlayed();
+}
+
+YMRAdState phaseOf(const YMRAd& adBreak) {
+  if (adBreak.roll() == YMRAdRollPre) return YMRAdStatePreRoll;
+  return adBreak.roll() == YMRAdRollMid ? YMRAdStateMidRoll : YMRAdStatePostRoll;
+}
+
+}  // namespace
 
 void YMRVideoPlayerImpl::setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule) {
   if (!schedule) {
@@ -11,27 +47,129 @@ void YMRVideoPlayerImpl::setAdSchedule(const std::shared_ptr<YMRAdSchedule>& sch
     return;
   }
   adSchedule_ = schedule->copy();
-  const auto forget = [](const YMRAdSchedule::Breaks& breaks) {
-    for (const auto& each : breaks) each->setIsPlayed(false);
-  };
-  forget(*adSchedule_->preRolls());
-  for (const auto& group : *adSchedule_->midRolls()) forget(group);
-  forget(*adSchedule_->postRolls());
+  forgetPlayed(*adSchedule_->preRolls());
+  for (const auto& group : *adSchedule_->midRolls()) forgetPlayed(group);
+  forgetPlayed(*adSchedule_->postRolls());
 }
 
 void YMRVideoPlayerImpl::startPreRoll() {
+  if (auto next = adSchedule_ ? takeFirst(*adSchedule_->preRolls()) : nullptr) {
+    adState_ = YMRAdStatePreRoll;
+    currentAdBreak_ = std::move(next);
+    playVastUrl(currentAdBreak_->vastUrl());
+    return;
+  }
   lastPlayTime_ = kCMTimeZero;
-  resumeVideoPlayer(true);
-  startMidRoll();
+  goOnWithProgramme(true);
 }
 
 void YMRVideoPlayerImpl::startMidRoll() {
-  adState_ = YMRAdStatePostRoll;
-  currentAdBreak_ = nullptr;
+  if (!adSchedule_ || adSchedule_->midRollOffsets()->empty()) {
+    adState_ = YMRAdStatePostRoll;
+    currentAdBreak_ = nullptr;
+    return;
+  }
+  adState_ = YMRAdStateMidRoll;
+  if (isArmedMidRoll(currentAdBreak_)) return;  // the programme was started anew before it was due
+  auto& groups = *adSchedule_->midRolls();
+  for (auto index = currentMidRollOffsetIndex_; index < groups.size(); ++index) {
+    if (auto next = takeFirst(groups[index])) {
+      currentAdBreak_ = std::move(next);
+      currentMidRollOffsetIndex_ = index;
+      return;
+    }
+  }
 }
 
 void YMRVideoPlayerImpl::startPostRoll() {
-  end();
+  auto next = adSchedule_ ? takeFirst(*adSchedule_->postRolls()) : nullptr;
+  if (!next) return end();
+  adState_ = YMRAdStatePostRoll;
+  currentAdBreak_ = std::move(next);
+  playVastUrl(currentAdBreak_->vastUrl());
+}
+
+bool YMRVideoPlayerImpl::playMidRollDueAt(const CMTime& time) {
+  if (!adSchedule_ || adState_ != YMRAdStateMidRoll || isBreakUnderWay_ || !isArmedMidRoll(currentAdBreak_)) {
+    return false;
+  }
+  const auto& offsets = *adSchedule_->midRollOffsets();
+  if (currentMidRollOffsetIndex_ >= offsets.size()) return false;
+  const auto offset = static_cast<double>(offsets[currentMidRollOffsetIndex_]);
+  if (!(offset <= std::trunc(CMTimeGetSeconds(time)))) return false;
+  const auto due = currentAdBreak_;
+  playVastUrl(due->vastUrl());
+  due->setIsPlayed(true);
+  return true;
+}
+
+void YMRVideoPlayerImpl::playVastUrl(const std::optional<NSURL>& url) {
+  isBreakUnderWay_ = true;
+  ++adNumber_;
+  if (const auto label = adContainerView_->timeRemainLabel()) {
+    label->setText(adSchedule_ ? adSchedule_->adLoadingText() : "");
+  }
+  if (const auto indicator = adContainerView_->loadingIndicator()) indicator->startAnimating();
+  loadVideoUsingSource(url);
+}
+
+// Every break leads on to something, whatever became of its ads.
+void YMRVideoPlayerImpl::breakDidEnd(bool seek) {
+  isBreakUnderWay_ = false;
+  const bool programmeHasEnded = std::exchange(programmeHasEnded_, false);
+  takeOverlayOffScreen();
+  // When its schedule was taken away meanwhile, the break goes back the way it came.
+  switch (adState_ == YMRAdStateNone ? phaseOf(*currentAdBreak_) : adState_) {
+    case YMRAdStatePreRoll:
+      return startPreRoll();
+    case YMRAdStateMidRoll:
+      return programmeHasEnded ? goOnAtEnd() : goOnWithProgramme(seek);
+    case YMRAdStatePostRoll:
+      return startPostRoll();
+    case YMRAdStateNone:
+      return;
+  }
+}
+
+void YMRVideoPlayerImpl::goOnWithProgramme(bool seek) {
+  const auto number = adNumber_;
+  resumeVideoPlayer(seek);
+  if (isAtHand(number)) startMidRoll();
+}
+
+// A mid-roll came due at the programme's very end, which comes only once; there may be more of them.
+void YMRVideoPlayerImpl::goOnAtEnd() {
+  startMidRoll();
+  const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
+  if (!item || !playMidRollDueAt(item->duration())) startPostRoll();
+}
+
+// Ends a break with everything that it has, without a word.
+void YMRVideoPlayerImpl::leaveBreak() {
+  ++adNumber_;
+  isBreakUnderWay_ = false;
+  isPlayingAd_ = false;
+  takeAdOffScreen();
+  takeOverlayOffScreen();
+  for (const auto& model : vastAdModels_) model->setParent(nullptr);
+  vastAdModels_.clear();
+  vastAdModelTotalCount_ = 0;
+}
+
+void YMRVideoPlayerImpl::takeOverlayOffScreen() {
+  adContainerView_->removeFromSuperview();
+  if (const auto indicator = adContainerView_->loadingIndicator()) indicator->stopAnimating();
+}
+
+void YMRVideoPlayerImpl::pauseVideoPlayer() {
+  cancelPreviousPerformRequestsWithTarget(this);  // of a stall
+  playsWhenActive_ = false;
+  const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
+  lastPlayTime_ = item ? item->currentTime() : kCMTimeZero;
+  SKLogger::debug(adTag, "Pause video player for playing ad at " + std::to_string(CMTimeGetSeconds(lastPlayTime_)));
+  if (!vodPlayer_) return;
+  vodPlayer_->setMuted(true);
+  vodPlayer_->pause();
 }
 
 void YMRVideoPlayerImpl::resumeVideoPlayer(bool seek) {
@@ -39,8 +177,34 @@ void YMRVideoPlayerImpl::resumeVideoPlayer(bool seek) {
   if (vodPlayer_ && seek) vodPlayer_->seekToTime(lastPlayTime_, kCMTimeZero, kCMTimeZero);
   playerState_ = std::make_shared<YMRPlayerStatePausedVideo>();
   if (!vodPlayer_) return;
-  // A host that starts the programme from inside a report of its pause comes here before that pause was recorded.
-  currentVodPlayerRate_ = vodPlayer_->rate();
+  // Whatever was recorded of it, what comes is a start.
+  currentVodPlayerRate_ = 0;
   vodPlayer_->setMuted(false);
-  vodPlayer_->play();
+  playVideo();
+}
+
+// Out of sight it waits until it is to be seen. A programme that never stopped, since its break failed before, has no
+// change of rate to tell of, but the state still hears of its start.
+void YMRVideoPlayerImpl::playVideo() {
+  if (UIApplication::sharedApplication().isInBackground()) {
+    playsWhenActive_ = true;
+    return;
+  }
+  const auto player = vodPlayer_;
+  const bool isPlaying = player->rate() == 1;
+  player->play();
+  if (isPlaying) observeValueForKeyPath("rate", player, {}, nullptr);
+}
+
+// The programme is paused by the screen that shows it.
+void YMRVideoPlayerImpl::appDidEnterBackground() {
+  if (isPlayingAd_ && adPlayer_) adPlayer_->pause();
+}
+
+void YMRVideoPlayerImpl::appDidBecomeActive() {
+  if (adPlayerLayer_ && adPlayerLayer_->superlayer()) {
+    if (adPlayer_->rate() != 1) adPlayer_->play();
+  } else if (std::exchange(playsWhenActive_, false) && vodPlayer_) {
+    playVideo();
+  }
 }

@@ -5,6 +5,7 @@
 #include "VAST/SKLogger.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/PerformSelector.h"
+#include "platform/uikit/UIApplication.h"
 #include "player/YMRDelegateSend.h"
 #include "player/YMRItemPreparation.h"
 #include "player/YMRStallRules.h"
@@ -35,11 +36,16 @@ void YMRVideoPlayerImpl::prepare(const std::shared_ptr<YMRMediaItem>& mediaItem,
 
 void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>& item) {
   preparation_ = nullptr;
-  if (vodPlayer_) removeObserver();  // of the programme that makes room
+  if (vodPlayer_) {  // a programme that makes room, with the break that it may be in
+    leaveBreak();
+    removeObserver();
+  }
   vodPlayer_ = AVPlayer::playerWithPlayerItem(item);
   vodPlayer_->setActionAtItemEnd(AVPlayerActionAtItemEndNone);
   avPlayerVC_->setPlayer(vodPlayer_);
-  isPlayingAd_ = false;
+  currentMidRollOffsetIndex_ = 0;
+  programmeHasEnded_ = false;
+  playsWhenActive_ = false;
   currentVodPlayerRate_ = 0;
   observeProgramme(item);
   if (overlayView_) {
@@ -72,7 +78,7 @@ void YMRVideoPlayerImpl::observeProgramme(const std::shared_ptr<AVPlayerItem>& i
 void YMRVideoPlayerImpl::start() {
   YMR_ASSERT_MAIN_THREAD();
   const auto self = shared_from_this();
-  if (presentation_ != Presentation::alive || isProgrammeRunning()) return;
+  if (presentation_ != Presentation::alive || isBreakUnderWay_ || isProgrammeRunning()) return;
   startPreRoll();
 }
 
@@ -95,9 +101,16 @@ void YMRVideoPlayerImpl::observeValueForKeyPath(const std::string& keyPath, cons
                                                 const NSKeyValueChange& change, void* context) {
   const auto state = playerState_;
   state->observeValueForKeyPath(keyPath, object, change, context, *this);
+  if (vodPlayer_ && object == vodPlayer_->currentItem()) {
+    programmeItemDidChange(keyPath);
+  } else if (isPlayingAd_ && adPlayer_ && object == adPlayer_->currentItem()) {
+    if (adPlayer_->currentItem()->status() == AVPlayerItemStatusFailed) adItemDidFail();
+  }
+}
+
+void YMRVideoPlayerImpl::programmeItemDidChange(const std::string& keyPath) {
   const auto player = vodPlayer_;
-  const auto item = player ? player->currentItem() : nullptr;
-  if (!item || object != item) return;
+  const auto item = player->currentItem();
   if (keyPath == "status") {
     if (item->status() != AVPlayerItemStatusFailed) return;
     sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnError, item->error().value_or(NSError{}));
@@ -108,12 +121,14 @@ void YMRVideoPlayerImpl::observeValueForKeyPath(const std::string& keyPath, cons
   }
 }
 
-// Polls until the programme can go on. Every poll nudges the player, since its rate was set to 0.
+// Polls until the programme can go on. Every poll nudges the player, since its rate was set to 0. Out of sight, or
+// behind an ad, it is to stay where it is.
 void YMRVideoPlayerImpl::handleStalled() {
   cancelPreviousPerformRequestsWithTarget(this);
   const auto player = vodPlayer_;
   const auto item = player ? player->currentItem() : nullptr;
   if (!item || item->status() == AVPlayerItemStatusFailed || isPlayingAd_) return;
+  if (UIApplication::sharedApplication().isInBackground()) return;
   if (item->isPlaybackLikelyToKeepUp() || isLeadEnough(availableDuration() - CMTimeGetSeconds(item->currentTime()))) {
     player->play();
     if (vodPlayer_ == player) player->play();
@@ -135,11 +150,14 @@ void YMRVideoPlayerImpl::vodPlayerTick(const CMTime& time) {
   if (SKLogger::reachesSink(SKLogLevelDebug)) {
     SKLogger::debug(ymrPlayerTag, "playhead position = " + std::to_string(CMTimeGetSeconds(time)));
   }
+  playMidRollDueAt(time);
+  if (presentation_ == Presentation::gone) return;
   const auto state = playerState_;
   state->vodPlayerPeriodicTimeObserver(time, *this);
 }
 
 void YMRVideoPlayerImpl::videoDidSeek(const NSNotification& notification) {
+  if (!isPlayingAd_) programmeHasEnded_ = false;
   const auto state = playerState_;
   state->videoDidSeek(notification, *this);
 }
@@ -148,13 +166,16 @@ void YMRVideoPlayerImpl::videoPlayDidEnd() {
   const auto player = vodPlayer_;
   if (!player) return;
   if (isPlayingAd_) {
+    programmeHasEnded_ = true;
     player->seekToTime(CMTimeMakeWithSeconds(0, 1'000'000'000), kCMTimeZero, kCMTimeZero);
     return;
   }
   player->pause();
   // The host may have dismissed the player, or started it anew, when it heard of the pause.
   if (vodPlayer_ != player || player->rate() != 0) return;
-  if (adState_ == YMRAdStateMidRoll || adState_ == YMRAdStatePostRoll) {
+  if (isBreakUnderWay_) {  // a mid-roll that came due at the very end still has its turn
+    programmeHasEnded_ = true;
+  } else if (adState_ == YMRAdStateMidRoll || adState_ == YMRAdStatePostRoll) {
     startPostRoll();
   } else {
     end();

@@ -47,8 +47,9 @@ double YMRVideoPlayerImpl::adDuration() const {
   return durationOf(adPlayer_);
 }
 
-// Without an ad there is nobody to track for.
-void YMRVideoPlayerImpl::trackEvent(std::uint32_t) {}
+void YMRVideoPlayerImpl::trackEvent(std::uint32_t event) {
+  if (eventProcessor_) eventProcessor_->trackEvent(static_cast<SKVASTTrackingEvent>(event));
+}
 
 bool YMRVideoPlayerImpl::isPlaybackBufferEmpty(const NSObject* item) const {
   const auto* playerItem = dynamic_cast<const AVPlayerItem*>(item);
