@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "ads/YMRAdSchedule.h"
 #include "platform/uikit/UIWindow.h"
 
 namespace {
@@ -19,6 +20,21 @@ std::shared_ptr<YMRMediaItem> mediaItem(const Options& options) {
   if (!options.description.empty()) item->setVideoDescription(options.description);
   if (options.artwork) item->setVideoThumbnailUrl(options.artwork->absoluteString());
   return item;
+}
+
+// nil when there is no break to play.
+std::shared_ptr<YMRAdSchedule> adSchedule(const Options& options) {
+  if (options.preRolls.empty() && options.midRolls.empty() && options.postRolls.empty()) return nullptr;
+  auto schedule = std::make_shared<YMRAdSchedule>();
+  for (const auto& tag : options.preRolls) schedule->addAdBreak(YMRAd::initPreRollWithVastUrl(tag));
+  for (const auto& [seconds, tag] : options.midRolls) {
+    schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(tag, seconds));
+  }
+  for (const auto& tag : options.postRolls) schedule->addAdBreak(YMRAd::initPostRollWithVastUrl(tag));
+  schedule->setAdLoadingText(options.loadingText);
+  schedule->setAdCountdownText(options.countdownText);
+  schedule->setAdpodCountdownText(options.podCountdownText);
+  return schedule;
 }
 
 }  // namespace
@@ -40,6 +56,7 @@ PlayHost::PlayHost(Options options, std::function<void()> finished)
       player_(std::make_unique<YMRVideoPlayer>()) {
   answerCallbacks();
   player_->setDelegate(delegate_);
+  player_->setAdSchedule(adSchedule(options_));
 }
 
 PlayHost::~PlayHost() = default;

@@ -2,14 +2,10 @@
 // media, in the same process and in turns: from a file and from a loopback server. Prints medians and ratios.
 //
 //   bench_first_frame CLIP [ROUNDS]     the first round is discarded
-#include <gst/gst.h>
-
 #include <QGuiApplication>
-#include <algorithm>
-#include <cstdio>
 #include <memory>
-#include <vector>
 
+#include "bench/Playbin.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
 #include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/uikit/UIWindow.h"
@@ -20,38 +16,6 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-double millisecondsSince(Clock::time_point start) {
-  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values.at(values.size() / 2);
-}
-
-// From the request to the message that a picture is decoded and waits.
-double barePreroll(const std::string& url) {
-  const auto start = Clock::now();
-  GstElement* pipeline = gst_element_factory_make("playbin3", nullptr);
-  g_object_set(pipeline, "uri", url.c_str(), "video-sink", gst_element_factory_make("fakesink", nullptr), "audio-sink",
-               gst_element_factory_make("fakesink", nullptr), nullptr);
-  gst_element_set_state(pipeline, GST_STATE_PAUSED);
-  GstBus* bus = gst_element_get_bus(pipeline);
-  GstMessage* message =
-      gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, GstMessageType(GST_MESSAGE_ASYNC_DONE | GST_MESSAGE_ERROR));
-  const double elapsed = millisecondsSince(start);
-  const bool prerolled = message && GST_MESSAGE_TYPE(message) == GST_MESSAGE_ASYNC_DONE;
-  gst_clear_message(&message);
-  gst_object_unref(bus);
-  gst_element_set_state(pipeline, GST_STATE_NULL);
-  gst_object_unref(pipeline);
-  if (!prerolled) {
-    std::fprintf(stderr, "a bare playbin3 can't play %s\n", url.c_str());
-    std::exit(1);
-  }
-  return elapsed;
-}
 
 std::shared_ptr<AVPlayerLayer> layerOf(const std::shared_ptr<UIView>& view) {
   for (const auto& layer : view->layer()->sublayers()) {
@@ -80,7 +44,8 @@ double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSU
     presented = true;
   });
   player.playWithMediaItem(YMRMediaItem::itemWithUrl(url), 0);
-  while (!presented && millisecondsSince(start) < 30'000) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  while (!presented && millisecondsSince(start) < 30'000)
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   layer->setPicturePresented({});
   player.dismiss();
   if (!presented) {
@@ -99,8 +64,8 @@ void compare(const char* name, const std::shared_ptr<UIViewController>& root, co
     ours.push_back(first);
     bare.push_back(peer);
   }
-  std::printf("first frame, %-8s %6.1f ms  bare playbin3 preroll %6.1f ms  ratio %.2f\n", name, median(ours), median(bare),
-              median(ours) / median(bare));
+  std::printf("first frame, %-8s %6.1f ms  bare playbin3 preroll %6.1f ms  ratio %.2f\n", name, median(ours),
+              median(bare), median(ours) / median(bare));
 }
 
 }  // namespace
