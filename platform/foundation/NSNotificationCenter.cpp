@@ -1,5 +1,8 @@
 #include "platform/foundation/NSNotificationCenter.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSObject.h"
 
@@ -29,11 +32,14 @@ void NSNotificationCenter::addObserver(const void* observer, std::string_view na
 
 void NSNotificationCenter::removeObserver(const void* observer) {
   YMR_ASSERT_MAIN_THREAD();
-  std::erase_if(registrations_, [observer](const auto& registration) {
-    if (registration->observer != observer) return false;
-    registration->removed = true;
-    return true;
+  const auto first = std::stable_partition(registrations_.begin(), registrations_.end(), [&](const auto& registration) {
+    return registration->observer != observer;
   });
+  // Out of the list first: what a block owns may remove others as it goes.
+  const std::vector<std::shared_ptr<Registration>> gone(std::make_move_iterator(first),
+                                                        std::make_move_iterator(registrations_.end()));
+  registrations_.erase(first, registrations_.end());
+  for (const auto& registration : gone) registration->removed = true;
 }
 
 void NSNotificationCenter::postNotificationName(std::string_view name, const std::shared_ptr<NSObject>& object) {

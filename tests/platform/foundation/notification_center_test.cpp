@@ -54,8 +54,13 @@ TEST_F(NotificationCenter, removalTakesOutEverythingOfAnObserverAtOnce) {
   center.addObserver(&two, "end", nullptr, note("two"));
   EXPECT_THAT(heardFrom(nullptr), ElementsAre("one"));
   EXPECT_THAT(heardFrom(nullptr), ElementsAre("late"));
+
+  auto removesTwo = std::shared_ptr<void>(nullptr, [this](void*) { center.removeObserver(&two); });
+  center.addObserver(&two, "end", nullptr, note("two"));
+  center.addObserver(&one, "end", nullptr, [owned = std::exchange(removesTwo, nullptr)](const NSNotification&) {});
+  center.addObserver(&two, "end", nullptr, note("two"));
   center.removeObserver(&one);
-  EXPECT_EQ(center.observerCount(), before);
+  EXPECT_EQ(center.observerCount(), before) << "what a block owned removed others as it went";
 }
 
 }  // namespace
