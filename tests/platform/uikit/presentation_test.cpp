@@ -41,10 +41,11 @@ class PresentationTest : public ScreenTest {
   UIViewController::Completion noted(const std::string& text) {
     return [this, text] { diary.push_back(text); };
   }
-  // What was noted since the last time, after `duration`.
-  Diary notes(RunLoop::Duration duration = {}) {
+  // What was noted since the last time; after `duration`.
+  Diary notes() { return std::exchange(diary, {}); }
+  Diary notes(RunLoop::Duration duration) {
     run(duration);
-    return std::exchange(diary, {});
+    return notes();
   }
   Diary after(UIPressType press) {
     window.sendPress(press);
