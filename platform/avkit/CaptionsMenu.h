@@ -21,7 +21,6 @@ class CaptionsMenu final : public QObject {
   CaptionsMenu();
 
   using Languages = std::optional<std::vector<std::string>>;
-  const Languages& allowedLanguages() const { return allowed_; }
   void setAllowedLanguages(Languages languages);
   // Reads the item's options and selection; nil for none.
   void read(std::shared_ptr<AVPlayerItem> item);

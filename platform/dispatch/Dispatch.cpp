@@ -57,7 +57,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   }
 
   const Kind kind_;
-  const std::string label_;
+  const std::string label_;  // for whoever looks at it in a debugger
   std::mutex mutex_;
   std::deque<dispatch_block_t> blocks_;
   bool draining_ = false;
@@ -121,10 +121,6 @@ dispatch_queue_t dispatch_queue_create(std::string label) {
 
 void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block) {
   queue->async(std::move(block));
-}
-
-void dispatch_after(RunLoop::Duration delay, const dispatch_queue_t& queue, dispatch_block_t block) {
-  RunLoop::main().schedule(delay, [queue, block = std::move(block)]() mutable { queue->async(std::move(block)); });
 }
 
 dispatch_group_t dispatch_group_create() {

@@ -11,7 +11,7 @@
 //
 // Kept from the platform: blocks of a serial queue (the main queue is one) run one at a time in the order in which they
 // were handed over; blocks of the global queue run side by side; a group counts what was begun in it. Left out:
-// priorities, barriers, synchronous dispatch, targets.
+// priorities, barriers, delays (a RunLoop has them), synchronous dispatch, targets.
 
 class DispatchQueue;
 class DispatchGroup;
@@ -27,8 +27,6 @@ YMR_API dispatch_queue_t dispatch_get_global_queue();
 YMR_API dispatch_queue_t dispatch_queue_create(std::string label);
 
 YMR_API void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block);
-// Hands `block` to `queue` when `delay` has passed.
-YMR_API void dispatch_after(RunLoop::Duration delay, const dispatch_queue_t& queue, dispatch_block_t block);
 
 YMR_API dispatch_group_t dispatch_group_create();
 YMR_API void dispatch_group_enter(const dispatch_group_t& group);

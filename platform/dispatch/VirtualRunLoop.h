@@ -34,7 +34,7 @@ class YMR_API VirtualRunLoop final : public RunLoop {
   bool advanceUntil(const std::function<bool()>& done, Duration bound);
   // Timers still waiting: a test's way to see that nothing was left behind.
   std::size_t pendingTimers() const { return timers_.size(); }
-  // Called whenever time has moved, before the timers that are due then; animations follow the clock this way.
+  // Called whenever time has moved, before the timers that are due then; empty for nobody.
   void setTimeMoved(std::function<void()> moved) { timeMoved_ = std::move(moved); }
 
  private:

@@ -26,7 +26,6 @@ class YMR_API CALayer : public NSObject {
   bool isHidden() const;
   void setHidden(bool hidden);
   // Keeps the frame equal to the superlayer's bounds from now on, whatever its size becomes. Not of the platform.
-  bool fillsSuperlayer() const { return fillsSuperlayer_; }
   void setFillsSuperlayer(bool fills);
 
   // On top of what is there; takes it out of where it was.

@@ -2,9 +2,8 @@
 
 #include <QColor>
 #include <QFont>
-#include <QRectF>
+#include <algorithm>
 
-#include "platform/uikit/values/CGGeometry.h"
 #include "platform/uikit/values/UIColor.h"
 #include "platform/uikit/values/UIFont.h"
 
@@ -17,14 +16,6 @@ inline QColor toQColor(const UIColor& color) {
 
 inline UIColor toUIColor(const QColor& color) {
   return {color.redF(), color.greenF(), color.blueF(), color.alphaF()};
-}
-
-inline QRectF toQRectF(const CGRect& rect) {
-  return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height};
-}
-
-inline CGRect toCGRect(const QRectF& rect) {
-  return CGRectMake(rect.x(), rect.y(), rect.width(), rect.height());
 }
 
 // With the families to fall back to, and without hinting, which large type does not need and which would move letters.

@@ -69,11 +69,6 @@ CGRect UIView::bounds() const {
   return CGRectMake(0, 0, width(), height());
 }
 
-CGRect UIView::convertRectToView(const CGRect& rect, const std::shared_ptr<UIView>& other) const {
-  const QRectF mapped = other ? mapRectToItem(other.get(), toQRectF(rect)) : mapRectToScene(toQRectF(rect));
-  return toCGRect(mapped);
-}
-
 void UIView::setHidden(bool hidden) {
   YMR_ASSERT_MAIN_THREAD();
   hidden_ = hidden;
@@ -188,11 +183,6 @@ void UIView::addGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& re
   if (recognizer && std::find(recognizers_.begin(), recognizers_.end(), recognizer) == recognizers_.end()) {
     recognizers_.push_back(recognizer);
   }
-}
-
-void UIView::removeGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer) {
-  YMR_ASSERT_MAIN_THREAD();
-  std::erase(recognizers_, recognizer);
 }
 
 // An interface file's objects are made with owners in the sense of QObject; from here on the superview is the owner.

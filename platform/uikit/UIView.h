@@ -48,8 +48,6 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   void setFrame(const CGRect& frame);
   // The same size at 0, 0.
   CGRect bounds() const;
-  // `rect` of this view's coordinates in those of `other`; of the window's when nil.
-  CGRect convertRectToView(const CGRect& rect, const std::shared_ptr<UIView>& other) const;
 
   // A hidden view is neither drawn nor offered presses, nor is what it holds; its constraints count all the same.
   bool isHidden() const { return hidden_; }
@@ -83,7 +81,6 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   const std::vector<std::shared_ptr<UIGestureRecognizer>>& gestureRecognizers() const { return recognizers_; }
   void setGestureRecognizers(std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers);
   void addGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
-  void removeGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
 
   // Presses go to the first responder of the window. True when the view is in a window and not hidden.
   bool becomeFirstResponder();
@@ -97,7 +94,6 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   const std::vector<std::shared_ptr<NSLayoutConstraint>>& constraints() const { return constraints_; }
   // Takes it out of the view that held it before. Nothing when this view holds it already.
   void addConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint);
-  void addConstraints(const std::vector<std::shared_ptr<NSLayoutConstraint>>& constraints);
   void removeConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint);
 
   // Lays the tree out before the next picture: constraints, then layoutSubviews().

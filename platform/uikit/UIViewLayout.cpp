@@ -34,10 +34,6 @@ void UIView::addConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint
   setNeedsSolving();
 }
 
-void UIView::addConstraints(const std::vector<std::shared_ptr<NSLayoutConstraint>>& constraints) {
-  for (const auto& constraint : constraints) addConstraint(constraint);
-}
-
 void UIView::removeConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint) {
   YMR_ASSERT_MAIN_THREAD();
   const auto held = constraint;  // the caller's may be the one in the list

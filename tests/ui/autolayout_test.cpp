@@ -92,7 +92,7 @@ TEST_F(AutolayoutTest, hidingZeroesTheFirstHeightThatTheViewItselfHolds) {
   const auto second = height(subview, 90);
   subview->addConstraint(NSLayoutConstraint::constraintWithItem(subview, NSLayoutAttributeWidth, NSLayoutRelationEqual,
                                                                 nullptr, NSLayoutAttributeNotAnAttribute, 1, 640));
-  subview->addConstraints({first, second});
+  for (const auto& constraint : {first, second}) subview->addConstraint(constraint);
   EXPECT_EQ(heightConstraint(subview), first);
   hideViewAndSetHeightConstraintsZero(subview);
   view()->layoutIfNeeded();

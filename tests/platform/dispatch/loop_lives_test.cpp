@@ -47,7 +47,7 @@ TEST_F(VirtualTest, timeStandsStillUntilItIsMovedAndStopsAtEveryTimerOnTheWay) {
 TEST_F(VirtualTest, waitingForAGroupMovesTimeAndEndsATestThatWaitsForNothing) {
   const auto group = dispatch_group_create();
   dispatch_group_enter(group);
-  dispatch_after(5s, dispatch_get_global_queue(), [&] { dispatch_group_leave(group); });
+  loop.schedule(5s, [&] { dispatch_group_leave(group); });
   dispatch_group_wait(group);
   EXPECT_EQ(passed(), 5s);
   dispatch_group_enter(group);

@@ -82,7 +82,6 @@ TEST_F(ViewTest, layersHaveOneSuperlayerAndFollowItsSize) {
 TEST_F(ViewTest, hidingFadingAndClippingReachWhatIsInside) {
   view()->addSubview(red);
   red->addSubview(blue);
-  EXPECT_EQ(blue->convertRectToView(blue->bounds(), view()), CGRectMake(40, 40, 100, 100));
   EXPECT_EQ(at(125, 125), "0000ff");
   red->setClipsToBounds(true);
   EXPECT_EQ(at(125, 125), "000000");
