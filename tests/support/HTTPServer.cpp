@@ -36,25 +36,6 @@ std::string lowered(std::string text) {
   return text;
 }
 
-const char* reason(int status) {
-  switch (status) {
-    case 200:
-      return "OK";
-    case 204:
-      return "No Content";
-    case 206:
-      return "Partial Content";
-    case 302:
-      return "Found";
-    case 404:
-      return "Not Found";
-    case 416:
-      return "Range Not Satisfiable";
-    default:
-      return "Status";
-  }
-}
-
 // First and last byte of "bytes=a-b" within `size`.
 std::optional<std::pair<std::size_t, std::size_t>> range(const HTTPServer::Request& request, std::size_t size) {
   const auto header = request.headers.find("range");
@@ -185,7 +166,6 @@ void HTTPServer::accept() {
 void HTTPServer::serve(int socket, int number) {
   std::string buffered;
   while (auto request = read(socket, buffered)) {
-    request->connection = number;
     Handler handler;
     {
       std::lock_guard lock(mutex_);
@@ -243,7 +223,7 @@ bool HTTPServer::answer(int socket, const Request& request, const Reply& reply) 
     head += "Content-Range: bytes " + std::to_string(part->first) + "-" + std::to_string(part->second) + "/" +
             std::to_string(whole.size()) + "\r\n";
   }
-  head = "HTTP/1.1 " + std::to_string(status) + " " + reason(status) + "\r\n" + head;
+  head = "HTTP/1.1 " + std::to_string(status) + (status < 400 ? " Fine" : " Fault") + "\r\n" + head;
   if (!reply.endless && status != 204) head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   head += "Content-Type: " + reply.type + "\r\nAccept-Ranges: bytes\r\n";
   if (reply.endless) head += "Connection: close\r\n";

@@ -20,7 +20,6 @@ class HTTPServer {
     std::string target;  // path and query, as sent
     std::string path;
     std::map<std::string, std::string> headers;  // names in lower case
-    int connection = 0;                          // the server's number for it, from 1
     std::chrono::steady_clock::time_point at;
   };
 
@@ -59,7 +58,6 @@ class HTTPServer {
   void onOthers(Handler handler);
 
   std::string url(const std::string& target) const;
-  int port() const { return port_; }
   // Requests so far, in the order in which their heads were read; of one path when given.
   std::vector<Request> log() const;
   std::size_t count(const std::string& path) const;
