@@ -7,12 +7,18 @@ namespace {
 GstPadProbeReturn drainAtEnd(GstPad* pad, GstPadProbeInfo* info, gpointer) {
   if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_EOS) return GST_PAD_PROBE_OK;
   GstEventRef announcement(gst_pad_get_sticky_event(pad, GST_EVENT_STREAM_START, 0));
+  const GstEventRef place(gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0));
   const GstPadRef decoder(gst_pad_get_peer(pad));
   GstStream* described = nullptr;
   if (announcement) gst_event_parse_stream(announcement.get(), &described);
   const GstObjectRef<GstStream> stream(described);
-  if (decoder && stream && gst_stream_get_stream_type(stream.get()) & GST_STREAM_TYPE_VIDEO) {
-    gst_pad_send_event(decoder.get(), announcement.release());
+  const bool isVideo = stream && gst_stream_get_stream_type(stream.get()) & GST_STREAM_TYPE_VIDEO;
+  if (!decoder || !place || !isVideo) return GST_PAD_PROBE_OK;
+  gst_pad_send_event(decoder.get(), announcement.release());
+  const GstSegment* segment = nullptr;
+  gst_event_parse_segment(place.get(), &segment);
+  if (segment->format == GST_FORMAT_TIME) {
+    gst_pad_send_event(decoder.get(), gst_event_new_gap(segment->start, GST_CLOCK_TIME_NONE));
   }
   return GST_PAD_PROBE_OK;
 }

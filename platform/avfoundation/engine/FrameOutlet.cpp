@@ -4,50 +4,45 @@
 
 namespace {
 
-// Pixels that stay readable as long as this lives.
-struct MappedPicture {
-  GstVideoFrame frame{};
-  bool isMapped = false;
-
-  MappedPicture(const GstVideoInfo& info, GstBuffer* buffer)
-      : isMapped(gst_video_frame_map(&frame, &info, buffer, GST_MAP_READ)) {}
-  MappedPicture(const MappedPicture&) = delete;
-  MappedPicture& operator=(const MappedPicture&) = delete;
-  ~MappedPicture() {
-    if (isMapped) gst_video_frame_unmap(&frame);
-  }
-};
-
 // A picture later than this is dropped, and decoders are told to catch up.
 constexpr gint64 maximumLateness = 40 * GST_MSECOND;
+
+// Media time; invalid when there is none.
+CMTime timeOf(GstSample* sample) {
+  const GstSegment* segment = gst_sample_get_segment(sample);
+  const GstClockTime time = GST_BUFFER_PTS(gst_sample_get_buffer(sample));
+  if (!segment || segment->format != GST_FORMAT_TIME || !GST_CLOCK_TIME_IS_VALID(time)) return kCMTimeInvalid;
+  guint64 streamTime = 0;
+  const int sign = gst_segment_to_stream_time_full(segment, GST_FORMAT_TIME, time, &streamTime);
+  return sign ? CMTimeMake(sign * static_cast<std::int64_t>(streamTime), 1'000'000'000) : kCMTimeInvalid;
+}
 
 }  // namespace
 
 GstElement* FrameOutlet::makeElement() {
-  GstElement* converter = gst_element_factory_make("videoconvert", nullptr);
   GstElement* sink = gst_element_factory_make("appsink", nullptr);
-  if (!converter || !sink) {
-    if (converter) gst_object_unref(converter);
-    if (sink) gst_object_unref(sink);
-    return nullptr;
-  }
-  const GstCapsRef caps(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "BGRx", nullptr));
+  if (!sink) return nullptr;
+  element_ = shareObject(sink);
+  const GstCapsRef caps(gst_caps_from_string(GST_VIDEO_CAPS_MAKE(GST_VIDEO_FORMATS_ALL)));
   g_object_set(sink, "caps", caps.get(), "max-buffers", 1u, "enable-last-sample", FALSE, "qos", TRUE, "max-lateness",
                maximumLateness, nullptr);
   GstAppSinkCallbacks callbacks{};
   callbacks.new_preroll = &FrameOutlet::newPreroll;
   callbacks.new_sample = &FrameOutlet::newSample;
   gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
-
-  bin_ = shareObject(gst_bin_new("pictures"));
-  gst_bin_add_many(GST_BIN(bin_.get()), converter, sink, nullptr);
-  gst_element_link(converter, sink);
-  const GstPadRef inner(gst_element_get_static_pad(converter, "sink"));
-  gst_element_add_pad(bin_.get(), gst_ghost_pad_new("sink", inner.get()));
   pad_ = adoptObject(gst_element_get_static_pad(sink, "sink"));
   constexpr int events = GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_EVENT_FLUSH;
   gst_pad_add_probe(pad_.get(), static_cast<GstPadProbeType>(events), &FrameOutlet::probeEvent, this, nullptr);
-  return bin_.get();
+  gst_pad_add_probe(pad_.get(), GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM, &FrameOutlet::probeQuery, nullptr, nullptr);
+  return sink;
+}
+
+// Rows of any length will do, so that decoders need not copy what they have decoded.
+GstPadProbeReturn FrameOutlet::probeQuery(GstPad*, GstPadProbeInfo* info, gpointer) {
+  GstQuery* query = GST_PAD_PROBE_INFO_QUERY(info);
+  if (GST_QUERY_TYPE(query) != GST_QUERY_ALLOCATION) return GST_PAD_PROBE_OK;
+  gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+  return GST_PAD_PROBE_HANDLED;
 }
 
 GstFlowReturn FrameOutlet::newPreroll(GstAppSink* sink, gpointer self) {
@@ -59,16 +54,20 @@ GstFlowReturn FrameOutlet::newSample(GstAppSink* sink, gpointer self) {
 }
 
 GstFlowReturn FrameOutlet::take(GstSampleRef sample, bool isPreroll) {
-  if (!sample) return GST_FLOW_OK;
-  GstBuffer* buffer = gst_sample_get_buffer(sample.get());
+  GstVideoInfo info;
+  GstCaps* caps = sample ? gst_sample_get_caps(sample.get()) : nullptr;
+  if (!caps || !gst_video_info_from_caps(&info, caps)) return GST_FLOW_OK;
+  const CMTime time = timeOf(sample.get());
   {
     std::lock_guard lock(mutex_);
-    // Pausing prerolls the picture that comes next: it is shown when its time has come, not before.
-    if (closed_ || (isPreroll && isFresh_) || buffer == currentBuffer_) return GST_FLOW_OK;
+    // Pausing prerolls the picture that comes next: it is shown when its time has come, not before. Playing on hands
+    // the picture over again that has been prerolled.
+    const bool isShown = isFresh_ && (isPreroll || (CMTIME_IS_VALID(time) && time == current_.time));
+    if (closed_ || isShown) return GST_FLOW_OK;
   }
-  VideoFrame frame = frameFrom(sample.get());
+  VideoFrame frame = converter_.convert(info, gst_sample_get_buffer(sample.get()));
   if (!frame.isValid()) return GST_FLOW_OK;
-  const GstVideoInfo& info = static_cast<const MappedPicture*>(frame.owner.get())->frame.info;
+  frame.time = time;
   std::lock_guard lock(mutex_);
   if (closed_) return GST_FLOW_OK;
   frame.rotation = streamOrientation_.rotation;
@@ -77,33 +76,9 @@ GstFlowReturn FrameOutlet::take(GstSampleRef sample, bool isPreroll) {
                    ? static_cast<double>(GST_VIDEO_INFO_FPS_N(&info)) / GST_VIDEO_INFO_FPS_D(&info)
                    : 0;
   isFresh_ = true;
-  currentBuffer_ = buffer;
   current_ = frame;
   if (sink_) sink_->present(std::move(frame));
   return GST_FLOW_OK;
-}
-
-VideoFrame FrameOutlet::frameFrom(GstSample* sample) const {
-  VideoFrame frame;
-  GstVideoInfo info;
-  if (!gst_sample_get_caps(sample) || !gst_video_info_from_caps(&info, gst_sample_get_caps(sample))) return frame;
-  GstBuffer* buffer = gst_sample_get_buffer(sample);
-  const auto picture = std::make_shared<const MappedPicture>(info, buffer);
-  if (!picture->isMapped) return frame;
-  frame.bits = static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&picture->frame, 0));
-  frame.stride = GST_VIDEO_FRAME_PLANE_STRIDE(&picture->frame, 0);
-  frame.width = GST_VIDEO_FRAME_WIDTH(&picture->frame);
-  frame.height = GST_VIDEO_FRAME_HEIGHT(&picture->frame);
-  frame.pixelAspectNumerator = GST_VIDEO_INFO_PAR_N(&info);
-  frame.pixelAspectDenominator = GST_VIDEO_INFO_PAR_D(&info);
-  const GstSegment* segment = gst_sample_get_segment(sample);
-  if (segment && segment->format == GST_FORMAT_TIME && GST_BUFFER_PTS_IS_VALID(buffer)) {
-    guint64 streamTime = 0;
-    const int sign = gst_segment_to_stream_time_full(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer), &streamTime);
-    if (sign) frame.time = CMTimeMake(sign * static_cast<std::int64_t>(streamTime), 1'000'000'000);
-  }
-  frame.owner = picture;
-  return frame;
 }
 
 GstPadProbeReturn FrameOutlet::probeEvent(GstPad*, GstPadProbeInfo* info, gpointer self) {
@@ -157,7 +132,6 @@ void FrameOutlet::close() {
   closed_ = true;
   sink.swap(sink_);
   std::swap(frame, current_);
-  currentBuffer_ = nullptr;
 }
 
 bool FrameOutlet::hasFreshPicture() const {

@@ -1,18 +1,21 @@
 #pragma once
 
 #include <gst/app/gstappsink.h>
-#include <gst/video/video.h>
 
 #include <memory>
 #include <mutex>
+#include <string>
 
 #include "platform/avfoundation/engine/GstHandles.h"
+#include "platform/avfoundation/engine/PictureConverter.h"
 #include "platform/avfoundation/engine/VideoFrame.h"
 
 // The pipeline's last element for pictures: turns each that is due into a VideoFrame and hands it to the sink.
 //
-// Pictures come in system memory as B G R X. An outlet for pictures that stay in the graphics memory would offer other
-// caps in makeElement() and fill VideoFrame::glTexture in frameFrom(); nothing else of the engine looks at pixels.
+// Pictures come in system memory as the decoder made them, and become B G R X one by one when they are due: what waits
+// in queues stays small, and what comes too late costs nothing. An outlet for pictures that stay in the graphics memory
+// would offer other caps in makeElement() and fill VideoFrame::glTexture in frameFrom(); nothing else of the engine
+// looks at pixels.
 //
 // makeElement() once, before the pipeline runs; destroyed when it has stopped; all else from any thread.
 class FrameOutlet {
@@ -41,21 +44,21 @@ class FrameOutlet {
   };
 
   GstFlowReturn take(GstSampleRef sample, bool isPreroll);
-  VideoFrame frameFrom(GstSample* sample) const;
   void noteEvent(GstEvent* event);
 
   static GstFlowReturn newPreroll(GstAppSink* sink, gpointer self);
   static GstFlowReturn newSample(GstAppSink* sink, gpointer self);
   static GstPadProbeReturn probeEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  static GstPadProbeReturn probeQuery(GstPad* pad, GstPadProbeInfo* info, gpointer);
 
-  GstElementRef bin_;
+  GstElementRef element_;
   GstPadRef pad_;
+  PictureConverter converter_;  // streaming thread
 
   mutable std::mutex mutex_;
   std::shared_ptr<VideoFrameSink> sink_;
   VideoFrame current_;
-  GstBuffer* currentBuffer_ = nullptr;  // the one in current_, for comparison only
-  std::string stream_;                  // whose pictures come; the same one may be announced again
+  std::string stream_;  // whose pictures come; the same one may be announced again
   Orientation streamOrientation_;
   double frameRate_ = 0;
   bool isFresh_ = false;  // something came since the last flush

@@ -1,6 +1,7 @@
 #include "platform/avfoundation/engine/MediaPipeline.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "platform/avfoundation/engine/DecoderDrain.h"
@@ -42,6 +43,9 @@ bool offersPicturesOrSound(GstStreamCollection* collection) {
   return gst_stream_collection_get_size(collection) == 0 ||
          offers(collection, GST_STREAM_TYPE_VIDEO | GST_STREAM_TYPE_AUDIO);
 }
+
+// Where playbin keeps decoded pictures in front of the sink. One is enough: the decoders have more on the way.
+constexpr std::string_view pictureQueue = "vqueue";
 
 // Texts are picked up before the decoders, so playbin is not told of them.
 constexpr const char* playbinFlags = "video+audio+buffering+deinterlace";
@@ -119,6 +123,7 @@ void MediaPipeline::build() {
 void MediaPipeline::elementAdded(GstBin*, GstBin* subBin, GstElement* element, gpointer data) {
   auto* self = static_cast<MediaPipeline*>(data);
   self->configureBuffering(element);
+  if (GST_OBJECT_NAME(element) == pictureQueue) g_object_set(element, "max-size-buffers", 1u, nullptr);
   self->gate_.admit(element);
   self->starts_.admit(element);
   self->demuxers_.admit(element);

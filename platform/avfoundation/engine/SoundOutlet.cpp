@@ -1,6 +1,33 @@
 #include "platform/avfoundation/engine/SoundOutlet.h"
 
+#include <glob.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
 namespace {
+
+// There may be something that plays sound: a sound server, a card, or a configuration that names one. Where there is
+// nothing, trying every kind of device would load all of their libraries in vain.
+bool mayHaveDevice() {
+  for (const char* variable : {"PULSE_SERVER", "PIPEWIRE_REMOTE", "JACK_DEFAULT_SERVER", "AUDIODEV"}) {
+    if (std::getenv(variable)) return true;
+  }
+  const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+  const char* home = std::getenv("HOME");
+  const std::string run = runtime ? runtime : "/run/user/" + std::to_string(getuid());
+  const std::string user = home ? home : "";
+  for (const std::string& pattern :
+       {run + "/pulse/native", run + "/pipewire-0", std::string("/run/pulse/native"), std::string("/dev/snd/pcm*p"),
+        std::string("/dev/dsp*"), std::string("/etc/asound.conf"), user + "/.asoundrc"}) {
+    glob_t found{};
+    const bool exists = glob(pattern.c_str(), GLOB_NOSORT, nullptr, &found) == 0;
+    globfree(&found);
+    if (exists) return true;
+  }
+  return false;
+}
 
 // Takes sound in the time that it lasts, so that what has no picture plays at its speed too.
 GstElement* makeSilentDevice() {
@@ -24,8 +51,10 @@ GstElement* makeDevice(const MediaEngineSettings& settings) {
     GError* failure = nullptr;
     GstElement* device = gst_parse_bin_from_description(settings.soundDevice.c_str(), TRUE, &failure);
     const GErrorRef error(failure);
-    if (device) return device;
-  } else if (settings.audio == MediaEngineSettings::Audio::automatic) {
+    // The pipeline would fail with a device that can't be opened.
+    if (device && gst_element_set_state(device, GST_STATE_READY) != GST_STATE_CHANGE_FAILURE) return device;
+    if (const GstElementRef useless = shareObject(device)) gst_element_set_state(useless.get(), GST_STATE_NULL);
+  } else if (settings.audio == MediaEngineSettings::Audio::automatic && mayHaveDevice()) {
     if (GstElement* device = gst_element_factory_make("autoaudiosink", nullptr)) return device;
   }
   return makeSilentDevice();

@@ -132,6 +132,11 @@ TEST_F(Seeking, reachesTheLastPicturesWhereTheSoundGoesOn) {
   ASSERT_EQ(seek(1.7), true);
   ASSERT_TRUE(playTo(2.1));
   EXPECT_EQ(frames->lastNumber(), 49) << "and they come in time when playing";
+  engine->setRate(0);
+  for (const double place : {2.0, 3.0, 2.5}) {
+    EXPECT_EQ(seek(place), true) << "there are no pictures";
+    EXPECT_EQ(position(), place);
+  }
 }
 
 TEST_F(Seeking, toNoPlaceIsNotCarriedOut) {

@@ -1,0 +1,115 @@
+// What a viewer hears, and what is left behind when the engine has gone.
+#include <malloc.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <numbers>
+
+#include "tests/platform/avfoundation/engine/EngineTest.h"
+
+namespace {
+
+constexpr int rate = 48000;
+
+// How loud a tone is in mono samples, from 0 to 1.
+double loudness(const std::vector<std::int16_t>& samples, double frequency) {
+  double real = 0, imaginary = 0;
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const double angle = 2 * std::numbers::pi * frequency * static_cast<double>(i) / rate;
+    real += samples[i] * std::cos(angle);
+    imaginary += samples[i] * std::sin(angle);
+  }
+  return samples.empty() ? 0 : 2 * std::hypot(real, imaginary) / static_cast<double>(samples.size()) / 32768;
+}
+
+class Sound : public EngineTest {
+ protected:
+  // Plays so much of the clip into a file and returns what came.
+  std::vector<std::int16_t> heard(bool isMuted) {
+    const std::string file = testing::TempDir() + "heard." + std::to_string(getpid());
+    MediaEngineSettings::shared().soundDevice =
+        "audioconvert ! audioresample ! audio/x-raw,format=S16LE,rate=48000,channels=1 ! filesink sync=true location=" +
+        file;
+    make("clip.mp4");
+    engine->setMuted(isMuted);
+    engine->load();
+    playTo(1.2);
+    engine.reset();
+    runFor(200ms);
+    std::vector<std::int16_t> samples(std::filesystem::file_size(file) / 2);
+    std::ifstream(file).read(reinterpret_cast<char*>(samples.data()), static_cast<std::streamsize>(samples.size() * 2));
+    std::filesystem::remove(file);
+    return samples;
+  }
+};
+
+TEST_F(Sound, isTheClipsToneAndNothingWhileMuted) {
+  const auto loud = heard(false);
+  EXPECT_GT(loud.size(), rate * 0.8);
+  EXPECT_GT(loudness(loud, 440), 0.05);
+  EXPECT_LT(loudness(loud, 1000), 0.01);
+  const auto muted = heard(true);
+  EXPECT_GT(muted.size(), rate * 0.8) << "time passes all the same";
+  EXPECT_EQ(std::ranges::count(muted, 0), static_cast<std::ptrdiff_t>(muted.size()));
+}
+
+TEST_F(Sound, aDeviceThatFailsDoesNotStopThePictures) {
+  for (const char* device :
+       {"no such element", "filesink location=/no/such/place", "identity error-after=10 ! fakesink"}) {
+    SCOPED_TRACE(device);
+    MediaEngineSettings::shared().soundDevice = device;
+    ASSERT_TRUE(open("clip.mp4"));
+    EXPECT_TRUE(playTo(1));
+  }
+}
+
+class Rounds : public EngineTest {
+ protected:
+  struct Belongings {
+    std::size_t memory;
+    std::ptrdiff_t threads, files;
+  };
+  static std::ptrdiff_t entries(const char* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+  }
+  // What this process has, once the last engine's threads have gone.
+  Belongings belongings(std::ptrdiff_t threads) {
+    runUntil([threads] { return entries("/proc/self/task") <= threads; }, 5s);
+    return {mallinfo2().uordblks, entries("/proc/self/task"), entries("/proc/self/fd")};
+  }
+  // One life, broken off somewhere else each time: loading, seeking, playing, at the end.
+  void live(int round) {
+    constexpr const char* clips[]{"half.mp4", "@half.mp4", "titled.mp4", "@clip.mkv", "captions.mov", "@oneframe.mp4"};
+    make(clips[round % std::size(clips)]);
+    engine->load();
+    if (round % 4 == 0) return runFor(std::chrono::milliseconds(round));
+    ASSERT_TRUE(runUntil([this] { return told.ready > 0 || !told.failures.empty(); }));
+    ASSERT_TRUE(told.failures.empty()) << told.failures[0].message;
+    engine->seek(CMTimeMakeWithSeconds(CMTimeGetSeconds(engine->duration()) - 0.3, 1000), {});
+    if (round % 4 == 1) return;
+    engine->setRate(1);
+    if (round % 4 == 2) return runFor(std::chrono::milliseconds(round));
+    EXPECT_TRUE(runUntil([this] { return told.ended > 0; })) << "at " << position();
+  }
+};
+
+TEST_F(Rounds, fiftyLivesLeaveNothingBehind) {
+  for (int round = 0; round < 12; ++round) live(round);
+  engine.reset();
+  runFor(1s);
+  const Belongings before = belongings(0);
+  for (int round = 0; round < 50; ++round) {
+    SCOPED_TRACE(round);
+    ASSERT_NO_FATAL_FAILURE(live(round));
+  }
+  engine.reset();
+  const Belongings after = belongings(before.threads);
+  EXPECT_LE(after.threads, before.threads + 3) << "the server and the libraries keep some";
+  EXPECT_LE(after.files, before.files + 2) << "a connection may still be closing";
+#ifdef NDEBUG
+  EXPECT_LT(after.memory, before.memory + 2'000'000);
+#endif
+}
+
+}  // namespace

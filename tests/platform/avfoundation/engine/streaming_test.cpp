@@ -1,0 +1,95 @@
+// Playlists, live and not, servers that stall, and the texts that come along.
+#include "tests/platform/avfoundation/engine/EngineTest.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Streaming : public EngineTest {
+ protected:
+  std::size_t requestsWith(const std::string& part) const {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        server.log(), [&part](const auto& request) { return request.path.find(part) != std::string::npos; }));
+  }
+};
+
+TEST_F(Streaming, aPlaylistOfSeveralBitratesSettlesOnOneThatComesInTime) {
+  ASSERT_TRUE(open("@hls/master.m3u8"));
+  EXPECT_NEAR(CMTimeGetSeconds(engine->duration()), 20, 0.1);
+  EXPECT_EQ(frames->lastNumber(), 0);
+  ASSERT_EQ(seek(10), true);
+  EXPECT_EQ(frames->lastNumber(), 250);
+  ASSERT_TRUE(playTo(15));
+  EXPECT_EQ(frames->last().width, 640) << "a quick server is asked for the better pictures";
+  EXPECT_GT(requestsWith("/high/"), 0u);
+}
+
+TEST_F(Streaming, aLivePlaylistHasNoEndAndGoesOn) {
+  const auto began = std::chrono::steady_clock::now();
+  server.on("/hls/low/live.m3u8", [began](const HTTPServer::Request& request) {
+    const auto age = std::chrono::duration_cast<std::chrono::seconds>(request.at - began).count();
+    const int first = static_cast<int>(std::min<std::int64_t>(age / 2, 4));
+    HTTPServer::Reply reply{.type = "application/vnd.apple.mpegurl"};
+    reply.body =
+        "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:2\n#EXT-X-MEDIA-SEQUENCE:" + std::to_string(first) + "\n";
+    for (int i = first; i < first + 6; ++i) reply.body += "#EXTINF:2.0,\n0" + std::to_string(i) + ".ts\n";
+    return reply;
+  });
+  ASSERT_TRUE(open("@hls/low/live.m3u8"));
+  EXPECT_TRUE(engine->isLive());
+  EXPECT_TRUE(CMTIME_IS_INDEFINITE(engine->duration()));
+  const int number = frames->lastNumber();
+  EXPECT_GE(number, 0);
+  engine->setRate(1);
+  EXPECT_TRUE(runUntil([&] { return frames->lastNumber() > number + 60; }));
+  EXPECT_GT(server.count("/hls/low/live.m3u8"), 1u);
+  EXPECT_EQ(told.ended, 0);
+}
+
+TEST_F(Streaming, aServerThatStallsInTheMiddleHoldsThePlaybackAndLosesNothing) {
+  auto reply = fileReply("/minute.mp4");
+  reply.stallAfter = 200'000;
+  reply.stallFor = std::chrono::seconds(6);
+  server.on("/stall.mp4", reply);
+  ASSERT_TRUE(open("@stall.mp4"));
+  engine->setRate(1);
+  ASSERT_TRUE(runUntil([this] { return engine->isBufferEmpty(); }));
+  runFor(100ms);
+  const double held = position();
+  runFor(300ms);
+  EXPECT_NEAR(position(), held, 0.1);
+  ASSERT_TRUE(runUntil([&] { return position() > held + 1; }));
+  EXPECT_TRUE(engine->isLikelyToKeepUp());
+  const auto numbers = frames->numbers();
+  EXPECT_TRUE(std::ranges::is_sorted(numbers, std::less_equal{})) << "no picture twice";
+  EXPECT_EQ(told.failures.size(), 0u);
+}
+
+TEST_F(Streaming, textsComeWhenTheyAreDueAndTheMediaEnds) {
+  for (const char* where : {"titled.mp4", "clip.mkv", "@clip.mkv", "@hls/master.m3u8"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where));
+    std::vector<MediaTrack> texts;
+    std::ranges::copy_if(engine->tracks(), std::back_inserter(texts),
+                         [](const MediaTrack& track) { return track.kind == MediaTrack::Kind::subtitle; });
+    ASSERT_EQ(texts.size(), 2u);
+    EXPECT_EQ(texts[0].languageTag, "en");
+    EXPECT_EQ(texts[1].languageTag, "de");
+    engine->selectLegibleTrack(texts[1].identifier);
+    engine->setRate(1);
+    ASSERT_TRUE(runUntil([this] { return !told.captions.empty(); }));
+    ASSERT_TRUE(told.captions[0].has_value());
+    EXPECT_THAT(*told.captions[0], HasSubstr("Deutsch"));
+    EXPECT_NEAR(position(), 1, 0.9);
+    engine->selectLegibleTrack(std::nullopt);
+    ASSERT_TRUE(runUntil([this] { return told.captions.size() == 2; }));
+    EXPECT_FALSE(told.captions[1].has_value());
+    ASSERT_EQ(seek(CMTimeGetSeconds(engine->duration()) - 0.3), true);
+    EXPECT_TRUE(runUntil([this] { return told.ended > 0; }));
+    EXPECT_EQ(told.captions.size(), 2u);
+  }
+}
+
+}  // namespace
