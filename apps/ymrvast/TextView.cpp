@@ -25,7 +25,7 @@ std::string describe(SKVASTError error) {
 }
 
 void printRow(std::ostream& out, std::string_view label, std::string_view value) {
-  out << "  " << std::left << std::setw(16) << label << printable(value) << '\n';
+  out << "  " << std::left << std::setw(16) << label << (label.size() < 16 ? "" : "  ") << printable(value) << '\n';
 }
 
 void printHeading(const Inspection& inspection, std::ostream& out) {
@@ -81,7 +81,7 @@ void printURLs(const Inspection::Ad& ad, std::ostream& out) {
     printRow(out, ad.failure ? "error, as " + code : "if it fails", each.url()->absoluteString());
   }
   if (!ad.picked) return;
-  for (const auto& [event, urls] : events) print(event + ", never asked", urls);
+  for (const auto& [event, urls] : events) print(event + ", not asked", urls);
 }
 
 void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ostream& out) {

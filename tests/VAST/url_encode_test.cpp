@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "VAST/NSString_UrlEncode.h"
-#include "VAST/SKVASTUrlWithId.h"
 
 using namespace std::string_view_literals;
 
@@ -19,12 +18,4 @@ TEST(UrlEncode, escapesAllButTheUnreservedCharacters) {
       {"before\0after"sv, "before"},
   };
   for (const auto& row : rows) EXPECT_EQ(urlencode(row.text), row.encoded) << row.text;
-}
-
-TEST(UrlWithId, keepsTheUrlOfAnElementWithoutId) {
-  const SKVASTUrlWithId without(std::nullopt, NSURL::URLWithString("http://example.com/i"));
-  EXPECT_EQ(without.id_(), std::nullopt);
-  ASSERT_TRUE(without.url());
-  EXPECT_EQ(without.url()->absoluteString(), "http://example.com/i");
-  EXPECT_EQ(SKVASTUrlWithId("one", std::nullopt).id_(), "one");
 }

@@ -3,6 +3,7 @@
 
 #include "VAST/Parser/SKVAST2Parser.h"
 #include "platform/dispatch/PlainRunLoop.h"
+#include "platform/foundation/URLLoader.h"
 #include "tests/VAST/Parser/VASTTexts.h"
 #include "tests/support/HTTPServer.h"
 #include "tests/support/UntrustedServer.h"
@@ -16,6 +17,9 @@ namespace {
 using Model = std::shared_ptr<YMRVastModel>;
 
 struct Requests : testing::Test {
+  // The last case leaves requests behind, which must not go on with another case's loader.
+  Requests() { options.loader = URLLoader::shared(); }
+
   // Runs one request per URL, all at once, and checks that each ends once and in time.
   std::vector<Model> request(const std::vector<std::string>& urls) {
     std::vector<Model> models(urls.size());

