@@ -2,9 +2,11 @@
 
 #include <QCoreApplication>
 #include <QQmlEngine>
+#include <utility>
 
 #include "ads/YMRAdSchedule.h"
 #include "platform/foundation/MainThread.h"
+#include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UINib.h"
 
 // Outside every namespace, as Qt asks; it also makes the linker take the resource out of the archive.
@@ -13,6 +15,10 @@ static void takeResources() {
 }
 
 namespace {
+
+// How long an ad may take before the viewer is told that it loads, and how fast that comes up.
+constexpr auto patience = std::chrono::milliseconds(500);
+constexpr auto fading = std::chrono::milliseconds(250);
 
 void registerTypes() {
   takeResources();
@@ -29,7 +35,9 @@ std::shared_ptr<View> held(View* view) {
 
 YMRAdContainerView::YMRAdContainerView(QQuickItem* parent) : UIView(parent) {}
 
-YMRAdContainerView::~YMRAdContainerView() = default;
+YMRAdContainerView::~YMRAdContainerView() {
+  cancelPreviousPerformRequestsWithTarget(this);
+}
 
 std::shared_ptr<YMRAdContainerView> YMRAdContainerView::make() {
   YMR_ASSERT_MAIN_THREAD();
@@ -70,4 +78,28 @@ void YMRAdContainerView::confWithAdSchedule(const std::shared_ptr<YMRAdSchedule>
   label->setTextColor(adSchedule->adCountdownTextColor());
   label->setStrokeWidth(adSchedule->adCountdownStrokeWidth());
   label->setStrokeColor(adSchedule->adCountdownStrokeColor());
+}
+
+void YMRAdContainerView::awaitPicture() {
+  endWaiting();
+  setAlpha(0);
+  setPatient(true);
+  performSelectorAfterDelay(this, "waitLonger", patience, [this] {
+    setPatient(false);
+    if (alpha() < 1) animateWithDuration(fading, [this] { setAlpha(1); });
+  });
+}
+
+void YMRAdContainerView::pictureDidArrive() {
+  setAlpha(1);
+}
+
+void YMRAdContainerView::endWaiting() {
+  cancelPreviousPerformRequestsWithTarget(this);
+  setPatient(false);
+  setAlpha(1);
+}
+
+void YMRAdContainerView::setPatient(bool patient) {
+  if (std::exchange(isPatient_, patient) != patient) Q_EMIT patienceDidChange();
 }

@@ -23,6 +23,8 @@ class YMR_API YMRAdContainerView : public UIView {
   Q_PROPERTY(YMROutlinedLabel* timeRemainLabel MEMBER label_)
   Q_PROPERTY(UIView* adPlayerView MEMBER adPlayerView_)
   Q_PROPERTY(UIActivityIndicatorView* loadingIndicator MEMBER indicator_)
+  // Whether wheel and text are kept back, since the ad is likely to come at once.
+  Q_PROPERTY(bool isPatient MEMBER isPatient_ NOTIFY patienceDidChange)
 
  public:
   // From the interface file. In a process without Qt's event loop the same parts, with nothing to be seen of them.
@@ -41,7 +43,21 @@ class YMR_API YMRAdContainerView : public UIView {
   // keeps those. Nothing when nil.
   void confWithAdSchedule(const std::shared_ptr<YMRAdSchedule>& adSchedule);
 
+  // An ad is on its way: nothing of this view is seen, so that the last picture of what lies below stays, until
+  // pictureDidArrive(). After half a second without, it fades in with wheel and text.
+  void awaitPicture();
+  // Shows the ad at once.
+  void pictureDidArrive();
+  // Nothing is awaited any more; as it starts.
+  void endWaiting();
+
+ Q_SIGNALS:
+  void patienceDidChange();
+
  private:
+  void setPatient(bool patient);
+
+  bool isPatient_ = false;
   QPointer<YMROutlinedLabel> label_;
   QPointer<UIView> adPlayerView_;
   QPointer<UIActivityIndicatorView> indicator_;

@@ -22,6 +22,7 @@ YMRAdContainerView {
     UIActivityIndicatorView {
         id: wheel
         anchors.centerIn: parent
+        opacity: root.isPatient ? 0 : 1
         width: 176 * root.unit
         height: width
     }
@@ -50,6 +51,7 @@ YMRAdContainerView {
         readonly property real edge: root.waiting ? (root.width + width * scale) / 2
                                                   : root.width * 0.95 - plate.paddingX
 
+        opacity: root.waiting && root.isPatient ? 0 : 1
         width: contentSize.width
         height: contentSize.height
         preferredMaxLayoutWidth: 1440

@@ -141,7 +141,8 @@ void YMRVideoPlayerImpl::goOnWithProgramme(bool seek) {
 void YMRVideoPlayerImpl::goOnAtEnd() {
   startMidRoll();
   const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
-  if (!item || !playMidRollDueAt(item->duration())) startPostRoll();
+  programmeHasEnded_ = item && playMidRollDueAt(item->duration());
+  if (!programmeHasEnded_) startPostRoll();
 }
 
 // Ends a break with everything that it has, without a word.
@@ -158,6 +159,7 @@ void YMRVideoPlayerImpl::leaveBreak() {
 
 void YMRVideoPlayerImpl::takeOverlayOffScreen() {
   adContainerView_->removeFromSuperview();
+  adContainerView_->endWaiting();
   if (const auto indicator = adContainerView_->loadingIndicator()) indicator->stopAnimating();
 }
 

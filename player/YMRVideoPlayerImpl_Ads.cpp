@@ -146,8 +146,12 @@ void YMRVideoPlayerImpl::startAd() {
   adPlayerLayer_->setFrame(UIScreen::mainScreen().bounds());
   adPlayerLayer_->setFillsSuperlayer(true);
   adContainerView_->adPlayerView()->layer()->addSublayer(adPlayerLayer_);
+  adPlayerLayer_->addObserver(shared_from_this(), "readyForDisplay");
   const auto& screen = avPlayerVC_->view();
-  if (adContainerView_->superview() != screen) addSubViewWithAutolayout(screen, adContainerView_);
+  if (adContainerView_->superview() != screen) {
+    adContainerView_->awaitPicture();
+    addSubViewWithAutolayout(screen, adContainerView_);
+  }
 
   const auto weak = weak_from_this();
   adTimeObserver_ =

@@ -99,6 +99,7 @@ double YMRVideoPlayerImpl::videoDuration() const {
 
 void YMRVideoPlayerImpl::observeValueForKeyPath(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
                                                 const NSKeyValueChange& change, void* context) {
+  if (object == adPlayerLayer_) return adContainerView_->pictureDidArrive();
   const auto state = playerState_;
   state->observeValueForKeyPath(keyPath, object, change, context, *this);
   if (vodPlayer_ && object == vodPlayer_->currentItem()) {

@@ -85,6 +85,10 @@ Round evaluate(const std::vector<ScreenWatch::Picture>& seen, Clock::time_point 
     if (firstAd == 0) firstAd = at;
     lastAd = at;
   }
+  if (firstAd == 0) {
+    std::fputs("the ad never came to the screen\n", stderr);
+    std::exit(1);
+  }
   Round round{};
   std::size_t lastBefore = firstAd - 1;
   for (; lastBefore > 0 && seen[lastBefore].number == 0; --lastBefore) ++round.strays;

@@ -130,6 +130,28 @@ TEST_F(AdOverlayTest, anAdFillsTheOverlayAndFollowsTheWindow) {
   overlay->removeFromSuperview();
 }
 
+TEST_F(AdOverlayTest, leavesTheLastPictureAloneUntilTheAdIsThereOrKeepsTheViewerWaiting) {
+  overlay->removeFromSuperview();
+  const QImage programme = snapshot();
+  overlay->awaitPicture();
+  addSubViewWithAutolayout(screen->view(), overlay);
+  run(400ms);
+  EXPECT_EQ(snapshot(), programme);
+  overlay->pictureDidArrive();
+  EXPECT_EQ(ink(snapshot()), QRect()) << "neither wheel nor text over the ad's beginning";
+  run(400ms);
+  EXPECT_NE(ink(snapshot()), QRect()) << "unless it does not go on";
+
+  overlay->awaitPicture();
+  EXPECT_EQ(snapshot(), programme);
+  run(1s);
+  EXPECT_NE(ink(snapshot()), QRect()) << "an ad that loads slowly";
+  EXPECT_EQ(colorAt(snapshot(), 5, 5), "000000");
+  overlay->awaitPicture();
+  overlay->endWaiting();
+  EXPECT_EQ(overlay->alpha(), 1);
+}
+
 TEST_F(AdOverlayTest, takesTheRemoteWhileItIsOnTheScreen) {
   int toggles = 0;
   const auto playPause = std::make_shared<UITapGestureRecognizer>([&](UIGestureRecognizer&) { ++toggles; });
