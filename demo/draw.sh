@@ -77,7 +77,7 @@ draw_lamps() {
   layer rays 1400x1400 255 255 244 "200*pow(max(0,sin(9*$turn)),2)*max(0,1-$far/690)"
   layer lamp 360x420 'if(lt(Y,190),70,if(lt(Y,330),214,255))' 'if(lt(Y,190),52,if(lt(Y,330),84-26*X/360,236))' \
     'if(lt(Y,190),48,if(lt(Y,330),66-20*X/360,170))' \
-    'if(lt(Y,190),255*lt(abs(X-180),3),if(lt(Y,330),255*lt(hypot((X-180)/170,(Y-330)/140),1),255*lt(hypot(X-180,Y-330),62)))'
+    '255*max(0,min(1,if(lt(Y,190),3-abs(X-180),if(lt(Y,330),(1-hypot((X-180)/170,(Y-330)/140))*140,62-hypot(X-180,Y-330)))))'
   film "$1" 6 "$(chord 523.25 659.25 783.99),tremolo=f=3:d=0.4,afade=t=in:d=0.3,afade=t=out:st=5.4:d=0.6" \
     "[1]rotate=a='t*0.25':c=none[turning];[0][turning]overlay=x=200:y=-370:shortest=1[1o];[1o][2]overlay=x=720:y='-60+8*sin(t*2)',$(words 120 270 "$serif" 0x4a2a1e Lumen),$(words 36 420 "$sans" 0x6b4636 'Lamps that know the evening')"
 }
@@ -139,7 +139,7 @@ draw_umbrellas() {
     '255*max(0,min(1,(Y-90-70*sin(X*0.0052+2.4))/2))'
   local dome='hypot((X-180)/170,(Y-180)/165)' scallop='(180-15*abs(sin((X-10)*PI/85)))'
   layer umbrella 360x420 "if(lt(Y,182)*lt($dome,1),196+30*gt(sin((X-180)/(20+$dome*60)*2),0),66)" "if(lt(Y,182)*lt($dome,1),44,46)" 'if(lt(Y,182),56,44)' \
-    "255*max(lt($dome,1)*lt(Y,$scallop),max(lt(abs(X-180),4)*between(Y,150,372),between(hypot(X-158,Y-372),18,26)*gte(Y,372)))"
+    "255*max(max(0,min(1,min((1-$dome)*165,$scallop-Y))),max(lt(abs(X-180),4)*between(Y,150,372),between(hypot(X-158,Y-372),18,26)*gte(Y,372)))"
   layer rain 1280x1440 235 244 250 'if(lt(mod(X*7+floor(X/3)*53+mod(Y,720)*0.999+floor(X/3)*floor(X/3)*17,361),26)*eq(mod(floor(X),9),0),120,0)'
   film "$1" 6 "$(chord 196 246.94 293.66 440),tremolo=f=1.5:d=0.4,afade=t=in:d=0.3,afade=t=out:st=5.4:d=0.6" \
     "[0][1]overlay=x=0:y=360:shortest=1[1o];[1o][2]overlay=x=800:y='190+6*sin(t*1.7)'[2o];[2o][3]overlay=x=0:y='-720+mod(t*540,720)',$(words 96 220 "$serif" 0x23402f 'Moss \& Co'),$(words 36 350 "$sans" 0x23402f 'Umbrellas, mended while you wait')"
