@@ -25,7 +25,7 @@ class Application : public testing::Environment {
 [[maybe_unused]] const auto* application = testing::AddGlobalTestEnvironment(new Application);
 
 std::string nameOf(const std::string& line) {
-  return line.substr(0, line.find(' '));
+  return line.substr(0, line.find_first_of(" :"));
 }
 
 }  // namespace
@@ -57,6 +57,42 @@ RecordingHost::RecordingHost() {
   to.playerWillDismiss = [this] { hear("playerWillDismiss"); };
   to.playerDidDismiss = [this] { hear("playerDidDismiss"); };
   to.videoClosedCaptionDidChange = [this](const std::string& tag) { hear("videoClosedCaptionDidChange:" + tag); };
+}
+
+void RecordingHost::hearOfAds() {
+  using Ad = YMRVideoPlayerDelegate::Ad;
+  auto& to = *delegate;
+  const auto aboutAd = [this](const char* name) {
+    return [this, name](const Ad& ad) { hear(name + (":" + YMRAd::getNameFromRoll(ad->roll()))); };
+  };
+  const auto withTimes = [this](const char* name) {
+    return [this, name](const Ad&, double duration, double second) { hear(name, {duration, second}); };
+  };
+  to.videoAdOnRequest = aboutAd("videoAdOnRequest");
+  to.videoAdOnResponse = aboutAd("videoAdOnResponse");
+  to.videoAdOnPodStart = aboutAd("videoAdOnPodStart");
+  to.videoAdOnStart = aboutAd("videoAdOnStart");
+  to.videoAdOnComplete = aboutAd("videoAdOnComplete");
+  to.videoAdOnPodComplete = aboutAd("videoAdOnPodComplete");
+  to.videoAdOnTime = withTimes("videoAdOnTime");
+  to.videoAdOnBuffer = withTimes("videoAdOnBuffer");
+  to.videoAdOnPause = withTimes("videoAdOnPause");
+  to.videoAdOnPlay = withTimes("videoAdOnPlay");
+  to.videoAdOnPlayQuartile = [this](const Ad&, int quartile, double duration) {
+    hear("videoAdOnPlayQuartile", {static_cast<double>(quartile), duration});
+  };
+  to.videoAdOnError = [this](const Ad&, const std::string& message) { hear("videoAdOnError:" + message); };
+  to.videoAdOnErrorDesc = [this](const Ad&, int code, const std::string&) {
+    hear("videoAdOnErrorDesc", {static_cast<double>(code)});
+  };
+}
+
+const std::vector<std::string>& RecordingHost::adCallbacks() {
+  static const std::vector<std::string> names{
+      "videoAdOnRequest",  "videoAdOnResponse",    "videoAdOnPodStart", "videoAdOnStart", "videoAdOnTime",
+      "videoAdOnBuffer",   "videoAdOnPause",       "videoAdOnPlay",     "videoAdOnError", "videoAdOnPlayQuartile",
+      "videoAdOnComplete", "videoAdOnPodComplete", "videoAdOnErrorDesc"};
+  return names;
 }
 
 void RecordingHost::leaveOut(const std::string& callback) {

@@ -16,11 +16,15 @@
 using namespace std::chrono_literals;
 using Lines = std::vector<std::string>;
 
-// A host that answers every callback and writes each down as text: "videoOnPause 12", "videoOnError -11800".
+// A host that answers every callback of the programme and writes each down as text: "videoOnPause 12", "videoOnError
+// -11800".
 class RecordingHost {
  public:
   RecordingHost();
 
+  // Those of ads as well: "videoAdOnStart:Midroll", "videoAdOnTime 8 3", "videoAdOnErrorDesc 10".
+  void hearOfAds();
+  static const std::vector<std::string>& adCallbacks();
   // Everybody but those named. For the callbacks that make a difference by being answered.
   void leaveOut(const std::string& callback);
   // The names of all callbacks of the programme and the presentation.

@@ -6,7 +6,7 @@
 
 #include "VAST/SKLogger.h"
 #include "platform/foundation/NSNotificationCenter.h"
-#include "tests/player/PlayerRig.h"
+#include "tests/player/BreakRig.h"
 
 using testing::IsEmpty;
 
@@ -15,13 +15,17 @@ namespace {
 const NSError broken{AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"};
 constexpr const char* second = "http://media.example/second.mp4";
 
-// A programme in which every callback has its turn: it stalls at 5 s, the viewer chooses a subtitle, and it ends at 20
-// s or, for videoOnError, breaks at 15 s. Then the host dismisses it.
-class Story : public PlayerRig {
+// A presentation in which every callback has its turn. Ads come before, in and after the programme: one fails, one is
+// paused by the viewer, during one the programme's buffer runs empty. The programme stalls at 5 s, the viewer chooses a
+// subtitle, and it ends at 20 s or, for videoOnError, breaks at 15 s. Then the host dismisses it.
+class Story : public BreakRig {
  public:
   explicit Story(bool breaks) {
-    auto& script = media.script(film);
-    script.duration = 20;
+    preRoll("pre", document({{"a", "video/mp4", "1"}, {"b", "video/webm", "2"}, {"c", "video/mp4", "3"}}));
+    midRoll("mid", 3, pod({"d", "e"}));
+    postRoll("post", pod({"f"}));
+    schedule->addAdBreak(YMRAd::initPostRollWithVastUrl(std::nullopt));
+    auto& script = media.script(PlayerRig::film);
     script.stalls = {{5, 1}};
     if (breaks) script.failure = {15, broken};
     script.tracks.push_back({.kind = MediaTrack::Kind::subtitle,
@@ -35,12 +39,21 @@ class Story : public PlayerRig {
   }
 
   void run() {
+    player->setAdSchedule(schedule);
     player->playWithMediaItem(item(), 2);
-    loop.advance(3s);
+    loop.advance(1500ms);
+    withFilm([](ScriptedMediaEngine& film) { film.stall(); });
+    loop.advance(1s);
+    withFilm([](ScriptedMediaEngine& film) { film.resumeData(); });
+    for (const float rate : {0.0f, 1.0f}) {
+      if (player && hub().adPlayer()) hub().adPlayer()->setRate(rate);
+      loop.advance(1s);
+    }
+    loop.advance(20s);
     chooseSubtitle();
-    loop.advance(40s);
+    loop.advance(150s);
     if (player) player->dismiss();
-    loop.advance(2s);
+    loop.advance(40s);
   }
 
   // Does `act` inside the first call of `callback`, once.
@@ -59,6 +72,9 @@ class Story : public PlayerRig {
   std::optional<std::size_t> atAct;
 
  private:
+  void withFilm(const std::function<void(ScriptedMediaEngine&)>& act) {
+    if (auto* film = media.engine(PlayerRig::film)) act(*film);
+  }
   void chooseSubtitle() {
     if (!player || !hub().vodPlayer()) return;
     const auto screen = hub().avPlayerVC();
@@ -71,7 +87,10 @@ class Story : public PlayerRig {
 };
 
 void forEachCallback(const std::function<void(const std::string& callback, Story& story)>& check) {
-  for (const auto& callback : RecordingHost::callbacks()) {
+  auto callbacks = RecordingHost::callbacks();
+  const auto& ofAds = RecordingHost::adCallbacks();
+  callbacks.insert(callbacks.end(), ofAds.begin(), ofAds.end());
+  for (const auto& callback : callbacks) {
     SCOPED_TRACE(callback);
     const auto observers = NSNotificationCenter::defaultCenter().observerCount();
     {
@@ -80,6 +99,12 @@ void forEachCallback(const std::function<void(const std::string& callback, Story
       EXPECT_TRUE(story.hasActed()) << "the story never calls it";
       EXPECT_EQ(story.media.aliveEngines(), 0);
       EXPECT_EQ(story.loop.pendingTimers(), 0u);
+      EXPECT_EQ(story.net.loader->inFlight(), 0);
+      for (const auto* ad : {"a", "c", "d", "e", "f"}) {
+        const auto tracked = story.tracked(ad);
+        EXPECT_LE(std::count(tracked.begin(), tracked.end(), "start"), 1) << ad;
+        EXPECT_LE(std::count(tracked.begin(), tracked.end(), "complete"), 1) << ad;
+      }
     }
     EXPECT_EQ(NSNotificationCenter::defaultCenter().observerCount(), observers);
   }
@@ -115,6 +140,7 @@ TEST(Reentry, aDismissalInsideAnyCallbackIsTheOnlyOne) {
       story.run();
       EXPECT_EQ(story.host.count("playerWillDismiss"), 1);
       EXPECT_EQ(story.host.count("playerDidDismiss"), hearsOfItsEnd ? 1 : 0);
+      EXPECT_TRUE(story.isAdGone());
       if (callback == "playerWillDismiss") return;  // which goes on when the nested call has returned
       EXPECT_EQ(story.host.heard.size(), heardWhenItReturned) << "it went on talking";
     });
@@ -131,16 +157,25 @@ TEST(Reentry, aPlayerDestroyedInsideAnyCallbackNeverSpeaksAgain) {
   });
 }
 
-TEST(Reentry, aStartInsideAnyCallbackLeavesOneEnding) {
-  forEachCallback([](const std::string& callback, Story& story) {
-    story.inside(callback, [&] { story.player->start(); });
-    story.run();
-    EXPECT_EQ(story.host.count("videoDidPlayFinished"), callback == "videoOnError" ? 0 : 1);
-    EXPECT_EQ(story.host.count("playerDidDismiss"), 1);
-    if (callback.rfind("videoOn", 0) == 0 && callback != "videoOnError") {
-      EXPECT_THAT(story.host.heard, testing::Contains("videoOnTime 19")) << "the programme is no longer followed";
-    }
-  });
+TEST(Reentry, aStartOrAScheduleInsideAnyCallbackKeepsThePresentationGoingToOneEnd) {
+  using Act = std::function<void(YMRVideoPlayer&)>;
+  const std::vector<std::pair<const char*, Act>> acts{
+      {"start", [](YMRVideoPlayer& player) { player.start(); }},
+      {"no schedule", [](YMRVideoPlayer& player) { player.setAdSchedule(nullptr); }},
+      {"the same schedule", [](YMRVideoPlayer& player) { player.setAdSchedule(player.adSchedule()); }},
+      {"another one", [](YMRVideoPlayer& player) { player.setAdSchedule(std::make_shared<YMRAdSchedule>()); }},
+  };
+  for (const auto& [name, act] : acts) {
+    SCOPED_TRACE(name);
+    forEachCallback([&act = act](const std::string& callback, Story& story) {
+      story.inside(callback, [&] { act(*story.player); });
+      story.run();
+      EXPECT_EQ(story.host.count("videoDidPlayFinished"), callback == "videoOnError" ? 0 : 1);
+      EXPECT_EQ(story.host.count("playerDidDismiss"), 1);
+      const char* last = callback == "videoOnError" ? "videoOnTime 14" : "videoOnTime 19";
+      EXPECT_THAT(story.host.heard, testing::Contains(last)) << "the programme is no longer followed";
+    });
+  }
 }
 
 TEST(Reentry, aSecondProgrammeInsideAnyCallbackPlaysToItsEnd) {
@@ -149,7 +184,8 @@ TEST(Reentry, aSecondProgrammeInsideAnyCallbackPlaysToItsEnd) {
     story.inside(callback, [&] { story.player->playWithMediaItem(PlayerRig::item(second), 0); });
     story.run();
     EXPECT_EQ(story.media.logs(second).size(), isTooLate ? 0u : 1u);
-    EXPECT_EQ(story.host.count("videoDidPlayFinished"), callback == "videoDidPlayFinished" ? 2 : 1);
+    const bool isAfterTheFirst = callback == "videoDidPlayFinished" || callback == "videoAdOnError";
+    EXPECT_EQ(story.host.count("videoDidPlayFinished"), isAfterTheFirst ? 2 : 1);
     EXPECT_EQ(story.host.count("playerDidDismiss"), 1);
   });
 }
@@ -159,6 +195,7 @@ TEST(Reentry, anotherDelegateInsideAnyCallbackHearsTheRest) {
   forEachCallback([](const std::string& callback, Story& story) {
     const auto all = heardInPeace(callback == "videoOnError");
     RecordingHost successor;
+    successor.hearOfAds();
     story.inside(callback, [&] { story.player->setDelegate(successor.delegate); });
     story.run();
     EXPECT_THAT(story.heardAfterAct(), IsEmpty());

@@ -6,25 +6,29 @@
 #include <QCoreApplication>
 
 #include "platform/foundation/NSNotificationCenter.h"
-#include "tests/player/PlayerRig.h"
+#include "tests/player/BreakRig.h"
 
 namespace {
 
-// One presentation, broken off at a moment that depends on the round: with the asset loading, the artwork under way,
-// the programme just begun, playing, stalled, ended. Half of them are dismissed, half just destroyed.
+// One presentation with ad breaks, broken off at a moment that depends on the round: with the asset loading, the
+// artwork under way, an ad's tag, film or tracking in flight, an ad or the programme playing, stalled, ended. Half of
+// them are dismissed, half just destroyed.
 void playRound(int round) {
-  PlayerRig rig;
+  BreakRig rig;
   rig.net.loader->answer("http://media.example/never.png", {.never = true});
   const auto item = PlayerRig::item();
   if (round % 3 == 0) item->setVideoThumbnailUrl("http://media.example/never.png");
+  if (round % 3 != 1) rig.preRoll("pre", BreakRig::pod({"a", "b"}));
+  rig.midRoll("mid", 2, BreakRig::wrapper(BreakRig::tag(round % 7 ? "post" : "nowhere")));
+  rig.postRoll("post", BreakRig::pod({"c"}));
+  rig.player->setAdSchedule(rig.schedule);
   rig.player->playWithMediaItem(item, round % 4 * 10);
-  constexpr RunLoop::Duration moments[]{0ms, 20ms, 60ms, 3s, 5200ms, 90s};
-  rig.loop.advance(moments[round % 6]);
+  rig.loop.advance(std::chrono::milliseconds(round * 7919 % 80000 >> round % 11));
   if (round % 5 == 0 && rig.media.engine()) rig.media.engine()->stall();
   if (round % 2 == 0) rig.player->dismiss();
   rig.player.reset();
   ASSERT_EQ(rig.media.aliveEngines(), 0);
-  rig.loop.advance(10s);  // the fetch of the artwork is not taken back
+  rig.loop.advance(40s);  // fetches are not taken back
   ASSERT_EQ(rig.loop.pendingTimers(), 0u);
   ASSERT_EQ(rig.net.loader->inFlight(), 0);
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

@@ -344,8 +344,10 @@ void ScriptedMediaEngine::present() {
 ScriptedMedia::ScriptedMedia() {
   MediaEngine::setFactory([this](const MediaSource& source) -> std::unique_ptr<MediaEngine> {
     const auto own = scripts_.find(source.url.absoluteString());
+    const auto& script = own == scripts_.end() ? otherwise_ : own->second;
+    if (script.cannotBeMade) throw std::runtime_error("no engine can be made");
     const auto log = std::make_shared<MediaEngineLog>(source);
-    auto engine = std::make_unique<ScriptedMediaEngine>(this, own == scripts_.end() ? otherwise_ : own->second, log);
+    auto engine = std::make_unique<ScriptedMediaEngine>(this, script, log);
     logs_.push_back(log);
     engines_.push_back(engine.get());
     return engine;

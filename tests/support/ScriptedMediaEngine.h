@@ -43,6 +43,7 @@ struct MediaScript {
 
   double loadDelay = 0.05;             // from load() to ready, or to the failure to load
   std::optional<NSError> loadFailure;  // fails instead of becoming ready
+  bool cannotBeMade = false;           // making the engine throws
   bool neverLoads = false;             // silence: fails with AVErrorNoDataReceived at the silence limit
 
   struct Failure {

@@ -1,0 +1,312 @@
+// Ad breaks as they should go: order of calls, texts, pods, fall-backs, and which break comes when.
+#include <gmock/gmock.h>
+
+#include "VAST/SKLogger.h"
+#include "tests/player/BreakRig.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+const Lines course{"videoOnPlay",          "videoOnPause",     "videoOnError",      "videoDidPlayFinished",
+                   "videoAdOnRequest",     "videoAdOnStart",   "videoAdOnPodStart", "videoAdOnComplete",
+                   "videoAdOnPodComplete", "videoAdOnResponse"};
+
+Lines operator+(Lines left, const Lines& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+// A break of one ad, as the host hears it; a mid-roll's pause comes where `pause` is given.
+Lines oneAd(const std::string& roll, const Lines& pause = {}) {
+  return Lines{"videoAdOnRequest:" + roll, "videoAdOnResponse:" + roll, "videoAdOnStart:" + roll} + pause +
+         Lines{"videoAdOnComplete:" + roll};
+}
+
+std::string label(BreakRig& rig) {
+  return rig.hub().adContainerView()->timeRemainLabel()->text().value_or("");
+}
+
+bool isWaiting(BreakRig& rig) {
+  return rig.hub().adContainerView()->loadingIndicator()->isAnimating();
+}
+
+}  // namespace
+
+TEST(AdBreaks, ofEveryKindInterruptTheProgrammeInTheirOrder) {
+  BreakRig rig;
+  rig.preRoll("pre", BreakRig::pod({"a"}));
+  rig.preRoll("pre2", BreakRig::pod({"a2"}));
+  rig.midRoll("mid", 3, BreakRig::pod({"b"}));
+  rig.postRoll("post", BreakRig::pod({"c"}));
+  ASSERT_TRUE(rig.playToEnd());
+  const Lines expected = oneAd("Preroll") + oneAd("Preroll") + Lines{"videoOnPlay"} +
+                         oneAd("Midroll", {"videoOnPause 3"}) + Lines{"videoOnPlay", "videoOnPause 20"} +
+                         oneAd("Postroll") + Lines{"videoDidPlayFinished"};
+  EXPECT_EQ(rig.host.heardOf(course), expected);
+  for (const auto& ad : Lines{"a", "a2", "b", "c"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
+  EXPECT_THAT(*rig.schedule->preRolls(), IsEmpty()) << "a break plays once";
+  EXPECT_THAT(*rig.schedule->postRolls(), IsEmpty());
+  EXPECT_THAT(*rig.schedule->midRolls(), ElementsAre(IsEmpty()));
+  EXPECT_TRUE(rig.isAdGone());
+}
+
+TEST(AdBreaks, stopTheProgrammeBetweenAnAdsImpressionAndItsStart) {
+  BreakRig rig;
+  Lines log;
+  SKLogger::installSink(SKLogLevelDebug, [&](int, std::string_view tag, std::string_view message) {
+    if (tag == "VAST - View Controller" || (tag == "YMRVideoPlayer" && message.find("playhead") != 0)) {
+      log.emplace_back(message);
+    }
+  });
+  rig.midRoll("mid", 3, BreakRig::pod({"a"}));
+  rig.host.inside["videoAdOnStart"] = [&] {
+    log.emplace_back("<videoAdOnStart>");
+    EXPECT_FALSE(rig.hub().isPlayingAd());
+    EXPECT_EQ(rig.hub().vodPlayer()->rate(), 1);
+  };
+  rig.host.inside["videoOnPause"] = [&] { EXPECT_TRUE(rig.engine().log().muted); };
+  rig.begin();
+  rig.runUntilHeard("videoAdOnTime 8 7");
+  EXPECT_TRUE(rig.hub().isPlayingAd());
+  EXPECT_EQ(rig.state(), "PlayingAd");
+  EXPECT_EQ(rig.media.logs(BreakRig::film("a")).front()->source.purpose, MediaPurpose::advertisement);
+  const auto ad = rig.hub().currentAdBreak();
+  EXPECT_EQ(ad->adTitle(), "Title of a");
+  EXPECT_TRUE(ad->isPlayed());
+  rig.runUntilHeard("videoAdOnComplete:Midroll");
+  rig.loop.advance(1s);
+  SKLogger::installSink(SKLogLevelNone, nullptr);
+  EXPECT_THAT(log, ElementsAre("resumeVideoPlayer - 1", "Video onPlay", "Video did Seek 0.000000 / 20.000000",
+                               "Starting loadVideoWithURL", "back from block in loadVideoFromData",
+                               "Sending vastReady: callback", "Sending Impressions requests", "<videoAdOnStart>",
+                               "playVideo", "initializing player", "Pause video player for playing ad at 3.000000",
+                               "Video onPaused", "adPlayDidEnd - 1", "resumeVideoPlayer - 1", "Video onPlay",
+                               "Video did Seek 3.000000 / 20.000000"));
+}
+
+TEST(AdBreaks, showTheLoadingTextUntilTheFirstTickAndThenTheCountdown) {
+  BreakRig rig;
+  rig.schedule->setAdLoadingText("Soon");
+  rig.schedule->setAdCountdownText("%d left");
+  rig.schedule->setAdpodCountdownText("%d left, %d of %d");
+  rig.preRoll("one", BreakRig::pod({"a"}));
+  rig.preRoll("three", BreakRig::pod({"b", "c", "d"}));
+  rig.media.script(BreakRig::film("a")).loadDelay = 2;
+  rig.begin();
+  rig.runUntilHeard("videoAdOnStart:Preroll");
+  rig.loop.advance(1s);
+  EXPECT_EQ(label(rig), "Soon");
+  EXPECT_TRUE(isWaiting(rig));
+  EXPECT_NE(rig.hub().adContainerView()->superview(), nullptr);
+  rig.runUntilHeard("videoAdOnTime 8 0");
+  EXPECT_EQ(label(rig), "9 left");
+  EXPECT_FALSE(isWaiting(rig));
+  rig.runUntilHeard("videoAdOnTime 8 7");
+  EXPECT_EQ(label(rig), "2 left");
+  rig.host.inside["videoAdOnRequest"] = [&] { EXPECT_EQ(label(rig), "Soon") << "of the next break"; };
+  for (const auto* text : {"9 left, 1 of 3", "9 left, 2 of 3", "9 left, 3 of 3"}) {
+    rig.host.heard.clear();
+    rig.runUntilHeard("videoAdOnTime 8 0");
+    EXPECT_EQ(label(rig), text);
+  }
+  EXPECT_EQ(rig.host.count("videoAdOnPodComplete"), 0);
+  EXPECT_TRUE(rig.loop.advanceUntil([&] { return rig.host.count("videoOnPlay") > 0; }, 30s));
+  EXPECT_EQ(rig.host.count("videoAdOnPodComplete"), 1);
+}
+
+TEST(AdBreaks, withoutACountdownGoOnShowingTheLoadingText) {
+  BreakRig rig;
+  rig.schedule->setAdLoadingText("Soon");
+  rig.preRoll("one", BreakRig::pod({"a"}));
+  rig.begin();
+  rig.runUntilHeard("videoAdOnTime 8 5");
+  EXPECT_EQ(label(rig), "Soon");
+}
+
+TEST(AdBreaks, ofUnknownLengthCountNothingDown) {
+  BreakRig rig;
+  rig.schedule->setAdCountdownText("%d");
+  rig.preRoll("one", BreakRig::pod({"a"}));
+  auto& film = rig.media.script(BreakRig::film("a"));
+  film.live = true;
+  film.failure = {5, NSError{AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"}};
+  rig.begin();
+  rig.runUntilHeard("videoAdOnTime nan 3");
+  EXPECT_EQ(label(rig), "0");
+  rig.runUntilHeard("videoOnPlay");
+  EXPECT_EQ(rig.host.count("videoAdOnPlayQuartile"), 0);
+}
+
+TEST(AdBreaks, putAStandAloneAdInThePlaceOfAPodsAdWithoutAFilm) {
+  BreakRig rig;
+  rig.postRoll("post", BreakRig::document({{"a", "", "1"}, {"b", "video/mp4", "2"}, {"alone", "video/mp4", ""}}));
+  ASSERT_TRUE(rig.playToEnd());
+  EXPECT_EQ(rig.tracked("a"), (Lines{"error-303"}));
+  EXPECT_EQ(rig.tracked("alone"), BreakRig::wholeAd());
+  EXPECT_EQ(rig.tracked("b"), BreakRig::wholeAd());
+  EXPECT_THAT(rig.host.heardOf({"videoAdOnErrorDesc", "videoAdOnComplete", "videoAdOnPodComplete"}),
+              ElementsAre("videoAdOnErrorDesc 3", "videoAdOnComplete:Postroll", "videoAdOnComplete:Postroll",
+                          "videoAdOnPodComplete:Postroll"));
+  EXPECT_EQ(rig.host.heard.back(), "videoDidPlayFinished");
+}
+
+TEST(AdBreaks, ofOneOffsetPlayOneAfterAnother) {
+  BreakRig rig;
+  rig.midRoll("first", 3, BreakRig::pod({"a"}));
+  rig.midRoll("second", 3, BreakRig::pod({"b"}));
+  rig.midRoll("third", 7, BreakRig::pod({"c"}));
+  rig.midRoll("beyond", 21, BreakRig::pod({"d"}));
+  ASSERT_TRUE(rig.playToEnd());
+  EXPECT_THAT(
+      rig.host.heardOf({"videoOnPause", "videoAdOnComplete", "videoAdOnRequest"}),
+      ElementsAre("videoAdOnRequest:Midroll", "videoOnPause 3", "videoAdOnComplete:Midroll", "videoAdOnRequest:Midroll",
+                  "videoOnPause 3", "videoAdOnComplete:Midroll", "videoAdOnRequest:Midroll", "videoOnPause 7",
+                  "videoAdOnComplete:Midroll", "videoOnPause 20"));
+  EXPECT_THAT(rig.tracked("d"), IsEmpty());
+  EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
+}
+
+TEST(AdBreaks, atTheVeryEndAndAtTheVeryBeginningHaveTheirTurn) {
+  for (const bool fails : {false, true}) {
+    BreakRig rig;
+    const auto film = [&](const char* name) { return BreakRig::pod({name}, fails ? "video/webm" : "video/mp4"); };
+    rig.midRoll("first", 0, film("a"));
+    rig.midRoll("last", 20, film("b"));
+    rig.midRoll("very-last", 20, film("c"));
+    rig.postRoll("post", BreakRig::pod({"d"}));
+    ASSERT_TRUE(rig.playToEnd());
+    for (const auto* ad : {"a", "b", "c"}) EXPECT_EQ(rig.tracked(ad), fails ? Lines{"error-401"} : BreakRig::wholeAd());
+    EXPECT_EQ(rig.tracked("d"), BreakRig::wholeAd());
+    EXPECT_EQ(rig.host.count("videoOnTime"), fails ? 21 : 22);
+    EXPECT_EQ(rig.host.heardOf({"videoOnPause"}).back(), "videoOnPause 20");
+    rig.loop.advance(60s);
+    EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
+  }
+}
+
+TEST(AdBreaks, stillBeingFetchedAtTheEndPlayBeforeThePostRoll) {
+  for (const bool viewerGoesBack : {false, true}) {
+    BreakRig rig;
+    rig.net.loader->answer(BreakRig::tag("slow"), {.body = BreakRig::pod({"a"}), .delay = 5s});
+    rig.schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(NSURL::URLWithString(BreakRig::tag("slow")), 18));
+    rig.postRoll("post", BreakRig::pod({"b"}));
+    rig.begin();
+    rig.runUntilHeard("videoOnPause 20");
+    if (viewerGoesBack) {
+      rig.hub().vodPlayer()->seekToTime(CMTimeMake(19, 1));
+      rig.hub().vodPlayer()->play();
+      rig.loop.advance(500ms);
+    }
+    ASSERT_TRUE(rig.loop.advanceUntil([&] { return rig.host.count("videoDidPlayFinished") > 0; }, 60s));
+    EXPECT_EQ(rig.tracked("a"), BreakRig::wholeAd());
+    EXPECT_EQ(rig.tracked("b"), BreakRig::wholeAd());
+    EXPECT_THAT(rig.host.heardOf({"videoOnPlay", "videoAdOnComplete", "videoDidPlayFinished"}).size(),
+                4u + viewerGoesBack);
+    rig.loop.advance(30s);
+    EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
+  }
+}
+
+TEST(AdBreaks, thatAJumpPassesByAreCaughtUpWithOneATick) {
+  BreakRig rig;
+  for (const int offset : {3, 5, 7}) {
+    rig.midRoll(std::to_string(offset), static_cast<std::uint64_t>(offset),
+                BreakRig::pod({"at" + std::to_string(offset)}));
+  }
+  rig.begin();
+  rig.runUntilHeard("videoOnTime 1");
+  rig.hub().vodPlayer()->seekToTime(CMTimeMake(10, 1));
+  rig.runUntilHeard("videoAdOnComplete:Midroll");
+  EXPECT_THAT(rig.tracked("at5"), IsEmpty());
+  ASSERT_TRUE(rig.loop.advanceUntil([&] { return rig.host.count("videoDidPlayFinished") > 0; }, 120s));
+  for (const auto* ad : {"at3", "at5", "at7"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
+  EXPECT_THAT(rig.host.heardOf({"videoOnPause"}),
+              ElementsAre("videoOnPause 10", "videoOnPause 10", "videoOnPause 10", "videoOnPause 20"));
+}
+
+TEST(AdBreaks, withoutAPreRollTheStartPositionHoldsAndEarlyMidRollsComeFirst) {
+  BreakRig rig;
+  rig.midRoll("mid", 3, BreakRig::pod({"a"}));
+  rig.player->setAdSchedule(rig.schedule);
+  rig.player->playWithMediaItem(PlayerRig::item(), 10);
+  rig.runUntilHeard("videoAdOnComplete:Midroll");
+  rig.runUntilHeard("videoOnTime 12");
+  EXPECT_THAT(rig.engine().log().seeks, ElementsAre(10)) << "it was sent there once";
+}
+
+TEST(AdBreaks, withThousandsOfAdsThatFailNeedNoMoreStackThanOne) {
+  std::vector<BreakRig::Ad> ads;
+  for (int number = 10000; number < 20000; ++number)
+    ads.push_back({std::to_string(number), "", std::to_string(number)});
+  BreakRig rig;
+  rig.preRoll("many", BreakRig::document(ads));
+  rig.begin();
+  rig.runUntilHeard("videoOnPlay");
+  EXPECT_EQ(rig.host.count("videoAdOnErrorDesc"), 10000);
+}
+
+TEST(AdBreaks, followTheScheduleOfTheMoment) {
+  BreakRig rig;
+  rig.preRoll("pre", BreakRig::pod({"a"}));
+  rig.midRoll("mid", 3, BreakRig::pod({"b"}));
+  rig.schedule->preRolls()->front()->setIsPlayed(true);
+  rig.schedule->preRolls()->push_back(nullptr);
+  rig.begin();
+  EXPECT_NE(rig.player->adSchedule(), rig.schedule);
+  EXPECT_EQ(rig.player->adSchedule()->preRolls(), rig.schedule->preRolls());
+  EXPECT_FALSE(rig.schedule->preRolls()->front()->isPlayed());
+  rig.runUntilHeard("videoAdOnTime 8 2");
+  EXPECT_EQ(rig.hub().adState(), YMRAdStatePreRoll);
+  rig.runUntilHeard("videoOnTime 1");
+  EXPECT_EQ(rig.hub().adState(), YMRAdStateMidRoll);
+  EXPECT_THAT(rig.schedule->midRolls()->front(), IsEmpty()) << "armed";
+
+  rig.player->setAdSchedule(nullptr);
+  EXPECT_EQ(rig.hub().adState(), YMRAdStateNone);
+  rig.runUntilHeard("videoOnTime 5");
+  const auto other = std::make_shared<YMRAdSchedule>();
+  other->addAdBreak(YMRAd::initPostRollWithVastUrl(std::nullopt));
+  rig.player->setAdSchedule(other);
+  rig.runUntilHeard("videoDidPlayFinished");
+  EXPECT_THAT(rig.host.heardOf({"videoAdOnRequest"}), ElementsAre("videoAdOnRequest:Preroll"));
+  EXPECT_THAT(*other->postRolls(), testing::SizeIs(1)) << "without a phase there is no post-roll";
+}
+
+TEST(AdBreaks, beginBeforeTheirProgrammeIsThereWhenTheHostStartsThem) {
+  BreakRig rig;
+  rig.preRoll("pre", BreakRig::pod({"a"}));
+  rig.player->setAdSchedule(rig.schedule);
+  rig.player->start();
+  rig.player->start();
+  rig.loop.advance(2s);
+  rig.player->playWithMediaItem(PlayerRig::item(), 0);
+  rig.runUntilHeard("videoOnTime 5");
+  EXPECT_EQ(rig.tracked("a"), BreakRig::wholeAd());
+  EXPECT_EQ(rig.host.count("videoOnPlay"), 1);
+}
+
+TEST(AdBreaks, endWithoutAWordWhenAnotherProgrammeTakesOver) {
+  constexpr const char* second = "http://media.example/second.mp4";
+  for (const auto* moment : {"videoAdOnRequest:Midroll", "videoAdOnTime 8 4"}) {
+    SCOPED_TRACE(moment);
+    BreakRig rig;
+    rig.media.script(second).duration = 20;
+    rig.net.loader->answer(BreakRig::tag("mid"), {.body = BreakRig::pod({"a", "b"}), .delay = 500ms});
+    rig.schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(NSURL::URLWithString(BreakRig::tag("mid")), 3));
+    rig.begin();
+    rig.runUntilHeard(moment);
+    const auto trackedByNow = rig.tracked();
+    rig.player->playWithMediaItem(PlayerRig::item(second), 0);
+    rig.loop.advance(1s);
+    EXPECT_TRUE(rig.isAdGone());
+    EXPECT_EQ(rig.host.count("videoAdOnPause"), 0);
+    rig.runUntilHeard("videoOnTime 15");
+    EXPECT_EQ(rig.host.count("videoAdOnComplete") + rig.host.count("videoAdOnError"), 0);
+    EXPECT_EQ(rig.tracked(), trackedByNow);
+    EXPECT_EQ(rig.media.aliveEngines(), 1);
+  }
+}

@@ -1,0 +1,220 @@
+// Ad breaks with real media from a real server, in a window that draws: films of every bad kind, and many breaks in one
+// process.
+//
+// With YMR_BREAKS=500 in the environment the last case is a soak, which prints what a break costs in the long run.
+#include <malloc.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+
+#include "ads/core/SKVASTMediaFilePicker.h"
+#include "platform/avfoundation/engine/MediaEngine.h"
+#include "player/YMRVideoPlayer.h"
+#include "player/YMRVideoPlayerImpl.h"
+#include "tests/player/AdDocument.h"
+#include "tests/support/HTTPServer.h"
+#include "tests/support/ScreenTest.h"
+
+using namespace std::chrono_literals;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+std::string sample(const std::string& name) {
+  return std::string(YMR_SAMPLES) + "/" + name;
+}
+
+class BreakMedia : public testing::Test {
+ protected:
+  BreakMedia() {
+    SKVASTMediaFilePicker::setProbeHost("127.0.0.1");
+    MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
+    MediaEngineSettings::shared().silenceBeforeFirstFrame = 1.5;
+    server.onOthers([](const HTTPServer::Request& request) {
+      return HTTPServer::Reply{.status = request.path.rfind("/track/", 0) == 0 ? 200 : 404};
+    });
+    server.onFile("/film/half.mp4", sample("half.mp4"), "video/mp4");
+    delegate->videoAdOnComplete = [this](const auto&) { endings.emplace_back("complete"); };
+    delegate->videoAdOnErrorDesc = [this](const auto&, int code, const auto&) {
+      endings.push_back("error " + std::to_string(code));
+    };
+    delegate->videoOnTime = [this](double) { ++ticks; };
+    delegate->videoDidPlayFinished = [this] { isFinished = true; };
+  }
+  ~BreakMedia() override { MediaEngineSettings::shared() = {}; }
+
+  // A tag with one ad whose film is /film/NAME.mp4.
+  NSURL tag(const std::string& name) {
+    server.on("/tag/" + name, adDocument({{name}}, {server.url("/film"), server.url("/track")}), "application/xml");
+    return *NSURL::URLWithString(server.url("/tag/" + name));
+  }
+
+  // Plays a half-second programme with the schedule from its beginning to its dismissal.
+  void play(const std::shared_ptr<YMRAdSchedule>& schedule, std::chrono::seconds bound) {
+    UIWindow window(CGSize{320, 180}, screenGraphics());
+    window.setRootViewController(std::make_shared<UIViewController>());
+    window.makeKeyAndVisible();
+    isFinished = false;
+    YMRVideoPlayer player;
+    player.setDelegate(delegate);
+    player.setAdSchedule(schedule);
+    player.presentWithController(window.rootViewController());
+    player.playWithMediaItem(YMRMediaItem::itemWithUrl(NSURL::fileURLWithPath(sample("half.mp4"))), 0);
+    const auto deadline = std::chrono::steady_clock::now() + bound;
+    const auto isOver = [&] { return isFinished || std::chrono::steady_clock::now() > deadline; };
+    while (!isOver()) runEventsUntil([&, next = 0]() mutable { return isOver() || ++next > 20; });
+    EXPECT_TRUE(isFinished);
+    EXPECT_EQ(player.ymrPlayer()->adPlayer(), nullptr);
+    player.dismiss();
+  }
+
+  // The tracking requests of one ad as they came in.
+  Lines tracked(const std::string& ad) {
+    Lines lines;
+    const std::string path = "/track/" + ad + "/";
+    for (const auto& request : server.log()) {
+      if (request.path.rfind(path, 0) == 0) lines.push_back(request.path.substr(path.size()));
+    }
+    std::sort(lines.begin(), lines.end());  // several connections: on the way they may overtake each other
+    return lines;
+  }
+
+  QGuiApplication& application = screenApplication();
+  HTTPServer server;
+  std::shared_ptr<YMRVideoPlayerDelegate> delegate = std::make_shared<YMRVideoPlayerDelegate>();
+  Lines endings;
+  int ticks = 0;
+  bool isFinished = false;
+};
+
+// Of this process.
+struct Belongings {
+  std::ptrdiff_t memory, threads, files;
+
+  static std::ptrdiff_t entries(const char* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+  }
+  static Belongings now() {
+    return {static_cast<std::ptrdiff_t>(mallinfo2().uordblks), entries("/proc/self/task"), entries("/proc/self/fd")};
+  }
+};
+
+// How much more there is with each round, by least squares.
+double slope(const std::vector<double>& values) {
+  const auto count = static_cast<double>(values.size());
+  double sumX = 0, sumY = 0, sumXX = 0, sumXY = 0;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const auto x = static_cast<double>(i);
+    sumX += x;
+    sumY += values[i];
+    sumXX += x * x;
+    sumXY += x * values[i];
+  }
+  return (count * sumXY - sumX * sumY) / (count * sumXX - sumX * sumX);
+}
+
+}  // namespace
+
+TEST_F(BreakMedia, everyKindOfFilmHasOneEndingAndTheProgrammeComes) {
+  using Reply = HTTPServer::Reply;
+  const std::string failed = "error 10";
+  struct Film {
+    const char* name;
+    Reply reply;
+    std::string ending;
+  };
+  const auto file = [](const char* name, const char* type = "video/mp4") {
+    return Reply{.type = type, .file = sample(name)};
+  };
+  auto stalls = file("half.mp4");
+  stalls.stallAfter = 12'000;
+  auto cut = file("half.mp4");
+  cut.cutAfter = 12'000;
+  auto slow = file("half.mp4");
+  slow.bytesPerSecond = 40'000;
+  auto silent = file("half.mp4");
+  silent.silent = true;
+  const std::vector<Film> films{
+      {"gone", {.status = 404}, failed},
+      {"broken-server", {.status = 500}, failed},
+      {"page", file("page.mp4", "text/html"), failed},
+      {"page-as-film", file("page.mp4"), failed},
+      {"text", file("text.mp4"), failed},
+      {"empty", file("zero.mp4"), failed},
+      {"head-only", file("headonly.mp4"), failed},
+      {"webm", file("clip.webm"), failed},
+      {"matroska", file("clip.mkv"), failed},
+      {"transport-stream", file("clip.ts"), failed},
+      {"playlist", file("hls/master.m3u8"), failed},
+      {"stalls", stalls, failed},
+      {"cut", cut, failed},
+      {"silent-server", silent, failed},
+      {"slow", slow, "complete"},
+      {"one-picture", file("oneframe.mp4"), "complete"},
+      {"odd-size", file("odd.mp4"), "complete"},
+      {"rotated", file("rotated.mp4"), "complete"},
+      {"anamorphic", file("anamorphic.mp4"), "complete"},
+      {"silence", file("silent.mp4"), "complete"},
+      {"half", file("half.mp4", "application/octet-stream"), "complete"},
+  };
+  const auto schedule = std::make_shared<YMRAdSchedule>();
+  Lines expected;
+  for (const auto& film : films) {
+    server.on(std::string("/film/") + film.name + ".mp4", film.reply);
+    schedule->addAdBreak(YMRAd::initPreRollWithVastUrl(tag(film.name)));
+    expected.push_back(film.ending);
+  }
+  play(schedule, 90s);
+  EXPECT_EQ(endings, expected);
+  EXPECT_GE(ticks, 1) << "the programme";
+  for (const auto& film : films) {
+    const bool completes = film.ending == "complete";
+    EXPECT_EQ(tracked(film.name), (Lines{completes ? "complete" : "creativeView",
+                                         completes ? "creativeView" : "error-402", "impression", "start"}))
+        << film.name;
+  }
+}
+
+TEST_F(BreakMedia, manyBreaksInOneProcessLeaveNothingBehind) {
+  const char* asked = std::getenv("YMR_BREAKS");
+  const int breaks = asked ? std::atoi(asked) : 50;
+  const int settled = asked ? 50 : 20;  // breaks after which nothing may grow
+  std::vector<double> memory;
+  Belongings first{}, last{};
+  for (int done = 0; done < breaks; done += 3) {
+    SCOPED_TRACE(done);
+    const auto schedule = std::make_shared<YMRAdSchedule>();
+    schedule->addAdBreak(YMRAd::initPreRollWithVastUrl(tag("half")));
+    schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(tag("half"), 0));
+    schedule->addAdBreak(YMRAd::initPostRollWithVastUrl(tag("half")));
+    endings.clear();
+    ASSERT_NO_FATAL_FAILURE(play(schedule, 30s));
+    ASSERT_EQ(endings, Lines(3, "complete"));
+    server.forgetLog();
+    // What was taken down by other threads may still be going.
+    const auto threads = done < settled ? 0 : first.threads;
+    int patience = done < settled ? 30 : 300;
+    runEventsUntil([&] { return --patience < 0 || (threads && Belongings::entries("/proc/self/task") <= threads); });
+    last = Belongings::now();
+    if (done < settled) {
+      first = last;
+    } else {
+      memory.push_back(static_cast<double>(last.memory));
+      EXPECT_LE(last.threads, first.threads + 1);
+      EXPECT_LE(last.files, first.files + 2) << "a connection may still be closing";
+    }
+  }
+  const double bytesABreak = slope(memory) / 3;
+  std::cout << breaks << " breaks: " << bytesABreak << " bytes more a break from the " << settled << "th on; threads "
+            << first.threads << " to " << last.threads << ", descriptors " << first.files << " to " << last.files
+            << ", heap " << first.memory / 1024 << " to " << last.memory / 1024 << " KiB\n";
+#ifdef NDEBUG
+  EXPECT_LT(bytesABreak, asked ? 1000 : 20'000);
+#endif
+}

@@ -1,0 +1,123 @@
+// What a viewer and the system do while ads come and go: the remote, going out of sight and coming back.
+#include <gmock/gmock.h>
+
+#include "platform/uikit/UIApplication.h"
+#include "platform/uikit/UIWindow.h"
+#include "tests/player/BreakRig.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// A presentation in a window, with a break of each kind.
+class OnScreen : public BreakRig {
+ public:
+  OnScreen() {
+    window.setRootViewController(std::make_shared<UIViewController>());
+    window.makeKeyAndVisible();
+    player->presentWithController(window.rootViewController());
+    preRoll("pre", pod({"a"}));
+    midRoll("mid", 3, pod({"b"}));
+    postRoll("post", pod({"c"}));
+  }
+  ~OnScreen() { UIApplication::sharedApplication().setVisible(true); }
+
+  float rates() { return hub().vodPlayer()->rate() + (hub().adPlayer() ? hub().adPlayer()->rate() : 0); }
+
+  UIWindow window{CGSize{320, 180}};
+};
+
+}  // namespace
+
+TEST(BreakViewer, hasTheAdsPlayPauseAndNoOtherButtonButMenu) {
+  OnScreen rig;
+  rig.begin();
+  rig.runUntilHeard("videoAdOnTime 8 3");
+  for (const auto button : {UIPressTypeLeftArrow, UIPressTypeRightArrow, UIPressTypeSelect, UIPressTypeDownArrow}) {
+    rig.window.sendPress(button);
+    rig.loop.advance(100ms);
+  }
+  EXPECT_EQ(rig.hub().adPlayer()->rate(), 1);
+  EXPECT_THAT(rig.engine().log().seeks, IsEmpty());
+  EXPECT_FALSE(rig.hub().avPlayerVC()->showsPlaybackControls());
+  EXPECT_TRUE(rig.window.sendPress(UIPressTypePlayPause));
+  EXPECT_EQ(rig.state(), "PausedAd");
+  rig.loop.advance(60s);
+  EXPECT_TRUE(rig.window.sendPress(UIPressTypePlayPause));
+  EXPECT_THAT(rig.host.heardOf({"videoAdOnPause", "videoAdOnPlay"}),
+              ElementsAre("videoAdOnPause 8 3.4", "videoAdOnPlay 8 3.4"));
+  rig.runUntilHeard("videoOnPlay");
+  EXPECT_THAT(rig.tracked("a"), ElementsAre("impression", "start", "creativeView", "firstQuartile", "pause", "resume",
+                                            "midpoint", "thirdQuartile", "complete"));
+  EXPECT_EQ(rig.hub().vodPlayer()->rate(), 1);
+  rig.loop.advance(1s);
+  EXPECT_TRUE(rig.window.sendPress(UIPressTypePlayPause));
+  EXPECT_EQ(rig.hub().vodPlayer()->rate(), 0) << "the programme's remote is back";
+}
+
+TEST(BreakViewer, leavesByMenuFromEveryMoment) {
+  for (const auto* moment : {"videoAdOnRequest:Preroll", "videoAdOnStart:Preroll", "videoAdOnTime 8 4", "videoOnTime 2",
+                             "videoAdOnRequest:Midroll", "videoAdOnStart:Midroll", "videoAdOnComplete:Midroll",
+                             "videoAdOnRequest:Postroll", "videoAdOnStart:Postroll", "videoDidPlayFinished"}) {
+    SCOPED_TRACE(moment);
+    OnScreen rig;
+    rig.begin();
+    rig.runUntilHeard(moment);
+    const bool plays = rig.hub().isPlayingAd();
+    EXPECT_TRUE(rig.window.sendPress(UIPressTypeMenu));
+    const auto heard = rig.host.heard;
+    const auto tracked = rig.tracked();
+    EXPECT_EQ(heard.back(), "playerDidDismiss");
+    EXPECT_EQ(rig.host.count("videoAdOnPause"), plays) << "to leave is to pause";
+    EXPECT_TRUE(rig.isAdGone());
+    rig.loop.advance(60s);
+    EXPECT_EQ(rig.host.heard, heard);
+    EXPECT_EQ(rig.tracked(), tracked);
+    EXPECT_EQ(rig.media.aliveEngines(), 0);
+    EXPECT_EQ(rig.loop.pendingTimers(), 0u);
+  }
+}
+
+TEST(BreakViewer, outOfSightNothingPlaysAndAfterwardsItGoesOn) {
+  for (const auto* moment : {"videoAdOnRequest:Preroll", "videoAdOnStart:Preroll", "videoAdOnTime 8 4", "videoOnTime 2",
+                             "videoAdOnRequest:Midroll", "videoAdOnTime 8 7", "videoAdOnComplete:Midroll",
+                             "videoOnTime 6", "videoAdOnRequest:Postroll", "videoAdOnStart:Postroll"}) {
+    for (const bool fails : {false, true}) {
+      SCOPED_TRACE(std::string(moment) + (fails ? ", ads fail" : ""));
+      OnScreen rig;
+      rig.begin();
+      rig.runUntilHeard(moment);
+      if (fails) rig.media.otherwise().loadFailure = NSError{AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"};
+      auto& application = UIApplication::sharedApplication();
+      application.setVisible(false);
+      for (int second = 0; second < 60; ++second) {
+        rig.loop.advance(1s);
+        ASSERT_EQ(rig.rates(), 0);
+      }
+      const bool wasProgramme = !rig.hub().isPlayingAd() && rig.state() == "PausedVideo";
+      application.setVisible(true);
+      if (wasProgramme && rig.rates() == 0) rig.window.sendPress(UIPressTypePlayPause);
+      rig.loop.advance(90s);
+      if (rig.rates() == 0) rig.window.sendPress(UIPressTypePlayPause);
+      rig.loop.advance(90s);
+      EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
+      EXPECT_EQ(rig.host.count("videoAdOnComplete") + rig.host.count("videoAdOnErrorDesc"), 3);
+      EXPECT_TRUE(rig.isAdGone());
+    }
+  }
+}
+
+TEST(BreakViewer, aStallOutOfSightIsNotRecovered) {
+  OnScreen rig;
+  rig.player->setAdSchedule(nullptr);
+  rig.playFilm();
+  rig.loop.advance(5s);
+  rig.engine().stall();
+  rig.loop.advance(1s);
+  EXPECT_NE(rig.rates(), 0) << "the poll nudges it";
+  UIApplication::sharedApplication().setVisible(false);
+  rig.loop.advance(5s);
+  EXPECT_EQ(rig.rates(), 0);
+  UIApplication::sharedApplication().setVisible(true);
+}
