@@ -22,15 +22,26 @@ bool foundNothing(const std::optional<SKVASTError>& error) {
   return error == SKVASTErrorNoAd || error == SKVASTErrorNoAdAfterWrappers;
 }
 
+// How far a document can be read that is not well-formed; empty for one that is.
+std::string faultOf(const VASTDocument& document) {
+  if (document.isWellFormed()) return "";
+  auto element = document.vast().element();
+  if (!element) return "this is no XML, or breaks off before there is a VAST element";
+  while (!element->childElements.empty()) element = element->childElements.back();
+  std::string path = element->path();
+  path.erase(0, path.find("VAST"));
+  return "the XML is broken in or after " + path;
+}
+
 // At which step the way to the media files ended.
 std::string reasonForNoFiles(const YMRVastModel& model) {
   if (model.vastDocumentArray().empty()) return "";
   const VASTDocument& last = model.vastDocumentArray().back();
-  if (last.vast().error()) return "the document is no VAST";
-  if (last.ads().error()) return "the document has no ad";
+  if (last.vast().error()) return "no media file: the document is no VAST";
+  if (last.ads().error()) return "no media file: the document has no ad";
   const auto error =
       last.ad(model.adID())[{"InLine", "Creatives", "Creative", "Linear", "MediaFiles", "MediaFile"}].error();
-  return error ? error->description() : "no media file's URL can be asked for";
+  return "no media file: " + (error ? error->description() : "none has a URL that can be asked for");
 }
 
 // What an ad would come to; all that follows from the network and the screen is the same for all of them.
@@ -133,9 +144,10 @@ Inspection inspect(const Options& options, const std::optional<VASTDocument>& do
   SKVAST2ParserOptions parserOptions;
   parserOptions.hopObserver = [&](const VASTHop& hop) {
     inspection.hops.push_back(hopOf(hop));
-    if (options.validate && !hop.error) {
-      documents.emplace_back(hop.url, VASTDocument(std::vector(hop.body.begin(), hop.body.end())));
-    }
+    if (hop.error) return;
+    const VASTDocument fetched(std::vector(hop.body.begin(), hop.body.end()));
+    inspection.hops.back().reason = faultOf(fetched);
+    if (options.validate) documents.emplace_back(hop.url, fetched);
   };
   SKVAST2Parser parser(std::move(parserOptions));
   const auto completed = [&](std::shared_ptr<YMRVastModel> model) {
@@ -151,6 +163,7 @@ Inspection inspect(const Options& options, const std::optional<VASTDocument>& do
 
   const AdInspector inspector(options);
   for (const auto& model : inspection.model->sequencedAdModels()) inspection.ads.push_back(inspector.inspect(model));
+  if (document && !document->isWellFormed()) inspection.ads.front().reason = faultOf(*document);
   addStandalone(*inspection.model, inspector, inspection.standalone);
   markShown(inspection, inspector);
   if (options.validate) inspection.validation = validate(documents, options);

@@ -20,7 +20,7 @@ struct Inspection {
     std::size_t bytes;
     std::chrono::milliseconds elapsed;
     std::optional<SKVASTError> error;
-    std::string reason;  // for the lack of a response
+    std::string reason;  // for the lack of a response, or of a document in it
   };
   struct MediaFile {
     std::shared_ptr<SKVASTMediaFile> file;
@@ -31,7 +31,7 @@ struct Inspection {
     std::vector<MediaFile> files;
     std::optional<NSURL> picked;
     std::optional<SKVASTError> failure;  // what the player would report in place of playing it
-    std::string reason;                  // for the lack of media files in a document that came
+    std::string reason;                  // for the lack of media files in a document that came, or for its refusal
     bool isShown = false;                // by the player, when nothing fails on the way
   };
   struct Validation {

@@ -13,10 +13,11 @@ namespace {
 constexpr int wrongUsage = 2;
 
 const char* const description =
-    "Shows what the player would make of an ad tag: the chain of wrappers, each ad, which media file it picks\n"
-    "and why, and which URLs it would ask. SOURCE is a URL (http, https), a file, or - for standard input.";
+    "Shows what the player would make of an ad tag: the chain of wrappers, each ad,\n"
+    "which media file it picks and why, and which URLs it would ask.";
 const char* const footer =
-    "Exit status: 0 the player would show at least one ad, 1 it would show none, 2 wrong usage or unreadable file.\n\n"
+    "Exit status: 0 the player would show at least one ad, 1 it would show none,\n"
+    "2 wrong usage or unreadable file.\n\n"
     "Examples:\n"
     "  ymrvast https://ads.example/tag\n"
     "  ymrvast --validate --screen 1280x720 saved.xml\n"
@@ -53,21 +54,22 @@ void parseScreen(std::string_view text, Options& options) {
 std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   CLI::App app(description, "ymrvast");
   app.footer(footer);
+  app.get_formatter()->column_width(26);
   app.set_version_flag("--version", std::string("ymrvast ") + YMR_VERSION);
 
   Options options;
   std::string screen, logLevel = "error";
   const auto& names = SKLogger::levelNames();
-  app.add_option("SOURCE", options.source, "URL, file or - of the ad tag")->required();
-  app.add_flag("--json", options.json, "Print one JSON object for scripts in place of the view for people");
-  app.add_flag("--validate", options.validate, "Also check every fetched document against the VAST 2.0.1 schema");
+  app.add_option("SOURCE", options.source, "The ad tag: a URL (http, https), a file, or - for standard input")
+      ->required();
+  app.add_flag("--json", options.json, "Print one JSON object for scripts");
+  app.add_flag("--validate", options.validate, "Also check each document against the schema of VAST 2.0.1");
   app.add_option("--screen", screen, "Screen size to pick media files for (1920x1080)")->type_name("WxH");
-  app.add_option("--reachability-host", options.reachabilityHost, "Host whose route tells whether there is a network")
+  app.add_option("--reachability-host", options.reachabilityHost, "Its route tells whether there is a network")
       ->type_name("HOST");
-  app.add_option("--log", logLevel, "Log to standard error: none, error, warning, info, debug")
+  app.add_option("--log", logLevel, "Log: none, error (the default), warning, info, debug")
       ->type_name("LEVEL")
-      ->check(CLI::IsMember(std::vector<std::string>(names.begin(), names.end())))
-      ->capture_default_str();
+      ->check(CLI::IsMember(std::vector<std::string>(names.begin(), names.end())).description(""));
 
   try {
     app.parse(argc, argv);

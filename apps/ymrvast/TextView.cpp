@@ -46,8 +46,7 @@ void printHops(const std::vector<Inspection::Hop>& hops, std::ostream& out) {
     out << std::right << std::setw(7) << hop.depth << std::setw(8) << (hop.status ? std::to_string(hop.status) : "-")
         << std::setw(7) << hop.elapsed.count() << " ms" << std::setw(12) << hop.bytes << "  " << printable(hop.url)
         << '\n';
-    if (!hop.error) continue;
-    out << "         failed with " << describe(*hop.error) << '\n';
+    if (hop.error) out << "         failed with " << describe(*hop.error) << '\n';
     if (!hop.reason.empty()) out << "         " << printable(hop.reason) << '\n';
   }
 }
@@ -94,7 +93,7 @@ void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ost
     if (model.adSequence()) printRow(out, "sequence", *model.adSequence());
     printRow(out, "chain", counted(model.vastDocumentArray().size(), "document"));
     if (ad.failure) printRow(out, "failed", describe(*ad.failure));
-    if (!ad.reason.empty()) printRow(out, "", "no media file: " + ad.reason);
+    if (!ad.reason.empty()) printRow(out, "", ad.reason);
     if (!model.vastError()) printRow(out, "", "never resolved: stand-alone ads are looked at only beside a pod");
     printFiles(ad, out);
     printURLs(ad, out);

@@ -63,7 +63,6 @@ TEST_F(Requests, endWithTheErrorThatFitsWithinTheirTime) {
   server.onRedirect("/moved", "/good");
   server.onRedirect("/loop", "/loop");
   server.onRedirect("/to-file", "file:///etc/hostname");
-  server.onRedirect("/to-ftp", "ftp://127.0.0.1/x");
   const struct {
     const char* name;
     std::string url;
@@ -71,20 +70,13 @@ TEST_F(Requests, endWithTheErrorThatFitsWithinTheirTime) {
   } rows[] = {
       {"an ad", on("/good", {.body = good}), 0},
       {"an ad that moved", server.url("/moved"), 0},
-      {"an ad that comes slowly", on("/slow", {.body = good, .bodyPause = 1ms}), 0},
       {"refused", HTTPServer::refusingURL(), 6},
       {"no such host", "http://nothing.invalid/tag", 6},
       {"204", on("/204", {.status = 204}), 6},
-      {"redirect without a target", on("/302", {.status = 302}), 6},
       {"404", on("/404", {.status = 404, .body = good}), 6},
-      {"500", on("/500", {.status = 500, .body = good}), 6},
-      {"empty", on("/empty", {}), 2},
       {"redirect loop", server.url("/loop"), 6},
       {"redirect to a file", server.url("/to-file"), 6},
-      {"redirect to another protocol", server.url("/to-ftp"), 6},
-      {"head that drips", on("/head", {.body = good, .headPause = 100ms}), 7},
       {"body that drips", on("/drip", {.body = good, .bodyPause = 100ms}), 7},
-      {"body that stalls", on("/stall", {.body = good, .stallAfter = 50}), 7},
       {"silence", on("/silent", {.silent = true}), 7},
       {"body cut short", on("/cut", {.body = good, .cutAfter = 50}), 6},
       {"endless body", on("/endless", {.body = std::string(1 << 20, ' '), .endless = true}), 6},

@@ -66,24 +66,6 @@ TEST_F(TrackingRequests, aSlowTrackerCostsItsOwnSecondAndHoldsUpNobodyElse) {
   EXPECT_THAT(log[11].at - log[0].at, testing::AllOf(Gt(900ms), Lt(4s)));
 }
 
-TEST_F(TrackingRequests, failuresAreSilentAndTheRestIsSent) {
-  HTTPServer::Reply cut;
-  cut.body = "half";
-  cut.cutAfter = 2;
-  server.on("/cut", cut);
-  server.onRedirect("/away", server.url("/elsewhere"));
-  server.onRedirect("/loop", server.url("/loop"));
-  processor->sendTrackingRequest(*NSURL::URLWithString(HTTPServer::refusingURL()));
-  processor->sendTrackingRequest(*NSURL::URLWithString("http://no.such.host.invalid/"));
-  for (const char* path : {"/cut", "/away", "/loop", "/last"}) processor->sendTrackingRequest(target(path));
-  const auto seen = [&](const char* path) {
-    EXPECT_TRUE(loop.runUntil([&] { return server.count(path) > 0; }, 5s)) << path;
-  };
-  seen("/elsewhere");
-  seen("/last");
-  EXPECT_EQ(server.count("/cut"), 1u) << "a request that failed was repeated";
-}
-
 TEST_F(TrackingRequests, whatPassesTheBoundOfTheQueueIsDroppedAndCounted) {
   // The whole queue hangs at one server; a loader of its own, so that nothing of it is left for the other cases.
   HTTPServer slow;

@@ -258,4 +258,8 @@ TEST_F(VastProgram, tellsPeopleWhatWasPickedAndWhyNotTheOthers) {
   }
   EXPECT_THAT(run({HTTPServer::refusingURL()}).output,
               AllOf(HasSubstr("would show NO ad"), HasSubstr("Failed to connect")));
+  server.on("/broken", "<VAST><Ad><InLine></Wrapper></VAST>", "text/xml");
+  for (const std::string& broken : {server.url("/broken"), file("broken.xml", "<VAST><Ad><InLine></Wrapper></VAST>")}) {
+    EXPECT_THAT(run({broken}).output, HasSubstr("the XML is broken in or after VAST > Ad > InLine"));
+  }
 }
