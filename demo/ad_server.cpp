@@ -91,14 +91,15 @@ class AdServer {
   std::thread thread_;
 };
 
-// Process number of the command, which gets `mask` for its signals; -1 when it cannot be run.
+// Process number of the command, which gets `mask` for its signals and a process group of its own: what the terminal
+// sends reaches it through this process, once. -1 when it cannot be run.
 pid_t spawn(std::vector<std::string> words, const sigset_t& mask) {
   std::vector<char*> argv;
   for (auto& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
   posix_spawnattr_setsigmask(&attributes, &mask);
   pid_t process = -1;
   const int error = posix_spawnp(&process, argv[0], nullptr, &attributes, argv.data(), environ);
@@ -108,17 +109,17 @@ pid_t spawn(std::vector<std::string> words, const sigset_t& mask) {
   return -1;
 }
 
-// Waits for the command and hands on the signals that were sent to this process alone: those of the terminal reach the
-// command by themselves. 128 and the signal's number for one that a signal ended.
+// Waits for the command and hands on the signals that come meanwhile. 128 and the signal's number for a command that a
+// signal ended.
 int exitStatusOf(pid_t process, const sigset_t& signals) {
   for (;;) {
-    siginfo_t info;
-    if (sigwaitinfo(&signals, &info) < 0) continue;
+    int number = 0;
+    if (sigwait(&signals, &number) != 0) continue;
     int status = 0;
     if (waitpid(process, &status, WNOHANG) == process) {
       return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
     }
-    if (info.si_signo != SIGCHLD && info.si_code != SI_KERNEL) kill(process, info.si_signo);
+    if (number != SIGCHLD) kill(process, number);
   }
 }
 
