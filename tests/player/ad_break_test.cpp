@@ -211,21 +211,47 @@ TEST(AdBreaks, stillBeingFetchedAtTheEndPlayBeforeThePostRoll) {
   }
 }
 
-TEST(AdBreaks, thatAJumpPassesByAreCaughtUpWithOneATick) {
-  BreakRig rig;
-  for (const int offset : {3, 5, 7}) {
-    rig.midRoll(std::to_string(offset), static_cast<std::uint64_t>(offset),
-                BreakRig::pod({"at" + std::to_string(offset)}));
+TEST(AdBreaks, thatSeeksPassByAreCaughtUpWithOneATick) {
+  const std::vector<std::vector<int>> table{{10}, {10, 10, 10}, {4, 8, 2, 12, 6}, {20}, {25}};
+  for (const auto& seeks : table) {
+    SCOPED_TRACE(testing::PrintToString(seeks));
+    BreakRig rig;
+    const Lines ads{"at3", "at5", "at7"};
+    rig.midRoll("3", 3, BreakRig::pod({ads[0]}));
+    rig.midRoll("5", 5, BreakRig::pod({ads[1]}));
+    rig.midRoll("7", 7, BreakRig::pod({ads[2]}));
+    rig.media.script(PlayerRig::film).seekDelay = 0.05;
+    rig.begin();
+    rig.runUntilHeard("videoOnTime 1");
+    for (const int second : seeks) {
+      rig.hub().vodPlayer()->seekToTime(CMTimeMake(second, 1));
+      rig.loop.advance(20ms);
+    }
+    rig.runUntilHeard("videoAdOnComplete:Midroll");
+    EXPECT_THAT(rig.tracked(ads[1]), IsEmpty()) << "one at a time";
+    rig.runUntilHeard("videoDidPlayFinished");
+    for (const auto& ad : ads) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
+    rig.loop.advance(60s);
+    EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
   }
-  rig.begin();
-  rig.runUntilHeard("videoOnTime 1");
-  rig.hub().vodPlayer()->seekToTime(CMTimeMake(10, 1));
-  rig.runUntilHeard("videoAdOnComplete:Midroll");
-  EXPECT_THAT(rig.tracked("at5"), IsEmpty());
-  ASSERT_TRUE(rig.loop.advanceUntil([&] { return rig.host.count("videoDidPlayFinished") > 0; }, 120s));
-  for (const auto* ad : {"at3", "at5", "at7"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
-  EXPECT_THAT(rig.host.heardOf({"videoOnPause"}),
-              ElementsAre("videoOnPause 10", "videoOnPause 10", "videoOnPause 10", "videoOnPause 20"));
+}
+
+TEST(AdBreaks, withNobodyListeningPlayAndTheEndDismissesThePlayer) {
+  for (const bool hasEmptyDelegate : {false, true}) {
+    BreakRig rig;
+    const auto silent = std::make_shared<YMRVideoPlayerDelegate>();
+    rig.player->setDelegate(hasEmptyDelegate ? silent : nullptr);
+    rig.preRoll("pre", BreakRig::pod({"a"}));
+    rig.midRoll("mid", 3, BreakRig::pod({"b"}));
+    rig.postRoll("post", BreakRig::pod({"c"}));
+    rig.begin();
+    rig.loop.advance(60s);
+    for (const auto* ad : {"a", "b", "c"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
+    EXPECT_THAT(rig.host.heard, IsEmpty());
+    EXPECT_EQ(rig.hub().vodPlayer(), nullptr);
+    EXPECT_EQ(rig.media.aliveEngines(), 0);
+    EXPECT_EQ(rig.loop.pendingTimers(), 0u);
+  }
 }
 
 TEST(AdBreaks, withoutAPreRollTheStartPositionHoldsAndEarlyMidRollsComeFirst) {

@@ -3,6 +3,9 @@
 //
 // With YMR_BREAKS=500 in the environment the last case is a soak, which prints what a break costs in the long run.
 #include <malloc.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -39,7 +42,6 @@ class BreakMedia : public testing::Test {
     server.onOthers([](const HTTPServer::Request& request) {
       return HTTPServer::Reply{.status = request.path.rfind("/track/", 0) == 0 ? 200 : 404};
     });
-    server.onFile("/film/half.mp4", sample("half.mp4"), "video/mp4");
     delegate->videoAdOnComplete = [this](const auto&) { endings.emplace_back("complete"); };
     delegate->videoAdOnErrorDesc = [this](const auto&, int code, const auto&) {
       endings.push_back("error " + std::to_string(code));
@@ -91,6 +93,46 @@ class BreakMedia : public testing::Test {
   Lines endings;
   int ticks = 0;
   bool isFinished = false;
+};
+
+// An ad server in a process of its own, so that what it needs is not counted here. Every tag has one ad of half a
+// second.
+class AdServerProcess {
+ public:
+  AdServerProcess() {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    process_ = fork();
+    if (process_ == 0) serve(ends[1]);
+    close(ends[1]);
+    char url[100]{};
+    EXPECT_GT(read(ends[0], url, sizeof url - 1), 0);
+    close(ends[0]);
+    tag_ = url;
+  }
+  AdServerProcess(const AdServerProcess&) = delete;
+  AdServerProcess& operator=(const AdServerProcess&) = delete;
+  ~AdServerProcess() {
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+  }
+
+  NSURL tag() const { return *NSURL::URLWithString(tag_); }
+
+ private:
+  [[noreturn]] static void serve(int answer) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    HTTPServer server;
+    server.onOthers([](const HTTPServer::Request&) { return HTTPServer::Reply(); });
+    server.onFile("/film/half.mp4", sample("half.mp4"), "video/mp4");
+    server.on("/tag", adDocument({{"half"}}, {server.url("/film"), server.url("/track")}), "application/xml");
+    const std::string url = server.url("/tag");
+    if (write(answer, url.data(), url.size()) != static_cast<ssize_t>(url.size())) _exit(1);
+    for (;;) pause();
+  }
+
+  pid_t process_ = 0;
+  std::string tag_;
 };
 
 // Of this process.
@@ -153,8 +195,9 @@ TEST_F(BreakMedia, everyKindOfFilmHasOneEndingAndTheProgrammeComes) {
       {"transport-stream", file("clip.ts"), failed},
       {"playlist", file("hls/master.m3u8"), failed},
       {"stalls", stalls, failed},
-      {"cut", cut, failed},
       {"silent-server", silent, failed},
+      {"cut", cut, "complete"},                          // the rest is asked for
+      {"truncated", file("truncated.mp4"), "complete"},  // as far as it goes
       {"slow", slow, "complete"},
       {"one-picture", file("oneframe.mp4"), "complete"},
       {"odd-size", file("odd.mp4"), "complete"},
@@ -187,34 +230,33 @@ TEST_F(BreakMedia, manyBreaksInOneProcessLeaveNothingBehind) {
   const int settled = asked ? 50 : 20;  // breaks after which nothing may grow
   std::vector<double> memory;
   Belongings first{}, last{};
+  const AdServerProcess ads;
   for (int done = 0; done < breaks; done += 3) {
     SCOPED_TRACE(done);
     const auto schedule = std::make_shared<YMRAdSchedule>();
-    schedule->addAdBreak(YMRAd::initPreRollWithVastUrl(tag("half")));
-    schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(tag("half"), 0));
-    schedule->addAdBreak(YMRAd::initPostRollWithVastUrl(tag("half")));
+    schedule->addAdBreak(YMRAd::initPreRollWithVastUrl(ads.tag()));
+    schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(ads.tag(), 0));
+    schedule->addAdBreak(YMRAd::initPostRollWithVastUrl(ads.tag()));
     endings.clear();
     ASSERT_NO_FATAL_FAILURE(play(schedule, 30s));
     ASSERT_EQ(endings, Lines(3, "complete"));
-    server.forgetLog();
+    if (done + 3 < settled) continue;
     // What was taken down by other threads may still be going.
-    const auto threads = done < settled ? 0 : first.threads;
-    int patience = done < settled ? 30 : 300;
-    runEventsUntil([&] { return --patience < 0 || (threads && Belongings::entries("/proc/self/task") <= threads); });
-    last = Belongings::now();
-    if (done < settled) {
-      first = last;
-    } else {
-      memory.push_back(static_cast<double>(last.memory));
-      EXPECT_LE(last.threads, first.threads + 1);
-      EXPECT_LE(last.files, first.files + 2) << "a connection may still be closing";
-    }
+    int patience = memory.empty() ? 100 : 300;
+    runEventsUntil([&] {
+      last = Belongings::now();
+      return --patience < 0 || (last.threads <= first.threads && last.files <= first.files);
+    });
+    if (memory.empty()) first = last;
+    memory.push_back(static_cast<double>(last.memory));
+    EXPECT_LE(last.threads, first.threads);
+    EXPECT_LE(last.files, first.files);
   }
   const double bytesABreak = slope(memory) / 3;
   std::cout << breaks << " breaks: " << bytesABreak << " bytes more a break from the " << settled << "th on; threads "
             << first.threads << " to " << last.threads << ", descriptors " << first.files << " to " << last.files
             << ", heap " << first.memory / 1024 << " to " << last.memory / 1024 << " KiB\n";
 #ifdef NDEBUG
-  EXPECT_LT(bytesABreak, asked ? 1000 : 20'000);
+  EXPECT_LT(bytesABreak, asked ? 1000 : 50'000) << "half a hundred breaks say little";
 #endif
 }

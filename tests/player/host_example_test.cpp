@@ -43,17 +43,3 @@ TEST(HostExample, aHostThatGoesTakesItsPlayerOffTheScreen) {
   EXPECT_EQ(media.aliveEngines(), 0);
   loop.advance(2s);
 }
-
-TEST(HostExample, menuInTheWindowEndsIt) {
-  PlayerRig rig;
-  UIWindow window(CGSize{320, 180});
-  window.setRootViewController(std::make_shared<UIViewController>());
-  window.makeKeyAndVisible();
-  rig.player->presentWithController(window.rootViewController());
-  rig.playFilm();
-  rig.loop.advance(2s);
-  EXPECT_TRUE(window.sendPress(UIPressTypeMenu));
-  EXPECT_EQ(rig.host.heard.back(), "playerDidDismiss");
-  rig.loop.advance(2s);
-  EXPECT_EQ(window.rootViewController()->presentedViewController(), nullptr);
-}

@@ -61,20 +61,6 @@ TEST(Ending, aHostThatDoesNotAnswerTheEndSeesThePlayerDismissItself) {
   expectNothingLeft(rig);
 }
 
-TEST(Ending, withoutADelegateThePlayerRunsToItsEndAndGoes) {
-  for (const bool hasEmptyDelegate : {false, true}) {
-    PlayerRig rig;
-    const auto silent = std::make_shared<YMRVideoPlayerDelegate>();
-    rig.player->setDelegate(hasEmptyDelegate ? silent : nullptr);
-    rig.playFilm();
-    rig.loop.advance(59s);
-    EXPECT_NE(rig.hub().vodPlayer(), nullptr);
-    rig.loop.advance(5s);
-    EXPECT_THAT(rig.host.heard, IsEmpty());
-    expectNothingLeft(rig);
-  }
-}
-
 TEST(Ending, isPutOffByAHostThatStartsItAnewFromItsLastPause) {
   PlayerRig rig;
   rig.host.inside["videoOnPause"] = [&] {
@@ -167,16 +153,6 @@ TEST(Ending, menuDismissesWhereverThePresentationStands) {
     EXPECT_EQ(rig.host.count("playerDidDismiss"), 1);
     EXPECT_EQ(rig.host.heard.back(), "playerDidDismiss");
   }
-}
-
-TEST(Ending, thereIsOneMeaningOfMenu) {
-  PlayerRig rig;
-  int menus = 0;
-  for (const auto& recognizer : rig.hub().avPlayerVC()->view()->gestureRecognizers()) {
-    const auto& types = recognizer->allowedPressTypes();
-    menus += std::count(types.begin(), types.end(), static_cast<int>(UIPressTypeMenu));
-  }
-  EXPECT_EQ(menus, 1);
 }
 
 TEST(Ending, observersAreThereForTheProgrammeAndGoneAfterItsEnd) {

@@ -124,11 +124,6 @@ std::vector<HTTPServer::Request> HTTPServer::log() const {
   return log_;
 }
 
-void HTTPServer::forgetLog() {
-  std::lock_guard lock(mutex_);
-  log_.clear();
-}
-
 std::size_t HTTPServer::count(const std::string& path) const {
   std::lock_guard lock(mutex_);
   return static_cast<std::size_t>(

@@ -61,7 +61,6 @@ class HTTPServer {
   // Requests so far, in the order in which their heads were read; of one path when given.
   std::vector<Request> log() const;
   std::size_t count(const std::string& path) const;
-  void forgetLog();
   // Connections accepted so far.
   int connections() const;
   // Waits for at least that many requests; false when they have not come within the bound.
