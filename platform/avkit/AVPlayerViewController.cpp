@@ -88,7 +88,7 @@ void AVPlayerViewController::Parts::setOnScreen(bool onScreen) {
 
 void AVPlayerViewController::Parts::followVisibility() {
   const bool covered = screen_->isCovered();
-  if (covered) remote_.dismissControls();
+  if (covered || !onScreen_) remote_.dismissControls();
   screen_->controls()->setHidden(covered);
   controls().stage()->setVisible(onScreen_ && !covered && !UIApplication::sharedApplication().isInBackground());
   followIdleTimer();
@@ -99,7 +99,10 @@ void AVPlayerViewController::Parts::followIdleTimer() {
   const bool keepsAwake = onScreen_ && (plays || screen_->isCovered());
   if (keepsAwake == keepsAwake_) return;
   keepsAwake_ = keepsAwake;
-  UIApplication::sharedApplication().setIdleTimerDisabled(keepsAwake);
+  // One may come while another fades out.
+  static int awake = 0;
+  awake += keepsAwake ? 1 : -1;
+  UIApplication::sharedApplication().setIdleTimerDisabled(awake > 0);
 }
 
 void AVPlayerViewController::Parts::enteredBackground() {
@@ -169,16 +172,15 @@ void AVPlayerViewController::viewDidDisappear(bool animated) {
 
 bool AVPlayerViewController::pressesBegan(const UIPress& press) {
   if (UIViewController::pressesBegan(press)) return true;
-  if (parts_->screen()->isCovered()) {
-    return parts_->screen()->offerToCover(press, UIPressDelivery::Phase::began) || press.type != UIPressTypeMenu;
-  }
-  return parts_->remote().began(press);
+  if (!parts_->screen()->isCovered()) return parts_->remote().began(press);
+  // A repetition is of a press that the cover has not taken.
+  return press.isRepeat || parts_->screen()->offerToCover(press) || press.type != UIPressTypeMenu;
 }
 
-bool AVPlayerViewController::pressesEnded(const UIPress& press) {
-  if (UIViewController::pressesEnded(press)) return true;
-  if (parts_->screen()->isCovered()) {
-    return parts_->screen()->offerToCover(press, UIPressDelivery::Phase::ended) || press.type != UIPressTypeMenu;
-  }
-  return parts_->remote().ended(press);
+void AVPlayerViewController::pressesEnded(const UIPress& press) {
+  parts_->remote().ended(press);
+}
+
+void AVPlayerViewController::pressesCancelled(const UIPress& press) {
+  parts_->remote().ended(press);
 }

@@ -75,7 +75,8 @@ class YMR_API AVPlayerViewController : public UIViewController {
   void viewWillAppear(bool animated) override;
   void viewDidDisappear(bool animated) override;
   bool pressesBegan(const UIPress& press) override;
-  bool pressesEnded(const UIPress& press) override;
+  void pressesEnded(const UIPress& press) override;
+  void pressesCancelled(const UIPress& press) override;
 
  private:
   class Parts;

@@ -67,10 +67,8 @@ bool PlayerRemote::began(const UIPress& press) {
   return true;
 }
 
-bool PlayerRemote::ended(const UIPress& press) {
-  if (press.type == UIPressTypeMenu) return false;
+void PlayerRemote::ended(const UIPress& press) {
   if (isSeeking(press.type)) scrubber_.release();
-  return true;
 }
 
 // A held button seeks on and runs through lists, and does everything else once.

@@ -22,9 +22,10 @@ class PlayerRemote {
   ~PlayerRemote();
 
   void setPlayer(std::shared_ptr<AVPlayer> player);
-  // A button went down, or came up. True when it has a meaning here.
+  // A button went down; true when it has a meaning here.
   bool began(const UIPress& press);
-  bool ended(const UIPress& press);
+  // It came up, or will not be heard of any more.
+  void ended(const UIPress& press);
   // Brings the bar for its usual time, unless the panel is open or the programme has not begun.
   void showBar();
   // Everything vanishes; a burst of seeking is given up.

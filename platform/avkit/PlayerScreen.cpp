@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/uikit/UIPressDelivery.h"
+
 std::shared_ptr<PlayerScreen> PlayerScreen::make() {
   std::shared_ptr<PlayerScreen> screen(new PlayerScreen);
   screen->setBackgroundColor(UIColor::blackColor());
@@ -31,7 +33,7 @@ bool PlayerScreen::isCovered() const {
   return controls_ && !cover().isEmpty();
 }
 
-bool PlayerScreen::offerToCover(const UIPress& press, UIPressDelivery::Phase phase) {
+bool PlayerScreen::offerToCover(const UIPress& press) {
   const QQuickItem* first = window() ? UIPressDelivery::firstResponder(*window()) : nullptr;
   std::vector<std::shared_ptr<UIView>> views;
   for (QQuickItem* item : cover()) {
@@ -39,7 +41,7 @@ bool PlayerScreen::offerToCover(const UIPress& press, UIPressDelivery::Phase pha
     if (view && view != first && !view->isAncestorOf(first)) views.push_back(view->shared_from_this());
   }
   return std::any_of(views.rbegin(), views.rend(),
-                     [&](const auto& view) { return UIPressDelivery::offer(*view, press, phase); });
+                     [&](const auto& view) { return UIPressDelivery::offer(*view, press); });
 }
 
 void PlayerScreen::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {

@@ -5,7 +5,6 @@
 
 #include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/avkit/ControlsView.h"
-#include "platform/uikit/UIPressDelivery.h"
 #include "platform/uikit/UIView.h"
 
 // The controller's view. From the bottom: black, the picture, the host's overlay, the controls; what others add lies
@@ -22,7 +21,7 @@ class PlayerScreen final : public UIView {
   bool isCovered() const;
   // Offers a press to what lies there, from the top; not to what has had it as the first responder's. Whether somebody
   // handled it.
-  bool offerToCover(const UIPress& press, UIPressDelivery::Phase phase);
+  bool offerToCover(const UIPress& press);
   // Called when something was laid over the controls, or taken away. May come from inside a call to this view.
   void setCoverChanged(std::function<void()> changed) { coverChanged_ = std::move(changed); }
 

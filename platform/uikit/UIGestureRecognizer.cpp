@@ -15,18 +15,19 @@ bool UIGestureRecognizer::pressBegan(const UIPress& press) {
   const bool allowed = enabled_ && std::find(allowedPressTypes_.begin(), allowedPressTypes_.end(), press.type) !=
                                        allowedPressTypes_.end();
   if (!allowed) return false;
-  if (!press.isRepeat) {
-    pressed_ = press.type;
-    began(press.type);
-  }
+  pressed_ = press.type;
+  began(press.type);
   return true;
 }
 
-bool UIGestureRecognizer::pressEnded(const UIPress& press) {
-  if (pressed_ != press.type) return false;
+void UIGestureRecognizer::pressEnded(const UIPress& press) {
+  if (pressed_ != press.type) return;
   pressed_.reset();
   ended(press.type);
-  return true;
+}
+
+void UIGestureRecognizer::pressCancelled(const UIPress& press) {
+  if (pressed_ == press.type) reset();
 }
 
 void UIGestureRecognizer::reset() {

@@ -37,9 +37,10 @@ class YMR_API UIGestureRecognizer : public std::enable_shared_from_this<UIGestur
   bool isEnabled() const { return enabled_; }
   void setEnabled(bool enabled);
 
-  // What the view hands over; each returns whether the press belongs to this recogniser, which ends its way.
+  // What the view hands over: whether the press belongs to this recogniser, which ends its way, and what became of it.
   bool pressBegan(const UIPress& press);
-  bool pressEnded(const UIPress& press);
+  void pressEnded(const UIPress& press);
+  void pressCancelled(const UIPress& press);
   // Gives a press up that has begun.
   void reset();
 

@@ -20,7 +20,9 @@ enum UIPressType {
 // One press of a button, while it goes down, stays down and comes up.
 //
 // A press is offered to the first responder, then to what holds it, up to the window. At each view the gesture
-// recognisers come first, then the view itself, then its view controller; the first that handles it ends the way.
+// recognisers come first, then the view itself, then its view controller; the first that handles it ends the way. It
+// alone hears how the press goes on: repetitions, and either the end or, when its view has left the window or is hidden
+// by then, or the window has lost the keys, that it is cancelled.
 struct UIPress {
   UIPressType type = UIPressTypeSelect;
   // The button is being held and this is one of the repetitions. Recognisers do not see repetitions.

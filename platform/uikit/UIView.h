@@ -112,16 +112,19 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   // Draws the content anew before the next picture. Only for views that draw.
   void setNeedsDisplay();
 
-  // What a superclass of a view does when a button goes down (or repeats) or comes up: nothing. True ends its way.
+  // A button goes down: true takes the press, and what follows it comes here, repetitions to pressesBegan(). Nothing by
+  // default.
   virtual bool pressesBegan(const UIPress& press);
-  virtual bool pressesEnded(const UIPress& press);
+  virtual void pressesEnded(const UIPress& press);
+  virtual void pressesCancelled(const UIPress& press);
 
   // Whose view this is; null for one inside.
   UIViewController* viewController() const { return viewController_; }
 
   // Runs `animations`; what they set of views' alpha is reached over `duration`, slowly at both ends, by the run loop's
   // time. `completion` (may be empty) runs once, on a later turn: true when every view got there, false when another
-  // setAlpha() or the view's end came between. alpha() is the goal from the start.
+  // setAlpha() or the view's end came between. alpha() is the goal from the start. What `animations` throws reaches the
+  // caller; what it has set until then is animated.
   static void animateWithDuration(RunLoop::Duration duration, const std::function<void()>& animations,
                                   std::function<void(bool finished)> completion = {});
 
@@ -145,7 +148,6 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
   void itemChange(ItemChange change, const ItemChangeData& data) override;
   void keyPressEvent(QKeyEvent* event) override;
-  void keyReleaseEvent(QKeyEvent* event) override;
   void updatePolish() override;
   QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
 

@@ -81,6 +81,6 @@ bool UIViewController::pressesBegan(const UIPress&) {
   return false;
 }
 
-bool UIViewController::pressesEnded(const UIPress&) {
-  return false;
-}
+void UIViewController::pressesEnded(const UIPress&) {}
+
+void UIViewController::pressesCancelled(const UIPress&) {}

@@ -51,9 +51,10 @@ class YMR_API UIViewController : public NSObject {
   virtual void viewDidAppear(bool animated);
   virtual void viewWillDisappear(bool animated);
   virtual void viewDidDisappear(bool animated);
-  // Presses that the view has not handled; true ends their way.
+  // Presses that the view has not taken; see there.
   virtual bool pressesBegan(const UIPress& press);
-  virtual bool pressesEnded(const UIPress& press);
+  virtual void pressesEnded(const UIPress& press);
+  virtual void pressesCancelled(const UIPress& press);
 
  private:
   friend class UIWindow;

@@ -90,19 +90,9 @@ bool UIWindow::sendPress(UIPressType type) {
 }
 
 // What the host's own items leave goes to the views as a press.
-bool UIWindow::deliver(QKeyEvent& event, bool down) {
-  const auto type = UIPressTypeForKey(event.key());
-  if (!type || (!down && event.isAutoRepeat())) return false;
-  return UIPressDelivery::deliver(UIPressDelivery::firstResponder(*this), {*type, event.isAutoRepeat()},
-                                  down ? UIPressDelivery::Phase::began : UIPressDelivery::Phase::ended);
-}
-
 void UIWindow::keyPressEvent(QKeyEvent* event) {
   QQuickWindow::keyPressEvent(event);
-  if (!event->isAccepted()) event->setAccepted(deliver(*event, true));
-}
-
-void UIWindow::keyReleaseEvent(QKeyEvent* event) {
-  QQuickWindow::keyReleaseEvent(event);
-  if (!event->isAccepted()) event->setAccepted(deliver(*event, false));
+  const auto type = UIPressTypeForKey(event->key());
+  if (event->isAccepted() || !type || event->isAutoRepeat()) return;
+  event->setAccepted(UIPressDelivery::of(*this).begin(*type));
 }

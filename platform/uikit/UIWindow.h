@@ -44,10 +44,8 @@ class YMR_API UIWindow : public QQuickWindow {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
-  void keyReleaseEvent(QKeyEvent* event) override;
 
  private:
-  bool deliver(QKeyEvent& event, bool down);
   void tellVisibility();
 
   std::optional<CGSize> requestedSize_;

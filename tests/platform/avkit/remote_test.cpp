@@ -176,6 +176,53 @@ TEST_F(RemoteTest, aViewOverTheControlsTakesTheRemote) {
   EXPECT_FALSE(isPresented()) << "Menu always leaves";
 }
 
+TEST_F(RemoteTest, aButtonHeldWhileTheCoverComesOrGoesIsItsFirstTakersAlone) {
+  play(600);
+  int taps = 0;
+  const auto tap = std::make_shared<UITapGestureRecognizer>([&](UIGestureRecognizer&) { ++taps; });
+  tap->setAllowedPressTypes({UIPressTypePlayPause});
+  const auto cover = std::make_shared<UIView>();
+  cover->addGestureRecognizer(tap);
+  const auto lay = [&] { screen->view()->addSubview(cover); };
+  const auto lift = [&] { cover->removeFromSuperview(); };
+  const auto nothing = [] {};
+  const struct {
+    const char* name;
+    std::function<void()> before, meanwhile, afterwards;
+    int taps;
+    float rate;
+  } rows[] = {
+      {"the cover stays", lay, nothing, nothing, 1, 1},
+      {"the cover goes", lay, lift, nothing, 0, 1},
+      {"the cover goes and comes back", lay, [&] { lift(), lay(); }, nothing, 0, 1},
+      {"the cover goes and is back for the next release", lay, lift, lay, 0, 1},
+      {"the cover comes", lift, lay, nothing, 0, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    player->play();
+    taps = 0;
+    row.before();
+    keyDown(Qt::Key_Space);
+    row.meanwhile();
+    keyDown(Qt::Key_Space, true);
+    keyUp(Qt::Key_Space);
+    row.afterwards();
+    keyUp(Qt::Key_Space);
+    loop.runUntilIdle();
+    EXPECT_EQ(taps, row.taps);
+    EXPECT_EQ(player->rate(), row.rate);
+  }
+  lay();
+  keyDown(Qt::Key_Right);
+  lift();
+  keyDown(Qt::Key_Right, true);
+  EXPECT_FALSE(screen->showsPlaybackControls());
+  keyUp(Qt::Key_Right);
+  loop.advance(2s);
+  EXPECT_THAT(seeks(), IsEmpty());
+}
+
 TEST_F(RemoteTest, aHostMayLetGoOfEverythingFromInsideAPress) {
   play();
   struct Host final : NSKeyValueObserver {

@@ -181,6 +181,11 @@ TEST_F(StageTest, keepsTheScreenAwakeWhileSomethingPlays) {
   EXPECT_FALSE(isAwake(100ms)) << "failed";
   play();
   EXPECT_TRUE(isAwake());
+  controller->dismissViewControllerAnimated(true);
+  const auto next = std::make_shared<AVPlayerViewController>();
+  next->setPlayer(player);
+  controller->presentViewController(next, false);
+  EXPECT_TRUE(isAwake(1s)) << "the next one came while it faded out";
   controller->dismissViewControllerAnimated(false);
   EXPECT_FALSE(isAwake(100ms)) << "left";
 }

@@ -17,7 +17,8 @@ class NotesPresses : public UIView {
     setFrame(CGRectMake(0, 0, 100, 100));
   }
   bool pressesBegan(const UIPress& press) override { return note(press.isRepeat ? " again " : " down ", press); }
-  bool pressesEnded(const UIPress& press) override { return note(" up ", press); }
+  void pressesEnded(const UIPress& press) override { note(" up ", press); }
+  void pressesCancelled(const UIPress& press) override { note(" cancelled ", press); }
 
  private:
   bool note(const char* what, const UIPress& press) {
@@ -63,13 +64,13 @@ class PressTest : public ScreenTest {
 
 TEST_F(PressTest, goesFromTheFirstResponderOutwardsUntilSomebodyHandlesIt) {
   EXPECT_THAT(after(UIPressTypeUpArrow), ElementsAre("inner down 0", "inner up 0"));
-  EXPECT_THAT(after(UIPressTypeLeftArrow), ElementsAre("inner down 2", "outer down 2", "inner up 2", "outer up 2"));
+  EXPECT_THAT(after(UIPressTypeLeftArrow), ElementsAre("inner down 2", "outer down 2", "outer up 2"));
   EXPECT_FALSE(window.sendPress(UIPressTypeSelect));
   EXPECT_TRUE(window.sendPress(UIPressTypeLeftArrow));
   taken();
   outer->becomeFirstResponder();
   EXPECT_FALSE(inner->isFirstResponder());
-  EXPECT_THAT(after(UIPressTypeUpArrow), ElementsAre("outer down 0", "outer up 0"));
+  EXPECT_THAT(after(UIPressTypeUpArrow), ElementsAre("outer down 0"));
   outer->setHidden(true);
   EXPECT_FALSE(inner->becomeFirstResponder());
   EXPECT_THAT(after(UIPressTypeUpArrow), IsEmpty());
@@ -83,7 +84,7 @@ TEST_F(PressTest, recognizersComeBeforeTheirViewAndAfterWhatIsInsideIt) {
   EXPECT_THAT(after(UIPressTypeUpArrow), ElementsAre("inner tapped"));
   EXPECT_THAT(after(UIPressTypeMenu), ElementsAre("inner tapped"));
   inner->gestureRecognizers()[0]->setEnabled(false);
-  EXPECT_THAT(after(UIPressTypeMenu), ElementsAre("inner down 5", "inner up 5", "outer tapped"));
+  EXPECT_THAT(after(UIPressTypeMenu), ElementsAre("inner down 5", "outer tapped"));
   ASSERT_EQ(outer->gestureRecognizers().size(), 2u);
   outer->setGestureRecognizers({outer->gestureRecognizers()[0]});
   EXPECT_THAT(after(UIPressTypeMenu), testing::Contains("view tapped"));
@@ -128,17 +129,84 @@ TEST_F(PressTest, keysOfRemotesAndKeyboardsBecomePresses) {
   EXPECT_THAT(taken(), IsEmpty());
 }
 
+TEST_F(PressTest, endsWhereItBeganOrIsCancelledThere) {
+  inner->addGestureRecognizer(tap({UIPressTypeSelect}, "inner"));
+  outer->addGestureRecognizer(tap({UIPressTypeSelect}, "outer"));
+  const auto remove = [this] { inner->removeFromSuperview(); };
+  const auto putBack = [this] {
+    outer->addSubview(inner);
+    inner->becomeFirstResponder();
+  };
+  const struct {
+    const char* between;
+    std::function<void()> happens;
+    Diary first;  // of the two releases
+  } rows[] = {
+      {"nothing", [] {}, {"inner up 0", "inner tapped"}},
+      {"the focus moves", [this] { outer->becomeFirstResponder(); }, {"inner up 0", "inner tapped"}},
+      {"it is hidden", [this] { inner->setHidden(true); }, {"inner cancelled 0"}},
+      {"what holds it is hidden", [this] { outer->setHidden(true); }, {"inner cancelled 0"}},
+      {"it goes", remove, {"inner cancelled 0"}},
+      {"it goes and comes back", [&] { remove(), putBack(); }, {"inner cancelled 0"}},
+      {"the window loses the focus",
+       [this] {
+         QFocusEvent lost(QEvent::FocusOut);
+         QCoreApplication::sendEvent(&window, &lost);
+       },
+       {"inner cancelled 0"}},
+      {"its recognizer is disabled",
+       [this] {
+         inner->gestureRecognizers()[0]->setEnabled(false);
+         inner->gestureRecognizers()[0]->setEnabled(true);
+       },
+       {"inner up 0"}},
+      {"its recognizer is taken off it", [this] { inner->setGestureRecognizers({}); }, {"inner up 0"}},
+      {"another press without a release",
+       [this] {
+         key(Qt::Key_Up);
+         key(Qt::Key_Enter);
+       },
+       {"inner cancelled 0", "inner down 0", "inner up 0", "inner tapped"}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.between);
+    const auto recognizers = inner->gestureRecognizers();
+    for (const int code : {Qt::Key_Up, Qt::Key_Return}) EXPECT_TRUE(key(code));
+    EXPECT_THAT(taken(), ElementsAre("inner down 0"));
+    row.happens();
+    for (const int code : {Qt::Key_Up, Qt::Key_Return}) key(code, QEvent::KeyRelease);
+    EXPECT_EQ(taken(), row.first);
+    inner->setGestureRecognizers(recognizers);
+    inner->setHidden(false);
+    outer->setHidden(false);
+    putBack();
+    for (const int code : {Qt::Key_Up, Qt::Key_Return}) {
+      key(code, QEvent::KeyPress, true);
+      key(code, QEvent::KeyRelease);
+    }
+    EXPECT_THAT(taken(), IsEmpty()) << "neither repetitions nor releases without a press";
+  }
+  key(Qt::Key_Up);
+  taken();
+  outer->removeFromSuperview();
+  inner.reset();
+  outer.reset();
+  key(Qt::Key_Up, QEvent::KeyPress, true);
+  key(Qt::Key_Up, QEvent::KeyRelease);
+  EXPECT_THAT(taken(), ElementsAre("inner cancelled 0"));
+}
+
 TEST_F(PressTest, inAWindowOfTheHostsOwnKeysComeFromQt) {
   QQuickWindow other;
   outer->removeFromSuperview();
   outer->setParentItem(other.contentItem());
   ASSERT_TRUE(inner->becomeFirstResponder());
   EXPECT_TRUE(UIPressSend(other, UIPressTypeUpArrow));
-  for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-    EXPECT_TRUE(key(Qt::Key_Up, type, false, inner.get()));
-    EXPECT_FALSE(key(Qt::Key_F5, type, false, inner.get()));
-  }
-  EXPECT_THAT(taken(), ElementsAre("inner down 0", "inner up 0", "inner down 0", "inner up 0"));
+  EXPECT_FALSE(key(Qt::Key_F5, QEvent::KeyPress, false, inner.get()));
+  EXPECT_TRUE(key(Qt::Key_Up, QEvent::KeyPress, false, inner.get()));
+  EXPECT_TRUE(key(Qt::Key_Up, QEvent::KeyPress, true, &other)) << "wherever the focus is by then";
+  EXPECT_TRUE(key(Qt::Key_Up, QEvent::KeyRelease, false, &other));
+  EXPECT_THAT(taken(), ElementsAre("inner down 0", "inner up 0", "inner down 0", "inner again 0", "inner up 0"));
   outer->removeFromSuperview();
 }
 
