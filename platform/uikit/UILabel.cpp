@@ -1,5 +1,6 @@
 #include "platform/uikit/UILabel.h"
 
+#include <QScopeGuard>
 #include <cmath>
 
 #include "platform/foundation/MainThread.h"
@@ -111,8 +112,8 @@ double UILabel::intrinsicHeightForWidth(double width) const {
 void UILabel::drawRect(QPainter& painter, const CGRect& rect) {
   if (!text_) return;
   drawing_ = true;
+  const auto done = qScopeGuard([this] { drawing_ = false; });
   drawTextInRect(painter, rect);
-  drawing_ = false;
 }
 
 void UILabel::drawTextInRect(QPainter& painter, const CGRect& rect) {

@@ -1,5 +1,6 @@
 // Views: animation of alpha.
 #include <QEasingCurve>
+#include <QScopeGuard>
 #include <vector>
 
 #include "platform/foundation/MainThread.h"
@@ -78,7 +79,9 @@ void UIView::animateWithDuration(RunLoop::Duration duration, const std::function
   YMR_ASSERT_MAIN_THREAD();
   const auto animation = std::make_shared<UIViewAnimation>(duration, std::move(completion));
   UIViewAnimation* outer = std::exchange(UIViewAnimation::current(), animation.get());
+  const auto begin = qScopeGuard([&] {
+    UIViewAnimation::current() = outer;
+    animation->step();
+  });
   animations();
-  UIViewAnimation::current() = outer;
-  animation->step();
 }

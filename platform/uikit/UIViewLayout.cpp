@@ -1,4 +1,6 @@
 // Views: constraints and layout.
+#include <QScopeGuard>
+
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/LayoutPass.h"
 #include "platform/uikit/UIView.h"
@@ -64,6 +66,7 @@ void UIView::layoutIfNeeded() {
   const auto alive = top.weak_from_this().lock();
   if (!top.treeNeedsLayout_ || top.inLayout_) return;
   top.inLayout_ = true;
+  const auto done = qScopeGuard([&top] { top.inLayout_ = top.inSolving_ = false; });
   for (int round = 0; round < maximumRounds && top.treeNeedsLayout_; ++round) {
     top.treeNeedsLayout_ = false;
     if (std::exchange(top.needsSolving_, false)) {
@@ -73,7 +76,6 @@ void UIView::layoutIfNeeded() {
     }
     top.layoutTree();
   }
-  top.inLayout_ = false;
 }
 
 void UIView::layoutTree() {

@@ -1,4 +1,5 @@
 #include <QPainter>
+#include <stdexcept>
 
 #include "tests/support/ScreenTest.h"
 
@@ -182,6 +183,17 @@ TEST_F(ViewTest, alphaIsAnimatedByTheRunLoopsTimeUntilItIsOvertaken) {
   red.reset();
   run(std::chrono::seconds(2));
   EXPECT_THAT(finished, ElementsAre(true, false, false)) << "done, overtaken, without its view";
+
+  EXPECT_THROW(UIView::animateWithDuration(std::chrono::seconds(1),
+                                           [&] {
+                                             blue->setAlpha(0.5);
+                                             throw std::runtime_error("a host's");
+                                           }),
+               std::runtime_error);
+  green->setAlpha(0);
+  EXPECT_EQ(green->opacity(), 0) << "what comes afterwards is no part of it";
+  run(std::chrono::seconds(2));
+  EXPECT_EQ(blue->opacity(), 0.5);
   EXPECT_EQ(loop.pendingTimers(), 0u);
 }
 
