@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   URLLoader::setShared(loader);
   const auto url = NSURL::URLWithString({reinterpret_cast<const char*>(data), size});
   if (!url) return 0;
-  url->pathExtension();
+  url->path();
   loader->substituted = false;
   processor->sendTrackingRequest(*url);
   loader->substituted = true;

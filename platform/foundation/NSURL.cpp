@@ -158,11 +158,3 @@ bool NSURL::isFileURL() const {
 bool NSURL::isHTTP() const {
   return !parts_ || parts_->scheme == "http" || parts_->scheme == "https";
 }
-
-std::string NSURL::pathExtension() const {
-  const std::string path = this->path();
-  const auto slash = path.rfind('/');
-  const auto dot = path.rfind('.');
-  if (dot == std::string::npos || (slash != std::string::npos && dot < slash + 2)) return "";
-  return lowered(path.substr(dot + 1));
-}

@@ -30,8 +30,6 @@ class YMR_API NSURL {
   std::string host() const;
   // Percent-decoded; for a file URL the path to open.
   std::string path() const;
-  // The last component's ending in lower case without the dot; empty when it has none.
-  std::string pathExtension() const;
 
   bool isFileURL() const;
   bool isHTTP() const;

@@ -23,16 +23,3 @@ void NSLayoutConstraint::setConstant(double constant) {
   constant_ = constant;
   if (const auto holder = holder_.lock()) holder->setNeedsSolving();
 }
-
-void NSLayoutConstraint::setActive(bool active) {
-  const auto holder = holder_.lock();
-  if (active == (holder != nullptr)) return;
-  if (!active) {
-    holder->removeConstraint(shared_from_this());
-    return;
-  }
-  const auto second = second_.lock();
-  auto common = first_.lock();
-  while (common && second && !second->isDescendantOfView(common)) common = common->superview();
-  if (common) common->addConstraint(shared_from_this());
-}

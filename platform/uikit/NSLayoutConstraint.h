@@ -33,7 +33,7 @@ enum NSLayoutRelation {
 // equations before bounds, then the earlier equation: outer views' first, and each view's in the order of its list.
 //
 // Left out: priorities, leading and trailing, baselines, margins, the visual format.
-class YMR_API NSLayoutConstraint : public std::enable_shared_from_this<NSLayoutConstraint> {
+class YMR_API NSLayoutConstraint {
  public:
   // `second` nil with NotAnAttribute: a width or height that is just the constant.
   static std::shared_ptr<NSLayoutConstraint> constraintWithItem(
@@ -49,11 +49,6 @@ class YMR_API NSLayoutConstraint : public std::enable_shared_from_this<NSLayoutC
   double constant() const { return constant_; }
   // Lays the views out anew.
   void setConstant(double constant);
-
-  // True while a view holds it.
-  bool isActive() const { return !holder_.expired(); }
-  // True adds it to the nearest view that both views are inside of; does nothing when there is none. False removes it.
-  void setActive(bool active);
 
  private:
   friend class UIView;

