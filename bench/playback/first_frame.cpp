@@ -59,10 +59,15 @@ void compare(const char* name, const std::shared_ptr<UIViewController>& root, co
   std::vector<double> ours, bare;
   for (int round = 0; round <= rounds; ++round) {
     const double first = playerFirstFrame(root, url);
-    const double peer = barePreroll(url.absoluteString());
+    std::optional<double> peer;
+    for (int attempt = 0; !peer && attempt < 5; ++attempt) peer = barePreroll(url.absoluteString());
+    if (!peer) {
+      std::fprintf(stderr, "a bare playbin3 can't play %s\n", url.absoluteString().c_str());
+      std::exit(1);
+    }
     if (round == 0) continue;
     ours.push_back(first);
-    bare.push_back(peer);
+    bare.push_back(*peer);
   }
   std::printf("first frame, %-8s %6.1f ms  bare playbin3 preroll %6.1f ms  ratio %.2f\n", name, median(ours),
               median(bare), median(ours) / median(bare));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <string_view>
 
 #include "platform/avfoundation/engine/GstHandles.h"
@@ -15,6 +16,9 @@ constexpr std::string_view advertisementDemuxer = "qtdemux";
 // The answers of parsebin's "autoplug-select", which no header declares.
 constexpr int tryFactory = 0;
 constexpr int skipFactory = 2;
+
+// Opening a container takes milliseconds.
+constexpr auto patience = std::chrono::seconds(2);
 
 }  // namespace
 
@@ -30,7 +34,10 @@ bool ContainerGate::isAllowed(MediaPurpose purpose, const std::string& typeName)
 void ContainerGate::admit(GstElement* element) {
   // Both kinds are asked before their owners connect to them: an element joins its bin first.
   const std::string name = factoryName(element);
-  if (name == "typefind") g_signal_connect(element, "have-type", G_CALLBACK(typeFound), this);
+  if (name == "typefind") {
+    g_signal_connect(element, "have-type", G_CALLBACK(typeFound), this);
+    g_signal_connect_after(element, "have-type", G_CALLBACK(opened), this);
+  }
   if (name == "parsebin" && purpose_ == MediaPurpose::advertisement) {
     g_signal_connect(element, "autoplug-select", G_CALLBACK(selectFactory), this);
   }
@@ -39,9 +46,31 @@ void ContainerGate::admit(GstElement* element) {
 void ContainerGate::typeFound(GstElement* typefind, guint, GstCaps* caps, gpointer data) {
   auto* self = static_cast<ContainerGate*>(data);
   const std::string typeName = gst_structure_get_name(gst_caps_get_structure(caps, 0));
-  if (isAllowed(self->purpose_, typeName)) return;
+  const bool allowed = isAllowed(self->purpose_, typeName);
+  {
+    std::lock_guard lock(self->mutex_);
+    if (allowed && !self->isClosed_) {
+      ++self->opening_;
+      return;
+    }
+  }
   g_signal_stop_emission_by_name(typefind, "have-type");
-  if (!self->hasRefused_.exchange(true)) self->refused_(typeName);
+  if (!allowed && !self->hasRefused_.exchange(true)) self->refused_(typeName);
+}
+
+void ContainerGate::opened(GstElement*, guint, GstCaps*, gpointer data) {
+  auto* self = static_cast<ContainerGate*>(data);
+  {
+    std::lock_guard lock(self->mutex_);
+    --self->opening_;
+  }
+  self->changed_.notify_all();
+}
+
+void ContainerGate::close() {
+  std::unique_lock lock(mutex_);
+  isClosed_ = true;
+  changed_.wait_for(lock, patience, [this] { return opening_ == 0; });
 }
 
 int ContainerGate::selectFactory(GstElement*, GstPad*, GstCaps*, GstElementFactory* factory, gpointer) {

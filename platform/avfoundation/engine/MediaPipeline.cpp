@@ -69,6 +69,7 @@ MediaPipeline::MediaPipeline(MediaSource source, const MediaEngineSettings& sett
 MediaPipeline::~MediaPipeline() {
   if (!playbin_) return;
   ends_.release();
+  gate_.close();
   gst_element_set_state(playbin_.get(), GST_STATE_NULL);
   const GstBusRef bus(gst_element_get_bus(playbin_.get()));
   gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);

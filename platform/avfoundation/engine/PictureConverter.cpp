@@ -1,16 +1,21 @@
 #include "platform/avfoundation/engine/PictureConverter.h"
 
-#include <atomic>
-#include <new>
+#include <sys/mman.h>
 
+#include <atomic>
+
+// Pages of their own, which go back to the system at once: the heap would keep them.
 struct PictureConverter::Pixels {
-  static constexpr std::align_val_t alignment{64};
-  explicit Pixels(std::size_t size) : bytes(static_cast<std::uint8_t*>(::operator new(size, alignment))) {}
+  explicit Pixels(std::size_t count)
+      : size(count), pages(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {}
   Pixels(const Pixels&) = delete;
   Pixels& operator=(const Pixels&) = delete;
-  ~Pixels() { ::operator delete(bytes, alignment); }
+  ~Pixels() {
+    if (pages != MAP_FAILED) munmap(pages, size);
+  }
 
-  std::uint8_t* const bytes;
+  const std::size_t size;
+  void* const pages;
 };
 
 VideoFrame PictureConverter::convert(const GstVideoInfo& info, GstBuffer* buffer) {
@@ -25,17 +30,18 @@ VideoFrame PictureConverter::convert(const GstVideoInfo& info, GstBuffer* buffer
     converter_.reset(gst_video_converter_new(&from_, &to_, nullptr));
     pixels_ = {};
   }
-  GstVideoFrame source, target;
-  if (!converter_ || !gst_video_frame_map(&source, &info, buffer, GST_MAP_READ)) return {};
   auto pixels = freePixels();
-  target = {};
+  GstVideoFrame source;
+  if (!converter_ || pixels->pages == MAP_FAILED || !gst_video_frame_map(&source, &info, buffer, GST_MAP_READ))
+    return {};
+  GstVideoFrame target{};
   target.info = to_;
-  target.data[0] = pixels->bytes;
+  target.data[0] = pixels->pages;
   gst_video_converter_frame(converter_.get(), &source, &target);
   gst_video_frame_unmap(&source);
 
   VideoFrame frame;
-  frame.bits = pixels->bytes;
+  frame.bits = static_cast<const std::uint8_t*>(pixels->pages);
   frame.stride = GST_VIDEO_INFO_PLANE_STRIDE(&to_, 0);
   frame.width = info.width;
   frame.height = info.height;
@@ -47,9 +53,9 @@ VideoFrame PictureConverter::convert(const GstVideoInfo& info, GstBuffer* buffer
 
 std::shared_ptr<PictureConverter::Pixels> PictureConverter::freePixels() {
   for (auto& pixels : pixels_) {
-    if (!pixels) pixels = std::make_shared<Pixels>(GST_VIDEO_INFO_SIZE(&to_));
-    if (pixels.use_count() > 1) continue;
+    if (pixels && pixels.use_count() > 1) continue;
     std::atomic_thread_fence(std::memory_order_acquire);  // after the last look at what it showed before
+    if (!pixels) pixels = std::make_shared<Pixels>(GST_VIDEO_INFO_SIZE(&to_));
     return pixels;
   }
   return std::make_shared<Pixels>(GST_VIDEO_INFO_SIZE(&to_));

@@ -24,6 +24,6 @@ class PictureConverter {
   GstVideoInfo from_{};
   GstVideoInfo to_{};
   std::unique_ptr<GstVideoConverter, Release> converter_;
-  // One on the screen, one on its way there, and one being written.
-  std::array<std::shared_ptr<Pixels>, 3> pixels_;
+  // One on the screen and one for the next; a screen that is late gets more, for as long as it takes.
+  std::array<std::shared_ptr<Pixels>, 2> pixels_;
 };

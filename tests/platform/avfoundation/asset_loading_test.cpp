@@ -14,18 +14,6 @@ class AssetLoading : public PlayerTest {
 
 const NSError AssetLoading::gone = {NSURLErrorDomain, NSURLErrorFileDoesNotExist, "gone"};
 
-TEST_F(AssetLoading, completesWhenPrerolledOnALaterTurn) {
-  media.script(programme).loadDelay = 2;
-  const auto asset = assetOf(programme);
-  load(asset);
-  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusLoading);
-  loop.advance(1999ms);
-  EXPECT_THAT(diary->take(), IsEmpty());
-  loop.advance(1ms);
-  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
-  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusLoaded);
-}
-
 TEST_F(AssetLoading, completesOnceForEachWhoAsksAndNeverFromInsideTheCall) {
   media.otherwise().loadFailure = gone;
   media.script(programme).loadFailure.reset();
@@ -66,44 +54,6 @@ TEST_F(AssetLoading, opensOncePlaysAtOnceWithTheFirstItem) {
   EXPECT_EQ(media.logs()[0]->loads, 1);
 }
 
-TEST_F(AssetLoading, handsOverAPipelineThatIsStillLoading) {
-  media.script(programme).loadDelay = 5;
-  const auto asset = assetOf(programme);
-  load(asset);
-  loop.advance(2s);
-  item = AVPlayerItem::playerItemWithAsset(asset);
-  player = AVPlayer::playerWithPlayerItem(item);
-  loop.advance(3s);
-  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
-  EXPECT_EQ(item->status(), AVPlayerItemStatusReadyToPlay);
-  EXPECT_EQ(media.logs().size(), 1u);
-}
-
-TEST_F(AssetLoading, opensAgainForASecondItem) {
-  const auto asset = assetOf(programme);
-  const auto first = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
-  const auto second = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
-  loop.advance(1s);
-  EXPECT_EQ(media.aliveEngines(), 2);
-  first->play();
-  loop.advance(1s);
-  EXPECT_EQ(text(first->currentTime()), "1");
-  EXPECT_EQ(text(second->currentTime()), "0");
-}
-
-TEST_F(AssetLoading, doesNotHandOutAPipelineThatBrokeWhileNobodyHadIt) {
-  const auto asset = assetOf(programme);
-  load(asset);
-  loop.advance(1s);
-  engine().fail(gone);
-  loop.advance(1s);
-  EXPECT_EQ(media.aliveEngines(), 0);
-  item = AVPlayerItem::playerItemWithAsset(asset);
-  player = AVPlayer::playerWithPlayerItem(item);
-  loop.advance(1s);
-  EXPECT_EQ(item->status(), AVPlayerItemStatusReadyToPlay);
-}
-
 TEST_F(AssetLoading, itemsOfAFailedAssetFailForItsReasonWithoutAskingAgain) {
   media.script(programme).loadFailure = gone;
   const auto asset = assetOf(programme);
@@ -120,22 +70,6 @@ TEST_F(AssetLoading, itemsOfAFailedAssetFailForItsReasonWithoutAskingAgain) {
   EXPECT_EQ(media.logs().size(), 1u);
 }
 
-TEST_F(AssetLoading, givesUpWhenTheItemThatTookTheLoadGoes) {
-  media.script(programme).loadDelay = 5;
-  const auto asset = assetOf(programme);
-  player = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
-  load(asset);
-  loop.advance(1s);
-  player.reset();
-  loop.runUntilIdle();
-  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
-  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusUnknown);
-  load(asset, "loaded again");
-  loop.advance(5s);
-  EXPECT_THAT(diary->take(), ElementsAre("loaded again"));
-  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusLoaded);
-}
-
 TEST_F(AssetLoading, closesThePipelineAndStillCompletesWhenTheAssetIsDropped) {
   auto asset = assetOf(programme);
   load(asset);
@@ -144,20 +78,6 @@ TEST_F(AssetLoading, closesThePipelineAndStillCompletesWhenTheAssetIsDropped) {
   EXPECT_THAT(diary->lines(), IsEmpty());
   loop.runUntilIdle();
   EXPECT_THAT(diary->take(), ElementsAre("loaded"));
-}
-
-TEST_F(AssetLoading, ACompletionMayHoldTheAssetAndTakeItFurther) {
-  auto asset = assetOf(programme);
-  asset->loadValuesAsynchronouslyForKeys({"playable"}, [this, asset] {
-    player = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
-  });
-  const std::weak_ptr<AVURLAsset> weak = asset;
-  asset.reset();
-  loop.advance(1s);
-  ASSERT_TRUE(player);
-  player.reset();
-  loop.runUntilIdle();
-  EXPECT_TRUE(weak.expired());
 }
 
 TEST_F(AssetLoading, knowsTheMediaOnceLoaded) {

@@ -38,31 +38,6 @@ TEST_F(Buffering, whoPausesOnAnEmptyBufferStillHearsTheRest) {
               ElementsAre("rate 1", "playbackBufferEmpty yes", "rate 0", "rate 1", "playbackLikelyToKeepUp no"));
 }
 
-TEST_F(Buffering, isHeardInitiallyWhenAskedFor) {
-  open();
-  item->addObserver(diary, "playbackLikelyToKeepUp", NSKeyValueObservingOptionNew | NSKeyValueObservingOptionInitial);
-  EXPECT_THAT(diary->take(), ElementsAre("playbackLikelyToKeepUp no"));
-}
-
-TEST_F(Buffering, saysNothingWhenNothingChanged) {
-  openReady();
-  Diary::watch(diary, item, {"loadedTimeRanges"});
-  engine().setBuffering(false, true, 30);
-  loop.runUntilIdle();
-  EXPECT_THAT(diary->take(), IsEmpty());
-  engine().setBuffering(false, false, 12);
-  loop.runUntilIdle();
-  EXPECT_THAT(diary->take(), ElementsAre("playbackLikelyToKeepUp no", "loadedTimeRanges 1"));
-}
-
-TEST_F(Buffering, givesTheLeadAsItIsNow) {
-  openReady();
-  player->play();
-  loop.advance(7s);
-  ASSERT_EQ(item->loadedTimeRanges().size(), 1u);
-  EXPECT_EQ(text(CMTimeRangeGetEnd(item->loadedTimeRanges()[0])), "37");
-}
-
 TEST_F(Buffering, silenceFailsAnAdSoonAndAProgrammeLater) {
   const struct {
     MediaPurpose purpose;

@@ -91,37 +91,6 @@ TEST_F(Lifetime, whoDestroysThePlayerFromInsideACallHearsNothingMore) {
   }
 }
 
-TEST_F(Lifetime, nobodyIsCalledOnceThePlayerIsGone) {
-  media.script(programme).seekDelay = 1;
-  open();
-  tickEvery(1);
-  player->seekToTime(seconds(5), noted());
-  player->play();
-  diary->take();
-  player.reset();
-  loop.advance(30s);
-  EXPECT_THAT(diary->take(), IsEmpty()) << "a load in flight; the item is still held";
-  EXPECT_EQ(media.aliveEngines(), 0);
-
-  openReady();
-  player->seekToTime(seconds(5), noted());
-  player->seekToTime(seconds(6), noted());
-  player.reset();
-  loop.advance(30s);
-  EXPECT_THAT(diary->take(), IsEmpty()) << "seeks in flight";
-
-  openReady();
-  player->addPeriodicTimeObserver(seconds(1), dispatch_queue_create("aside"),
-                                  [self = diary](CMTime) { self->note("tick on a queue"); });
-  player->play();
-  diary->take();
-  loop.advanceUntil([this] { return position() == "1"; }, 5s);
-  player.reset();
-  diary->take();
-  loop.advance(30s);
-  EXPECT_THAT(diary->take(), IsEmpty()) << "a tick in flight";
-}
-
 TEST_F(Lifetime, thePlayerMayBeLetGoOnAnotherQueue) {
   openReady();
   player->play();
@@ -130,31 +99,6 @@ TEST_F(Lifetime, thePlayerMayBeLetGoOnAnotherQueue) {
   loop.advance(30s);
   EXPECT_EQ(media.aliveEngines(), 0);
   EXPECT_EQ(loop.pendingTimers(), 0u);
-}
-
-TEST_F(Lifetime, anUnusedAssetMayBeLetGoOnAnotherQueue) {
-  auto asset = std::make_shared<AVURLAsset>(NSURL::URLWithString(programme));
-  asset->loadValuesAsynchronouslyForKeys({"playable"}, [] {});
-  loop.advance(1s);
-  dispatch_async(dispatch_get_global_queue(), [last = std::move(asset)]() mutable { last.reset(); });
-  loop.runUntilIdle();
-  EXPECT_EQ(media.aliveEngines(), 0);
-}
-
-TEST_F(Lifetime, itemsMayBeChangedFromInsideTheirOwnNotifications) {
-  openReady();
-  int items = 0;
-  NSNotificationCenter::defaultCenter().addObserver(diary.get(), AVPlayerItemDidPlayToEndTimeNotification, nullptr,
-                                                    [&](const NSNotification&) {
-                                                      if (++items < 3) {
-                                                        player->replaceCurrentItemWithPlayerItem(itemOf(advertisement));
-                                                        player->play();
-                                                      }
-                                                    });
-  player->play();
-  loop.advance(200s);
-  EXPECT_EQ(items, 3);
-  EXPECT_EQ(media.aliveEngines(), 1);
 }
 
 TEST_F(Lifetime, aThousandRoundsLeaveNothingBehind) {

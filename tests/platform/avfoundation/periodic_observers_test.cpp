@@ -35,18 +35,6 @@ TEST_F(PeriodicObservers, tickAtEachMultipleWhilePlayingAndOnlyThen) {
   EXPECT_EQ(ticks(), from(3, 3));
 }
 
-TEST_F(PeriodicObservers, neitherLoseNorDoubleAMultipleAcrossAPauseUponIt) {
-  openReady();
-  tickEvery(1);
-  player->play();
-  loop.advance(3s);
-  player->pause();
-  loop.advance(1s);
-  player->play();
-  loop.advance(1s);
-  EXPECT_EQ(ticks(), from(0, 4));
-}
-
 TEST_F(PeriodicObservers, neitherLoseNorDoubleAMultipleAcrossStalls) {
   media.script(programme).stalls = {{2.0, 6.73}, {4.3, 1.5}, {5.99, 30}};
   openReady();
@@ -73,68 +61,6 @@ TEST_F(PeriodicObservers, goByMediaTimeNotTheClock) {
   EXPECT_EQ(ticks(), from(4, 5));
 }
 
-TEST_F(PeriodicObservers, waitForMediaTimeThatLagsBehindTheClock) {
-  openReady();
-  tickEvery(1);
-  player->play();
-  loop.advance(900ms);
-  engine().skipTo(0.895);
-  diary->take();
-  loop.advance(104ms);
-  EXPECT_THAT(ticks(), IsEmpty()) << "never early";
-  loop.advance(3ms);
-  EXPECT_EQ(ticks(), from(1, 1));
-}
-
-TEST_F(PeriodicObservers, askNowAndThenOnlyWhileMediaTimeStandsStill) {
-  openReady();
-  tickEvery(1);
-  player->play();
-  loop.advance(999900us);
-  const struct {
-    bool saysSo;
-    int turns;
-  } rows[] = {{false, 200}, {true, 10}};
-  for (const auto& row : rows) {
-    row.saysSo ? engine().stall() : engine().setRate(0);
-    loop.advance(100ms);
-    int turns = 0;
-    loop.setTimeMoved([&] { ++turns; });
-    loop.advance(1s);
-    loop.setTimeMoved(nullptr);
-    EXPECT_LE(turns, row.turns + 1);
-  }
-  EXPECT_EQ(ticks(), from(0, 0));
-  engine().setRate(1);
-  engine().resumeData();
-  loop.advance(1ms);
-  EXPECT_EQ(ticks(), from(1, 1));
-}
-
-TEST_F(PeriodicObservers, makeUpForWhatAHeldUpMainThreadMissed) {
-  media.script(programme).duration = 1000;
-  openReady();
-  tickEvery(1);
-  player->play();
-  loop.advance(1s);
-  engine().skipTo(4.5);
-  loop.advance(1s);
-  EXPECT_EQ(ticks(), from(0, 5));
-  engine().skipTo(700.5);
-  loop.advance(1s);
-  EXPECT_EQ(ticks(), from(642, 701)) << "no more than sixty";
-}
-
-TEST_F(PeriodicObservers, keepCountOfFractionsOfASecond) {
-  openReady();
-  int count = 0;
-  const auto perFrame =
-      player->addPeriodicTimeObserver(CMTimeMakeWithSeconds(1 / 29.97, 1000000000), nullptr, [&](CMTime) { ++count; });
-  player->play();
-  loop.advance(10s);
-  EXPECT_EQ(count, 300);  // 0 and 299 more: the 300th would be at 10.01 s
-}
-
 TEST_F(PeriodicObservers, tickOnceAfterAJumpAndCountOnFromThere) {
   openReady();
   tickEvery(1);
@@ -155,14 +81,6 @@ TEST_F(PeriodicObservers, tickOnceAfterAJumpAndCountOnFromThere) {
     std::erase_if(lines, [](const auto& line) { return line.rfind("tick", 0) != 0; });
     EXPECT_EQ(lines, row.lines);
   }
-}
-
-TEST_F(PeriodicObservers, tickAfterAJumpWhilePausedToo) {
-  openReady();
-  tickEvery(1);
-  player->seekToTime(seconds(7.25));
-  loop.advance(2s);
-  EXPECT_THAT(diary->take(), ElementsAre("jumped to 7.25", "tick 7.25"));
 }
 
 TEST_F(PeriodicObservers, areSilentWhileASeekIsUnderWay) {
@@ -231,71 +149,4 @@ TEST_F(PeriodicObservers, mayRemoveEachOtherAndAddMoreFromInsideATick) {
   player->seekToTime(seconds(5.5));
   loop.advance(1s);
   EXPECT_THAT(diary->take(), ElementsAre("jumped to 5.5", "first 5.5", "first 6", "third 6")) << "in a jump, too";
-}
-
-TEST_F(PeriodicObservers, thatChangeTheItemInATickLeaveTheNextOnesTicksForLater) {
-  openReady();
-  bool changed = false;
-  player->addPeriodicTimeObserver(seconds(1), nullptr, [&](CMTime time) {
-    diary->note("first " + text(time));
-    if (!std::exchange(changed, time == seconds(1)) && time == seconds(1)) {
-      player->replaceCurrentItemWithPlayerItem(itemOf(advertisement));
-    }
-  });
-  tickEvery(1);
-  player->play();
-  loop.advance(1s);
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "first 0", "tick 0", "first 1"));
-  loop.advance(50ms);
-  EXPECT_THAT(diary->take(), ElementsAre("first 0", "tick 0"));
-}
-
-TEST_F(PeriodicObservers, thatSeekInATickSilenceTheOthersUntilTheJump) {
-  openReady();
-  bool again = true;
-  const auto first = player->addPeriodicTimeObserver(seconds(1), nullptr, [&](CMTime time) {
-    if (time == seconds(1) && std::exchange(again, false)) player->seekToTime(seconds(40));
-  });
-  tickEvery(1);
-  player->play();
-  loop.advance(2s);
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "tick 0", "jumped to 40", "tick 40", "tick 41"));
-}
-
-TEST_F(PeriodicObservers, countFromWhereTheyAreAdded) {
-  openReady();
-  player->play();
-  loop.advance(4500ms);
-  tickEvery(1);
-  loop.advance(1s);
-  EXPECT_EQ(ticks(), from(5, 5));
-  player->removeTimeObserver(token);
-  player->pause();
-  player->seekToTime(seconds(8));
-  loop.advance(1s);
-  tickEvery(1);
-  player->play();
-  loop.advance(1s);
-  EXPECT_EQ(ticks(), from(8, 9)) << "standing on a multiple counts";
-}
-
-TEST_F(PeriodicObservers, startAgainWithTheNextItem) {
-  openReady();
-  tickEvery(1);
-  player->play();
-  loop.advance(3s);
-  EXPECT_EQ(ticks(), from(0, 3));
-  player->replaceCurrentItemWithPlayerItem(itemOf(advertisement));
-  loop.advance(2s);
-  EXPECT_EQ(ticks(), from(0, 1));
-}
-
-TEST_F(PeriodicObservers, needAPositiveInterval) {
-  openReady();
-  for (const CMTime& interval : {kCMTimeZero, seconds(-1), kCMTimeInvalid, kCMTimePositiveInfinity}) {
-    EXPECT_EQ(player->addPeriodicTimeObserver(interval, nullptr, [](CMTime) { FAIL(); }), nullptr);
-  }
-  player->removeTimeObserver(nullptr);
-  player->play();
-  loop.advance(2s);
 }

@@ -1,5 +1,3 @@
-#include <cmath>
-
 #include "tests/platform/avfoundation/PlayerTest.h"
 
 class RateAndEnd : public PlayerTest {};
@@ -17,24 +15,6 @@ TEST_F(RateAndEnd, rateChangesAndIsHeardInsideTheCallWhenItChanges) {
   EXPECT_EQ(player->rate(), 0);
 }
 
-TEST_F(RateAndEnd, aRateBelowZeroOrNoneAtAllHolds) {
-  openReady();
-  for (const float rate : {-1.0f, std::nanf("")}) {
-    player->play();
-    player->setRate(rate);
-    EXPECT_EQ(player->rate(), 0);
-  }
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "rate 0", "rate 1", "rate 0"));
-}
-
-TEST_F(RateAndEnd, playAskedForBeforeReadyBeginsWithReadiness) {
-  media.script(programme).loadDelay = 3;
-  open();
-  player->play();
-  loop.advance(4s);
-  EXPECT_EQ(position(), "1");
-}
-
 TEST_F(RateAndEnd, endPausesWithoutSayingSo) {
   media.script(programme).duration = 3;
   openReady();
@@ -48,44 +28,6 @@ TEST_F(RateAndEnd, endPausesWithoutSayingSo) {
   EXPECT_EQ(player->rate(), 0);
   EXPECT_EQ(player->currentTime(), item->duration());
   EXPECT_EQ(loop.pendingTimers(), 0u);
-}
-
-TEST_F(RateAndEnd, endWithoutActionHoldsTheLastPictureAtTheSameRate) {
-  openReady();
-  player->setActionAtItemEnd(AVPlayerActionAtItemEndNone);
-  player->play();
-  loop.advance(70s);
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "ended"));
-  EXPECT_EQ(player->rate(), 1);
-  EXPECT_EQ(position(), "60");
-  player->pause();
-  EXPECT_THAT(diary->take(), ElementsAre("rate 0"));
-}
-
-TEST_F(RateAndEnd, theRateIsSetBeforeTheEndIsPosted) {
-  openReady();
-  float atEnd = -1;
-  NSNotificationCenter::defaultCenter().addObserver(diary.get(), AVPlayerItemDidPlayToEndTimeNotification, item,
-                                                    [&](const NSNotification& notification) {
-                                                      EXPECT_EQ(notification.object, item);
-                                                      atEnd = player->rate();
-                                                    });
-  player->play();
-  loop.advance(60s);
-  EXPECT_EQ(atEnd, 0);
-}
-
-TEST_F(RateAndEnd, playsToTheEndAgainAfterSeekingBack) {
-  openReady();
-  player->play();
-  loop.advance(60s);
-  tickEvery(1);
-  player->seekToTime(seconds(58));
-  player->play();
-  loop.advance(1900ms);
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "ended", "rate 1", "jumped to 58", "tick 58", "tick 59"));
-  loop.advance(100ms);
-  EXPECT_THAT(diary->take(), ElementsAre("tick 60", "ended"));
 }
 
 TEST_F(RateAndEnd, anEndReportedBeforeASeekAwayIsNone) {

@@ -1,5 +1,3 @@
-#include <limits>
-
 #include "tests/platform/avfoundation/PlayerTest.h"
 
 class Seek : public PlayerTest {
@@ -76,37 +74,6 @@ TEST_F(Seek, ofManyInFastSuccessionOnlyTheLastJumps) {
   EXPECT_EQ(flushes(), 1);
 }
 
-TEST_F(Seek, takesThePlaceOfOneThatStandsAndTheOtherWayRound) {
-  openReady();
-  player->seekToTime(kCMTimeZero, noted());
-  player->seekToTime(seconds(10), noted());
-  loop.advance(1s);
-  EXPECT_THAT(diary->take(), ElementsAre("not finished", "jumped to 10", "finished"));
-
-  player->seekToTime(seconds(20), noted());
-  player->seekToTime(seconds(10), noted());
-  loop.advance(1s);
-  EXPECT_THAT(diary->take(), ElementsAre("not finished", "jumped to 10", "finished"));
-  EXPECT_EQ(position(), "10");
-
-  player->seekToTime(seconds(10), noted());
-  player->seekToTime(seconds(10), noted());
-  loop.advance(1s);
-  EXPECT_THAT(diary->take(), ElementsAre("not finished", "jumped to 10", "finished"));
-  EXPECT_EQ(flushes(), 2);
-}
-
-TEST_F(Seek, toWhereAnotherIsOnItsWayWaitsForTheEngineToo) {
-  media.script(programme).seekDelay = 0.5;
-  openReady();
-  player->seekToTime(seconds(30), noted());
-  player->seekToTime(seconds(30), noted());
-  loop.advance(499ms);
-  EXPECT_THAT(diary->take(), ElementsAre("not finished"));
-  loop.advance(1ms);
-  EXPECT_THAT(diary->take(), ElementsAre("jumped to 30", "finished"));
-}
-
 TEST_F(Seek, beforeReadyIsKeptUntilThen) {
   open();
   player->seekToTime(seconds(20), noted());
@@ -116,37 +83,6 @@ TEST_F(Seek, beforeReadyIsKeptUntilThen) {
   loop.advance(1ms);
   EXPECT_THAT(diary->take(),
               ElementsAre("duration 60", "status 1", "playbackLikelyToKeepUp yes", "jumped to 20", "finished"));
-}
-
-TEST_F(Seek, beforeReadyToTheBeginningCostsNothing) {
-  open();
-  player->seekToTime(kCMTimeZero, noted());
-  player->play();
-  loop.advance(50ms);
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "duration 60", "status 1", "playbackLikelyToKeepUp yes",
-                                         "jumped to 0", "finished"));
-  EXPECT_EQ(flushes(), 0);
-}
-
-TEST_F(Seek, clampsToTheItem) {
-  openReady();
-  player->seekToTime(seconds(-5), noted());
-  loop.runUntilIdle();
-  player->seekToTime(seconds(600), noted());
-  loop.advance(1s);
-  EXPECT_THAT(diary->take(), ElementsAre("jumped to 0", "finished", "jumped to 60", "finished"));
-}
-
-TEST_F(Seek, withoutATimeOrAnItemIsNotFinished) {
-  openReady();
-  for (const CMTime& time : {kCMTimeInvalid, kCMTimeIndefinite, kCMTimePositiveInfinity}) {
-    player->seekToTime(time, noted());
-  }
-  player->replaceCurrentItemWithPlayerItem(nullptr);
-  player->seekToTime(seconds(1), noted());
-  EXPECT_THAT(diary->lines(), IsEmpty());
-  loop.runUntilIdle();
-  EXPECT_THAT(diary->take(), ElementsAre("not finished", "not finished", "not finished", "not finished"));
 }
 
 TEST_F(Seek, underWayIsNotFinishedWhenTheItemFailsOrIsReplaced) {
@@ -165,50 +101,4 @@ TEST_F(Seek, underWayIsNotFinishedWhenTheItemFailsOrIsReplaced) {
   player->replaceCurrentItemWithPlayerItem(nullptr);
   loop.advance(5s);
   EXPECT_THAT(diary->take(), ElementsAre("not finished"));
-}
-
-TEST_F(Seek, goesOnPlayingAtTheRateThatIsSet) {
-  media.script(programme).seekDelay = 0.5;
-  openReady();
-  player->play();
-  loop.advance(1s);
-  player->seekToTime(seconds(30));
-  loop.advance(1500ms);
-  EXPECT_EQ(position(), "31");
-  player->seekToTime(seconds(40));
-  player->pause();
-  loop.advance(1500ms);
-  EXPECT_EQ(position(), "40");
-}
-
-TEST_F(Seek, insideItsOwnJumpBeginsAnother) {
-  openReady();
-  tickEvery(1);
-  bool again = true;
-  NSNotificationCenter::defaultCenter().addObserver(diary.get(), AVPlayerItemTimeJumpedNotification, item,
-                                                    [&](const NSNotification&) {
-                                                      if (std::exchange(again, false)) player->seekToTime(seconds(20));
-                                                    });
-  player->seekToTime(seconds(10), noted());
-  loop.advance(1s);
-  EXPECT_THAT(diary->take(), ElementsAre("jumped to 10", "finished", "jumped to 20", "tick 20"))
-      << "nobody ticks while the second is under way";
-}
-
-TEST_F(Seek, aNewItemInTheJumpOrTheCompletionOfAnotherOneSilencesTheOld) {
-  openReady();
-  tickEvery(1);
-  NSNotificationCenter::defaultCenter().addObserver(
-      diary.get(), AVPlayerItemTimeJumpedNotification, item,
-      [&](const NSNotification&) { player->replaceCurrentItemWithPlayerItem(itemOf(advertisement)); });
-  player->seekToTime(seconds(10), noted());
-  loop.advance(1s);
-  EXPECT_THAT(diary->take(), ElementsAre("jumped to 10", "finished"));
-
-  media.script(programme).seekDelay = 1;
-  openReady();
-  player->seekToTime(seconds(10), [&](bool) { player->replaceCurrentItemWithPlayerItem(itemOf(advertisement)); });
-  engine().fail({AVFoundationErrorDomain, AVErrorUnknown, ""});
-  loop.runUntilIdle();
-  EXPECT_THAT(diary->take(), IsEmpty()) << "not even its failure";
 }

@@ -43,11 +43,6 @@ TEST_F(Selection, offersTheLegibleTracksInTheMediasOrder) {
   EXPECT_EQ(item->asset()->mediaSelectionGroupForMediaCharacteristic("audible"), nullptr);
 }
 
-TEST_F(Selection, hasNoGroupWithoutLegibleTracks) {
-  openReady(advertisement);
-  EXPECT_EQ(group(), nullptr);
-}
-
 TEST_F(Selection, selectsOneOrNone) {
   openReady();
   EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), nullptr);
@@ -59,18 +54,6 @@ TEST_F(Selection, selectsOneOrNone) {
   EXPECT_EQ(engine().log().legibleTrack, std::nullopt);
 }
 
-TEST_F(Selection, ignoresWhatIsNotTheAssetsOwn) {
-  openReady();
-  select(0);
-  const auto stranger = std::make_shared<AVMediaSelectionOption>("x", AVMediaTypeSubtitle, "fr", "");
-  item->selectMediaOption(stranger, group());
-  item->selectMediaOption(nullptr, nullptr);
-  item->selectMediaOption(stranger, std::make_shared<AVMediaSelectionGroup>(
-                                        std::vector<std::shared_ptr<AVMediaSelectionOption>>{stranger}));
-  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[0]);
-  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(nullptr), nullptr);
-}
-
 TEST_F(Selection, tellsTheTextThatIsDue) {
   openReady();
   select(0);
@@ -78,46 +61,4 @@ TEST_F(Selection, tellsTheTextThatIsDue) {
   loop.advance(5s);
   EXPECT_THAT(diary->take(),
               ElementsAre("rate 1", "currentCaption Guten Tag", "currentCaption Tschüss", "currentCaption nil"));
-}
-
-TEST_F(Selection, changesAndClearsTheTextWithTheTrack) {
-  openReady();
-  select(0);
-  player->seekToTime(seconds(2.5));
-  loop.advance(1s);
-  EXPECT_EQ(item->currentCaption(), "Guten Tag");
-  select(1);
-  loop.advance(1s);
-  EXPECT_EQ(item->currentCaption(), "HELLO");
-  item->selectMediaOption(nullptr, group());
-  loop.advance(1s);
-  EXPECT_EQ(item->currentCaption(), std::nullopt);
-}
-
-TEST_F(Selection, madeBeforeAPlayerTakesTheItemHolds) {
-  const auto asset = std::make_shared<AVURLAsset>(NSURL::URLWithString(programme));
-  asset->loadValuesAsynchronouslyForKeys({"playable"}, [] {});
-  loop.advance(1s);
-  item = AVPlayerItem::playerItemWithAsset(asset);
-  select(0);
-  player = AVPlayer::playerWithPlayerItem(item);
-  EXPECT_EQ(engine().log().legibleTrack, "s1");
-}
-
-TEST_F(Selection, survivesAChangeOfTracks) {
-  openReady();
-  select(0);
-  const auto before = group();
-  auto tracks = engine().tracks();
-  engine().setTracks(tracks);
-  loop.runUntilIdle();
-  EXPECT_EQ(group(), before) << "nothing to choose has changed";
-  std::erase_if(tracks, [](const MediaTrack& track) { return track.identifier == "c1"; });
-  engine().setTracks(tracks);
-  loop.runUntilIdle();
-  EXPECT_EQ(group()->options().size(), 3u);
-  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[0]);
-  engine().setTracks({});
-  loop.runUntilIdle();
-  EXPECT_EQ(group(), nullptr);
 }

@@ -40,20 +40,6 @@ TEST_F(Playback, showsEveryPictureInOrderAndHoldsTheLast) {
   }
 }
 
-TEST_F(Playback, doesNotMoveBeforeItIsTold) {
-  ASSERT_TRUE(open("clip.mp4"));
-  runFor(300ms);
-  EXPECT_EQ(position(), 0);
-  EXPECT_THAT(frames->numbers(), ElementsAre(0));
-}
-
-TEST_F(Playback, rateGivenBeforeReadyHolds) {
-  make("clip.mp4");
-  engine->setRate(1);
-  engine->load();
-  EXPECT_TRUE(runUntil([this] { return position() > 0.2; }));
-}
-
 TEST_F(Playback, positionIsSmoothWhilePlayingAndStandsWhilePaused) {
   ASSERT_TRUE(open("clip.mp4"));
   ASSERT_TRUE(playTo(0.3));
@@ -79,16 +65,6 @@ TEST_F(Playback, positionIsSmoothWhilePlayingAndStandsWhilePaused) {
   expectRisingWithoutGaps(frames->numbers(), 5);
 }
 
-TEST_F(Playback, soundAloneRunsInRealTime) {
-  ASSERT_TRUE(open("audio.m4a"));
-  ASSERT_TRUE(playTo(0.1));
-  const auto began = loop.now();
-  const double from = position();
-  runFor(500ms);
-  EXPECT_NEAR(position() - from, std::chrono::duration<double>(loop.now() - began).count(), 0.1);
-  EXPECT_THAT(frames->numbers(), IsEmpty());
-}
-
 TEST_F(Playback, everyShortClipEnds) {
   for (const char* where : {"oneframe.mp4", "silent.mp4", "video.mp4", "longsound.mp4", "@oneframe.mp4"}) {
     SCOPED_TRACE(where);
@@ -100,31 +76,6 @@ TEST_F(Playback, everyShortClipEnds) {
     EXPECT_TRUE(runUntil([this] { return told.ended > 0; }));
     EXPECT_NEAR(position(), CMTimeGetSeconds(engine->duration()), 0.001);
   }
-}
-
-TEST_F(Playback, playsAgainAfterASeekBackFromTheEnd) {
-  ASSERT_TRUE(open("half.mp4"));
-  engine->setRate(1);
-  ASSERT_TRUE(runUntil([this] { return told.ended == 1; }));
-  frames->clear();
-  ASSERT_EQ(seek(0), true);
-  ASSERT_TRUE(runUntil([this] { return told.ended == 2; }));
-  EXPECT_EQ(frames->numbers().front(), 0);
-  EXPECT_GT(frames->lastNumber(), 9);
-}
-
-TEST_F(Playback, aNewSinkIsGivenThePresentPictureAndTheOldOneNoMore) {
-  ASSERT_TRUE(open("clip.mp4"));
-  const auto other = std::make_shared<NumberedFrames>();
-  engine->setFrameSink(other);
-  EXPECT_THAT(other->numbers(), ElementsAre(0));
-  ASSERT_TRUE(playTo(0.2));
-  EXPECT_THAT(frames->numbers(), ElementsAre(0));
-  EXPECT_GT(other->lastNumber(), 0);
-  engine->setFrameSink(nullptr);
-  const auto count = other->numbers().size();
-  runFor(200ms);
-  EXPECT_EQ(other->numbers().size(), count);
 }
 
 TEST_F(Playback, picturesOutliveTheEngine) {

@@ -139,29 +139,4 @@ TEST_F(Seeking, reachesTheLastPicturesWhereTheSoundGoesOn) {
   }
 }
 
-TEST_F(Seeking, toNoPlaceIsNotCarriedOut) {
-  ASSERT_TRUE(open("clip.mp4"));
-  for (const CMTime& time : {kCMTimeInvalid, kCMTimeIndefinite}) {
-    std::optional<bool> finished;
-    engine->seek(time, [&finished](bool result) { finished = result; });
-    EXPECT_FALSE(finished.has_value()) << "not from inside the call";
-    ASSERT_TRUE(runUntil([&finished] { return finished.has_value(); }));
-    EXPECT_FALSE(*finished);
-    EXPECT_EQ(position(), 0);
-  }
-  std::optional<bool> finished;
-  engine->seek(kCMTimePositiveInfinity, [&finished](bool result) { finished = result; });
-  ASSERT_TRUE(runUntil([&finished] { return finished.has_value(); }));
-  EXPECT_EQ(engine->position(), engine->duration());
-}
-
-TEST_F(Seeking, endsInTheLastPictureOfALongPauseOfSeeks) {
-  ASSERT_TRUE(open("clip.ts"));
-  for (const double place : {8.0, 1.0, 5.0}) {
-    ASSERT_EQ(seek(place), true);
-    EXPECT_NEAR(CMTimeGetSeconds(frames->last().time), place, 0.05);
-    EXPECT_EQ(position(), place);
-  }
-}
-
 }  // namespace

@@ -119,17 +119,6 @@ TEST_F(PictureTest, fillsAsMuchAsItsShapeAllowsAndIsTurnedAsItSays) {
   }
 }
 
-TEST_F(PictureTest, extremeSizesAreShownToo) {
-  for (const auto& [width, height] : {std::pair(1, 1), std::pair(3, 2001), std::pair(2001, 3), std::pair(17, 11)}) {
-    show(plain(0x00ff00, width, height));
-    EXPECT_EQ(centre(), "00ff00") << width << " x " << height;
-  }
-  VideoFrame lying = plain(0xff0000);
-  lying.stride = 8;
-  show(std::move(lying));
-  EXPECT_EQ(centre(), "000000") << "rows shorter than what they show";
-}
-
 TEST_F(PictureTest, aPictureOfTheSameSizeIsShownPixelForPixel) {
   std::uint32_t seed = 1;
   const auto noise = [&](int, int) { return (seed = seed * 1664525 + 1013904223) >> 8; };
@@ -173,21 +162,6 @@ TEST_F(PictureTest, isBlackAndOpaqueWithoutAPicture) {
   EXPECT_EQ(centre(), "000000") << "there is no picture any more";
   EXPECT_FALSE(item->hasPicture());
   EXPECT_EQ(item->videoRect(), CGRectZero);
-}
-
-TEST_F(PictureTest, nothingOfTheFormerSourceIsSeenInTheNext) {
-  show(plain(0xff0000));
-  EXPECT_EQ(centre(), "ff0000");
-  const auto next = std::make_shared<FrameSlot>();
-  item->setSlot(next);
-  EXPECT_EQ(centre(), "000000");
-  show(plain(0xff0000));
-  EXPECT_EQ(centre(), "000000") << "the former one's late picture";
-  next->present(plain(0x0000ff));
-  loop.runUntilIdle();
-  EXPECT_EQ(centre(), "0000ff");
-  item->setSlot(nullptr);
-  EXPECT_EQ(centre(), "000000");
 }
 
 TEST_F(PictureTest, holdsNoMorePicturesThanItShowsAndOneThatWaits) {
@@ -244,62 +218,6 @@ TEST_F(PictureTest, whatLiesAboveStaysWholeWhenPartsAreDrawnAnew) {
   snapshot();
   panel->setAlpha(1);
   EXPECT_EQ(snapshot(), before);
-}
-
-TEST_F(PictureTest, fadesWithTheViewThatItIsIn) {
-  show(plain(0xff0000));
-  view()->setAlpha(0.5);
-  EXPECT_THAT(centre(), isAbout("7f0000"));
-  view()->setAlpha(1);
-  EXPECT_EQ(centre(), "ff0000");
-  item->setVisible(false);
-  EXPECT_EQ(centre(), "000000");
-  item->setVisible(true);
-  EXPECT_EQ(centre(), "ff0000");
-  item->setParentItem(nullptr);
-  EXPECT_EQ(centre(), "000000");
-  item->setParentItem(view().get());
-  EXPECT_EQ(centre(), "ff0000") << "back in the window it shows what it had";
-  view()->setClipsToBounds(true);
-  item->setPosition({400, 0});
-  EXPECT_EQ(colorAt(snapshot(), 390, 180), "000000");
-  EXPECT_EQ(colorAt(snapshot(), 410, 180), "ff0000");
-}
-
-TEST_F(PictureTest, tellsWhichPicturesCameToTheScreen) {
-  std::vector<std::int64_t> presented;
-  item->setPicturePresented([&](const CMTime& time) { presented.push_back(time.value); });
-  const auto showAt = [&](std::int64_t time) {
-    VideoFrame frame = plain(0xff0000);
-    frame.time = CMTimeMake(time, 25);
-    slot->present(std::move(frame));
-  };
-  const auto turns = [&](int count) {
-    EXPECT_TRUE(runEventsUntil([&] {
-      loop.runUntilIdle();
-      return count-- == 0;
-    }));
-  };
-  const auto drawn = [&] {
-    EXPECT_TRUE(runEventsUntil([&] {
-      loop.runUntilIdle();
-      return !presented.empty();
-    }));
-    return std::exchange(presented, {});
-  };
-  showAt(1);
-  EXPECT_THAT(drawn(), ElementsAre(1));
-  showAt(2);
-  showAt(3);
-  EXPECT_THAT(drawn(), ElementsAre(3)) << "one that another took the place of was not shown";
-  addView(CGRectMake(0, 0, 10, 10), UIColor::redColor());
-  item->update();
-  turns(5);
-  EXPECT_THAT(presented, IsEmpty()) << "the same picture again is no news";
-  item->setPicturePresented({});
-  showAt(4);
-  turns(5);
-  EXPECT_THAT(presented, IsEmpty());
 }
 
 TEST_F(PictureTest, picturesMayComeFromAnotherThreadWhileItDrawsAndWhenItHasGone) {

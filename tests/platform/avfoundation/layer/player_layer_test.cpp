@@ -90,25 +90,6 @@ TEST_F(PlayerLayerTest, theLastLayerThatAPlayerWasGivenToShowsIt) {
   EXPECT_EQ(colorAt(snapshot(), 10, 10), "000000");
 }
 
-// An ad's layer over the programme's, as the player uses them.
-TEST_F(PlayerLayerTest, coversWhatIsBelowAndGivesItBack) {
-  const auto programme = playerOf(redUrl);
-  layer->setPlayer(programme);
-  loop.advance(100ms);
-  auto overlay = addView(view()->bounds(), UIColor::clearColor());
-  auto adLayer = AVPlayerLayer::playerLayerWithPlayer(playerOf(blueUrl));
-  overlay->layer()->addSublayer(adLayer);
-  adLayer->setFrame(CGRectMake(0, 0, 640, 360));
-  EXPECT_EQ(adLayer->superlayer(), overlay->layer());
-  EXPECT_EQ(centre(), "000000") << "black while the ad loads";
-  loop.advance(100ms);
-  EXPECT_EQ(centre(), "0000ff");
-  adLayer->removeFromSuperlayer();
-  overlay->removeFromSuperview();
-  EXPECT_EQ(adLayer->superlayer(), nullptr);
-  EXPECT_EQ(centre(), "ff0000");
-}
-
 TEST_F(PlayerLayerTest, keepsAPlayerAliveAndLetsGoOfItWithItself) {
   std::weak_ptr<AVPlayer> watched;
   {
@@ -123,18 +104,6 @@ TEST_F(PlayerLayerTest, keepsAPlayerAliveAndLetsGoOfItWithItself) {
   EXPECT_TRUE(watched.expired());
   EXPECT_EQ(media.aliveEngines(), 0);
   EXPECT_EQ(centre(), "000000");
-}
-
-TEST_F(PlayerLayerTest, aPlayerThatOutlivesItsLayerShowsNowhere) {
-  const auto player = playerOf(redUrl);
-  layer->setPlayer(player);
-  loop.advance(100ms);
-  EXPECT_TRUE(media.engine(redUrl)->log().hasFrameSink);
-  layer->removeFromSuperlayer();
-  layer.reset();
-  EXPECT_FALSE(media.engine(redUrl)->log().hasFrameSink);
-  player->seekToTime(CMTimeMake(3, 1));
-  loop.advance(1s);
 }
 
 }  // namespace
