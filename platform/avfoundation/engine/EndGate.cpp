@@ -75,7 +75,8 @@ GstPadProbeReturn EndGate::holdEnd(GstPad* pad, GstPadProbeInfo* info, gpointer 
   self->sources_[pad] = true;
   self->changed_.notify_all();
   self->changed_.wait_for(lock, patience, [self] { return self->isReleased_ || self->areAllTaken(); });
-  return GST_PAD_PROBE_OK;
+  // An end that comes while everything stops does the same harm.
+  return self->isReleased_ ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
 }
 
 bool EndGate::areAllTaken() const {

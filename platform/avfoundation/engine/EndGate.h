@@ -22,7 +22,7 @@ class EndGate {
   void watchDecoders(GstElement* playbin);
   // For each element that joins the pipeline.
   void admit(GstElement* element, GstElement* parent);
-  // Holds nothing back any more. Any thread.
+  // Holds nothing back any more; ends no longer reach the decoders. Any thread.
   void release();
 
  private:
