@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "VAST/Parser/YMRVastModel.h"
 #include "VAST/SKLogger.h"
+#include "ads/core/SKVASTEventProcessor.h"
+#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/PerformSelector.h"

@@ -7,14 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "VAST/Parser/YMRVastModel.h"
+#include "VAST/SKVASTUrlWithId.h"
 #include "ads/YMRAdContainerView.h"
 #include "ads/YMRAdSchedule.h"
-#include "ads/core/SKVASTEventProcessor.h"
+#include "ads/core/SKVASTViewControllerDelegate.h"
 #include "ads/records/YMRVastError.h"
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"
-#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/avkit/AVPlayerViewController.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/foundation/NSObject.h"
@@ -23,7 +22,10 @@
 #include "player/states/YMRAbstractPlayerState.h"
 #include "player/states/YMRPlayerStateHub.h"
 
+class AVPlayerLayer;
+class SKVASTEventProcessor;
 class YMRItemPreparation;
+class YMRVastModel;
 
 // Where the presentation stands with its ads.
 enum YMRAdState : std::int32_t {
@@ -162,6 +164,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   // Starts the chosen mid-roll when it is due at `time`; returns whether it was.
   bool playMidRollDueAt(const CMTime& time);
   void playVastUrl(const std::optional<NSURL>& url);
+  // Leads on to what comes after the break.
   void breakDidEnd(bool seek);
   void goOnWithProgramme(bool seek);
   void goOnAtEnd();
@@ -177,6 +180,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   // ---- The ads of a break.
   void loadVideoUsingSource(const std::optional<NSURL>& url);
   void vastDidLoad(YMRVastModel& model);
+  // Takes the next ad of the break, and those after it while they fail at once.
   void prepareToPlayVastAdModel();
   void prepareNextAd();
   void vastReady();
@@ -189,6 +193,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void onVastError(SKVASTError error);
   void onYMRVastError(YMRVastError error);
   void sendVASTErrors(const std::string& code);
+  // Ends the ad and leads on to the next one, or out of the break. With `shouldPassTracking` it was not completed.
   void adPlayDidEnd(bool seek, bool shouldPassTracking);
   void takeAdOffScreen();
   void removeObserverOfAdPlayer();

@@ -2,7 +2,9 @@
 #include <cmath>
 #include <utility>
 
+#include "VAST/Parser/YMRVastModel.h"
 #include "VAST/SKLogger.h"
+#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UIApplication.h"
 #include "player/YMRVideoPlayerImpl.h"

@@ -4,8 +4,10 @@
 
 #include "VAST/Parser/SKVAST2Parser.h"
 #include "VAST/SKLogger.h"
+#include "ads/core/SKVASTEventProcessor.h"
 #include "ads/core/SKVASTMediaFilePicker.h"
 #include "ads/core/YMRPlayerErrorHandler.h"
+#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSString.h"
 #include "platform/uikit/UIApplication.h"

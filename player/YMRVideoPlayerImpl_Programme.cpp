@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "VAST/SKLogger.h"
+#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UIApplication.h"

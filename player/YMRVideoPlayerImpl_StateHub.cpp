@@ -1,4 +1,5 @@
 // What the states read of the presentation, and what they make it do.
+#include "ads/core/SKVASTEventProcessor.h"
 #include "player/YMRDelegateSend.h"
 #include "player/YMRVideoPlayerImpl.h"
 
