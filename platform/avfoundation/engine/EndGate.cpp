@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <vector>
 
 #include "platform/avfoundation/engine/GstHandles.h"
 
@@ -44,7 +45,9 @@ void EndGate::sourcePadAdded(GstElement*, GstPad* pad, gpointer data) {
     std::lock_guard lock(self->mutex_);
     self->sources_[pad] = false;
   }
-  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, holdEnd, self, nullptr);
+  constexpr auto events =
+      static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_EVENT_FLUSH);
+  gst_pad_add_probe(pad, events, eventPasses, self, nullptr);
 }
 
 void EndGate::sourcePadRemoved(GstElement*, GstPad* pad, gpointer data) {
@@ -52,6 +55,7 @@ void EndGate::sourcePadRemoved(GstElement*, GstPad* pad, gpointer data) {
   {
     std::lock_guard lock(self->mutex_);
     self->sources_.erase(pad);
+    self->heldTexts_.erase(pad);
   }
   self->changed_.notify_all();
 }
@@ -68,15 +72,51 @@ GstPadProbeReturn EndGate::noteArrival(GstPad* pad, GstPadProbeInfo*, gpointer d
   return GST_PAD_PROBE_REMOVE;
 }
 
-GstPadProbeReturn EndGate::holdEnd(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
-  if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_EOS) return GST_PAD_PROBE_OK;
+GstPadProbeReturn EndGate::eventPasses(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
   auto* self = static_cast<EndGate*>(data);
-  std::unique_lock lock(self->mutex_);
-  self->sources_[pad] = true;
-  self->changed_.notify_all();
-  self->changed_.wait_for(lock, patience, [self] { return self->isReleased_ || self->areAllTaken(); });
-  // An end that comes while everything stops does the same harm.
-  return self->isReleased_ ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
+  switch (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info))) {
+    case GST_EVENT_FLUSH_STOP: {
+      std::lock_guard lock(self->mutex_);
+      self->sources_[pad] = false;
+      self->heldTexts_.erase(pad);
+      return GST_PAD_PROBE_OK;
+    }
+    case GST_EVENT_EOS:
+      return isText(pad) ? self->textEnds(pad) : self->mediaEnds(pad);
+    default:
+      return GST_PAD_PROBE_OK;
+  }
+}
+
+GstPadProbeReturn EndGate::textEnds(GstPad* pad) {
+  std::lock_guard lock(mutex_);
+  if (haveMediaEnded()) return GST_PAD_PROBE_OK;
+  heldTexts_.insert(pad);
+  return GST_PAD_PROBE_DROP;
+}
+
+GstPadProbeReturn EndGate::mediaEnds(GstPad* pad) {
+  std::vector<GstObjectRef<GstPad>> texts;  // where they lead to: the pads themselves count as ended
+  {
+    std::unique_lock lock(mutex_);
+    sources_[pad] = true;
+    changed_.notify_all();
+    changed_.wait_for(lock, patience, [this] { return isReleased_ || areAllTaken(); });
+    // An end that comes while everything stops does the same harm.
+    if (isReleased_) return GST_PAD_PROBE_DROP;
+    if (haveMediaEnded()) {
+      for (GstPad* text : heldTexts_) texts.emplace_back(gst_pad_get_peer(text));
+      heldTexts_.clear();
+    }
+  }
+  for (const auto& text : texts) {
+    if (text) gst_pad_send_event(text.get(), gst_event_new_eos());
+  }
+  return GST_PAD_PROBE_OK;
+}
+
+bool EndGate::haveMediaEnded() const {
+  return std::ranges::all_of(sources_, [](const auto& source) { return source.second || isText(source.first); });
 }
 
 bool EndGate::areAllTaken() const {

@@ -12,8 +12,8 @@
 //
 // decodebin3 goes over all of its inputs whenever the first buffer of one arrives, on the thread that brings it, and
 // throws away those that are at their end. In a short clip, one stream can have ended before another brings its first
-// buffer: decodebin3 then never ends, and touches freed memory when it stops. (Texts never bring it a buffer, see
-// CaptionFeed.)
+// buffer: decodebin3 then never ends, and touches freed memory when it stops. Texts never bring it a buffer (see
+// CaptionFeed), so their ends come after all the others.
 //
 // Destroyed after the pipeline; release() comes before the pipeline is stopped.
 class EndGate {
@@ -30,12 +30,16 @@ class EndGate {
   static void sourcePadAdded(GstElement* queue, GstPad* pad, gpointer self);
   static void sourcePadRemoved(GstElement* queue, GstPad* pad, gpointer self);
   static GstPadProbeReturn noteArrival(GstPad* pad, GstPadProbeInfo* info, gpointer self);
-  static GstPadProbeReturn holdEnd(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  static GstPadProbeReturn eventPasses(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+  GstPadProbeReturn textEnds(GstPad* pad);
+  GstPadProbeReturn mediaEnds(GstPad* pad);
   bool areAllTaken() const;
+  bool haveMediaEnded() const;
 
   std::mutex mutex_;
   std::condition_variable changed_;
   std::map<GstPad*, bool> sources_;  // where parsed streams come from; true for one at its end
+  std::set<GstPad*> heldTexts_;      // texts whose end has been kept back
   std::set<std::string> taken_;      // streams whose first buffer has reached the decoders
   bool isReleased_ = false;
 };

@@ -50,6 +50,9 @@ constexpr std::string_view pictureQueue = "vqueue";
 // Texts are picked up before the decoders, so playbin is not told of them.
 constexpr const char* playbinFlags = "video+audio+buffering+deinterlace";
 
+// Opening and seeking take milliseconds where the data is there.
+constexpr GstClockTime settlingTime = GST_SECOND;
+
 }  // namespace
 
 MediaPipeline::MediaPipeline(MediaSource source, const MediaEngineSettings& settings, Events events)
@@ -68,6 +71,7 @@ MediaPipeline::MediaPipeline(MediaSource source, const MediaEngineSettings& sett
 
 MediaPipeline::~MediaPipeline() {
   if (!playbin_) return;
+  settle();
   ends_.release();
   gate_.close();
   gst_element_set_state(playbin_.get(), GST_STATE_NULL);
@@ -76,11 +80,18 @@ MediaPipeline::~MediaPipeline() {
   g_signal_handlers_disconnect_by_data(playbin_.get(), this);
 }
 
+// playbin3 1.22 deadlocks or touches freed memory when it is taken down while it opens, seeks or ends. Nobody waits for
+// this, so it gets the time to come to rest; a pipeline that waits for its server never does.
+void MediaPipeline::settle() {
+  gst_element_set_state(playbin_.get(), GST_STATE_PAUSED);
+  gst_element_get_state(playbin_.get(), nullptr, nullptr, settlingTime);
+}
+
 void MediaPipeline::close(std::shared_ptr<MediaPipeline> pipeline) {
   pipeline->hop_.close();
   pipeline->frames_.close();
-  pipeline->ends_.release();
-  const dispatch_queue_t queue = pipeline->queue_;
+  // A queue that is dropped with its blocks must not be held by one of them.
+  const dispatch_queue_t queue = std::move(pipeline->queue_);
   dispatch_async(queue, [last = std::move(pipeline)]() mutable { last.reset(); });
 }
 

@@ -94,6 +94,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
 
   // On the pipeline's queue.
   void build();
+  void settle();
   void applyState();
   void selectStreams(const std::string& legible);
   void replaceSound();
@@ -109,7 +110,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   const MediaSource source_;
   const MediaEngineSettings settings_;
   const Events events_;
-  const dispatch_queue_t queue_;
+  dispatch_queue_t queue_;  // nobody asks for it once hop_ is closed
   MainHop hop_;
 
   FrameOutlet frames_;
