@@ -121,7 +121,8 @@ Inspection::Validation validate(const std::vector<std::pair<std::string, VASTDoc
   for (const auto& [url, document] : documents) {
     bool isValid = false;
     const auto messages =
-        messagesLoggedBy([&] { isValid = validateXMLDocAgainstSchema(document.bytes(), schema); }, options.logLevel);
+        messagesLoggedBy([&, &document = document] { isValid = validateXMLDocAgainstSchema(document.bytes(), schema); },
+                         options.logLevel);
     if (isValid) continue;
     result.isValid = false;
     for (const auto& message : messages) result.messages.push_back(url + ": " + message);
