@@ -82,56 +82,64 @@ class CurlTransfers::Multi {
   std::vector<std::unique_ptr<CurlTransfer>> failed_;
 };
 
-CurlTransfers::CurlTransfers(HostLimits limits) : multi_(std::make_unique<Multi>()), lanes_(limits) {}
+CurlTransfers::State::State(HostLimits limits) : multi(std::make_unique<Multi>()), lanes(limits) {}
+CurlTransfers::State::~State() = default;
+
+CurlTransfers::CurlTransfers(HostLimits limits) : state_(std::make_shared<State>(limits)) {}
 
 CurlTransfers::~CurlTransfers() {
   {
-    std::lock_guard lock(mutex_);
-    stopping_ = true;
+    std::lock_guard lock(state_->mutex);
+    state_->stopping = true;
   }
-  multi_->wakeUp();
-  if (thread_.joinable()) thread_.join();
+  state_->multi->wakeUp();
+  if (!thread_.joinable()) return;
+  if (thread_.get_id() == std::this_thread::get_id()) {
+    thread_.detach();  // it ends when the completion that brought it here has returned
+  } else {
+    thread_.join();
+  }
 }
 
 bool CurlTransfers::start(URLRequest request, Done done) {
   {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(state_->mutex);
     const std::string lane = server(request.url);
-    if (!lanes_.push(lane, {std::move(request), std::move(done)})) return false;
+    if (!state_->lanes.push(lane, {std::move(request), std::move(done)})) return false;
     if (!thread_.joinable()) {
       const BlockedSignals blocked;
-      thread_ = std::thread([this] { run(); });
+      thread_ = std::thread([state = state_] { state->run(); });
     }
   }
-  multi_->wakeUp();
+  state_->multi->wakeUp();
   return true;
 }
 
 bool CurlTransfers::drain(std::chrono::milliseconds bound) {
-  std::unique_lock lock(mutex_);
-  return idle_.wait_for(lock, bound, [this] { return lanes_.empty(); });
+  std::unique_lock lock(state_->mutex);
+  return state_->idle.wait_for(lock, bound, [this] { return state_->lanes.empty(); });
 }
 
-void CurlTransfers::run() {
-  std::unique_lock lock(mutex_);
-  while (!stopping_) {
-    while (auto waiting = lanes_.pop()) {
-      multi_->add(std::make_unique<CurlTransfer>(std::move(waiting->request), std::move(waiting->done)));
+void CurlTransfers::State::run() {
+  std::unique_lock lock(mutex);
+  while (!stopping) {
+    while (auto waiting = lanes.pop()) {
+      multi->add(std::make_unique<CurlTransfer>(std::move(waiting->request), std::move(waiting->done)));
     }
     lock.unlock();
-    const auto ended = multi_->turn();
+    const auto ended = multi->turn();
     for (const auto& [transfer, code] : ended) transfer->finish(code);
     lock.lock();
-    for (const auto& [transfer, code] : ended) lanes_.finished(server(transfer->url()));
-    if (lanes_.empty()) idle_.notify_all();
+    for (const auto& [transfer, code] : ended) lanes.finished(server(transfer->url()));
+    if (lanes.empty()) idle.notify_all();
   }
-  lock.unlock();  // the destructor waits for this thread, and nobody else calls any more
-  for (const auto& transfer : multi_->takeAll()) {
+  lock.unlock();  // the destructor has been called, and nobody else calls any more
+  for (const auto& transfer : multi->takeAll()) {
     transfer->cancel();
-    lanes_.finished(server(transfer->url()));
+    lanes.finished(server(transfer->url()));
   }
-  while (auto waiting = lanes_.pop()) {
-    lanes_.finished(server(waiting->request.url));
+  while (auto waiting = lanes.pop()) {
+    lanes.finished(server(waiting->request.url));
     CurlTransfer(std::move(waiting->request), std::move(waiting->done)).cancel();
   }
 }

@@ -37,11 +37,19 @@ class CurlTransfers {
     Done done;
   };
 
-  void run();
-  std::unique_ptr<Multi> multi_;
-  std::mutex mutex_;
-  std::condition_variable idle_;
-  HostLanes<Waiting> lanes_;
-  bool stopping_ = false;
+  // What the thread works on. It shares this, since its last completion may be what lets go of the loader.
+  struct State {
+    explicit State(HostLimits limits);
+    ~State();
+    void run();
+
+    const std::unique_ptr<Multi> multi;
+    std::mutex mutex;
+    std::condition_variable idle;
+    HostLanes<Waiting> lanes;
+    bool stopping = false;
+  };
+
+  const std::shared_ptr<State> state_;
   std::thread thread_;
 };
