@@ -77,6 +77,16 @@ class Diary final : public NSKeyValueObserver {
   std::vector<std::string> lines_;
 };
 
+// Does something each time that it is told of a key.
+struct Reaction final : NSKeyValueObserver {
+  explicit Reaction(std::function<void()> to) : act(std::move(to)) {}
+  void observeValueForKeyPath(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange&,
+                              void*) override {
+    act();
+  }
+  std::function<void()> act;
+};
+
 // A player of one scripted programme of 60 s on virtual time.
 class PlayerTest : public testing::Test {
  protected:

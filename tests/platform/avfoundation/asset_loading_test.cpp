@@ -42,16 +42,38 @@ TEST_F(AssetLoading, completesOnceForEachWhoAsksAndNeverFromInsideTheCall) {
   }
 }
 
-TEST_F(AssetLoading, opensOncePlaysAtOnceWithTheFirstItem) {
-  const auto asset = assetOf(programme);
-  load(asset);
-  loop.advance(1s);
+TEST_F(AssetLoading, handsItsPipelineToTheFirstItemLoadedOrLoading) {
+  media.script(programme).loadDelay = 5;
+  for (const auto loaded : {2s, 5s}) {
+    const auto asset = assetOf(programme);
+    load(asset);
+    loop.advance(loaded);
+    player = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
+    player->play();
+    loop.advance(5250ms - loaded);
+    EXPECT_EQ(position(), "0.25");
+    EXPECT_THAT(diary->take(), ElementsAre("loaded"));
+    EXPECT_EQ(media.logs().back()->loads, 1);
+  }
+  EXPECT_EQ(media.logs().size(), 2u) << "each was opened once";
+}
+
+TEST_F(AssetLoading, thePipelineGoesWithWhoeverHasItAndTheLoadStillCompletes) {
+  media.script(programme).loadDelay = 5;
+  auto asset = assetOf(programme);
   player = AVPlayer::playerWithPlayerItem(AVPlayerItem::playerItemWithAsset(asset));
-  player->play();
-  loop.advance(250ms);
-  EXPECT_EQ(position(), "0.25");
-  ASSERT_EQ(media.logs().size(), 1u);
-  EXPECT_EQ(media.logs()[0]->loads, 1);
+  load(asset);
+  player.reset();
+  loop.runUntilIdle();
+  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
+  EXPECT_EQ(asset->statusOfValueForKey("playable"), AVKeyValueStatusUnknown);
+  load(asset, "again");
+  EXPECT_EQ(media.aliveEngines(), 1);
+  asset.reset();
+  EXPECT_EQ(media.aliveEngines(), 0);
+  EXPECT_THAT(diary->lines(), IsEmpty());
+  loop.runUntilIdle();
+  EXPECT_THAT(diary->take(), ElementsAre("again"));
 }
 
 TEST_F(AssetLoading, itemsOfAFailedAssetFailForItsReasonWithoutAskingAgain) {
@@ -68,16 +90,6 @@ TEST_F(AssetLoading, itemsOfAFailedAssetFailForItsReasonWithoutAskingAgain) {
     EXPECT_EQ(failing->error()->code, NSURLErrorFileDoesNotExist);
   }
   EXPECT_EQ(media.logs().size(), 1u);
-}
-
-TEST_F(AssetLoading, closesThePipelineAndStillCompletesWhenTheAssetIsDropped) {
-  auto asset = assetOf(programme);
-  load(asset);
-  asset.reset();
-  EXPECT_EQ(media.aliveEngines(), 0);
-  EXPECT_THAT(diary->lines(), IsEmpty());
-  loop.runUntilIdle();
-  EXPECT_THAT(diary->take(), ElementsAre("loaded"));
 }
 
 TEST_F(AssetLoading, knowsTheMediaOnceLoaded) {
@@ -105,13 +117,4 @@ TEST_F(AssetLoading, knowsTheMediaOnceLoaded) {
   engine().setDuration(90);
   loop.runUntilIdle();
   EXPECT_EQ(text(asset->duration()), "90") << "an item's pipeline goes on teaching its asset";
-}
-
-TEST_F(AssetLoading, opensAdsAsAds) {
-  player = AVPlayer::playerWithPlayerItem(
-      AVPlayerItem::playerItemWithURL(NSURL::URLWithString(advertisement), {.purpose = MediaPurpose::advertisement}));
-  EXPECT_EQ(engine().log().source.purpose, MediaPurpose::advertisement);
-  EXPECT_EQ(engine().log().source.url.absoluteString(), advertisement);
-  const auto other = AVPlayer::playerWithPlayerItem(itemOf(programme));
-  EXPECT_EQ(engine().log().source.purpose, MediaPurpose::programme);
 }

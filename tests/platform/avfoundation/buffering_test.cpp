@@ -19,18 +19,12 @@ TEST_F(Buffering, tellsAStallAndItsEndByWhatChanged) {
 }
 
 TEST_F(Buffering, whoPausesOnAnEmptyBufferStillHearsTheRest) {
-  struct Pauser final : NSKeyValueObserver {
-    explicit Pauser(std::shared_ptr<AVPlayer> of) : player(std::move(of)) {}
-    void observeValueForKeyPath(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange&,
-                                void*) override {
-      player->pause();
-      player->play();
-    }
-    std::shared_ptr<AVPlayer> player;
-  };
   media.script(programme).stalls = {{10, 4}};
   openReady();
-  const auto pauser = std::make_shared<Pauser>(player);
+  const auto pauser = std::make_shared<Reaction>([this] {
+    player->pause();
+    player->play();
+  });
   item->addObserver(pauser, "playbackBufferEmpty");
   player->play();
   loop.advance(10s);

@@ -1,3 +1,4 @@
+#include "platform/foundation/NSException.h"
 #include "tests/platform/avfoundation/PlayerTest.h"
 
 class Item : public PlayerTest {};
@@ -32,18 +33,27 @@ TEST_F(Item, isUnknownUntilALaterTurnWhateverItsAssetHasComeTo) {
   }
 }
 
-TEST_F(Item, knowsItsDurationWhenItSaysReady) {
+TEST_F(Item, tellsChangesOfItsDurationOnce) {
   open();
   EXPECT_TRUE(CMTIME_IS_INVALID(item->duration()));
   loop.advance(50ms);
   EXPECT_THAT(diary->take(), ElementsAre("duration 60", "status 1", "playbackLikelyToKeepUp yes"));
-  engine().setDuration(61);
-  engine().setDuration(61);
+  for (int round = 0; round < 2; ++round) engine().setDuration(61);
   loop.runUntilIdle();
   EXPECT_THAT(diary->take(), ElementsAre("duration 61"));
 }
 
-TEST_F(Item, saysNothingAfterItsFailure) {
+TEST_F(Item, ofALiveStreamHasAnIndefiniteDurationAndNoEnd) {
+  media.script(programme).live = true;
+  openReady();
+  EXPECT_TRUE(CMTIME_IS_INDEFINITE(item->duration()));
+  player->play();
+  loop.advance(3h);
+  EXPECT_EQ(position(), "10800");
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1"));
+}
+
+TEST_F(Item, failsOnceAndForAllAndStopsThePlayerWithoutSayingSo) {
   openReady();
   tickEvery(1);
   player->play();
@@ -53,11 +63,22 @@ TEST_F(Item, saysNothingAfterItsFailure) {
   engine().stall();
   engine().setDuration(90);
   loop.advance(10s);
+  player->play();
   EXPECT_THAT(diary->take(), ElementsAre("status 2"));
+  EXPECT_EQ(player->rate(), 0);
   EXPECT_EQ(item->error()->code, AVErrorDecodeFailed);
   EXPECT_EQ(position(), "2.5") << "stands where it broke";
   EXPECT_EQ(text(item->duration()), "60");
   EXPECT_EQ(media.aliveEngines(), 0);
+}
+
+TEST_F(Item, playsInOnePlayerOnce) {
+  openReady();
+  EXPECT_THROW(AVPlayer::playerWithPlayerItem(item), NSInternalInconsistencyException);
+  const auto other = AVPlayer::playerWithPlayerItem(nullptr);
+  player->replaceCurrentItemWithPlayerItem(nullptr);
+  EXPECT_THROW(other->replaceCurrentItemWithPlayerItem(item), NSInternalInconsistencyException);
+  EXPECT_EQ(other->currentItem(), nullptr);
 }
 
 TEST_F(Item, keepsWhatItKnewAndFallsSilentWhenItsPlayerLetsGo) {

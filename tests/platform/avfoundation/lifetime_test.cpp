@@ -1,84 +1,71 @@
+#include "platform/avfoundation/AVMediaFormat.h"
 #include "tests/platform/avfoundation/PlayerTest.h"
 
 class Lifetime : public PlayerTest {};
 
-namespace {
-
-// Does something each time that it is told of a key.
-struct Reaction final : NSKeyValueObserver {
-  explicit Reaction(std::function<void()> to) : act(std::move(to)) {}
-  void observeValueForKeyPath(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange&,
-                              void*) override {
-    act();
-  }
-  std::function<void()> act;
-};
-
-}  // namespace
-
 TEST_F(Lifetime, whoDestroysThePlayerFromInsideACallHearsNothingMore) {
-  const char* const places[] = {
-      "rate",  "status", "duration", "playbackBufferEmpty", "playbackLikelyToKeepUp", "jumped", "completion", "tick",
-      "ended", "failed", "caption"};
-  for (const std::string place : places) {
+  auto& center = NSNotificationCenter::defaultCenter();
+  bool destroyed = false;
+  const std::function<void()> destroy = [&] {
+    EXPECT_FALSE(std::exchange(destroyed, true));
+    player.reset();
+    item.reset();
+    diary->take();
+  };
+  std::shared_ptr<Reaction> reaction;
+  AVPlayer::SeekCompletion completion;
+  const auto onKey = [&](const std::shared_ptr<NSObject>& object, const char* key) {
+    reaction = std::make_shared<Reaction>(destroy);
+    object->addObserver(reaction, key);
+  };
+  const auto onNotification = [&](const char* name) {
+    center.addObserver(&destroyed, name, item, [&](const NSNotification&) { destroy(); });
+  };
+  const std::pair<const char*, std::function<void()>> places[] = {
+      {"rate", [&] { onKey(player, "rate"); }},
+      {"status", [&] { onKey(item, "status"); }},
+      {"duration", [&] { onKey(item, "duration"); }},
+      {"empty buffer", [&] { onKey(item, "playbackBufferEmpty"); }},
+      {"keeping up", [&] { onKey(item, "playbackLikelyToKeepUp"); }},
+      {"caption", [&] { onKey(item, "currentCaption"); }},
+      {"jump", [&] { onNotification(AVPlayerItemTimeJumpedNotification); }},
+      {"end", [&] { onNotification(AVPlayerItemDidPlayToEndTimeNotification); }},
+      {"tick", [&] { player->addPeriodicTimeObserver(seconds(3), nullptr, [&](CMTime) { destroy(); }); }},
+      {"completion", [&] { completion = [&](bool) { destroy(); }; }},
+      {"failure",
+       [&] {
+         onKey(item, "status");
+         reaction->act = [&] {
+           if (item->status() == AVPlayerItemStatusFailed) destroy();
+         };
+       }},
+  };
+  for (const auto& [place, watch] : places) {
     SCOPED_TRACE(place);
     auto& script = media.script(programme);
     script = {};
     script.duration = 20;
     script.stalls = {{5, 1}};
-    script.tracks.push_back({.kind = MediaTrack::Kind::subtitle,
-                             .identifier = "s",
-                             .languageTag = "de",
-                             .title = "",
-                             .nominalFrameRate = 0,
-                             .width = 0,
-                             .height = 0});
+    auto& text = script.tracks.emplace_back();
+    text.kind = MediaTrack::Kind::subtitle;
+    text.identifier = "s";
     script.captions = {{"s", 1, 2, "text"}};
-    if (place == "failed") script.failure = {8, {AVFoundationErrorDomain, AVErrorUnknown, ""}};
+    if (place == std::string("failure")) script.failure = {8, {AVFoundationErrorDomain, AVErrorUnknown, ""}};
+    destroyed = false;
+    completion = noted();
     open();
-    auto destroyed = std::make_shared<bool>(false);
     const std::weak_ptr<AVPlayer> weak = player;
-    const auto destroy = [this, destroyed] {
-      EXPECT_FALSE(*destroyed);
-      *destroyed = true;
-      player.reset();
-      item.reset();
-      diary->take();
-    };
-    std::string key = place;
-    if (place == "caption") key = "currentCaption";
-    if (place == "failed") key = "status";
-    const auto reaction = std::make_shared<Reaction>([&] {
-      if (place != "failed" || item->status() == AVPlayerItemStatusFailed) destroy();
-    });
-    if (place == "rate") {
-      player->addObserver(reaction, "rate");
-    } else {
-      item->addObserver(reaction, key);
-    }
-    auto& center = NSNotificationCenter::defaultCenter();
-    if (place == "jumped") {
-      center.addObserver(&key, AVPlayerItemTimeJumpedNotification, item, [&](const NSNotification&) { destroy(); });
-    }
-    if (place == "ended") {
-      center.addObserver(&key, AVPlayerItemDidPlayToEndTimeNotification, item,
-                         [&](const NSNotification&) { destroy(); });
-    }
-    if (place == "tick") player->addPeriodicTimeObserver(seconds(3), nullptr, [&](CMTime) { destroy(); });
+    watch();
     tickEvery(1);
-    player->seekToTime(seconds(0.5), [&, self = diary](bool) {
-      self->note("finished");
-      if (place == "completion") destroy();
-    });
+    player->seekToTime(seconds(0.5), completion);
     player->play();
-    for (int step = 0; step < 300 && !*destroyed; ++step) {
+    for (int step = 0; step < 300 && !destroyed; ++step) {
       loop.advance(100ms);
-      if (step == 0 && item) {
-        if (const auto group = item->asset()->mediaSelectionGroupForMediaCharacteristic("AVMediaCharacteristicLegible"))
-          item->selectMediaOption(group->options()[0], group);
-      }
+      if (!item || step > 0) continue;
+      const auto group = item->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible);
+      item->selectMediaOption(group->options()[0], group);
     }
-    EXPECT_TRUE(*destroyed) << "never came there";
+    EXPECT_TRUE(destroyed) << "never came there";
     loop.advance(30s);
     EXPECT_THAT(diary->take(), IsEmpty());
     EXPECT_TRUE(weak.expired());
@@ -86,19 +73,9 @@ TEST_F(Lifetime, whoDestroysThePlayerFromInsideACallHearsNothingMore) {
     EXPECT_FALSE(media.logs().back()->destroyedInsideAReport) << "the engine would be on the stack";
     EXPECT_EQ(media.logs().back()->rates.back(), 0) << "is not heard until it goes";
     EXPECT_EQ(loop.pendingTimers(), 0u);
-    center.removeObserver(&key);
+    center.removeObserver(&destroyed);
     center.removeObserver(diary.get());
   }
-}
-
-TEST_F(Lifetime, thePlayerMayBeLetGoOnAnotherQueue) {
-  openReady();
-  player->play();
-  item.reset();
-  dispatch_async(dispatch_get_global_queue(), [last = std::move(player)]() mutable { last.reset(); });
-  loop.advance(30s);
-  EXPECT_EQ(media.aliveEngines(), 0);
-  EXPECT_EQ(loop.pendingTimers(), 0u);
 }
 
 TEST_F(Lifetime, aThousandRoundsLeaveNothingBehind) {

@@ -43,22 +43,52 @@ TEST_F(Selection, offersTheLegibleTracksInTheMediasOrder) {
   EXPECT_EQ(item->asset()->mediaSelectionGroupForMediaCharacteristic("audible"), nullptr);
 }
 
-TEST_F(Selection, selectsOneOrNone) {
+TEST_F(Selection, tellsTheTextThatIsDueInTheTrackThatIsSelected) {
   openReady();
   EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), nullptr);
-  select(1);
-  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[1]);
-  EXPECT_EQ(engine().log().legibleTrack, "c1");
-  item->selectMediaOption(nullptr, group());
-  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), nullptr);
-  EXPECT_EQ(engine().log().legibleTrack, std::nullopt);
-}
-
-TEST_F(Selection, tellsTheTextThatIsDue) {
-  openReady();
   select(0);
   player->play();
   loop.advance(5s);
   EXPECT_THAT(diary->take(),
               ElementsAre("rate 1", "currentCaption Guten Tag", "currentCaption Tschüss", "currentCaption nil"));
+  select(1);
+  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[1]);
+  player->seekToTime(seconds(2.5));
+  loop.advance(1s);
+  EXPECT_EQ(item->currentCaption(), "HELLO");
+  const auto stranger = std::make_shared<AVMediaSelectionOption>("x", AVMediaTypeSubtitle, "fr", "");
+  item->selectMediaOption(stranger, group());
+  EXPECT_EQ(engine().log().legibleTrack, "c1") << "what is not the asset's own is ignored";
+  item->selectMediaOption(nullptr, group());
+  loop.advance(1s);
+  EXPECT_EQ(item->currentCaption(), std::nullopt);
+  EXPECT_EQ(engine().log().legibleTrack, std::nullopt);
+}
+
+TEST_F(Selection, survivesAChangeOfTracks) {
+  openReady();
+  select(0);
+  const auto before = group();
+  auto tracks = engine().tracks();
+  engine().setTracks(tracks);
+  loop.runUntilIdle();
+  EXPECT_EQ(group(), before) << "nothing to choose has changed";
+  std::erase_if(tracks, [](const MediaTrack& track) { return track.identifier == "c1"; });
+  engine().setTracks(tracks);
+  loop.runUntilIdle();
+  EXPECT_EQ(group()->options().size(), 3u);
+  EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[0]);
+  engine().setTracks({});
+  loop.runUntilIdle();
+  EXPECT_EQ(group(), nullptr);
+}
+
+TEST_F(Selection, madeBeforeAPlayerTakesTheItemHolds) {
+  const auto asset = std::make_shared<AVURLAsset>(NSURL::URLWithString(programme));
+  asset->loadValuesAsynchronouslyForKeys({"playable"}, [] {});
+  loop.advance(1s);
+  item = AVPlayerItem::playerItemWithAsset(asset);
+  select(0);
+  player = AVPlayer::playerWithPlayerItem(item);
+  EXPECT_EQ(engine().log().legibleTrack, "s1");
 }
