@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -17,6 +19,13 @@ using namespace std::chrono_literals;
 
 inline std::string sample(const std::string& name) {
   return std::string(YMR_SAMPLES "/") + name;
+}
+
+// A place of media as the name of a parametrised case.
+inline std::string caseName(std::string where) {
+  std::ranges::replace_if(
+      where, [](unsigned char c) { return !std::isalnum(c); }, '_');
+  return where;
 }
 
 // Real media in real time, without a sound device, and a web server that has every sample clip.
@@ -47,12 +56,11 @@ class EngineTest : public testing::Test {
     return reply;
   }
 
-  static NSURL fileURL(const std::string& name) { return NSURL::fileURLWithPath(sample(name)); }
-  NSURL httpURL(const std::string& name) const { return *NSURL::URLWithString(server.url("/" + name)); }
   // "@name" is the clip on the server, a URL is itself, everything else the clip's file.
   NSURL urlOf(const std::string& where) const {
     if (where.find(':') != std::string::npos) return *NSURL::URLWithString(where);
-    return where[0] == '@' ? httpURL(where.substr(1)) : fileURL(where);
+    if (where[0] == '@') return *NSURL::URLWithString(server.url("/" + where.substr(1)));
+    return NSURL::fileURLWithPath(sample(where));
   }
 
   void make(const std::string& where, MediaPurpose purpose = MediaPurpose::programme) {
@@ -64,11 +72,6 @@ class EngineTest : public testing::Test {
     events.ready = [this] { ++told.ready; };
     events.failed = [this](NSError error) { told.failures.push_back(std::move(error)); };
     events.ended = [this] { ++told.ended; };
-    events.bufferingChanged = [this] {
-      told.wasEmpty |= engine->isBufferEmpty();
-      ++told.bufferingChanges;
-    };
-    events.durationChanged = [this] { ++told.durationChanges; };
     events.captionChanged = [this](std::optional<std::string> text) { told.captions.push_back(std::move(text)); };
     engine->setEvents(std::move(events));
     engine->setFrameSink(frames);
@@ -88,9 +91,10 @@ class EngineTest : public testing::Test {
   }
   double position() const { return CMTimeGetSeconds(engine->position()); }
   // Seeks and waits; nil when the completion did not come.
-  std::optional<bool> seek(double seconds) {
+  std::optional<bool> seek(double seconds) { return seek(CMTimeMakeWithSeconds(seconds, 1'000'000'000)); }
+  std::optional<bool> seek(const CMTime& time) {
     std::optional<bool> result;
-    engine->seek(CMTimeMakeWithSeconds(seconds, 1'000'000'000), [&result](bool finished) { result = finished; });
+    engine->seek(time, [&result](bool finished) { result = finished; });
     runUntil([&result] { return result.has_value(); });
     return result;
   }
@@ -104,9 +108,6 @@ class EngineTest : public testing::Test {
   struct Told {
     int ready = 0;
     int ended = 0;
-    int bufferingChanges = 0;
-    int durationChanges = 0;
-    bool wasEmpty = false;
     std::vector<NSError> failures;
     std::vector<std::optional<std::string>> captions;
   };

@@ -45,9 +45,7 @@ TEST_P(BadMedia, failsInWordsAndTheNextOnePlays) {
   engine->setRate(1);
   EXPECT_EQ(seek(1), false);
   EXPECT_THAT(engine->bufferedRanges(), IsEmpty());
-  engine->setMuted(true);
   engine->selectLegibleTrack("none");
-  engine->setFrameSink(nullptr);
   EXPECT_EQ(position(), 0);
   runFor(50ms);
   EXPECT_EQ(told.failures.size(), 1u);
@@ -83,12 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Bad{"http://no.such.host.invalid/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost,
                         "no.such.host"},
                     Bad{"ftp://127.0.0.1/clip.mp4", NSURLErrorDomain, NSURLErrorUnsupportedURL, "ftp:"}),
-    [](const auto& test) {
-      std::string name = test.param.where;
-      std::ranges::replace_if(
-          name, [](unsigned char c) { return !std::isalnum(c); }, '_');
-      return name;
-    });
+    [](const auto& test) { return caseName(test.param.where); });
 
 class DamagedMedia : public EngineTest {};
 
@@ -150,30 +143,23 @@ TEST_F(DamagedMedia, picturesThatNothingDecodesAreAnErrorAndSoundIsNot) {
   ASSERT_TRUE(open("half.mp4"));  // loads the library
   {
     const WithoutDecoders gone("video/x-h264");
-    for (const char* where : {"clip.mp4", "video.mp4", "@clip.mkv"}) {
-      SCOPED_TRACE(where);
-      EXPECT_FALSE(open(where));
-      ASSERT_EQ(told.failures.size(), 1u);
-      EXPECT_EQ(told.failures[0].code, AVErrorDecoderNotFound);
-      EXPECT_THAT(told.failures[0].message, HasSubstr("H.264"));
-    }
+    EXPECT_FALSE(open("clip.mp4"));
+    ASSERT_EQ(told.failures.size(), 1u);
+    EXPECT_EQ(told.failures[0].code, AVErrorDecoderNotFound);
+    EXPECT_THAT(told.failures[0].message, HasSubstr("H.264"));
   }
   {
     const WithoutDecoders gone("audio/mpeg,mpegversion=4");
     ASSERT_TRUE(open("clip.mp4"));
     EXPECT_TRUE(playTo(0.3));
     EXPECT_GT(frames->lastNumber(), 3);
-    EXPECT_FALSE(open("audio.m4a"));
-    ASSERT_EQ(told.failures.size(), 1u);
-    EXPECT_EQ(told.failures[0].code, AVErrorDecoderNotFound);
   }
-  EXPECT_TRUE(open("clip.mp4"));
 }
 
 // An advertisement comes from strangers: only what its picker would have taken is opened, whatever it is called.
 class AdvertisementGate : public EngineTest {};
 
-TEST_F(AdvertisementGate, opensTheAcceptedContainersOnly) {
+TEST_F(AdvertisementGate, opensTheAcceptedContainersOverHTTPOnly) {
   for (const char* name : {"clip.mp4", "rotated.mp4", "captions.mov", "audio.m4a", "fragmented.mp4"}) {
     SCOPED_TRACE(name);
     EXPECT_TRUE(open(std::string("@") + name, MediaPurpose::advertisement));
@@ -192,12 +178,8 @@ TEST_F(AdvertisementGate, opensTheAcceptedContainersOnly) {
     EXPECT_THAT(frames->numbers(), IsEmpty());
   }
   for (const auto& request : server.log()) EXPECT_THAT(request.path, Not(HasSubstr(".ts"))) << "a segment was fetched";
-}
-
-TEST_F(AdvertisementGate, opensHTTPAddressesOnly) {
   EXPECT_FALSE(open("clip.mp4", MediaPurpose::advertisement));
-  ASSERT_EQ(told.failures.size(), 1u);
-  EXPECT_EQ(told.failures[0].code, NSURLErrorUnsupportedURL);
+  EXPECT_EQ(told.failures.at(0).code, NSURLErrorUnsupportedURL);
 }
 
 }  // namespace

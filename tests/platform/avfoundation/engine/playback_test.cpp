@@ -3,11 +3,6 @@
 
 namespace {
 
-using testing::Each;
-using testing::ElementsAre;
-using testing::Gt;
-using testing::IsEmpty;
-
 class Playback : public EngineTest {};
 
 // Nothing twice and nothing in the wrong order; a busy machine may drop single pictures.
@@ -18,8 +13,8 @@ void expectRisingWithoutGaps(const std::vector<int>& numbers, int largestGap) {
   }
 }
 
-TEST_F(Playback, showsEveryPictureInOrderAndHoldsTheLast) {
-  for (const char* where : {"half.mp4", "@half.mp4"}) {
+TEST_F(Playback, everyShortClipShowsItsPicturesInOrderEndsOnceAndHoldsTheLast) {
+  for (const char* where : {"half.mp4", "@half.mp4", "oneframe.mp4", "@oneframe.mp4", "silent.mp4", "longsound.mp4"}) {
     SCOPED_TRACE(where);
     ASSERT_TRUE(open(where));
     engine->setRate(1);
@@ -27,14 +22,13 @@ TEST_F(Playback, showsEveryPictureInOrderAndHoldsTheLast) {
         << "at " << position() << (engine->isBufferEmpty() ? " starving" : "");
     const auto numbers = frames->numbers();
     EXPECT_EQ(numbers.front(), 0);
-    EXPECT_GT(numbers.back(), 9);
+    EXPECT_GE(numbers.back(), std::string(where).ends_with("half.mp4") ? 10 : 0);
     expectRisingWithoutGaps(numbers, 5);
-    EXPECT_EQ(engine->position(), engine->duration());
-    EXPECT_TRUE(frames->last().isValid());
     runFor(300ms);
     EXPECT_EQ(told.ended, 1);
     EXPECT_EQ(frames->numbers(), numbers);
     EXPECT_EQ(engine->position(), engine->duration());
+    EXPECT_TRUE(frames->last().isValid());
     EXPECT_TRUE(engine->isLikelyToKeepUp());
     EXPECT_FALSE(engine->isBufferEmpty());
   }
@@ -65,28 +59,7 @@ TEST_F(Playback, positionIsSmoothWhilePlayingAndStandsWhilePaused) {
   expectRisingWithoutGaps(frames->numbers(), 5);
 }
 
-TEST_F(Playback, everyShortClipEnds) {
-  for (const char* where : {"oneframe.mp4", "silent.mp4", "video.mp4", "longsound.mp4", "@oneframe.mp4"}) {
-    SCOPED_TRACE(where);
-    ASSERT_TRUE(open(where));
-    if (CMTimeGetSeconds(engine->duration()) > 2) {
-      ASSERT_EQ(seek(CMTimeGetSeconds(engine->duration()) - 0.3), true);
-    }
-    engine->setRate(1);
-    EXPECT_TRUE(runUntil([this] { return told.ended > 0; }));
-    EXPECT_NEAR(position(), CMTimeGetSeconds(engine->duration()), 0.001);
-  }
-}
-
-TEST_F(Playback, picturesOutliveTheEngine) {
-  ASSERT_TRUE(open("clip.mp4"));
-  const VideoFrame frame = frames->last();
-  engine.reset();
-  runFor(100ms);
-  EXPECT_EQ(numberOf(frame), 0);
-}
-
-TEST_F(Playback, picturesSayHowTheyAreToBeShown) {
+TEST_F(Playback, picturesSayHowTheyAreToBeShownAndOutliveTheEngine) {
   ASSERT_TRUE(open("rotated.mp4"));
   EXPECT_EQ(frames->last().rotation, 270);  // the file asks for a quarter turn the other way round
   EXPECT_FALSE(frames->last().mirrored);
@@ -96,6 +69,10 @@ TEST_F(Playback, picturesSayHowTheyAreToBeShown) {
   EXPECT_EQ(frames->last().pixelAspectNumerator, 64);
   EXPECT_EQ(frames->last().pixelAspectDenominator, 45);
   EXPECT_EQ(frames->last().time, kCMTimeZero);
+  const VideoFrame frame = frames->last();
+  engine.reset();
+  runFor(100ms);
+  EXPECT_EQ(numberOf(frame), 0);
 }
 
 }  // namespace

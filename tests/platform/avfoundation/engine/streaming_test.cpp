@@ -3,17 +3,9 @@
 
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
-class Streaming : public EngineTest {
- protected:
-  std::size_t requestsWith(const std::string& part) const {
-    return static_cast<std::size_t>(std::ranges::count_if(
-        server.log(), [&part](const auto& request) { return request.path.find(part) != std::string::npos; }));
-  }
-};
+class Streaming : public EngineTest {};
 
 TEST_F(Streaming, aPlaylistOfSeveralBitratesSettlesOnOneThatComesInTime) {
   ASSERT_TRUE(open("@hls/master.m3u8"));
@@ -23,7 +15,6 @@ TEST_F(Streaming, aPlaylistOfSeveralBitratesSettlesOnOneThatComesInTime) {
   EXPECT_EQ(frames->lastNumber(), 250);
   ASSERT_TRUE(playTo(15));
   EXPECT_EQ(frames->last().width, 640) << "a quick server is asked for the better pictures";
-  EXPECT_GT(requestsWith("/high/"), 0u);
 }
 
 TEST_F(Streaming, aLivePlaylistHasNoEndAndGoesOn) {
