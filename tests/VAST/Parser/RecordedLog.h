@@ -5,12 +5,12 @@
 
 #include "VAST/SKLogger.h"
 
-// Everything that is logged while it lives, as "level tag: message".
+// Everything that is logged while it lives, up to `level`, as "level tag: message".
 class RecordedLog {
  public:
-  RecordedLog() {
-    SKLogger::installSink(SKLogLevelDebug, [this](int level, std::string_view tag, std::string_view message) {
-      const auto name = SKLogger::levelNames()[static_cast<std::size_t>(level)];
+  explicit RecordedLog(int level = SKLogLevelDebug) {
+    SKLogger::installSink(level, [this](int at, std::string_view tag, std::string_view message) {
+      const auto name = SKLogger::levelNames()[static_cast<std::size_t>(at)];
       lines_.push_back(std::string(name) + " " + std::string(tag) + ": " + std::string(message));
     });
   }

@@ -9,34 +9,35 @@ using testing::SizeIs;
 
 namespace {
 
+using Lines = std::vector<std::string>;
+
 std::shared_ptr<YMRVastModel> modelOf(std::initializer_list<std::string> documents) {
   auto model = std::make_shared<YMRVastModel>();
   for (const auto& document : documents) model->addVASTDocument(VASTDocument(document));
   return model;
 }
 
-std::vector<std::string> urls(const std::vector<NSURL>& list) {
-  std::vector<std::string> texts;
-  for (const auto& url : list) texts.push_back(url.absoluteString());
-  return texts;
+std::string shown(const NSURL& url) {
+  return url.absoluteString();
+}
+std::string shown(const SKVASTUrlWithId& url) {
+  return url.id_().value_or("nil") + " " + shown(*url.url());
+}
+std::string shown(const std::shared_ptr<YMRVastModel>& model) {
+  return model->adID();
+}
+std::string shown(const std::shared_ptr<SKVASTMediaFile>& file) {
+  return shown(*file->url());
+}
+template <typename List>
+Lines each(const List& list) {
+  Lines lines;
+  for (const auto& one : list) lines.push_back(shown(one));
+  return lines;
 }
 
-std::vector<std::string> urls(const std::vector<SKVASTUrlWithId>& list) {
-  std::vector<std::string> texts;
-  for (const auto& each : list) texts.push_back(each.id_().value_or("nil") + " " + each.url()->absoluteString());
-  return texts;
-}
-
-std::vector<std::string> ids(const YMRVastModel::Models& models) {
-  std::vector<std::string> texts;
-  for (const auto& model : models) texts.push_back(model->adID());
-  return texts;
-}
-
-std::vector<std::string> files(const YMRVastModel& model) {
-  std::vector<std::string> texts;
-  for (const auto& file : model.mediaFiles()) texts.push_back(file->url()->absoluteString());
-  return texts;
+std::string impression(const std::string& name) {
+  return "<Impression>http://t.test/" + name + "</Impression>";
 }
 
 const std::string elsewhere = "http://ads.test/next";
@@ -47,73 +48,66 @@ TEST(ModelDeathTest, stopsWhenItsOutcomeIsReadBeforeThereIsOne) {
   EXPECT_DEATH(YMRVastModel().getVastError(), "before any step");
 }
 
-TEST(Model, answersForTheInlineAdOfItsLastDocument) {
-  const auto model =
-      modelOf({vast::document(vast::wrapper(elsewhere), "3.0"),
-               vast::document(vast::inLine("<AdTitle>Harbour</AdTitle><Description><![CDATA[At dawn]]></Description>" +
-                                           vast::linear(vast::mediaFile(" http://media.test/a|b.mp4\n"))))});
+TEST(Model, answersForItsLastDocumentAndGathersURLsOfTheWholeChainOutermostFirst) {
+  const auto model = modelOf(
+      {vast::document(
+           vast::wrapper(elsewhere, "",
+                         "<Impression id='w'>http://t.test/w1</Impression><Error>http://t.test/e1</Error>" +
+                             impression("w2") + vast::linear("", vast::tracking("start", "http://t.test/s1"))),
+           "3.0"),
+       vast::document(vast::inLine(
+           "<AdTitle>Harbour</AdTitle><Description><![CDATA[At dawn]]></Description>"
+           "<Impression id=''>\n <![CDATA[http://t.test/i?a|b]]> \n</Impression>"
+           "<Error id='x'>http://t.test/e2</Error>" +
+           vast::linear(vast::mediaFile(" http://media.test/a|b.mp4\n"),
+                        vast::tracking("start", "http://t.test/s2") + vast::tracking("pause", "http://t.test/p") +
+                            "<Tracking>http://t.test/without-event</Tracking>") +
+           "<Extensions><Extension><CustomTracking>" + vast::tracking("start", "http://t.test/c") +
+           vast::tracking("skip", "http://t.test/k") + "</CustomTracking></Extension></Extensions>"))});
   EXPECT_EQ(model->vastVersion(), "3.0") << "of the first document";
   EXPECT_EQ(model->adTitle(), "Harbour");
   EXPECT_EQ(model->adDescription(), "At dawn");
   EXPECT_FALSE(model->redirectUrl()) << "the wrapper is not in the last document";
-  EXPECT_THAT(files(*model), ElementsAre("http://media.test/a%7cb.mp4"));
-}
-
-TEST(Model, gathersURLsOfTheWholeChainOutermostFirst) {
-  const auto model = modelOf(
-      {vast::document(vast::wrapper(elsewhere, "",
-                                    "<Impression id='w'>http://t.test/w1</Impression><Error>http://t.test/e1</Error>"
-                                    "<Impression>http://t.test/w2</Impression>" +
-                                        vast::linear("", vast::tracking("start", "http://t.test/s1")))),
-       vast::document(vast::inLine(
-           "<Impression id=''>\n <![CDATA[http://t.test/i?a|b]]> \n</Impression><Error "
-           "id='x'>http://t.test/e2</Error>" +
-           vast::linear("", vast::tracking("start", "http://t.test/s2") + vast::tracking("pause", "http://t.test/p") +
-                                "<Tracking>http://t.test/without-event</Tracking>") +
-           "<Extensions><Extension><CustomTracking>" + vast::tracking("start", "http://t.test/c") +
-           vast::tracking("skip", "http://t.test/k") + "</CustomTracking></Extension></Extensions>"))});
-  EXPECT_THAT(urls(model->impressions()),
+  EXPECT_THAT(each(model->mediaFiles()), ElementsAre("http://media.test/a%7cb.mp4"));
+  EXPECT_THAT(each(model->impressions()),
               ElementsAre("w http://t.test/w1", "nil http://t.test/w2", " http://t.test/i?a%7cb"));
-  EXPECT_THAT(urls(model->errors()), ElementsAre("nil http://t.test/e1", "x http://t.test/e2"));
+  EXPECT_THAT(each(model->errors()), ElementsAre("nil http://t.test/e1", "x http://t.test/e2"));
   const auto events = model->trackingEvents();
   EXPECT_THAT(events, SizeIs(3));
-  EXPECT_THAT(urls(events.at("start")), ElementsAre("http://t.test/s1", "http://t.test/s2", "http://t.test/c"));
-  EXPECT_THAT(urls(events.at("pause")), ElementsAre("http://t.test/p"));
-  EXPECT_THAT(urls(events.at("skip")), ElementsAre("http://t.test/k"));
+  EXPECT_THAT(each(events.at("start")), ElementsAre("http://t.test/s1", "http://t.test/s2", "http://t.test/c"));
+  EXPECT_THAT(each(events.at("pause")), ElementsAre("http://t.test/p"));
+  EXPECT_THAT(each(events.at("skip")), ElementsAre("http://t.test/k"));
 }
 
 // Only the last step of a path may meet several elements of one name.
 TEST(Model, findsNothingBehindTwoElementsOfOneName) {
-  const std::string creative = "<Creative><Linear><TrackingEvents>" + vast::tracking("start", "http://t.test/s") +
-                               "</TrackingEvents><MediaFiles>" + vast::mediaFile("http://media.test/a.mp4") +
-                               "</MediaFiles></Linear></Creative>";
-  const std::string impression = "<Impression>http://t.test/i</Impression>";
-  const auto two =
-      modelOf({vast::document(vast::inLine(impression + "<Creatives>" + creative + creative + "</Creatives>"))});
-  EXPECT_THAT(two->mediaFiles(), IsEmpty());
-  EXPECT_THAT(two->trackingEvents(), IsEmpty());
-  EXPECT_THAT(two->impressions(), SizeIs(1));
-  const auto twoLinears = modelOf({vast::document(vast::inLine("<Creatives><Creative><Linear/><Linear><MediaFiles>" +
-                                                               vast::mediaFile("http://media.test/a.mp4") +
-                                                               "</MediaFiles></Linear></Creative></Creatives>"))});
-  EXPECT_THAT(twoLinears->mediaFiles(), IsEmpty());
-  const auto twoInLines = modelOf({vast::document("<Ad><InLine>" + impression + "</InLine><InLine/></Ad>")});
+  const std::string linear = "<Linear><TrackingEvents>" + vast::tracking("start", "http://t.test/s") +
+                             "</TrackingEvents><MediaFiles>" + vast::mediaFile("http://media.test/a.mp4") +
+                             "</MediaFiles></Linear>";
+  const std::string one = "<Creatives><Creative>" + linear + "</Creative></Creatives>";
+  const std::string two =
+      "<Creatives><Creative>" + linear + "</Creative><Creative>" + linear + "</Creative></Creatives>";
+  const std::string twoLinears = "<Creatives><Creative><Linear/>" + linear + "</Creative></Creatives>";
+  for (const auto& creatives : {two, twoLinears}) {
+    const auto model = modelOf({vast::document(vast::inLine(impression("i") + creatives))});
+    EXPECT_THAT(model->mediaFiles(), IsEmpty());
+    EXPECT_THAT(model->trackingEvents(), IsEmpty());
+    EXPECT_THAT(model->impressions(), SizeIs(1));
+  }
+  const auto twoInLines = modelOf({vast::document("<Ad><InLine>" + impression("i") + "</InLine><InLine/></Ad>")});
   EXPECT_THAT(twoInLines->impressions(), IsEmpty());
-  const auto chain =
-      modelOf({vast::document(vast::wrapper(elsewhere, "", "<Creatives>" + creative + creative + "</Creatives>")),
-               vast::document(vast::inLine("<Creatives>" + creative + "</Creatives>"))});
+  const auto chain = modelOf({vast::document(vast::wrapper(elsewhere, "", two)), vast::document(vast::inLine(one))});
   EXPECT_THAT(chain->trackingEvents().at("start"), SizeIs(1)) << "only the wrapper's are lost";
 }
 
 TEST(Model, leavesOutWhatCannotBeAskedFor) {
-  for (const std::string bad :
-       {"file:///etc/passwd", "ftp://t.test/x", "data:text/plain,x", "javascript:alert(1)", "java\nscript:alert(1)",
-        "fi&#9;le:///etc/passwd", "not a url", "/relative", "", " \n "}) {
+  for (const std::string bad : {"file:///etc/passwd", "data:text/plain,x", "java\nscript:alert(1)",
+                                "fi&#9;le:///etc/passwd", "not a url", "/relative", " \n "}) {
     const auto model = modelOf({vast::document(vast::inLine(
         "<Impression>" + bad + "</Impression><Error>" + bad + "</Error><Error>http://t.test/e</Error>" +
         vast::linear("<MediaFile type='video/mp4'>" + bad + "</MediaFile>", vast::tracking("start", bad))))});
     EXPECT_THAT(model->impressions(), IsEmpty()) << bad;
-    EXPECT_THAT(urls(model->errors()), ElementsAre("nil http://t.test/e")) << bad;
+    EXPECT_THAT(each(model->errors()), ElementsAre("nil http://t.test/e")) << bad;
     EXPECT_THAT(model->trackingEvents(), IsEmpty()) << bad;
     EXPECT_THAT(model->mediaFiles(), IsEmpty()) << bad;
   }
@@ -126,7 +120,6 @@ TEST(Model, answersNothingOrWhatThereIsForStrangeDocuments) {
     std::optional<std::string> version;
     std::size_t files;
   } rows[] = {
-      {"nothing", "", std::nullopt, 0},
       {"no XML", "<html><body>It works!", std::nullopt, 0},
       {"no ad", "<VAST version='3.0'/>", "3.0", 0},
       {"an empty ad", "<VAST version='3.0'><Ad/></VAST>", "3.0", 0},
@@ -137,8 +130,6 @@ TEST(Model, answersNothingOrWhatThereIsForStrangeDocuments) {
        "2.0", 0},
       {"VAST 1", "<VideoAdServingTemplate><Ad><InLine/></Ad></VideoAdServingTemplate>", std::nullopt, 0},
       {"VAST 4", vast::document(vast::playable("a"), "4.2"), "4.2", 1},
-      {"a single ad of a pod", vast::document(vast::playable("a", "id='A' sequence='1'")), "2.0", 1},
-      {"without version", "<VAST>" + vast::playable("a") + "</VAST>", std::nullopt, 1},
       {"in a default namespace",
        "<VAST version='4.0' xmlns='http://www.iab.com/VAST'>" + vast::playable("a") + "</VAST>", "4.0", 1},
       {"in a prefixed namespace", "<v:VAST xmlns:v='urn:v' version='4.0'><v:Ad/></v:VAST>", std::nullopt, 0},
@@ -164,22 +155,16 @@ TEST(Model, splitsIntoPodAndStandaloneAds) {
       modelOf({vast::document(vast::playable("first", "id='S1'") + vast::playable("pod", "id='P' sequence='1'") +
                               vast::playable("nameless", "") + vast::playable("q", "id='Q' sequence='2'") +
                               vast::playable("r", "id='R' sequence='10'") + vast::playable("second", "id='S2'"))});
-  ASSERT_THAT(ids(model->sequencedAdModels()), ElementsAre("P", "R", "Q")) << "by sequence as text";
+  ASSERT_THAT(each(model->sequencedAdModels()), ElementsAre("P", "R", "Q")) << "by sequence as text";
   EXPECT_FALSE(model->adTitle() || model->redirectUrl()) << "a model that was split answers no query";
-  ASSERT_THAT(ids(model->standaloneAdModels()), ElementsAre("S1", "S2")) << "one without id could not be found again";
+  ASSERT_THAT(each(model->standaloneAdModels()), ElementsAre("S1", "S2")) << "one without id could not be found again";
   EXPECT_EQ(model->adModels()[0]->parent(), model);
   EXPECT_FALSE(model->standaloneAdModels()[0]->parent());
-  for (const auto& child : {model->adModels()[0], model->standaloneAdModels()[0]}) {
-    EXPECT_THAT(child->adIDs(), ElementsAre(child->adID()));
-    EXPECT_EQ(child->vastDocumentArray(), model->vastDocumentArray());
-    EXPECT_EQ(child->vastDocument(), model->vastDocumentArray().back());
-  }
   EXPECT_EQ(model->adModels()[0]->adTitle(), "pod");
-  EXPECT_THAT(files(*model->standaloneAdModels()[1]), ElementsAre("http://media.test/second.mp4"));
+  EXPECT_THAT(each(model->standaloneAdModels()[1]->mediaFiles()), ElementsAre("http://media.test/second.mp4"));
 }
 
 TEST(Model, givesAChildTheURLsOfItsOwnAdInEveryDocument) {
-  const auto impression = [](const std::string& name) { return "<Impression>http://t.test/" + name + "</Impression>"; };
   const auto root = modelOf({vast::document(vast::wrapper(elsewhere, "id='other' sequence='1'", impression("other")) +
                                             vast::wrapper(elsewhere, "id='A' sequence='2'", impression("outer")))});
   const auto child = root->adModels()[1];
@@ -188,63 +173,46 @@ TEST(Model, givesAChildTheURLsOfItsOwnAdInEveryDocument) {
   child->addVASTDocument(VASTDocument(vast::document(vast::inLine(impression("a"), "id='x' sequence='1'") +
                                                      vast::inLine(impression("b"), "id='y' sequence='2'"))));
   EXPECT_THAT(root->vastDocumentArray(), SizeIs(1)) << "chains grow apart";
-  ASSERT_THAT(ids(root->sequencedAdModels()), ElementsAre("other", "x", "y"));
+  ASSERT_THAT(each(root->sequencedAdModels()), ElementsAre("other", "x", "y"));
   const auto grandchild = child->adModels()[1];
   EXPECT_THAT(grandchild->adIDs(), ElementsAre("A", "", "y"));
-  EXPECT_THAT(urls(grandchild->impressions()),
+  EXPECT_THAT(each(grandchild->impressions()),
               ElementsAre("nil http://t.test/outer", "nil http://t.test/middle", "nil http://t.test/b"));
+  // One split into stand-alone ads only has one id fewer than documents, and is asked all the same.
+  const auto other = root->adModels()[0];
+  other->addVASTDocument(VASTDocument(vast::document(vast::playable("s", "id='s'") + vast::playable("t", "id='t'"))));
+  EXPECT_THAT(each(root->sequencedAdModels()), ElementsAre("other", "x", "y"));
+  EXPECT_THAT(other->mediaFiles(), IsEmpty());
+  EXPECT_THAT(each(other->impressions()), ElementsAre("nil http://t.test/other"));
 }
 
-// A child that was split into stand-alone ads only has one id fewer than documents, and is asked all the same.
-TEST(Model, survivesAChildThatBecameStandaloneAdsOnly) {
-  const auto root =
-      modelOf({vast::document(vast::wrapper(elsewhere, "id='A' sequence='1'", "<Error>http://t.test/e</Error>") +
-                              vast::wrapper(elsewhere, "id='B' sequence='2'"))});
-  const auto child = root->adModels()[0];
-  child->addVASTDocument(VASTDocument(vast::document(vast::playable("s", "id='s'") + vast::playable("t", "id='t'"))));
-  EXPECT_THAT(ids(root->sequencedAdModels()), ElementsAre("A", "B"));
-  EXPECT_THAT(child->mediaFiles(), IsEmpty());
-  EXPECT_THAT(urls(child->errors()), ElementsAre("nil http://t.test/e"));
-}
-
-TEST(Model, handsOutEachStandaloneAdOnce) {
-  const auto root = modelOf(
-      {vast::document(vast::wrapper(elsewhere, "id='S1'") + vast::playable("s2", "id='S2'") +
-                      vast::playable("p", "id='P' sequence='1'") + vast::playable("q", "id='Q' sequence='2'"))});
-  const auto split = root->standaloneAdModels()[0];
-  split->addVASTDocument(VASTDocument(
-      vast::document(vast::playable("x", "id='x' sequence='1'") + vast::playable("y", "id='y' sequence='2'"))));
-  const auto first = root->adModels()[0];
-  const auto second = root->adModels()[1];
-  EXPECT_THAT(ids(first->sequencedAdModelsOfStandaloneAd()), ElementsAre("x"));
-  EXPECT_THAT(ids(root->standaloneAdModels()), ElementsAre("y", "S2"));
-  EXPECT_THAT(ids(second->sequencedAdModelsOfStandaloneAd()), ElementsAre("y")) << "the list is the parent's";
-  EXPECT_THAT(ids(root->sequencedAdModelsOfStandaloneAd()), IsEmpty()) << "the root has no parent";
-  second->setParent(nullptr);
-  EXPECT_THAT(second->sequencedAdModelsOfStandaloneAd(), IsEmpty());
-  EXPECT_THAT(ids(first->sequencedAdModelsOfStandaloneAd()), ElementsAre("S2"));
-  EXPECT_THAT(first->sequencedAdModelsOfStandaloneAd(), IsEmpty());
-}
-
-TEST(Model, keepsFallBacksForAChildWhenNobodyKeepsItsParent) {
+TEST(Model, handsOutEachStandaloneAdOnceThoughNobodyKeepsTheParent) {
+  YMRVastModel::Models pod;
   std::weak_ptr<YMRVastModel> parent;
-  YMRVastModel::Models ads;
   {
-    const auto root =
-        modelOf({vast::document(vast::playable("s", "id='S'") + vast::playable("p", "id='P' sequence='1'"))});
-    ads = root->sequencedAdModels();
+    const auto root = modelOf(
+        {vast::document(vast::wrapper(elsewhere, "id='S1'") + vast::playable("s2", "id='S2'") +
+                        vast::playable("p", "id='P' sequence='1'") + vast::playable("q", "id='Q' sequence='2'"))});
     parent = root;
+    root->standaloneAdModels()[0]->addVASTDocument(VASTDocument(
+        vast::document(vast::playable("x", "id='x' sequence='1'") + vast::playable("y", "id='y' sequence='2'"))));
+    pod = root->adModels();
+    EXPECT_THAT(each(pod[0]->sequencedAdModelsOfStandaloneAd()), ElementsAre("x"));
+    EXPECT_THAT(each(root->standaloneAdModels()), ElementsAre("y", "S2"));
+    EXPECT_THAT(each(root->sequencedAdModelsOfStandaloneAd()), IsEmpty()) << "the root has no parent";
   }
   EXPECT_TRUE(parent.expired()) << "a tree of models goes without being taken apart";
-  EXPECT_THAT(ids(ads.at(0)->sequencedAdModelsOfStandaloneAd()), ElementsAre("S"));
+  EXPECT_THAT(each(pod[1]->sequencedAdModelsOfStandaloneAd()), ElementsAre("y")) << "the list is the parent's";
+  EXPECT_THAT(each(pod[0]->sequencedAdModelsOfStandaloneAd()), ElementsAre("S2"));
+  EXPECT_THAT(pod[0]->sequencedAdModelsOfStandaloneAd(), IsEmpty());
 }
 
 // Quadratic work anywhere would take minutes.
 TEST(Model, answersForTwentyThousandAds) {
   std::string ads;
   for (int i = 0; i < 20'000; ++i) {
-    const std::string id = "id='" + std::to_string(i) + "'";
-    ads += vast::playable(std::to_string(i), i % 2 ? id : id + " sequence='" + std::to_string(i) + "'");
+    const std::string number = std::to_string(i);
+    ads += vast::playable(number, "id='" + number + (i % 2 ? "'" : "' sequence='" + number + "'"));
   }
   const auto model = modelOf({vast::document(ads)});
   const auto pod = model->sequencedAdModels();
@@ -252,8 +220,6 @@ TEST(Model, answersForTwentyThousandAds) {
   for (const auto& ad : pod) {
     EXPECT_EQ(ad->adTitle(), ad->adID());
     EXPECT_THAT(ad->mediaFiles(), SizeIs(1));
-    EXPECT_THAT(ad->errors(), IsEmpty());
     EXPECT_THAT(ad->sequencedAdModelsOfStandaloneAd(), SizeIs(1));
   }
-  EXPECT_THAT(model->standaloneAdModels(), IsEmpty());
 }

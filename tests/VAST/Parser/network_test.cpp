@@ -19,7 +19,6 @@ using Model = std::shared_ptr<YMRVastModel>;
 struct Requests : testing::Test {
   // The last case leaves requests behind, which must not go on with another case's loader.
   Requests() { options.loader = URLLoader::shared(); }
-
   // Runs one request per URL, all at once, and checks that each ends once and in time.
   std::vector<Model> request(const std::vector<std::string>& urls) {
     std::vector<Model> models(urls.size());

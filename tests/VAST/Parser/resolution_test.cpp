@@ -1,20 +1,102 @@
-// What a tag becomes: chains, trees, and what of them fails.
-#include "tests/VAST/Parser/Resolution.h"
+// What a tag becomes: chains, trees, what of them fails; and that a request ends, once, in time and within bounds,
+// whatever comes.
+#include <gmock/gmock.h>
+
+#include "VAST/Parser/SKVAST2Parser.h"
+#include "platform/dispatch/VirtualRunLoop.h"
+#include "tests/VAST/Parser/VASTTexts.h"
+#include "tests/support/ScriptedURLLoader.h"
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
+namespace {
+
+const std::string ads = "http://ads.test/";
+
+// Requests against a scripted loader, on virtual time.
+struct Resolution : testing::Test {
+  using Model = std::shared_ptr<YMRVastModel>;
+
+  // Runs one request to its end, within the time that a request may take.
+  Model finish(const std::function<void(SKVAST2Parser&, SKVAST2Parser::Completion)>& begin) {
+    Model model;
+    int completions = 0;
+    options.hopObserver = [this](const VASTHop& hop) {
+      EXPECT_FALSE(loop.isCurrent());
+      hops.push_back(hop);
+    };
+    {
+      SKVAST2Parser parser(options);
+      begin(parser, [&](Model result) {
+        EXPECT_TRUE(loop.isCurrent());
+        model = std::move(result);
+        ++completions;
+      });
+      EXPECT_EQ(completions, 0) << "completed before the call returned";
+    }
+    const auto startedAt = loop.now();
+    EXPECT_TRUE(loop.advanceUntil([&] { return completions > 0; }, std::chrono::seconds(30))) << "never completed";
+    took = std::chrono::duration_cast<std::chrono::milliseconds>(loop.now() - startedAt);
+    loop.advance(std::chrono::minutes(1));
+    EXPECT_EQ(completions, 1);
+    EXPECT_EQ(loop.pendingTimers(), 0u);
+    return model;
+  }
+
+  Model request(const std::string& url) {
+    return finish([&](SKVAST2Parser& parser, auto completion) {
+      parser.parseWithUrl(NSURL::URLWithString(url), std::move(completion));
+    });
+  }
+  Model requestTag() { return request(ads + "tag"); }
+  Model requestDocument(const std::string& text) {
+    return finish([&](SKVAST2Parser& parser, auto completion) {
+      parser.parseWithData(VASTDocument(text), std::move(completion));
+    });
+  }
+
+  void serve(const std::string& name, const std::string& content) {
+    loader->answer(ads + name, vast::document(content));
+  }
+
+  std::vector<std::string> asked() const {
+    auto urls = loader->askedURLs();
+    for (auto& url : urls) url.erase(0, ads.size());
+    return urls;
+  }
+
+  static std::vector<SKVASTError> errors(const YMRVastModel::Models& models) {
+    std::vector<SKVASTError> list;
+    for (const auto& model : models) list.push_back(model->getVastError());
+    return list;
+  }
+
+  VirtualRunLoop loop;
+  ScriptedLoaderInPlace inPlace;
+  const std::shared_ptr<ScriptedURLLoader> loader = inPlace.loader;
+  SKVAST2ParserOptions options;
+  std::vector<VASTHop> hops;
+  std::chrono::milliseconds took{0};
+};
+
+}  // namespace
+
 TEST_F(Resolution, followsFourWrappersAndRefusesTheFifth) {
-  serveChain(4);
+  for (const std::string hop : {"tag", "1", "2", "3"}) {
+    serve(hop, vast::wrapper(" " + ads + std::to_string(std::atoi(hop.c_str()) + 1) + " \n", "",
+                             "<Impression>http://t.test/" + hop + "</Impression>"));
+  }
+  serve("4", vast::playable("end"));
   const auto four = requestTag();
   EXPECT_EQ(four->getVastError(), 1);
   EXPECT_EQ(four->adTitle(), "end");
   EXPECT_THAT(four->adIDs(), ElementsAre("", "", "", "", ""));
   EXPECT_THAT(four->impressions(), SizeIs(4));
   EXPECT_EQ(four->impressions()[0].url()->absoluteString(), "http://t.test/tag");
-  serve("self", vast::wrapper(" " + ads + "self?a|b \n"));
+  serve("self", vast::wrapper(ads + "self?a|b"));
   loader->answer(ads + "self?a%7cb", vast::document(vast::wrapper(ads + "self")));
   const auto five = request(ads + "self");
   EXPECT_EQ(five->getVastError(), 4);
@@ -51,9 +133,7 @@ TEST_F(Resolution, resolvesATreeDepthFirstAndOneHopAtATime) {
   EXPECT_EQ(took, 500ms);
   const auto pod = model->sequencedAdModels();
   ASSERT_THAT(pod, SizeIs(3));
-  EXPECT_EQ(pod[0]->adTitle(), "a11");
-  EXPECT_EQ(pod[1]->adTitle(), "a2");
-  EXPECT_EQ(pod[2]->adTitle(), "b");
+  EXPECT_THAT((std::vector{pod[0]->adTitle(), pod[1]->adTitle(), pod[2]->adTitle()}), ElementsAre("a11", "a2", "b"));
   EXPECT_THAT(errors(pod), ElementsAre(1, 1, 1));
   EXPECT_EQ(model->getVastError(), 0);
 }
@@ -85,4 +165,76 @@ TEST_F(Resolution, refusesADocumentThatTheSchemaDoesNotAllowWhenAskedTo) {
   const auto refused = requestDocument(invalid);
   EXPECT_EQ(refused->getVastError(), 3);
   EXPECT_THAT(refused->vastDocumentArray(), IsEmpty());
+}
+
+TEST_F(Resolution, endsWhenTheTimeOfTheWholeRequestIsUp) {
+  std::string pod = vast::playable("first", "id='0' sequence='0'");
+  for (const std::string name : {"1", "2", "3", "4", "5"}) {
+    pod += vast::wrapper(ads + name, "id='" + name + "' sequence='" + name + "'");
+    loader->answer(ads + name, {200, "", {}, {}, true});
+  }
+  loader->answer(ads + "tag", {200, vast::document(pod), 4s, {}, false});
+  const auto model = requestTag();
+  EXPECT_EQ(took, 30s);
+  EXPECT_THAT(asked(), ElementsAre("tag", "1", "2", "3")) << "10 s each, and 6 s for the last";
+  EXPECT_THAT(errors(model->adModels()), ElementsAre(0, 7, 7, 7, 7, 7));
+  EXPECT_THAT(model->adModels()[0]->mediaFiles(), SizeIs(1)) << "what is resolved plays";
+  EXPECT_THAT(hops, SizeIs(6));
+}
+
+// A loader whose places are all taken keeps a fetch beyond its own limits.
+TEST_F(Resolution, endsInTimeWithAFetchThatIsHeldBack) {
+  struct Stuck : URLLoader {
+    std::vector<std::function<void()>> late;
+    void load(URLRequest, const dispatch_queue_t& queue, Completion completion) override {
+      late.push_back([queue, completion = std::move(completion)] {
+        dispatch_async(queue, [completion] { completion(URLResponse{200, {}, {}, {}}); });
+      });
+    }
+    bool send(URLRequest) override { return false; }
+  };
+  const auto stuck = std::make_shared<Stuck>();
+  options.loader = stuck;
+  EXPECT_EQ(requestTag()->getVastError(), 7);
+  EXPECT_EQ(took, 30s);
+  for (const auto& end : std::exchange(stuck->late, {})) end();
+  loop.advance(1min);
+  EXPECT_THAT(hops, SizeIs(1)) << "what comes late is not listened to";
+}
+
+TEST_F(Resolution, boundsWhatARequestBringsInAll) {
+  const auto podOf = [](const std::string& target) {
+    std::string pod;
+    for (const std::string name : {"1", "2", "3", "4", "5", "6"}) {
+      pod += vast::wrapper(ads + target, "id='" + name + "' sequence='" + name + "'");
+    }
+    return pod;
+  };
+  std::string comments;
+  while (comments.size() < 15'000'000) comments += "<!--" + std::string(1'000'000, '.') + "-->";
+  serve("large", vast::playable("large") + comments);
+  serve("tag", podOf("large"));
+  EXPECT_THAT(errors(requestTag()->adModels()), ElementsAre(1, 1, 1, 1, 6, 6)) << "64 MiB";
+
+  std::string elements;
+  for (int i = 0; i < 300'000; ++i) elements += "<x/>";
+  serve("many", vast::playable("many") + elements);
+  EXPECT_THAT(errors(requestDocument(vast::document(podOf("many")))->adModels()), ElementsAre(1, 1, 1, 2, 2, 2))
+      << "a million elements";
+}
+
+TEST_F(Resolution, harmsNobodyWhenItsHubIsGone) {
+  serve("tag", vast::wrapper(ads + "a", "id='A' sequence='1'") + vast::playable("b", "id='B' sequence='2'"));
+  serve("a", vast::playable("c", "id='C' sequence='1'") + vast::playable("d", "id='D' sequence='2'"));
+  auto hub = std::make_shared<int>(0);
+  std::weak_ptr<YMRVastModel> seen;
+  SKVAST2Parser().parseWithUrl(NSURL::URLWithString(ads + "tag"),
+                               [weak = std::weak_ptr(hub), &seen](std::shared_ptr<YMRVastModel> model) {
+                                 seen = model;
+                                 if (const auto alive = weak.lock()) ++*alive;
+                               });
+  hub.reset();
+  loop.advance(1min);
+  EXPECT_TRUE(seen.expired()) << "nobody keeps the model";
+  EXPECT_THAT(asked(), ElementsAre("tag", "a"));
 }
