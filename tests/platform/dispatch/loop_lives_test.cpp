@@ -98,15 +98,14 @@ TEST(PlainRunLoopTest, workersLeaveSignalsToTheHostsThreads) {
 
 template <typename Loop>
 void goWithBlocksThatPostAsTheyGo() {
-  struct PostsWhenItGoes {
-    ~PostsWhenItGoes() {
-      EXPECT_TRUE(RunLoop::whileInstalled([](RunLoop& loop) { loop.post([] {}); }));
-    }
+  const auto posts = [] {
+    return std::shared_ptr<void>(
+        nullptr, [](void*) { EXPECT_TRUE(RunLoop::whileInstalled([](RunLoop& loop) { loop.post([] {}); })); });
   };
   {
     Loop loop;
-    loop.post([owned = std::make_shared<PostsWhenItGoes>()] {});
-    loop.schedule(1h, [owned = std::make_shared<PostsWhenItGoes>()] {});
+    loop.post([owned = posts()] {});
+    loop.schedule(1h, [owned = posts()] {});
   }
   EXPECT_EQ(RunLoop::mainIfInstalled(), nullptr);
 }

@@ -13,7 +13,6 @@
 using namespace std::chrono_literals;
 using testing::AllOf;
 using testing::Gt;
-using testing::HasSubstr;
 using testing::Lt;
 using testing::StartsWith;
 
@@ -37,12 +36,6 @@ std::string gzipped(const std::string& plain) {
   return packed;
 }
 
-HTTPServer::Reply echo(const HTTPServer::Request& request) {
-  HTTPServer::Reply reply;
-  reply.body = request.target;
-  return reply;
-}
-
 struct Loader : testing::Test {
   URLResponse load(URLRequest request) {
     std::optional<URLResponse> response;
@@ -64,72 +57,31 @@ struct Loader : testing::Test {
 
 TEST_F(Loader, bringsStatusAndBodyOfWhateverTheServerSays) {
   for (const int status : {200, 204, 302, 404, 500}) {  // 302 has no Location to follow
-    HTTPServer::Reply reply;
-    reply.status = status;
-    reply.body = status == 204 ? "" : "body of " + std::to_string(status);
-    server.on("/answer", reply);
+    const std::string body = status == 204 ? "" : "body of " + std::to_string(status);
+    server.on("/answer", HTTPServer::Reply{.status = status, .body = body});
     const URLResponse response = load(server.url("/answer"));
     EXPECT_EQ(response.status, status);
-    EXPECT_EQ(text(response), reply.body);
+    EXPECT_EQ(text(response), body);
     EXPECT_FALSE(response.error);
   }
   EXPECT_EQ(server.connections(), 1) << "connections are kept from fetch to fetch";
   EXPECT_THAT(server.log().front().headers.at("user-agent"), StartsWith("YMRPlayer/"));
 
-  HTTPServer::Reply packed;
-  packed.body = gzipped(std::string(100'000, 'x'));
-  packed.headers = {{"Content-Encoding", "gzip"}};
-  server.on("/packed", packed);
+  server.on("/packed",
+            HTTPServer::Reply{.body = gzipped(std::string(100'000, 'x')), .headers = {{"Content-Encoding", "gzip"}}});
   URLRequest request{*NSURL::URLWithString(server.url("/packed"))};
   request.maximumBytes = 100'000;
   EXPECT_EQ(text(load(request)), std::string(100'000, 'x')) << "unpacked, up to the limit";
 }
 
 TEST_F(Loader, followsRedirectsAndKeepsTheirCookiesForOneFetch) {
-  HTTPServer::Reply redirect;
-  redirect.status = 302;
-  redirect.headers = {{"Location", "/final"}, {"Set-Cookie", "seen=1"}};
-  server.on("/start", redirect);
+  server.on("/start", HTTPServer::Reply{.status = 302, .headers = {{"Location", "/final"}, {"Set-Cookie", "seen=1"}}});
   server.on("/final", "answer");
   for (const char* path : {"/start", "/final"}) EXPECT_EQ(text(load(server.url(path))), "answer");
   const auto log = server.log();
   EXPECT_EQ(log.at(1).headers.at("cookie"), "seen=1");
   EXPECT_EQ(log.at(2).headers.count("cookie"), 0u);
 }
-
-struct Fault {
-  const char* name;
-  int code;
-  std::function<void(HTTPServer::Reply&)> spoil;
-};
-
-const Fault faults[] = {
-    {"silence instead of an answer", NSURLErrorTimedOut, [](auto& r) { r.silent = true; }},
-    {"silence in mid-body", NSURLErrorTimedOut, [](auto& r) { r.stallAfter = 20; }},
-    {"a dripping head", NSURLErrorTimedOut, [](auto& r) { r.headPause = 60ms; }},
-    {"a dripping body", NSURLErrorTimedOut, [](auto& r) { r.bodyPause = 60ms; }},
-    {"a body cut short", NSURLErrorNetworkConnectionLost, [](auto& r) { r.cutAfter = 20; }},
-    {"a head without a body", NSURLErrorNetworkConnectionLost, [](auto& r) { r.cutAfter = 0; }},
-    {"an endless body", NSURLErrorDataLengthExceedsMaximum,
-     [](auto& r) { r.endless = true, r.body = std::string(50'000, 'x'); }},
-    {"one byte too long", NSURLErrorDataLengthExceedsMaximum, [](auto& r) { r.body = std::string(100'001, 'x'); }},
-    {"a bomb", NSURLErrorDataLengthExceedsMaximum,
-     [](auto& r) {
-       r.headers = {{"Content-Encoding", "gzip"}}, r.body = gzipped(std::string(50'000'000, 'x'));
-     }},
-    {"not packed as it says", NSURLErrorBadServerResponse,
-     [](auto& r) {
-       r.headers = {{"Content-Encoding", "gzip"}};
-     }},
-    {"a redirect loop", NSURLErrorHTTPTooManyRedirects,
-     [](auto& r) {
-       r.status = 302, r.headers = {{"Location", "/fault"}};
-     }},
-    {"a redirect to a file", NSURLErrorUnsupportedURL,
-     [](auto& r) {
-       r.status = 302, r.headers = {{"Location", "file:///etc/passwd"}};
-     }},
-};
 
 TEST_F(Loader, everyFaultIsAnErrorWithinTheBoundsAndNoResponse) {
   const auto check = [this](const std::string& name, const std::string& url, int code) {
@@ -148,11 +100,32 @@ TEST_F(Loader, everyFaultIsAnErrorWithinTheBoundsAndNoResponse) {
     EXPECT_EQ(response.status, 0);
     EXPECT_TRUE(response.body.empty());
   };
-  for (const Fault& fault : faults) {
+  const std::string body(50, 'b'), page(50'000, 'x');
+  const std::vector<std::pair<std::string, std::string>> packed{{"Content-Encoding", "gzip"}};
+  const struct {
+    const char* name;
+    int code;
     HTTPServer::Reply reply;
-    reply.body = std::string(50, 'b');
-    fault.spoil(reply);
-    server.on("/fault", reply);
+  } faults[] = {
+      {"silence instead of an answer", NSURLErrorTimedOut, {.silent = true}},
+      {"silence in mid-body", NSURLErrorTimedOut, {.body = body, .stallAfter = 20}},
+      {"a dripping head", NSURLErrorTimedOut, {.headPause = 60ms}},
+      {"a dripping body", NSURLErrorTimedOut, {.body = body, .bodyPause = 60ms}},
+      {"a body cut short", NSURLErrorNetworkConnectionLost, {.body = body, .cutAfter = 20}},
+      {"a head without a body", NSURLErrorNetworkConnectionLost, {.body = body, .cutAfter = 0}},
+      {"an endless body", NSURLErrorDataLengthExceedsMaximum, {.body = page, .endless = true}},
+      {"one byte too long", NSURLErrorDataLengthExceedsMaximum, {.body = std::string(100'001, 'x')}},
+      {"a bomb",
+       NSURLErrorDataLengthExceedsMaximum,
+       {.body = gzipped(std::string(50'000'000, 'x')), .headers = packed}},
+      {"not packed as it says", NSURLErrorBadServerResponse, {.body = body, .headers = packed}},
+      {"a redirect loop", NSURLErrorHTTPTooManyRedirects, {.status = 302, .headers = {{"Location", "/fault"}}}},
+      {"a redirect to a file",
+       NSURLErrorUnsupportedURL,
+       {.status = 302, .headers = {{"Location", "file:///etc/hosts"}}}},
+  };
+  for (const auto& fault : faults) {
+    server.on("/fault", fault.reply);
     check(fault.name, server.url("/fault"), fault.code);
   }
   check("refused", HTTPServer::refusingURL(), NSURLErrorCannotConnectToHost);
@@ -163,18 +136,13 @@ TEST_F(Loader, everyFaultIsAnErrorWithinTheBoundsAndNoResponse) {
 }
 
 TEST_F(Loader, silenceEndsAFetchLongBeforeTheWholeBoundAndDrippingDoesNot) {
-  HTTPServer::Reply reply;
-  reply.body = "0123456789";
-  reply.stallAfter = 4;
-  server.on("/slow", reply);
+  server.on("/slow", HTTPServer::Reply{.body = "0123456789", .stallAfter = 4});
   URLRequest request{*NSURL::URLWithString(server.url("/slow"))};
   request.silence = 300ms;
   request.whole = 10s;
   EXPECT_THAT(load(request).elapsed, AllOf(Gt(290ms), Lt(5s)));
 
-  reply.stallAfter.reset();
-  reply.bodyPause = 100ms;
-  server.on("/slow", reply);
+  server.on("/slow", HTTPServer::Reply{.body = "0123456789", .bodyPause = 100ms});
   request.silence = 700ms;
   const URLResponse response = load(request);
   EXPECT_EQ(text(response), "0123456789");
@@ -200,38 +168,28 @@ TEST_F(Loader, readsRegularFilesWhenAllowedTo) {
   std::filesystem::remove(path);
 }
 
-TEST_F(Loader, completesOnTheQueueThatWasGivenWhileTheMainThreadWaits) {
-  server.on("/tag", "answer");
+TEST_F(Loader, manyAtOnceCompleteOverFewConnectionsOnTheQueueThatWasGivenWhileTheMainThreadWaits) {
+  server.onOthers([](const HTTPServer::Request& request) { return HTTPServer::Reply{.body = request.target}; });
   const auto group = dispatch_group_create();
-  std::string came;
-  dispatch_group_enter(group);
-  loader.load(URLRequest{*NSURL::URLWithString(server.url("/tag"))}, dispatch_queue_create("fetch"),
-              [&](URLResponse response) {
-                came = text(response) + (loop.isCurrent() ? " on the loop" : "");
-                dispatch_group_leave(group);
-              });
-  dispatch_group_wait(group);
-  EXPECT_EQ(came, "answer");
-}
-
-TEST_F(Loader, manyAtOnceAllCompleteOverFewConnections) {
-  server.onOthers(&echo);
+  const auto queue = dispatch_queue_create("fetch");
   int right = 0;
   for (int i = 0; i < 200; ++i) {
     const std::string target = "/" + std::to_string(i);
-    loader.load(URLRequest{*NSURL::URLWithString(server.url(target))}, dispatch_get_main_queue(),
-                [&right, target](const URLResponse& response) { right += text(response) == target; });
+    dispatch_group_enter(group);
+    loader.load(URLRequest{*NSURL::URLWithString(server.url(target))}, queue, [&, target](URLResponse response) {
+      right += text(response) == target && !loop.isCurrent();
+      dispatch_group_leave(group);
+    });
   }
-  EXPECT_TRUE(loop.runUntil([&] { return right == 200; }, 20s));
+  dispatch_group_wait(group);
+  EXPECT_EQ(right, 200);
   EXPECT_LE(server.connections(), 16);
 }
 
 TEST(LoaderLifetime, aLoaderThatGoesCancelsWhatItFetches) {
   PlainRunLoop loop;
   HTTPServer server;
-  HTTPServer::Reply silent;
-  silent.silent = true;
-  server.on("/", silent);
+  server.on("/", HTTPServer::Reply{.silent = true});
   std::vector<int> codes;
   auto loader = std::make_unique<CurlURLLoader>();
   for (int i = 0; i < 40; ++i) {

@@ -32,10 +32,6 @@ SCNetworkReachabilityRef byAddress(const std::string& text) {
   return SCNetworkReachability::createWithAddress(reinterpret_cast<const sockaddr&>(address));
 }
 
-std::optional<SCNetworkReachabilityFlags> flagsOf(const std::string& address) {
-  return byAddress(address)->flags();
-}
-
 TEST(Reachability, aNameIsAnsweredWithinTheBound) {
   EXPECT_EQ(SCNetworkReachability::createWithName("127.0.0.1")->flags(), localAndDirect);
   EXPECT_EQ(SCNetworkReachability::createWithName("localhost")->flags(), localAndDirect);
@@ -56,6 +52,13 @@ TEST(Reachability, aLookUpThatTakesTooLongIsLeftBehind) {
 
 // A network laid out for the case; skipped where that is not allowed.
 struct InANetwork : testing::Test {
+  // A change, if any, and what an address has come to after it.
+  struct Step {
+    const char* change;
+    const char* address;
+    SCNetworkReachabilityFlags flags;
+  };
+
   void SetUp() override {
     if (!network.obstacle().empty()) GTEST_SKIP() << network.obstacle();
   }
@@ -67,62 +70,51 @@ struct InANetwork : testing::Test {
     ASSERT_TRUE(network.ip("addr add 10.9.8.1/24 dev " + name));
     hasIPv6 = network.ip("-6 addr add fd00:9::1/64 dev " + name + " nodad");
   }
+  void walk(std::initializer_list<Step> steps) {
+    for (const auto& [change, address, flags] : steps) {
+      const bool isOfIPv6 = std::string(change).starts_with("-6") || std::string(address).starts_with("fd00:9");
+      if (isOfIPv6 && !hasIPv6) continue;
+      if (*change) {
+        ASSERT_TRUE(network.ip(change)) << change;
+      }
+      EXPECT_EQ(byAddress(address)->flags(), flags) << address << " after " << change;
+    }
+  }
 
   NetworkNamespace network;
   bool hasIPv6 = false;
 };
 
-TEST_F(InANetwork, withoutRoutesOnlyTheMachineItselfIsReachable) {
-  EXPECT_EQ(flagsOf("127.0.0.1"), localAndDirect);
-  for (const char* address : {"0.0.0.0", "::", "192.0.2.7", "2001:db8::1", "169.254.0.0", "10.9.8.7"}) {
-    EXPECT_EQ(flagsOf(address), nothing) << address;
-  }
-}
-
 TEST_F(InANetwork, aLinkReachesItsNeighboursAndAGatewayTheRest) {
+  walk({{"", "127.0.0.1", localAndDirect}, {"", "0.0.0.0", nothing}, {"", "::", nothing}, {"", "10.9.8.7", nothing}});
   link("eth7");
-  EXPECT_EQ(flagsOf("10.9.8.7"), direct);
-  EXPECT_EQ(flagsOf("10.9.8.1"), localAndDirect);
-  if (hasIPv6) {
-    EXPECT_EQ(flagsOf("fd00:9::7"), direct);
-  }
-  EXPECT_EQ(flagsOf("0.0.0.0"), nothing);
-  EXPECT_EQ(flagsOf("192.0.2.7"), nothing);
-  ASSERT_TRUE(network.ip("route add default via 10.9.8.2"));
-  EXPECT_EQ(flagsOf("0.0.0.0"), reachable);
-  EXPECT_EQ(flagsOf("192.0.2.7"), reachable);
-  EXPECT_EQ(flagsOf("169.254.0.0"), nothing) << "no gateway passes link-local packets on";
-  ASSERT_TRUE(network.ip("route add 169.254.0.0/16 dev eth7 scope link"));
-  EXPECT_EQ(flagsOf("169.254.0.0"), direct);
-  ASSERT_TRUE(network.ip("route add unreachable 192.0.2.0/24"));
-  EXPECT_EQ(flagsOf("192.0.2.7"), nothing);
-}
-
-TEST_F(InANetwork, theInternetCountsOverTheNewerProtocolAloneAndOverTwoHalves) {
-  link("eth7");
-  if (!hasIPv6) GTEST_SKIP() << "the kernel has no IPv6";
-  ASSERT_TRUE(network.ip("-6 route add default via fd00:9::2"));
-  EXPECT_EQ(flagsOf("0.0.0.0"), reachable);
-  EXPECT_EQ(flagsOf("::"), reachable);
-  ASSERT_TRUE(network.ip("-6 route del default"));
-  ASSERT_TRUE(network.ip("route add 0.0.0.0/1 via 10.9.8.2"));
-  ASSERT_TRUE(network.ip("route add 128.0.0.0/1 via 10.9.8.2"));
-  EXPECT_EQ(flagsOf("0.0.0.0"), reachable);
+  walk({
+      {"", "10.9.8.7", direct},
+      {"", "10.9.8.1", localAndDirect},
+      {"", "fd00:9::7", direct},
+      {"", "0.0.0.0", nothing},
+      {"-6 route add default via fd00:9::2", "0.0.0.0", reachable},  // the internet, over the newer protocol alone
+      {"-6 route del default", "0.0.0.0", nothing},
+      {"route add 0.0.0.0/1 via 10.9.8.2", "0.0.0.0", nothing},
+      {"route add 128.0.0.0/1 via 10.9.8.2", "0.0.0.0", reachable},  // over two halves
+      {"route del 128.0.0.0/1", "192.0.2.7", nothing},
+      {"route add default via 10.9.8.2", "192.0.2.7", reachable},
+      {"", "169.254.0.0", nothing},  // no gateway passes link-local packets on
+      {"route add 169.254.0.0/16 dev eth7 scope link", "169.254.0.0", direct},
+      {"route add unreachable 192.0.2.0/24", "192.0.2.7", nothing},
+  });
 }
 
 TEST_F(InANetwork, aDeviceNamedLikeAModemIsAMobileNetworkUntilItGoesDownOrLosesItsCarrier) {
   link("wwan0");
-  ASSERT_TRUE(network.ip("route add default via 10.9.8.2"));
-  EXPECT_EQ(flagsOf("0.0.0.0"), mobile);
-  EXPECT_EQ(flagsOf("10.9.8.7"), mobile | direct);
-  ASSERT_TRUE(network.ip("link set peer0 down"));  // the cable is pulled: the routes stay
-  EXPECT_EQ(flagsOf("0.0.0.0"), nothing);
-  EXPECT_EQ(flagsOf("10.9.8.7"), nothing);
-  ASSERT_TRUE(network.ip("link set peer0 up"));
-  EXPECT_EQ(flagsOf("0.0.0.0"), mobile);
-  ASSERT_TRUE(network.ip("link set wwan0 down"));
-  EXPECT_EQ(flagsOf("0.0.0.0"), nothing);
-  EXPECT_EQ(flagsOf("127.0.0.1"), localAndDirect);
+  walk({
+      {"route add default via 10.9.8.2", "0.0.0.0", mobile},
+      {"", "10.9.8.7", mobile | direct},
+      {"link set peer0 down", "0.0.0.0", nothing},  // the cable is pulled: the routes stay
+      {"", "10.9.8.7", nothing},
+      {"link set peer0 up", "0.0.0.0", mobile},
+      {"link set wwan0 down", "0.0.0.0", nothing},
+  });
 }
 
 // --- Watching ------------------------------------------------------------------------------------------------------
