@@ -128,23 +128,15 @@ TEST_F(StageTest, saysWhereTheProgrammeIs) {
   loop.advance(2s);
   EXPECT_EQ(bar().elapsed(), "0:30:02") << "it moves while it is shown";
 
+  media.script(kURL).tracks = {track(MediaTrack::Kind::audio, "a1", "en", "")};
+  information = {metadata(AVMetadataCommonKeyTitle, "The Shipping Forecast")};
   media.script(kURL).live = true;
   play();
+  EXPECT_FALSE(isDark(QRect(100, 60, 440, 200))) << "sound alone has a title";
   press(UIPressTypeUpArrow);
   EXPECT_TRUE(bar().isLive());
   EXPECT_EQ(bar().elapsed() + bar().remaining(), "");
   EXPECT_EQ(bar().position(), 1);
-}
-
-TEST_F(StageTest, showsWhatItKnowsOfASoundOnlyProgramme) {
-  media.script(kURL).tracks = {track(MediaTrack::Kind::audio, "a1", "en", "")};
-  information = {metadata(AVMetadataCommonKeyTitle, "The Shipping Forecast")};
-  play();
-  EXPECT_FALSE(isDark(QRect(100, 60, 440, 200)));
-  information.clear();
-  play();
-  run(100ms);
-  EXPECT_TRUE(isDark(QRect(0, 0, 640, 360)));
 }
 
 TEST_F(StageTest, outOfSightIsAPauseAndNothingResumesByItself) {
