@@ -52,12 +52,3 @@ void expectComplaints(OptionsParser<Options> parser, const std::vector<WrongUsag
     EXPECT_THAT(parsed.errors, testing::HasSubstr(complaint)) << line;
   }
 }
-
-// That `option` prints every one of `texts` on standard output and ends with 0.
-template <typename Options>
-void expectAnswer(OptionsParser<Options> parser, const std::string& option, const std::vector<std::string>& texts) {
-  const auto parsed = parseLine(parser, option);
-  EXPECT_FALSE(parsed.options);
-  EXPECT_EQ(parsed.exitStatus, 0);
-  for (const auto& text : texts) EXPECT_THAT(parsed.output, testing::HasSubstr(text));
-}

@@ -13,28 +13,14 @@ namespace {
 
 // Folders by floor, the top one first.
 const std::vector<std::vector<std::string>> floors{
-    {"apps"},
-    {"vastscreen"},
-    {"player"},
-    {"player/states"},
-    {"subtitles"},
-    {"ads"},
-    {"ads/core"},
-    {"VAST/Parser"},
-    {"ads/records"},
-    {"VAST"},
+    // clang-format off
+    {"apps"}, {"vastscreen"}, {"player"}, {"player/states"}, {"subtitles"},
+    {"ads"}, {"ads/core"}, {"VAST/Parser"}, {"ads/records"}, {"VAST"},
     {"net", "xml", "ui"},
-    {"platform/avkit"},
-    {"platform/avfoundation/layer"},
-    {"platform/avfoundation"},
-    {"platform/avfoundation/engine"},
-    {"platform/uikit"},
-    {"platform/uikit/values"},
-    {"platform/systemconfiguration"},
-    {"platform/foundation"},
-    {"platform/dispatch"},
-    {"platform/coremedia"},
-    {"platform"},
+    {"platform/avkit"}, {"platform/avfoundation/layer"}, {"platform/avfoundation"}, {"platform/avfoundation/engine"},
+    {"platform/uikit"}, {"platform/uikit/values"}, {"platform/systemconfiguration"},
+    {"platform/foundation"}, {"platform/dispatch"}, {"platform/coremedia"}, {"platform"},
+    // clang-format on
 };
 
 // The rooms of the ad-tag library, in which neither Qt nor GStreamer exists.
@@ -81,11 +67,8 @@ std::vector<std::string> arrowsUpwards(const Included& tree) {
     if (included[0] != '"') continue;
     const auto from = placeOf(file);
     const auto to = placeOf(included.substr(1));
-    if (!to) {
-      wrong.push_back(file + " includes " + included.substr(1) + ", which is in no folder of the house");
-    } else if (to->floor < from->floor || (to->floor == from->floor && to->folder != from->folder)) {
-      wrong.push_back(file + " includes " + included.substr(1));
-    }
+    const bool pointsDown = to && (to->folder == from->folder || to->floor > from->floor);
+    if (!pointsDown) wrong.push_back(file + " includes " + included.substr(1));
   }
   return wrong;
 }
@@ -95,23 +78,18 @@ std::vector<std::string> strangersBelow(const Included& tree) {
   std::vector<std::string> wrong;
   for (const auto& [file, included] : tree) {
     const bool isVastRoom = vastRooms.find(" " + placeOf(file)->folder + " ") != vastRooms.npos;
-    if (isVastRoom && std::regex_search(included, stranger)) {
-      wrong.push_back(file + " includes " + included.substr(1));
-    }
+    if (isVastRoom && std::regex_search(included, stranger)) wrong.push_back(file + " includes " + included.substr(1));
   }
   return wrong;
 }
 
 }  // namespace
 
-TEST(Architecture, includesOnlyPointDown) {
+TEST(Architecture, includesOnlyPointDownAndTheAdTagLibraryKnowsNeitherQtNorGStreamer) {
   const auto tree = readTree(PROJECT_ROOT);
   ASSERT_GT(tree.size(), 100u);
   EXPECT_THAT(arrowsUpwards(tree), testing::IsEmpty());
-}
-
-TEST(Architecture, theAdTagLibraryKnowsNeitherQtNorGStreamer) {
-  EXPECT_THAT(strangersBelow(readTree(PROJECT_ROOT)), testing::IsEmpty());
+  EXPECT_THAT(strangersBelow(tree), testing::IsEmpty());
 }
 
 TEST(Architecture, theCheckItselfFindsWrongArrows) {
@@ -123,8 +101,7 @@ TEST(Architecture, theCheckItselfFindsWrongArrows) {
                              {"apps/a/a.h", "\"platform/avkit/b.h"},
                              {"net/a.h", "<vector"}}),
               testing::ElementsAre("platform/coremedia/a.h includes platform/dispatch/b.h", "net/a.h includes xml/b.h",
-                                   "player/states/a.h includes player/b.h",
-                                   "VAST/a.h includes nowhere/b.h, which is in no folder of the house"));
+                                   "player/states/a.h includes player/b.h", "VAST/a.h includes nowhere/b.h"));
   EXPECT_THAT(strangersBelow({{"xml/a.h", "<QString"}, {"xml/a.h", "<queue"}, {"player/a.h", "<QString"}}),
               testing::ElementsAre("xml/a.h includes QString"));
 }

@@ -11,7 +11,7 @@ namespace {
 
 ProgramRun serve(std::vector<std::string> command, const std::function<void(const std::string&, int)>& onLine = {}) {
   command.insert(command.begin(), {TAGS, TAGS});
-  return runProgram(AD_SERVER, command, {}, onLine);
+  return runProgram(AD_SERVER, command, onLine);
 }
 
 // Titles of the ads that the player would show for a tag, in play order.

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <functional>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -23,9 +22,7 @@ struct ProgramRun {
   nlohmann::json first(const std::string& event) const;
 };
 
-// Runs `program` to its end with the environment of this process, changed by `environment`. Ends it by force after a
-// minute, which is a failure. `onLine`, if given, is called with each line of its output as it comes, and its
-// process number.
+// Runs `program` to its end in the environment of this process. Ends it by force after a minute, which is a failure.
+// `onLine`, if given, is called with each line of its output as it comes, and its process number.
 ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
-                      const std::map<std::string, std::string>& environment = {},
                       const std::function<void(const std::string& line, int process)>& onLine = {});

@@ -1,12 +1,13 @@
-// The player program as people and scripts use it: real media, real time, no display.
+// The player program as people and scripts use it: real media, real time, a real server, no display.
 #include <gmock/gmock.h>
 #include <signal.h>
 
 #include <QImage>
 #include <cmath>
-#include <filesystem>
+#include <cstdio>
 
 #include "tests/apps/ymrplay/ProgramRun.h"
+#include "tests/player/AdDocument.h"
 #include "tests/support/HTTPServer.h"
 
 using testing::ElementsAre;
@@ -19,8 +20,9 @@ std::string sample(const std::string& name) {
 }
 
 ProgramRun play(std::vector<std::string> arguments, const std::function<void(const std::string&, int)>& onLine = {}) {
-  arguments.insert(arguments.begin(), {"--headless", "--events", "--size", "640x360"});
-  return runProgram(YMRPLAY, arguments, {}, onLine);
+  arguments.insert(arguments.begin(),
+                   {"--headless", "--events", "--size", "640x360", "--reachability-host", "127.0.0.1"});
+  return runProgram(YMRPLAY, arguments, onLine);
 }
 
 // Times of the ticks, in whole seconds: the one after a jump comes when playing has gone on for a moment.
@@ -32,7 +34,7 @@ std::vector<double> ticks(const ProgramRun& run) {
   return times;
 }
 
-const std::vector<std::string> tickNames{"videoOnTime", "videoOnTimeDuration"};
+const std::vector<std::string> tickNames{"videoOnTime", "videoOnTimeDuration", "videoAdOnTime"};
 
 }  // namespace
 
@@ -40,16 +42,9 @@ TEST(PlayProgram, playsFromTheStartPositionToTheEnd) {
   const auto run = play({"--start", "5", sample("clip.mp4")});
   EXPECT_EQ(run.exitStatus, 0) << run.errors;
   EXPECT_EQ(run.errors, "");
-  const auto names = run.eventNames(tickNames);
-  ASSERT_GE(names.size(), 8u) << run.output;
-  EXPECT_EQ(names[0], "videoOnPlay");
-  EXPECT_EQ(names[1], "videoOnPlayDuration");
-  EXPECT_THAT(std::vector(names.end() - 5, names.end()),
-              ElementsAre("videoOnPause", "videoOnPauseDuration", "videoDidPlayFinished", "playerWillDismiss",
-                          "playerDidDismiss"));
-  for (const char* once : {"videoOnPlay", "videoOnPlayDuration", "videoOnPause", "videoDidPlayFinished"}) {
-    EXPECT_EQ(run.count(once), 1u) << once;
-  }
+  EXPECT_THAT(run.eventNames(tickNames),
+              ElementsAre("videoOnPlay", "videoOnPlayDuration", "videoDidSeekTo", "videoOnPause",
+                          "videoOnPauseDuration", "videoDidPlayFinished", "playerWillDismiss", "playerDidDismiss"));
   EXPECT_NEAR(run.first("videoDidSeekTo")["time"], 5.0, 0.1) << run.output;
   EXPECT_NEAR(run.first("videoOnPlayDuration")["duration"], 10.0, 0.1);
   EXPECT_NEAR(run.first("videoOnPause")["time"], 10.0, 0.1);
@@ -72,7 +67,8 @@ TEST(PlayProgram, obeysTheKeysOfTheRemoteOnceEach) {
         const auto event = nlohmann::json::parse(line);
         if (event["event"] == "videoOnTime" && event["time"] > 11) kill(process, SIGTERM);
       });
-  EXPECT_EQ(sought.exitStatus, 0) << sought.errors;
+  EXPECT_EQ(sought.exitStatus, 0) << "a termination signal dismisses\n" << sought.errors;
+  EXPECT_EQ(sought.count("playerDidDismiss"), 1u);
   double before = 0;
   double target = 0;
   for (const auto& event : sought.events()) {
@@ -85,33 +81,26 @@ TEST(PlayProgram, obeysTheKeysOfTheRemoteOnceEach) {
   EXPECT_EQ(sought.count("videoOnPause"), 1u) << "only the one of dismissal\n" << sought.output;
 }
 
-TEST(PlayProgram, badMediaAreReportedOnceAndEndWithOne) {
+TEST(PlayProgram, badMediaAreReportedOnceAndOddOnesAreASensibleProgramme) {
   HTTPServer server;
   server.onFile("/text.mp4", sample("text.mp4"), "video/mp4");
-  const std::vector<std::string> media{sample("nothing-of-that-name.mp4"),
-                                       sample("zero.mp4"),
-                                       sample("text.mp4"),
-                                       sample("headless.mp4"),
-                                       server.url("/404.mp4"),
-                                       server.url("/text.mp4"),
-                                       "http://127.0.0.1:1/refused.mp4"};
-  for (const auto& one : media) {
-    const auto run = play({one});
-    EXPECT_EQ(run.exitStatus, 1) << one;
-    EXPECT_EQ(run.count("videoOnError"), 1u) << one << "\n" << run.output;
-    EXPECT_GT(run.first("videoOnError").value("message", "").size(), 10u) << one;
-    EXPECT_THAT(run.errors, HasSubstr("ymrplay: ")) << one;
-    EXPECT_THAT(run.eventNames(), testing::Contains("playerDidDismiss")) << one;
-    EXPECT_EQ(run.count("videoDidPlayFinished"), 0u) << one << "\n" << run.output;
+  const std::vector<std::string> bad{sample("nothing-of-that-name.mp4"),
+                                     sample("zero.mp4"),
+                                     sample("text.mp4"),
+                                     sample("headless.mp4"),
+                                     server.url("/404.mp4"),
+                                     server.url("/text.mp4"),
+                                     HTTPServer::refusingURL()};
+  for (const auto& media : bad) {
+    const auto run = play({media});
+    EXPECT_EQ(run.exitStatus, 1) << media;
+    EXPECT_EQ(run.count("videoOnError"), 1u) << media << "\n" << run.output;
+    EXPECT_GT(run.first("videoOnError").value("message", "").size(), 10u) << media;
+    EXPECT_THAT(run.errors, HasSubstr("ymrplay: ")) << media;
+    EXPECT_EQ(run.count("playerDidDismiss"), 1u) << media;
+    EXPECT_EQ(run.count("videoDidPlayFinished"), 0u) << media << "\n" << run.output;
   }
-}
-
-TEST(PlayProgram, oddMediaAreASensibleProgramme) {
-  struct Case {
-    std::vector<std::string> arguments;
-    double end;
-  };
-  const std::vector<Case> cases{
+  const std::vector<std::pair<std::vector<std::string>, double>> odd{
       {{sample("half.mp4"), "--start", "-3"}, 0.5},
       {{sample("half.mp4"), "--start", "100"}, 0.5},
       {{sample("oneframe.mp4")}, 0.04},
@@ -119,7 +108,7 @@ TEST(PlayProgram, oddMediaAreASensibleProgramme) {
       {{sample("half.mp4"), "--artwork", "http://127.0.0.1:1/a.png"}, 0.5},
       {{sample("audio.m4a"), "--start", "9"}, 10.0},
   };
-  for (const auto& [arguments, end] : cases) {
+  for (const auto& [arguments, end] : odd) {
     const auto run = play(arguments);
     EXPECT_EQ(run.exitStatus, 0) << testing::PrintToString(arguments) << run.errors;
     EXPECT_EQ(run.count("videoDidPlayFinished"), 1u) << run.output;
@@ -144,29 +133,92 @@ TEST(PlayProgram, aServerThatStallsInMidFileLosesNoSecond) {
   EXPECT_EQ(run.count("videoDidPlayFinished"), 1u);
 }
 
-TEST(PlayProgram, writesThePicturesItWasAskedFor) {
-  const auto folder = std::filesystem::temp_directory_path() / ("ymrplay_test_" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
-  const auto file = (folder / "picture.png").string();
+TEST(PlayProgram, writesThePicturesItWasAskedForOrSaysWhichNot) {
+  const auto file = testing::TempDir() + "/ymrplay_" + std::to_string(getpid()) + ".png";
   const auto run = play({"--snapshot", "4=" + file, "--key", "5=menu", sample("clip.mp4")});
   EXPECT_EQ(run.exitStatus, 0) << run.errors;
   const QImage picture(QString::fromStdString(file));
+  std::remove(file.c_str());
   EXPECT_EQ(picture.size(), QSize(640, 360));
   EXPECT_NE(picture.pixelColor(320, 60), QColor(Qt::black)) << "the programme fills the middle";
-  std::filesystem::remove_all(folder);
-
-  const auto nowhere = play({"--snapshot", "0.1=/nowhere/at/all.png", "--key", "1=menu", sample("clip.mp4")});
-  EXPECT_EQ(nowhere.exitStatus, 1);
-  EXPECT_THAT(nowhere.errors, HasSubstr("/nowhere/at/all.png"));
-  const auto late = play({"--snapshot", "50=late.png", sample("half.mp4")});
-  EXPECT_EQ(late.exitStatus, 1);
-  EXPECT_THAT(late.errors, HasSubstr("late.png"));
+  for (const std::string snapshot : {"0.1=/nowhere/at/all.png", "50=late.png"}) {
+    const auto failed = play({"--snapshot", snapshot, sample("half.mp4")});
+    EXPECT_EQ(failed.exitStatus, 1);
+    EXPECT_THAT(failed.errors, HasSubstr(snapshot.substr(snapshot.find('=') + 1)));
+  }
 }
 
-TEST(PlayProgram, aTerminationSignalDismisses) {
-  const auto run = play({sample("clip.mp4")}, [](const std::string& line, int process) {
-    if (line.find("videoOnPlayDuration") != std::string::npos) kill(process, SIGTERM);
-  });
+TEST(PlayProgram, showsAdsBeforeWithinAndAfterTheProgrammeWhichGoesOnWhereItStopped) {
+  HTTPServer server;
+  server.onOthers([](const HTTPServer::Request&) { return HTTPServer::Reply(); });
+  const auto tag = [&](const std::string& name, const std::string& clip) {
+    server.onFile("/film/" + name + ".mp4", sample(clip), "video/mp4");
+    server.on("/" + name, adDocument({{name}}, {server.url("/film"), server.url("/track")}), "application/xml");
+    return server.url("/" + name);
+  };
+  const auto before = tag("before", "ad.mp4"), within = tag("within", "half.mp4"), after = tag("after", "half.mp4");
+  const auto run = play({"--preroll", before, "--midroll", "1=" + within, "--postroll", after, sample("clip.webm")});
   EXPECT_EQ(run.exitStatus, 0) << run.errors;
-  EXPECT_EQ(run.count("playerDidDismiss"), 1u);
+
+  auto names = run.eventNames(tickNames);
+  // The two short ads are over within a second and may or may not reach a quartile.
+  ASSERT_EQ(std::count(names.begin(), names.begin() + 7, "videoAdOnPlayQuartile"), 3) << run.output;
+  std::erase(names, "videoAdOnPlayQuartile");
+  EXPECT_THAT(names, ElementsAre("videoAdOnRequest", "videoAdOnResponse", "videoAdOnStart", "videoAdOnComplete",
+                                 "videoOnPlay", "videoOnPlayDuration", "videoDidSeekTo",  //
+                                 "videoAdOnRequest", "videoAdOnResponse", "videoAdOnStart", "videoOnPause",
+                                 "videoOnPauseDuration", "videoAdOnComplete", "videoOnPlay", "videoOnPlayDuration",
+                                 "videoDidSeekTo",  //
+                                 "videoOnPause", "videoOnPauseDuration", "videoAdOnRequest", "videoAdOnResponse",
+                                 "videoAdOnStart", "videoAdOnComplete",  //
+                                 "videoDidPlayFinished", "playerWillDismiss", "playerDidDismiss"))
+      << run.output;
+
+  std::vector<std::string> requests;
+  std::vector<int> quartiles;
+  double sought = -1;
+  for (const auto& event : run.events()) {
+    if (event["event"] == "videoAdOnRequest") requests.push_back(event["ad"].dump());
+    if (event["event"] == "videoAdOnPlayQuartile") quartiles.push_back(event["quartile"]);
+    if (event["event"] == "videoDidSeekTo") sought = event["time"];
+  }
+  const auto request = [](const char* roll, int offset, const std::string& url) {
+    return nlohmann::json{
+        {"roll", roll}, {"offset", offset}, {"vastUrl", url}, {"title", nullptr}, {"description", nullptr}}
+        .dump();
+  };
+  EXPECT_THAT(requests,
+              ElementsAre(request("Preroll", 0, before), request("Midroll", 1, within), request("Postroll", 0, after)));
+  EXPECT_EQ(run.first("videoAdOnStart")["ad"]["title"], "Title of before");
+  EXPECT_THAT(std::vector(quartiles.begin(), quartiles.begin() + 3), ElementsAre(0, 1, 2));
+  const double stopped = run.first("videoOnPause")["time"];
+  EXPECT_GE(stopped, 1.0);
+  EXPECT_LT(stopped, 1.9) << run.output;
+  EXPECT_NEAR(sought, stopped, 0.04) << run.output;
+
+  for (const auto* event : {"firstQuartile", "midpoint", "thirdQuartile"}) {
+    EXPECT_EQ(server.count(std::string("/track/before/") + event), 1u) << event;
+  }
+  for (const std::string name : {"before", "within", "after"}) {
+    for (const char* event : {"impression", "start", "creativeView", "complete"}) {
+      EXPECT_EQ(server.count("/track/" + name + "/" + event), 1u) << name << " " << event;
+    }
+  }
+}
+
+TEST(PlayProgram, reportsAdsThatFailAndPlays) {
+  HTTPServer server;
+  const auto run = play({"--preroll", server.url("/404"), "--postroll", HTTPServer::refusingURL(), sample("half.mp4")});
+  EXPECT_EQ(run.exitStatus, 0) << run.errors;
+  EXPECT_THAT(run.eventNames(tickNames),
+              ElementsAre("videoAdOnRequest", "videoAdOnResponse", "videoAdOnError", "videoAdOnErrorDesc",
+                          "videoOnPlay", "videoOnPlayDuration", "videoDidSeekTo", "videoOnPause",
+                          "videoOnPauseDuration",  //
+                          "videoAdOnRequest", "videoAdOnResponse", "videoAdOnError", "videoAdOnErrorDesc",
+                          "videoDidPlayFinished", "playerWillDismiss", "playerDidDismiss"))
+      << run.output;
+  const auto error = run.first("videoAdOnErrorDesc");
+  EXPECT_TRUE(error["code"].is_number_integer()) << run.output;
+  EXPECT_GT(error["message"].get<std::string>().size(), 5u) << run.output;
+  EXPECT_GT(run.first("videoAdOnError")["message"].get<std::string>().size(), 5u) << run.output;
 }

@@ -11,6 +11,7 @@
 
 using nlohmann::json;
 using testing::AllOf;
+using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {
@@ -38,15 +39,6 @@ struct VastProgram : testing::Test {
   std::string serve(const std::string& path, const std::string& content) {
     server.on(path, vast::document(content), "application/xml");
     return server.url(path);
-  }
-
-  // `count` wrappers and then an ad; returns where it begins.
-  std::string serveChain(int count) {
-    for (int i = 0; i < count; ++i) {
-      serve("/hop" + std::to_string(i), vast::wrapper(server.url("/hop" + std::to_string(i + 1))));
-    }
-    serve("/hop" + std::to_string(count), vast::playable("end"));
-    return server.url("/hop0");
   }
 
   VastProgram() { std::filesystem::create_directories(folder); }
@@ -95,63 +87,27 @@ TEST_F(VastProgram, printsEverythingOfAnAdForScripts) {
     "standalone": []})"));
 }
 
-TEST_F(VastProgram, followsFourHopsAndRefusesAFifth) {
-  const json four = inspect(serveChain(4), 0);
-  EXPECT_EQ(four["error"], 1);
-  EXPECT_EQ(four["ads"][0]["documents"], 5);
-  EXPECT_EQ(four["ads"][0]["picked"], "http://media.test/end.mp4");
-  const json five = inspect(serveChain(5), 1);
-  EXPECT_EQ(five["error"], 4);
-  EXPECT_EQ(five["ads"][0]["documents"], 5);
-  EXPECT_THAT(each(five["hops"], "depth"), testing::ElementsAre("0", "1", "2", "3", "4", "5"));
-  EXPECT_THAT(each(five["hops"], "error"), testing::Each("null"));
-  EXPECT_EQ(five["hops"][0]["url"], server.url("/hop0"));
-  EXPECT_EQ(five["hops"][0]["bytes"], vast::document(vast::wrapper(server.url("/hop1"))).size());
-}
-
-TEST_F(VastProgram, saysWhatAFetchFailedWith) {
+TEST_F(VastProgram, listsHopsAPodInTheOrderOfPlayAndItsFallBacks) {
   server.on("/missing", HTTPServer::Reply{.status = 404, .body = "gone"});
-  server.on("/cut", HTTPServer::Reply{.body = vast::document(vast::playable("a")), .cutAfter = 100});
-  server.on("/silent", HTTPServer::Reply{.silent = true});
-  server.onRedirect("/around", "/around");
-  server.on("/html", "<html><br>", "text/html");
-  const struct {
-    std::string url;
-    int error;
-    int status;
-    std::string ofFetch;
-  } rows[] = {
-      {server.url("/missing"), 6, 404, "6"},  {server.url("/cut"), 6, 0, "6"},       {server.url("/around"), 6, 0, "6"},
-      {HTTPServer::refusingURL(), 6, 0, "6"}, {server.url("/html"), 2, 200, "null"}, {server.url("/silent"), 7, 0, "7"},
-  };
-  for (const auto& row : rows) {
-    const json all = inspect(row.url, 1);
-    EXPECT_EQ(all["error"], row.error) << row.url;
-    EXPECT_EQ(all["version"], nullptr) << row.url;
-    ASSERT_EQ(all["hops"].size(), 1u) << row.url;
-    EXPECT_EQ(all["hops"][0]["status"], row.status) << row.url;
-    EXPECT_EQ(all["hops"][0]["error"].dump(), row.ofFetch) << row.url;
-    ASSERT_EQ(all["ads"].size(), 1u) << "there is always one to carry the error";
-    EXPECT_EQ(all["ads"][0]["error"], row.error) << row.url;
-    EXPECT_EQ(all["ads"][0]["picked"], nullptr) << row.url;
-  }
-}
-
-TEST_F(VastProgram, listsAPodInTheOrderOfPlayAndItsFallBacks) {
   const std::string source =
       file("pod.xml", vast::document(vast::playable("two", "id='B' sequence='2'") + vast::playable("spare", "id='S'") +
                                      vast::wrapper(server.url("/inner"), "id='C' sequence='10'") +
-                                     vast::playable("one", "id='A' sequence='1'")));
-  serve("/inner", vast::playable("inner", "id='C1' sequence='1'") + vast::inLine("", "id='C2' sequence='2'") +
-                      vast::playable("innerspare", "id='CS'"));
+                                     vast::playable("one", "id='A' sequence='1'") +
+                                     vast::wrapper(server.url("/missing"), "id='D' sequence='3'")));
+  const std::string inner = vast::playable("inner", "id='C1' sequence='1'") + vast::inLine("", "id='C2' sequence='2'") +
+                            vast::playable("innerspare", "id='CS'");
+  serve("/inner", inner);
   const json all = inspect(source, 0);
-  EXPECT_THAT(each(all["ads"], "id"), testing::ElementsAre("\"A\"", "\"C1\"", "\"C2\"", "\"B\""));
-  EXPECT_THAT(each(all["standalone"], "id"), testing::ElementsAre("\"S\"", "\"CS\"")) << "the root's first";
+  EXPECT_THAT(each(all["ads"], "id"), ElementsAre("\"A\"", "\"C1\"", "\"C2\"", "\"B\"", "\"D\""));
+  EXPECT_THAT(each(all["ads"], "documents"), ElementsAre("1", "2", "2", "1", "1"));
+  EXPECT_THAT(each(all["ads"], "error"), ElementsAre("0", "1", "1", "0", "6"));
+  EXPECT_THAT(each(all["standalone"], "id"), ElementsAre("\"S\"", "\"CS\"")) << "the root's first";
+  EXPECT_THAT(each(all["hops"], "status"), ElementsAre("200", "404"));
+  EXPECT_THAT(each(all["hops"], "error"), ElementsAre("null", "6"));
+  EXPECT_EQ(all["hops"][0]["url"], server.url("/inner"));
+  EXPECT_EQ(all["hops"][0]["depth"], 1);
+  EXPECT_EQ(all["hops"][0]["bytes"], vast::document(inner).size());
   EXPECT_THAT(run({source}).output, AllOf(HasSubstr("would show 4 ads"), HasSubstr("sequence        2")));
-
-  const json unresolved =
-      inspect(file("alone.xml", vast::document(vast::playable("a", "id='A'") + vast::playable("b", "id='B'"))), 1);
-  EXPECT_THAT(each(unresolved["standalone"], "error"), testing::ElementsAre("null", "null"));
 }
 
 TEST_F(VastProgram, endsWithZeroOnlyWhenAnAdWouldBeShown) {
@@ -183,22 +139,23 @@ TEST_F(VastProgram, endsWithZeroOnlyWhenAnAdWouldBeShown) {
 }
 
 TEST_F(VastProgram, checksEveryFetchedDocumentAgainstTheSchema) {
-  const std::string required =
-      "<AdTitle>t</AdTitle><Impression>http://t.test/i</Impression><Creatives><Creative><Linear>"
-      "<Duration>00:00:10</Duration></Linear></Creative></Creatives>";
-  serve("/good", vast::inLine(required, "id='1'"));
+  serve("/good",
+        vast::inLine("<AdTitle>t</AdTitle><Impression>http://t.test/i</Impression><Creatives><Creative><Linear>"
+                     "<Duration>00:00:10</Duration></Linear></Creative></Creatives>",
+                     "id='1'"));
   serve("/bad", "<Ad id='1'><Surprise/></Ad>");
-  const auto wrapping = [&](const std::string& path) {
-    return file("tag.xml", vast::document(vast::wrapper(server.url(path), "id='1'",
-                                                        "<Impression>http://t.test/i</Impression><Creatives/>")));
+  const auto validated = [&](const std::string& path) {
+    return inspect(
+        file("tag.xml", vast::document(vast::wrapper(server.url(path), "id='1'",
+                                                     "<Impression>http://t.test/i</Impression><Creatives/>"))),
+        1, {"--validate"});
   };
-  const json good = inspect(wrapping("/good"), 1, {"--validate"});
+  const json good = validated("/good");
   EXPECT_EQ(good["valid"], true) << good["validation"];
   EXPECT_EQ(good["validation"], json::array());
-  const json bad = inspect(wrapping("/bad"), 1, {"--validate"});
+  const json bad = validated("/bad");
   EXPECT_EQ(bad["valid"], false);
   EXPECT_THAT(bad["validation"].dump(), AllOf(HasSubstr("Surprise"), HasSubstr(server.url("/bad"))));
-  EXPECT_THAT(run({"--validate", wrapping("/bad")}).output, HasSubstr("NOT valid"));
 }
 
 TEST_F(VastProgram, readsStandardInputAndRefusesWhatItCannotRead) {
@@ -258,8 +215,6 @@ TEST_F(VastProgram, tellsPeopleWhatWasPickedAndWhyNotTheOthers) {
   }
   EXPECT_THAT(run({HTTPServer::refusingURL()}).output,
               AllOf(HasSubstr("would show NO ad"), HasSubstr("Failed to connect")));
-  server.on("/broken", "<VAST><Ad><InLine></Wrapper></VAST>", "text/xml");
-  for (const std::string& broken : {server.url("/broken"), file("broken.xml", "<VAST><Ad><InLine></Wrapper></VAST>")}) {
-    EXPECT_THAT(run({broken}).output, HasSubstr("the XML is broken in or after VAST > Ad > InLine"));
-  }
+  EXPECT_THAT(run({file("broken.xml", "<VAST><Ad><InLine></Wrapper></VAST>")}).output,
+              HasSubstr("the XML is broken in or after VAST > Ad > InLine"));
 }
