@@ -127,20 +127,18 @@ TEST_F(LayoutTest, theEarlierOfTwoContradictionsWins) {
   EXPECT_THAT(a->constraints(), ElementsAre(second, first));
   EXPECT_EQ(frameOf(a).size.width, 60);
 
+  auto elsewhere = std::make_shared<UIView>(CGRectMake(0, 0, 77, 77));
+  const View b = constrained();
+  b->addConstraint(NSLayoutConstraint::constraintWithItem(b, Width, NSLayoutRelationEqual, elsewhere, Width, 1, 0));
+  constrain(b, Width, 11);
+  EXPECT_EQ(frameOf(b).size.width, 11) << "what is elsewhere contradicts nothing";
+  elsewhere.reset();
+  constrain(b, Height, 12);
+  EXPECT_EQ(frameOf(b).size, (CGSize{11, 12})) << "nor what has gone";
+
   const View fixed = addView(CGRectMake(10, 20, 30, 40), UIColor::blueColor());
   constrain(fixed, Width, 500);
   EXPECT_EQ(frameOf(fixed), CGRectMake(10, 20, 30, 40)) << "who keeps its frame, keeps it";
-}
-
-TEST_F(LayoutTest, aConstraintWhoseViewIsElsewhereOrGoneCountsNotAtAll) {
-  const View a = constrained();
-  auto gone = std::make_shared<UIView>(CGRectMake(0, 0, 77, 77));
-  a->addConstraint(NSLayoutConstraint::constraintWithItem(a, Width, NSLayoutRelationEqual, gone, Width, 1, 0));
-  constrain(a, Width, 11);
-  EXPECT_EQ(frameOf(a).size.width, 11);
-  gone.reset();
-  constrain(a, Height, 12);
-  EXPECT_EQ(frameOf(a).size, (CGSize{11, 12}));
 }
 
 class CountsLayouts : public UIView {
