@@ -63,7 +63,8 @@ class BreakMedia : public testing::Test {
     window.setRootViewController(std::make_shared<UIViewController>());
     window.makeKeyAndVisible();
     isFinished = false;
-    YMRVideoPlayer player;
+    auto owned = std::make_unique<YMRVideoPlayer>();
+    auto& player = *owned;
     player.setDelegate(delegate);
     player.setAdSchedule(schedule);
     player.presentWithController(window.rootViewController());
@@ -73,7 +74,11 @@ class BreakMedia : public testing::Test {
     while (!isOver()) runEventsUntil([&, next = 0]() mutable { return isOver() || ++next > 20; });
     EXPECT_TRUE(isFinished);
     EXPECT_EQ(player.ymrPlayer()->adPlayer(), nullptr);
+    const std::weak_ptr<AVPlayerViewController> screen = player.ymrPlayer()->avPlayerVC();
     player.dismiss();
+    EXPECT_TRUE(runEventsUntil([&] { return !window.rootViewController()->presentedViewController(); }));
+    owned.reset();
+    EXPECT_TRUE(runEventsUntil([&] { return screen.expired(); }));
   }
 
   // The tracking requests of one ad as they came in.
