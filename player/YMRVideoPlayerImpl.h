@@ -1,12 +1,15 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
+#include "VAST/Parser/VASTDocument.h"
 #include "VAST/SKVASTUrlWithId.h"
 #include "ads/YMRAdContainerView.h"
 #include "ads/YMRAdSchedule.h"
@@ -84,7 +87,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   const std::shared_ptr<YMRAdContainerView>& adContainerView() const { return adContainerView_; }
   const std::shared_ptr<YMRAbstractPlayerState>& playerState() const { return playerState_; }
   YMRAdState adState() const { return adState_; }
-  // True from an ad's start on the screen to its end.
+  // True from an ad's start on the screen to its end. Any thread.
   bool isPlayingAd() const { return isPlayingAd_; }
 
   // ---- What the states use.
@@ -178,7 +181,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void appDidBecomeActive();
 
   // ---- The ads of a break.
-  void loadVideoUsingSource(const std::optional<NSURL>& url);
+  using AdSource = std::variant<std::optional<NSURL>, VASTDocument>;
+  void loadVideoUsingSource(const AdSource& source);
   void vastDidLoad(YMRVastModel& model);
   // Takes the next ad of the break, and those after it while they fail at once.
   void prepareToPlayVastAdModel();
@@ -248,5 +252,6 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   std::shared_ptr<AVPlayerLayer> adPlayerLayer_;
   AVPlayerTimeObserverToken adTimeObserver_;
   int currentQuartile_ = 0;
-  bool isPlayingAd_ = false;
+  std::atomic<bool> isPlayingAd_ = false;
+  bool hasOverlayBeenUp_ = false;  // for an ad of this break
 };

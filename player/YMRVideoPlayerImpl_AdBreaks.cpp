@@ -72,7 +72,6 @@ void YMRVideoPlayerImpl::startMidRoll() {
     return;
   }
   adState_ = YMRAdStateMidRoll;
-  if (isArmedMidRoll(currentAdBreak_)) return;  // the programme was started anew before it was due
   auto& groups = *adSchedule_->midRolls();
   for (auto index = currentMidRollOffsetIndex_; index < groups.size(); ++index) {
     if (auto next = takeFirst(groups[index])) {
@@ -160,6 +159,7 @@ void YMRVideoPlayerImpl::leaveBreak() {
 }
 
 void YMRVideoPlayerImpl::takeOverlayOffScreen() {
+  hasOverlayBeenUp_ = false;
   adContainerView_->removeFromSuperview();
   adContainerView_->endWaiting();
   if (const auto indicator = adContainerView_->loadingIndicator()) indicator->stopAnimating();

@@ -1,6 +1,7 @@
 // The ads of a break: fetched, chosen, played one after another, and their ends.
 #include <algorithm>
 #include <utility>
+#include <variant>
 
 #include "VAST/Parser/SKVAST2Parser.h"
 #include "VAST/SKLogger.h"
@@ -33,15 +34,21 @@ std::int64_t remainingSeconds(double duration, double time) {
 
 }  // namespace
 
-void YMRVideoPlayerImpl::loadVideoUsingSource(const std::optional<NSURL>& url) {
-  SKLogger::debug(adTag, "Starting loadVideoWithURL");
+void YMRVideoPlayerImpl::loadVideoUsingSource(const AdSource& source) {
+  const auto* url = std::get_if<std::optional<NSURL>>(&source);
+  SKLogger::debug(adTag, url ? "Starting loadVideoWithURL" : "Starting loadVideoWithData");
   const auto number = adNumber_;
   sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnRequest, currentAdBreak_);
   if (!isAtHand(number)) return;
-  SKVAST2Parser().parseWithUrl(url, [weak = weak_from_this(), number](const std::shared_ptr<YMRVastModel>& model) {
+  const auto didLoad = [weak = weak_from_this(), number](const std::shared_ptr<YMRVastModel>& model) {
     const auto self = weak.lock();
     if (self && self->isAtHand(number)) self->vastDidLoad(*model);
-  });
+  };
+  if (url) {
+    SKVAST2Parser().parseWithUrl(*url, didLoad);
+  } else {
+    SKVAST2Parser().parseWithData(std::get<VASTDocument>(source), didLoad);
+  }
 }
 
 void YMRVideoPlayerImpl::vastDidLoad(YMRVastModel& model) {
@@ -60,9 +67,12 @@ void YMRVideoPlayerImpl::vastDidLoad(YMRVastModel& model) {
 void YMRVideoPlayerImpl::prepareToPlayVastAdModel() {
   preparesNext_ = true;
   if (isPreparing_) return;
-  isPreparing_ = true;
+  struct Preparing {
+    explicit Preparing(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Preparing() { flag_ = false; }
+    bool& flag_;
+  } const preparing(isPreparing_);
   while (std::exchange(preparesNext_, false) && !vastAdModels_.empty()) prepareNextAd();
-  isPreparing_ = false;
 }
 
 void YMRVideoPlayerImpl::prepareNextAd() {
@@ -150,10 +160,9 @@ void YMRVideoPlayerImpl::startAd() {
   adContainerView_->adPlayerView()->layer()->addSublayer(adPlayerLayer_);
   adPlayerLayer_->addObserver(shared_from_this(), "readyForDisplay");
   const auto& screen = avPlayerVC_->view();
-  if (adContainerView_->superview() != screen) {
-    adContainerView_->awaitPicture();
-    addSubViewWithAutolayout(screen, adContainerView_);
-  }
+  // Between two ads it stays as it was, so that the programme does not show through.
+  if (!std::exchange(hasOverlayBeenUp_, true)) adContainerView_->awaitPicture();
+  addSubViewWithAutolayout(screen, adContainerView_);
 
   const auto weak = weak_from_this();
   adTimeObserver_ =
@@ -247,11 +256,12 @@ void YMRVideoPlayerImpl::adPlayDidEnd(bool seek, bool shouldPassTracking) {
   }
 }
 
-// Nothing that the player of an ad still has to say belongs to that ad any more. The overlay stays for the next one.
+// Nothing that the player of an ad still has to say belongs to that ad any more.
 void YMRVideoPlayerImpl::takeAdOffScreen() {
   removeObserverOfAdPlayer();
   currentQuartile_ = 0;
   if (const auto layer = std::exchange(adPlayerLayer_, nullptr)) layer->removeFromSuperlayer();
+  adContainerView_->removeFromSuperview();
   if (const auto player = std::exchange(adPlayer_, nullptr)) player->pause();
 }
 
