@@ -81,17 +81,4 @@ TEST_F(OutlinedLabelTest, keepsTheLookOfItsFirstTextUntilThatIsCleared) {
   EXPECT_THAT(edge(), testing::ElementsAre("000000", "0000ff", "0000ff", "00ff00")) << "40 hundredths of 50 points";
 }
 
-TEST_F(OutlinedLabelTest, isCentredOfManyLinesUnlessMadePlain) {
-  const auto plain = YMROutlinedLabel::init();
-  EXPECT_EQ(plain->textAlignment(), NSTextAlignmentNatural);
-  EXPECT_EQ(plain->numberOfLines(), 1);
-  EXPECT_EQ(label->textAlignment(), NSTextAlignmentCenter);
-  EXPECT_EQ(label->numberOfLines(), 0);
-  for (const auto& made : {plain, label}) {
-    EXPECT_EQ(made->strokeWidth(), 1);
-    EXPECT_EQ(made->strokeColor(), UIColor::blackColor());
-    EXPECT_EQ(made->foregroundColor(), UIColor::whiteColor());
-  }
-}
-
 }  // namespace
