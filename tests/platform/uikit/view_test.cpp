@@ -55,28 +55,16 @@ TEST_F(ViewTest, aViewHasOneSuperviewWhichHoldsIt) {
   EXPECT_EQ(green->superview(), nullptr) << "no view ends up inside itself";
   green.reset();
   EXPECT_TRUE(watched.expired());
+  const auto layer = std::make_shared<CALayer>(), orphan = red->layer();
+  view()->layer()->addSublayer(layer);
+  orphan->addSublayer(layer);
+  layer->addSublayer(orphan);
+  EXPECT_THAT(view()->layer()->sublayers(), IsEmpty()) << "nor a layer two superlayers";
   red->removeFromSuperview();
   red->removeFromSuperview();
   EXPECT_THAT(view()->subviews(), IsEmpty());
-}
-
-TEST_F(ViewTest, layersHaveOneSuperlayerAndFollowItsSize) {
-  auto layer = std::make_shared<CALayer>();
-  view()->layer()->addSublayer(layer);
-  layer->setFillsSuperlayer(true);
-  resize(800, 450);
-  EXPECT_EQ(layer->frame(), CGRectMake(0, 0, 800, 450));
-  layer->addSublayer(layer);
-  layer->addSublayer(view()->layer());
-  EXPECT_THAT(layer->sublayers(), IsEmpty());
-
-  red->layer()->addSublayer(layer);
-  EXPECT_THAT(view()->layer()->sublayers(), IsEmpty());
-  const auto orphan = red->layer();
   red.reset();
   EXPECT_EQ(orphan->frame(), CGRectZero) << "a view's layer outlives it as nothing";
-  layer->removeFromSuperlayer();
-  EXPECT_EQ(layer->superlayer(), nullptr);
 }
 
 TEST_F(ViewTest, hidingFadingAndClippingReachWhatIsInside) {
