@@ -40,6 +40,8 @@ set(CPACK_PACKAGE_CONTACT "The ymrplayer authors <ymrplayer@example.org>")
 set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 # What is loaded at run time, and so is seen by no linker; the list is the one that the scripts install from.
 file(STRINGS ${PROJECT_SOURCE_DIR}/scripts/packages.txt lines REGEX "^run[ \t]")
