@@ -56,7 +56,7 @@ TYPED_TEST(OnEveryLoop, aGroupNotifiesWhenEverythingThatEnteredHasLeft) {
   EXPECT_THROW(dispatch_group_leave(group), std::logic_error);
 }
 
-TYPED_TEST(OnEveryLoop, workRunsSideBySideAndMayWaitForAGroupOfFurtherWork) {
+TYPED_TEST(OnEveryLoop, workMayWaitForAGroupOfFurtherWork) {
   // The shape of an ad request: work that waits for work, several at once.
   std::atomic<int> finished{0};
   for (int i = 0; i < 8; ++i) {
@@ -69,6 +69,20 @@ TYPED_TEST(OnEveryLoop, workRunsSideBySideAndMayWaitForAGroupOfFurtherWork) {
     });
   }
   this->runUntil([&] { return finished == 8; });
+}
+
+TEST(WorkQueues, blocksOfTheGlobalQueueRunSideBySide) {
+  PlainRunLoop loop;
+  std::atomic<int> inside{0}, met{0};
+  const auto began = loop.now();
+  for (int i = 0; i < 3; ++i) {
+    dispatch_async(dispatch_get_global_queue(), [&] {
+      ++inside;
+      while (inside < 3 && loop.now() - began < 10s) std::this_thread::yield();
+      ++met;
+    });
+  }
+  EXPECT_TRUE(loop.runUntil([&] { return met == 3; }, 5s));
 }
 
 TEST(WorkQueues, aLoopThatGoesWaitsForTheBlockAtHandAndDropsTheRest) {

@@ -142,7 +142,7 @@ TEST_F(Loader, silenceEndsAFetchLongBeforeTheWholeBoundAndDrippingDoesNot) {
   request.whole = 10s;
   EXPECT_THAT(load(request).elapsed, AllOf(Gt(290ms), Lt(5s)));
 
-  server.on("/slow", HTTPServer::Reply{.body = "0123456789", .bodyPause = 100ms});
+  server.on("/slow", HTTPServer::Reply{.body = "0123456789", .headPause = 10ms, .bodyPause = 100ms});
   request.silence = 700ms;
   const URLResponse response = load(request);
   EXPECT_EQ(text(response), "0123456789");

@@ -131,6 +131,9 @@ TEST_F(LabelTest, knowsTheSizeOfItsText) {
   const CGSize one = label->intrinsicContentSize();
   label->setText("Text\nText");
   EXPECT_EQ(label->intrinsicContentSize().height, one.height) << "one line is what it may have";
+  label->setText(std::string(100, 'x'));
+  EXPECT_GT(label->intrinsicContentSize().width, 640) << "however long it is";
+  label->setText("Text\nText");
   label->setNumberOfLines(0);
   EXPECT_EQ(label->intrinsicContentSize(), (CGSize{one.width, 2 * one.height}));
   label->setText("Text\r\nText\r\n");

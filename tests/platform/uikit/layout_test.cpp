@@ -82,6 +82,11 @@ TEST_F(LayoutTest, constraintsReachAcrossLevelsAndGoWithTheViewThatIsTakenOut) {
   EXPECT_EQ(frameOf(inner), CGRectMake(260, 30, 30, 60));
   EXPECT_THAT(outer->constraints(), IsEmpty());
   EXPECT_THAT(view()->constraints(), ElementsAre(right, top, height)) << "held where both views are inside";
+  auto quarter = std::make_shared<UIView>();
+  quarter->setTranslatesAutoresizingMaskIntoConstraints(false);
+  outer->addSubview(quarter);
+  constrain(quarter, Left, 0, outer, Right, 0.25);
+  EXPECT_EQ(frameOf(quarter).origin.x, 50) << "a share of what holds both";
   outer->removeFromSuperview();
   EXPECT_THAT(view()->constraints(), IsEmpty());
   EXPECT_THAT(inner->constraints(), ElementsAre(width)) << "its own stay";
