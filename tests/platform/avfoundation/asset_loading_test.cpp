@@ -76,20 +76,17 @@ TEST_F(AssetLoading, thePipelineGoesWithWhoeverHasItAndTheLoadStillCompletes) {
   EXPECT_THAT(diary->take(), ElementsAre("again"));
 }
 
-TEST_F(AssetLoading, itemsOfAFailedAssetFailForItsReasonWithoutAskingAgain) {
-  media.script(programme).loadFailure = gone;
+TEST_F(AssetLoading, doesNotHandOutAPipelineThatBrokeWhileNobodyHadIt) {
   const auto asset = assetOf(programme);
   load(asset);
   loop.advance(1s);
-  for (int round = 0; round < 2; ++round) {
-    const auto failing = AVPlayerItem::playerItemWithAsset(asset);
-    player = AVPlayer::playerWithPlayerItem(failing);
-    EXPECT_EQ(failing->status(), AVPlayerItemStatusUnknown);
-    loop.runUntilIdle();
-    EXPECT_EQ(failing->status(), AVPlayerItemStatusFailed);
-    EXPECT_EQ(failing->error()->code, NSURLErrorFileDoesNotExist);
-  }
-  EXPECT_EQ(media.logs().size(), 1u);
+  engine().fail(gone);
+  loop.advance(1s);
+  EXPECT_EQ(media.aliveEngines(), 0);
+  item = AVPlayerItem::playerItemWithAsset(asset);
+  player = AVPlayer::playerWithPlayerItem(item);
+  loop.advance(1s);
+  EXPECT_EQ(item->status(), AVPlayerItemStatusReadyToPlay);
 }
 
 TEST_F(AssetLoading, knowsTheMediaOnceLoaded) {

@@ -77,31 +77,3 @@ TEST_F(Lifetime, whoDestroysThePlayerFromInsideACallHearsNothingMore) {
     center.removeObserver(diary.get());
   }
 }
-
-TEST_F(Lifetime, aThousandRoundsLeaveNothingBehind) {
-  const auto observers = NSNotificationCenter::defaultCenter().observerCount();
-  for (int round = 0; round < 1000; ++round) {
-    // Each round ends somewhere else: loading, seeking, playing, stalled, at the end, failed.
-    auto& script = media.script(programme);
-    script = {};
-    script.duration = 5;
-    script.seekDelay = round % 3 * 0.1;
-    if (round % 4 == 1) script.stalls = {{1, 3}};
-    if (round % 5 == 2) script.failure = {2, {AVFoundationErrorDomain, AVErrorUnknown, ""}};
-    open();
-    tickEvery(0.5);
-    player->seekToTime(seconds(0.25), noted());
-    player->play();
-    loop.advance(std::chrono::milliseconds(round * 7));
-    player->seekToTime(seconds(0.5), noted());
-    player.reset();
-    item.reset();
-    token.reset();
-    NSNotificationCenter::defaultCenter().removeObserver(diary.get());
-  }
-  loop.runUntilIdle();
-  EXPECT_EQ(media.aliveEngines(), 0);
-  EXPECT_EQ(media.logs().size(), 1000u);
-  EXPECT_EQ(loop.pendingTimers(), 0u);
-  EXPECT_EQ(NSNotificationCenter::defaultCenter().observerCount(), observers);
-}

@@ -135,3 +135,29 @@ TEST_F(PeriodicObservers, mayRemoveEachOtherAndAddMoreFromInsideATick) {
   loop.advance(1s);
   EXPECT_THAT(diary->take(), ElementsAre("jumped to 5.5", "first 5.5", "first 6", "third 6")) << "in a jump, too";
 }
+
+TEST_F(PeriodicObservers, thatSeekOrChangeTheItemInATickSilenceTheOthersUntilTheJumpOrTheNextBeginning) {
+  openReady();
+  int calls = 0;
+  player->addPeriodicTimeObserver(seconds(1), nullptr, [&](CMTime) {
+    if (++calls == 2) player->seekToTime(seconds(40));
+    if (calls == 4) player->replaceCurrentItemWithPlayerItem(itemOf(advertisement));
+  });
+  tickEvery(1);
+  player->play();
+  loop.advance(3050ms);
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "tick 0", "jumped to 40", "tick 40", "tick 0", "tick 1"));
+}
+
+TEST_F(PeriodicObservers, waitForMediaTimeThatLagsBehindTheClock) {
+  openReady();
+  tickEvery(1);
+  player->play();
+  loop.advance(900ms);
+  engine().skipTo(0.895);
+  diary->take();
+  loop.advance(104ms);
+  EXPECT_THAT(ticks(), IsEmpty()) << "never early";
+  loop.advance(3ms);
+  EXPECT_EQ(ticks(), from(1, 1));
+}

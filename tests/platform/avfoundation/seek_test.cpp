@@ -73,6 +73,7 @@ TEST_F(Seek, goesToAPlaceInsideTheItemHoweverItIsExpressedOrNowhere) {
     EXPECT_THAT(diary->lines(), IsEmpty());
     loop.advance(1s);
     const auto lines = diary->take();
+    for (const double sought : engine().log().seeks) EXPECT_EQ(text(seconds(sought)), row.place);
     if (row.place) {
       EXPECT_THAT(lines, ElementsAre(std::string("jumped to ") + row.place, "finished"));
     } else {
