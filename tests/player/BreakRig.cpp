@@ -6,48 +6,41 @@
 
 #include "ads/core/SKVASTMediaFilePicker.h"
 
-namespace {
-
-constexpr std::string_view trackers = "http://track.example/";
-
-}  // namespace
-
 BreakRig::BreakRig() {
   SKVASTMediaFilePicker::setProbeHost("127.0.0.1");
   media.otherwise().duration = 8;
   media.script(PlayerRig::film).duration = 20;
-  host.hearOfAds();
 }
 
 BreakRig::~BreakRig() {
   SKVASTMediaFilePicker::setProbeHost("127.0.0.1");
 }
 
-std::string BreakRig::wrapper(const std::string& tag) {
-  return "<VAST version=\"3.0\"><Ad id=\"w\"><Wrapper><VASTAdTagURI><![CDATA[" + tag +
-         "]]></VASTAdTagURI></Wrapper></Ad></VAST>";
+ScriptedURLLoader::Answer BreakRig::wrapper(const std::string& tag) {
+  return {.body = "<VAST version=\"3.0\"><Ad id=\"w\"><Wrapper><VASTAdTagURI><![CDATA[" + tag +
+                  "]]></VASTAdTagURI></Wrapper></Ad></VAST>"};
 }
 
-std::string BreakRig::pod(const std::vector<std::string>& names, const std::string& type) {
+ScriptedURLLoader::Answer BreakRig::pod(const Lines& names, const std::string& type) {
   std::vector<Ad> ads;
   for (const auto& name : names) {
     ads.push_back({name, type, names.size() > 1 ? std::to_string(ads.size() + 1) : ""});
   }
-  return document(ads);
+  return {.body = adDocument(ads)};
 }
 
-void BreakRig::preRoll(const std::string& name, const std::string& body) {
-  net.loader->answer(tag(name), body);
+void BreakRig::preRoll(const std::string& name, ScriptedURLLoader::Answer answer) {
+  net.loader->answer(tag(name), std::move(answer));
   schedule->addAdBreak(YMRAd::initPreRollWithVastUrl(NSURL::URLWithString(tag(name))));
 }
 
-void BreakRig::midRoll(const std::string& name, std::uint64_t offset, const std::string& body) {
-  net.loader->answer(tag(name), body);
+void BreakRig::midRoll(const std::string& name, std::uint64_t offset, ScriptedURLLoader::Answer answer) {
+  net.loader->answer(tag(name), std::move(answer));
   schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(NSURL::URLWithString(tag(name)), offset));
 }
 
-void BreakRig::postRoll(const std::string& name, const std::string& body) {
-  net.loader->answer(tag(name), body);
+void BreakRig::postRoll(const std::string& name, ScriptedURLLoader::Answer answer) {
+  net.loader->answer(tag(name), std::move(answer));
   schedule->addAdBreak(YMRAd::initPostRollWithVastUrl(NSURL::URLWithString(tag(name))));
 }
 
@@ -68,6 +61,7 @@ void BreakRig::runUntilHeard(const std::string& line, RunLoop::Duration bound) {
 }
 
 Lines BreakRig::tracked() const {
+  constexpr std::string_view trackers = "http://track.example/";
   Lines lines;
   for (const auto& url : net.loader->sentURLs()) {
     if (url.rfind(trackers, 0) == 0) lines.push_back(url.substr(trackers.size()));

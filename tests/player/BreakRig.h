@@ -20,15 +20,15 @@ class BreakRig : public PlayerRig {
 
   static std::string film(const std::string& ad) { return "http://media.example/" + ad + ".mp4"; }
   static std::string tag(const std::string& name) { return "http://ads.example/" + name; }
-  static std::string document(const std::vector<Ad>& ads) { return adDocument(ads); }
-  static std::string wrapper(const std::string& tag);
+  static ScriptedURLLoader::Answer document(const std::vector<Ad>& ads) { return {.body = adDocument(ads)}; }
+  static ScriptedURLLoader::Answer wrapper(const std::string& tag);
   // Ads of these names as a pod, or as the only one; `type` of the films.
-  static std::string pod(const std::vector<std::string>& names, const std::string& type = "video/mp4");
+  static ScriptedURLLoader::Answer pod(const Lines& names, const std::string& type = "video/mp4");
 
-  // Breaks with the tag of that name, which answers with `body`.
-  void preRoll(const std::string& name, const std::string& body);
-  void midRoll(const std::string& name, std::uint64_t offset, const std::string& body);
-  void postRoll(const std::string& name, const std::string& body);
+  // Breaks with the tag of that name and what it answers.
+  void preRoll(const std::string& name, ScriptedURLLoader::Answer answer);
+  void midRoll(const std::string& name, std::uint64_t offset, ScriptedURLLoader::Answer answer);
+  void postRoll(const std::string& name, ScriptedURLLoader::Answer answer);
 
   // Plays the film with the schedule until the presentation is over, or `bound` has passed; whether it is over.
   bool playToEnd(RunLoop::Duration bound = 300s);

@@ -24,86 +24,79 @@ class Application : public testing::Environment {
 };
 [[maybe_unused]] const auto* application = testing::AddGlobalTestEnvironment(new Application);
 
-std::string nameOf(const std::string& line) {
-  return line.substr(0, line.find_first_of(" :"));
+// What a callback says, as text: of an ad only its roll, and that where nothing follows.
+std::string shown() {
+  return "";
+}
+std::string shown(double number) {
+  char text[32];
+  std::snprintf(text, sizeof text, " %g", number);
+  return text;
+}
+std::string shown(double one, double other) {
+  return shown(one) + shown(other);
+}
+std::string shown(int code, const std::string&) {
+  return shown(code);
+}
+std::string shown(const NSError& error) {
+  return shown(static_cast<double>(error.code));
+}
+std::string shown(const std::string& text) {
+  return ":" + text;
+}
+std::string shown(const std::shared_ptr<YMRAd>& ad) {
+  return ":" + YMRAd::getNameFromRoll(ad->roll());
+}
+template <typename First, typename... More>
+std::string shown(const std::shared_ptr<YMRAd>&, const First& first, const More&... more) {
+  return shown(first, more...);
 }
 
 }  // namespace
 
-const std::vector<std::string>& RecordingHost::callbacks() {
-  static const std::vector<std::string> names{"videoOnPlay",          "videoOnPlayDuration",
-                                              "videoOnPause",         "videoOnPauseDuration",
-                                              "videoOnTime",          "videoOnTimeDuration",
-                                              "videoDidBuffer",       "videoOnBuffer",
-                                              "videoDidSeekTo",       "videoOnError",
-                                              "videoDidPlayFinished", "playerWillDismiss",
-                                              "playerDidDismiss",     "videoClosedCaptionDidChange"};
-  return names;
+template <typename... Values>
+void RecordingHost::listen(std::function<void(Values...)>& slot, const std::string& name) {
+  callbacks.push_back(name);
+  slot = [this, name](const auto&... values) { hear(name, shown(values...)); };
 }
 
 RecordingHost::RecordingHost() {
   auto& to = *delegate;
-  to.videoOnPlay = [this] { hear("videoOnPlay"); };
-  to.videoOnPlayDuration = [this](double time, double duration) { hear("videoOnPlayDuration", {time, duration}); };
-  to.videoOnPause = [this](double time) { hear("videoOnPause", {time}); };
-  to.videoOnPauseDuration = [this](double time, double duration) { hear("videoOnPauseDuration", {time, duration}); };
-  to.videoOnTime = [this](double time) { hear("videoOnTime", {time}); };
-  to.videoOnTimeDuration = [this](double time, double duration) { hear("videoOnTimeDuration", {time, duration}); };
-  to.videoDidBuffer = [this] { hear("videoDidBuffer"); };
-  to.videoOnBuffer = [this] { hear("videoOnBuffer"); };
-  to.videoDidSeekTo = [this](double time) { hear("videoDidSeekTo", {time}); };
-  to.videoOnError = [this](const NSError& error) { hear("videoOnError", {static_cast<double>(error.code)}); };
-  to.videoDidPlayFinished = [this] { hear("videoDidPlayFinished"); };
-  to.playerWillDismiss = [this] { hear("playerWillDismiss"); };
-  to.playerDidDismiss = [this] { hear("playerDidDismiss"); };
-  to.videoClosedCaptionDidChange = [this](const std::string& tag) { hear("videoClosedCaptionDidChange:" + tag); };
-}
-
-void RecordingHost::hearOfAds() {
-  using Ad = YMRVideoPlayerDelegate::Ad;
-  auto& to = *delegate;
-  const auto aboutAd = [this](const char* name) {
-    return [this, name](const Ad& ad) { hear(name + (":" + YMRAd::getNameFromRoll(ad->roll()))); };
-  };
-  const auto withTimes = [this](const char* name) {
-    return [this, name](const Ad&, double duration, double second) { hear(name, {duration, second}); };
-  };
-  to.videoAdOnRequest = aboutAd("videoAdOnRequest");
-  to.videoAdOnResponse = aboutAd("videoAdOnResponse");
-  to.videoAdOnPodStart = aboutAd("videoAdOnPodStart");
-  to.videoAdOnStart = aboutAd("videoAdOnStart");
-  to.videoAdOnComplete = aboutAd("videoAdOnComplete");
-  to.videoAdOnPodComplete = aboutAd("videoAdOnPodComplete");
-  to.videoAdOnTime = withTimes("videoAdOnTime");
-  to.videoAdOnBuffer = withTimes("videoAdOnBuffer");
-  to.videoAdOnPause = withTimes("videoAdOnPause");
-  to.videoAdOnPlay = withTimes("videoAdOnPlay");
-  to.videoAdOnPlayQuartile = [this](const Ad&, int quartile, double duration) {
-    hear("videoAdOnPlayQuartile", {static_cast<double>(quartile), duration});
-  };
-  to.videoAdOnError = [this](const Ad&, const std::string& message) { hear("videoAdOnError:" + message); };
-  to.videoAdOnErrorDesc = [this](const Ad&, int code, const std::string&) {
-    hear("videoAdOnErrorDesc", {static_cast<double>(code)});
-  };
-}
-
-const std::vector<std::string>& RecordingHost::adCallbacks() {
-  static const std::vector<std::string> names{
-      "videoAdOnRequest",  "videoAdOnResponse",    "videoAdOnPodStart", "videoAdOnStart", "videoAdOnTime",
-      "videoAdOnBuffer",   "videoAdOnPause",       "videoAdOnPlay",     "videoAdOnError", "videoAdOnPlayQuartile",
-      "videoAdOnComplete", "videoAdOnPodComplete", "videoAdOnErrorDesc"};
-  return names;
-}
-
-void RecordingHost::leaveOut(const std::string& callback) {
-  if (callback == "videoDidPlayFinished") delegate->videoDidPlayFinished = nullptr;
-  if (callback == "playerDidDismiss") delegate->playerDidDismiss = nullptr;
+  listen(to.videoOnPlay, "videoOnPlay");
+  listen(to.videoOnPlayDuration, "videoOnPlayDuration");
+  listen(to.videoOnPause, "videoOnPause");
+  listen(to.videoOnPauseDuration, "videoOnPauseDuration");
+  listen(to.videoOnTime, "videoOnTime");
+  listen(to.videoOnTimeDuration, "videoOnTimeDuration");
+  listen(to.videoDidBuffer, "videoDidBuffer");
+  listen(to.videoOnBuffer, "videoOnBuffer");
+  listen(to.videoDidSeekTo, "videoDidSeekTo");
+  listen(to.videoOnError, "videoOnError");
+  listen(to.videoDidPlayFinished, "videoDidPlayFinished");
+  listen(to.playerWillDismiss, "playerWillDismiss");
+  listen(to.playerDidDismiss, "playerDidDismiss");
+  listen(to.videoClosedCaptionDidChange, "videoClosedCaptionDidChange");
+  listen(to.videoAdOnRequest, "videoAdOnRequest");
+  listen(to.videoAdOnResponse, "videoAdOnResponse");
+  listen(to.videoAdOnPodStart, "videoAdOnPodStart");
+  listen(to.videoAdOnStart, "videoAdOnStart");
+  listen(to.videoAdOnComplete, "videoAdOnComplete");
+  listen(to.videoAdOnPodComplete, "videoAdOnPodComplete");
+  listen(to.videoAdOnTime, "videoAdOnTime");
+  listen(to.videoAdOnBuffer, "videoAdOnBuffer");
+  listen(to.videoAdOnPause, "videoAdOnPause");
+  listen(to.videoAdOnPlay, "videoAdOnPlay");
+  listen(to.videoAdOnPlayQuartile, "videoAdOnPlayQuartile");
+  listen(to.videoAdOnError, "videoAdOnError");
+  listen(to.videoAdOnErrorDesc, "videoAdOnErrorDesc");
 }
 
 Lines RecordingHost::heardOf(const std::vector<std::string>& wanted) const {
   Lines lines;
   for (const auto& line : heard) {
-    if (std::find(wanted.begin(), wanted.end(), nameOf(line)) != wanted.end()) lines.push_back(line);
+    const auto name = line.substr(0, line.find_first_of(" :"));
+    if (std::find(wanted.begin(), wanted.end(), name) != wanted.end()) lines.push_back(line);
   }
   return lines;
 }
@@ -112,15 +105,9 @@ int RecordingHost::count(const std::string& callback) const {
   return static_cast<int>(heardOf({callback}).size());
 }
 
-void RecordingHost::hear(const std::string& callback, std::initializer_list<double> numbers) {
-  std::string line = callback;
-  for (const double number : numbers) {
-    char text[32];
-    std::snprintf(text, sizeof text, " %g", number);
-    line += text;
-  }
-  heard.push_back(line);
-  if (const auto found = inside.find(callback.substr(0, callback.find(':'))); found != inside.end()) {
+void RecordingHost::hear(const std::string& callback, const std::string& values) {
+  heard.push_back(callback + values);
+  if (const auto found = inside.find(callback); found != inside.end()) {
     const auto act = found->second;  // which may replace itself
     act();
   }

@@ -16,30 +16,26 @@
 using namespace std::chrono_literals;
 using Lines = std::vector<std::string>;
 
-// A host that answers every callback of the programme and writes each down as text: "videoOnPause 12", "videoOnError
-// -11800".
+// A host that answers every callback and writes each down as text: "videoOnPause 12", "videoOnError -11800",
+// "videoAdOnStart:Midroll", "videoAdOnTime 8 3", "videoAdOnErrorDesc 10".
 class RecordingHost {
  public:
   RecordingHost();
 
-  // Those of ads as well: "videoAdOnStart:Midroll", "videoAdOnTime 8 3", "videoAdOnErrorDesc 10".
-  void hearOfAds();
-  static const std::vector<std::string>& adCallbacks();
-  // Everybody but those named. For the callbacks that make a difference by being answered.
-  void leaveOut(const std::string& callback);
-  // The names of all callbacks of the programme and the presentation.
-  static const std::vector<std::string>& callbacks();
   // What was heard of these callbacks only.
   Lines heardOf(const std::vector<std::string>& callbacks) const;
   int count(const std::string& callback) const;
 
   std::shared_ptr<YMRVideoPlayerDelegate> delegate = std::make_shared<YMRVideoPlayerDelegate>();
+  Lines callbacks;  // the names of all
   Lines heard;
   // Runs inside the callback of this name, after it has been written down.
   std::map<std::string, std::function<void()>> inside;
 
  private:
-  void hear(const std::string& callback, std::initializer_list<double> numbers = {});
+  template <typename... Values>
+  void listen(std::function<void(Values...)>& slot, const std::string& name);
+  void hear(const std::string& callback, const std::string& values);
 };
 
 // A player on virtual time: scripted media, a scripted loader, a host that listens; no window.

@@ -4,27 +4,14 @@
 #include "VAST/SKLogger.h"
 #include "tests/player/BreakRig.h"
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 namespace {
 
 const Lines course{"videoOnPlay",          "videoOnPause",     "videoOnError",      "videoDidPlayFinished",
                    "videoAdOnRequest",     "videoAdOnStart",   "videoAdOnPodStart", "videoAdOnComplete",
                    "videoAdOnPodComplete", "videoAdOnResponse"};
-
-Lines operator+(Lines left, const Lines& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
-}
-
-// A break of one ad, as the host hears it; a mid-roll's pause comes where `pause` is given.
-Lines oneAd(const std::string& roll, const Lines& pause = {}) {
-  return Lines{"videoAdOnRequest:" + roll, "videoAdOnResponse:" + roll, "videoAdOnStart:" + roll} + pause +
-         Lines{"videoAdOnComplete:" + roll};
-}
 
 std::string label(BreakRig& rig) {
   return rig.hub().adContainerView()->timeRemainLabel()->text().value_or("");
@@ -40,17 +27,29 @@ TEST(AdBreaks, ofEveryKindInterruptTheProgrammeInTheirOrder) {
   BreakRig rig;
   rig.preRoll("pre", BreakRig::pod({"a"}));
   rig.preRoll("pre2", BreakRig::pod({"a2"}));
-  rig.midRoll("mid", 3, BreakRig::pod({"b"}));
-  rig.postRoll("post", BreakRig::pod({"c"}));
+  rig.midRoll("first", 3, BreakRig::pod({"b"}));
+  rig.midRoll("second", 3, BreakRig::pod({"b2"}));
+  rig.midRoll("beyond", 21, BreakRig::pod({"d"}));
+  rig.postRoll("post", BreakRig::document({{"x", "", "1"}, {"c", "video/mp4", "2"}, {"alone", "video/mp4", ""}}));
   ASSERT_TRUE(rig.playToEnd());
-  const Lines expected = oneAd("Preroll") + oneAd("Preroll") + Lines{"videoOnPlay"} +
-                         oneAd("Midroll", {"videoOnPause 3"}) + Lines{"videoOnPlay", "videoOnPause 20"} +
-                         oneAd("Postroll") + Lines{"videoDidPlayFinished"};
-  EXPECT_EQ(rig.host.heardOf(course), expected);
-  for (const auto& ad : Lines{"a", "a2", "b", "c"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
+  EXPECT_THAT(rig.host.heardOf(course),
+              ElementsAre("videoAdOnRequest:Preroll", "videoAdOnResponse:Preroll", "videoAdOnStart:Preroll",
+                          "videoAdOnComplete:Preroll", "videoAdOnRequest:Preroll", "videoAdOnResponse:Preroll",
+                          "videoAdOnStart:Preroll", "videoAdOnComplete:Preroll", "videoOnPlay",  //
+                          "videoAdOnRequest:Midroll", "videoAdOnResponse:Midroll", "videoAdOnStart:Midroll",
+                          "videoOnPause 3", "videoAdOnComplete:Midroll", "videoOnPlay",  //
+                          "videoAdOnRequest:Midroll", "videoAdOnResponse:Midroll", "videoAdOnStart:Midroll",
+                          "videoOnPause 3", "videoAdOnComplete:Midroll", "videoOnPlay", "videoOnPause 20",  //
+                          "videoAdOnRequest:Postroll", "videoAdOnResponse:Postroll", "videoAdOnPodStart:Postroll",
+                          "videoAdOnPodStart:Postroll", "videoAdOnStart:Postroll", "videoAdOnComplete:Postroll",
+                          "videoAdOnStart:Postroll", "videoAdOnComplete:Postroll", "videoAdOnPodComplete:Postroll",
+                          "videoDidPlayFinished"));
+  for (const auto* ad : {"a", "a2", "b", "b2", "c", "alone"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd()) << ad;
+  EXPECT_THAT(rig.tracked("x"), ElementsAre("error-303"))
+      << "a stand-alone ad takes its place, and the pod starts anew";
+  EXPECT_THAT(rig.tracked("d"), IsEmpty());
   EXPECT_THAT(*rig.schedule->preRolls(), IsEmpty()) << "a break plays once";
   EXPECT_THAT(*rig.schedule->postRolls(), IsEmpty());
-  EXPECT_THAT(*rig.schedule->midRolls(), ElementsAre(IsEmpty()));
   EXPECT_TRUE(rig.isAdGone());
 }
 
@@ -113,61 +112,23 @@ TEST(AdBreaks, showTheLoadingTextUntilTheFirstTickAndThenTheCountdown) {
     rig.runUntilHeard("videoAdOnTime 8 0");
     EXPECT_EQ(label(rig), text);
   }
-  EXPECT_EQ(rig.host.count("videoAdOnPodComplete"), 0);
-  EXPECT_TRUE(rig.loop.advanceUntil([&] { return rig.host.count("videoOnPlay") > 0; }, 30s));
-  EXPECT_EQ(rig.host.count("videoAdOnPodComplete"), 1);
-}
-
-TEST(AdBreaks, withoutACountdownGoOnShowingTheLoadingText) {
-  BreakRig rig;
-  rig.schedule->setAdLoadingText("Soon");
-  rig.preRoll("one", BreakRig::pod({"a"}));
-  rig.begin();
-  rig.runUntilHeard("videoAdOnTime 8 5");
-  EXPECT_EQ(label(rig), "Soon");
 }
 
 TEST(AdBreaks, ofUnknownLengthCountNothingDown) {
-  BreakRig rig;
-  rig.schedule->setAdCountdownText("%d");
-  rig.preRoll("one", BreakRig::pod({"a"}));
-  auto& film = rig.media.script(BreakRig::film("a"));
-  film.live = true;
-  film.failure = {5, NSError{AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"}};
-  rig.begin();
-  rig.runUntilHeard("videoAdOnTime nan 3");
-  EXPECT_EQ(label(rig), "0");
-  rig.runUntilHeard("videoOnPlay");
-  EXPECT_EQ(rig.host.count("videoAdOnPlayQuartile"), 0);
-}
-
-TEST(AdBreaks, putAStandAloneAdInThePlaceOfAPodsAdWithoutAFilm) {
-  BreakRig rig;
-  rig.postRoll("post", BreakRig::document({{"a", "", "1"}, {"b", "video/mp4", "2"}, {"alone", "video/mp4", ""}}));
-  ASSERT_TRUE(rig.playToEnd());
-  EXPECT_EQ(rig.tracked("a"), (Lines{"error-303"}));
-  EXPECT_EQ(rig.tracked("alone"), BreakRig::wholeAd());
-  EXPECT_EQ(rig.tracked("b"), BreakRig::wholeAd());
-  EXPECT_THAT(rig.host.heardOf({"videoAdOnErrorDesc", "videoAdOnComplete", "videoAdOnPodComplete"}),
-              ElementsAre("videoAdOnErrorDesc 3", "videoAdOnComplete:Postroll", "videoAdOnComplete:Postroll",
-                          "videoAdOnPodComplete:Postroll"));
-  EXPECT_EQ(rig.host.heard.back(), "videoDidPlayFinished");
-}
-
-TEST(AdBreaks, ofOneOffsetPlayOneAfterAnother) {
-  BreakRig rig;
-  rig.midRoll("first", 3, BreakRig::pod({"a"}));
-  rig.midRoll("second", 3, BreakRig::pod({"b"}));
-  rig.midRoll("third", 7, BreakRig::pod({"c"}));
-  rig.midRoll("beyond", 21, BreakRig::pod({"d"}));
-  ASSERT_TRUE(rig.playToEnd());
-  EXPECT_THAT(
-      rig.host.heardOf({"videoOnPause", "videoAdOnComplete", "videoAdOnRequest"}),
-      ElementsAre("videoAdOnRequest:Midroll", "videoOnPause 3", "videoAdOnComplete:Midroll", "videoAdOnRequest:Midroll",
-                  "videoOnPause 3", "videoAdOnComplete:Midroll", "videoAdOnRequest:Midroll", "videoOnPause 7",
-                  "videoAdOnComplete:Midroll", "videoOnPause 20"));
-  EXPECT_THAT(rig.tracked("d"), IsEmpty());
-  EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
+  for (const bool hasCountdown : {true, false}) {
+    BreakRig rig;
+    rig.schedule->setAdLoadingText("Soon");
+    if (hasCountdown) rig.schedule->setAdCountdownText("%d");
+    rig.preRoll("one", BreakRig::pod({"a"}));
+    auto& film = rig.media.script(BreakRig::film("a"));
+    film.live = true;
+    film.failure = {5, NSError{AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"}};
+    rig.begin();
+    rig.runUntilHeard("videoAdOnTime nan 3");
+    EXPECT_EQ(label(rig), hasCountdown ? "0" : "Soon");
+    rig.runUntilHeard("videoOnPlay");
+    EXPECT_EQ(rig.host.count("videoAdOnPlayQuartile"), 0);
+  }
 }
 
 TEST(AdBreaks, atTheVeryEndAndAtTheVeryBeginningHaveTheirTurn) {
@@ -191,8 +152,9 @@ TEST(AdBreaks, atTheVeryEndAndAtTheVeryBeginningHaveTheirTurn) {
 TEST(AdBreaks, stillBeingFetchedAtTheEndPlayBeforeThePostRoll) {
   for (const bool viewerGoesBack : {false, true}) {
     BreakRig rig;
-    rig.net.loader->answer(BreakRig::tag("slow"), {.body = BreakRig::pod({"a"}), .delay = 5s});
-    rig.schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(NSURL::URLWithString(BreakRig::tag("slow")), 18));
+    auto slow = BreakRig::pod({"a"});
+    slow.delay = 5s;
+    rig.midRoll("slow", 18, slow);
     rig.postRoll("post", BreakRig::pod({"b"}));
     rig.begin();
     rig.runUntilHeard("videoOnPause 20");
@@ -212,14 +174,13 @@ TEST(AdBreaks, stillBeingFetchedAtTheEndPlayBeforeThePostRoll) {
 }
 
 TEST(AdBreaks, thatSeeksPassByAreCaughtUpWithOneATick) {
-  const std::vector<std::vector<int>> table{{10}, {10, 10, 10}, {4, 8, 2, 12, 6}, {20}, {25}};
-  for (const auto& seeks : table) {
+  for (const auto& seeks : std::vector<std::vector<int>>{{10}, {10, 10, 10}, {4, 8, 2, 12, 6}, {20}, {25}}) {
     SCOPED_TRACE(testing::PrintToString(seeks));
     BreakRig rig;
-    const Lines ads{"at3", "at5", "at7"};
-    rig.midRoll("3", 3, BreakRig::pod({ads[0]}));
-    rig.midRoll("5", 5, BreakRig::pod({ads[1]}));
-    rig.midRoll("7", 7, BreakRig::pod({ads[2]}));
+    for (const int offset : {3, 5, 7}) {
+      rig.midRoll(std::to_string(offset), static_cast<std::uint64_t>(offset),
+                  BreakRig::pod({"at" + std::to_string(offset)}));
+    }
     rig.media.script(PlayerRig::film).seekDelay = 0.05;
     rig.begin();
     rig.runUntilHeard("videoOnTime 1");
@@ -228,9 +189,9 @@ TEST(AdBreaks, thatSeeksPassByAreCaughtUpWithOneATick) {
       rig.loop.advance(20ms);
     }
     rig.runUntilHeard("videoAdOnComplete:Midroll");
-    EXPECT_THAT(rig.tracked(ads[1]), IsEmpty()) << "one at a time";
+    EXPECT_THAT(rig.tracked("at5"), IsEmpty()) << "one at a time";
     rig.runUntilHeard("videoDidPlayFinished");
-    for (const auto& ad : ads) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
+    for (const auto* ad : {"at3", "at5", "at7"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
     rig.loop.advance(60s);
     EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
   }
@@ -252,16 +213,6 @@ TEST(AdBreaks, withNobodyListeningPlayAndTheEndDismissesThePlayer) {
     EXPECT_EQ(rig.media.aliveEngines(), 0);
     EXPECT_EQ(rig.loop.pendingTimers(), 0u);
   }
-}
-
-TEST(AdBreaks, withoutAPreRollTheStartPositionHoldsAndEarlyMidRollsComeFirst) {
-  BreakRig rig;
-  rig.midRoll("mid", 3, BreakRig::pod({"a"}));
-  rig.player->setAdSchedule(rig.schedule);
-  rig.player->playWithMediaItem(PlayerRig::item(), 10);
-  rig.runUntilHeard("videoAdOnComplete:Midroll");
-  rig.runUntilHeard("videoOnTime 12");
-  EXPECT_THAT(rig.engine().log().seeks, ElementsAre(10)) << "it was sent there once";
 }
 
 TEST(AdBreaks, withThousandsOfAdsThatFailNeedNoMoreStackThanOne) {
@@ -305,14 +256,15 @@ TEST(AdBreaks, followTheScheduleOfTheMoment) {
 TEST(AdBreaks, beginBeforeTheirProgrammeIsThereWhenTheHostStartsThem) {
   BreakRig rig;
   rig.preRoll("pre", BreakRig::pod({"a"}));
+  rig.midRoll("mid", 3, BreakRig::pod({"b"}));
   rig.player->setAdSchedule(rig.schedule);
   rig.player->start();
   rig.player->start();
   rig.loop.advance(2s);
-  rig.player->playWithMediaItem(PlayerRig::item(), 0);
-  rig.runUntilHeard("videoOnTime 5");
-  EXPECT_EQ(rig.tracked("a"), BreakRig::wholeAd());
-  EXPECT_EQ(rig.host.count("videoOnPlay"), 1);
+  rig.player->playWithMediaItem(PlayerRig::item(), 10);
+  rig.runUntilHeard("videoOnTime 12");
+  for (const auto* ad : {"a", "b"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd()) << ad;
+  EXPECT_THAT(rig.engine().log().seeks, ElementsAre(10)) << "it was sent to its start position once";
 }
 
 TEST(AdBreaks, endWithoutAWordWhenAnotherProgrammeTakesOver) {
@@ -321,8 +273,9 @@ TEST(AdBreaks, endWithoutAWordWhenAnotherProgrammeTakesOver) {
     SCOPED_TRACE(moment);
     BreakRig rig;
     rig.media.script(second).duration = 20;
-    rig.net.loader->answer(BreakRig::tag("mid"), {.body = BreakRig::pod({"a", "b"}), .delay = 500ms});
-    rig.schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(NSURL::URLWithString(BreakRig::tag("mid")), 3));
+    auto pod = BreakRig::pod({"a", "b"});
+    pod.delay = 500ms;
+    rig.midRoll("mid", 3, pod);
     rig.begin();
     rig.runUntilHeard(moment);
     const auto trackedByNow = rig.tracked();

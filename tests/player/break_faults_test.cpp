@@ -37,36 +37,35 @@ struct AdFault {
   std::string type = "video/mp4";  // of its film
 };
 
-ScriptedURLLoader::Answer failure(long status) {
-  return {.status = status, .body = "nothing"};
-}
-
 const std::vector<DocumentFault>& documentFaults() {
   static const auto answers = [](ScriptedURLLoader::Answer answer) {
     return [answer = std::move(answer)](BreakRig& rig) { rig.net.loader->answer(theTag, answer); };
   };
   static const auto body = [](std::string text) { return answers({.body = std::move(text)}); };
+  static const auto slow = [](ScriptedURLLoader::Answer answer) {
+    answer.delay = 9900ms;
+    return answer;
+  };
   static const std::vector<DocumentFault> faults{
       {"refused", 0, answers({.error = NSURLErrorCannotConnectToHost})},
-      {"404", 0, answers(failure(404))},
-      {"500", 0, answers(failure(500))},
-      {"204", 0, answers(failure(204))},
+      {"404", 0, answers({.status = 404, .body = "nothing"})},
+      {"204", 0, answers({.status = 204})},
       {"silence", 5, answers({.never = true})},
       {"empty body", 1, body("")},
       {"a page", 1, body("<html><body>Welcome<br></body></html>")},
-      {"cut short", 1, body(BreakRig::pod({"a"}).substr(0, 300))},
+      {"cut short", 1, body(BreakRig::pod({"a"}).body.substr(0, 300))},
       {"no ad", 3, body("<VAST version=\"3.0\"></VAST>")},
       {"an empty ad", 3, body("<VAST version=\"3.0\"><Ad id=\"a\"/></VAST>")},
-      {"not linear", 3, body(BreakRig::document({{"a", ""}})), {"error-303"}},
-      {"wraps itself", 8, body(BreakRig::wrapper(theTag))},
-      {"wraps nothing", 0, body(BreakRig::wrapper(BreakRig::tag("gone")))},
-      {"wraps a file", 0, body(BreakRig::wrapper("file:///etc/passwd"))},
+      {"not linear", 3, answers(BreakRig::document({{"a", ""}})), {"error-303"}},
+      {"wraps itself", 8, answers(BreakRig::wrapper(theTag))},
+      {"wraps nothing", 0, answers(BreakRig::wrapper(BreakRig::tag("gone")))},
+      {"wraps a file", 0, answers(BreakRig::wrapper("file:///etc/passwd"))},
       {"hops that take for ever", 5,
        [](BreakRig& rig) {
          rig.media.script(PlayerRig::film).duration = 40;  // else the programme ends first
          for (int hop = 0; hop < 4; ++hop) {
            rig.net.loader->answer(hop ? BreakRig::tag(std::to_string(hop)) : theTag,
-                                  {.body = BreakRig::wrapper(BreakRig::tag(std::to_string(hop + 1))), .delay = 9900ms});
+                                  slow(BreakRig::wrapper(BreakRig::tag(std::to_string(hop + 1)))));
          }
        }},
   };

@@ -152,20 +152,6 @@ struct Belongings {
   }
 };
 
-// How much more there is with each round, by least squares.
-double slope(const std::vector<double>& values) {
-  const auto count = static_cast<double>(values.size());
-  double sumX = 0, sumY = 0, sumXX = 0, sumXY = 0;
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const auto x = static_cast<double>(i);
-    sumX += x;
-    sumY += values[i];
-    sumXX += x * x;
-    sumXY += x * values[i];
-  }
-  return (count * sumXY - sumX * sumY) / (count * sumXX - sumX * sumX);
-}
-
 }  // namespace
 
 TEST_F(BreakMedia, everyKindOfFilmHasOneEndingAndTheProgrammeComes) {
@@ -233,8 +219,8 @@ TEST_F(BreakMedia, manyBreaksInOneProcessLeaveNothingBehind) {
   const char* asked = std::getenv("YMR_BREAKS");
   const int breaks = asked ? std::atoi(asked) : 50;
   const int settled = asked ? 50 : 20;  // breaks after which nothing may grow
-  std::vector<double> memory;
-  Belongings first{}, last{};
+  std::optional<Belongings> first;
+  Belongings last{};
   const AdServerProcess ads;
   for (int done = 0; done < breaks; done += 3) {
     SCOPED_TRACE(done);
@@ -247,20 +233,19 @@ TEST_F(BreakMedia, manyBreaksInOneProcessLeaveNothingBehind) {
     ASSERT_EQ(endings, Lines(3, "complete"));
     if (done + 3 < settled) continue;
     // What was taken down by other threads may still be going.
-    int patience = memory.empty() ? 100 : 300;
+    int patience = first ? 300 : 100;
     runEventsUntil([&] {
       last = Belongings::now();
-      return --patience < 0 || (last.threads <= first.threads && last.files <= first.files);
+      return --patience < 0 || (first && last.threads <= first->threads && last.files <= first->files);
     });
-    if (memory.empty()) first = last;
-    memory.push_back(static_cast<double>(last.memory));
-    EXPECT_LE(last.threads, first.threads + 3);
-    EXPECT_LE(last.files, first.files + 3);
+    if (!first) first = last;
+    EXPECT_LE(last.threads, first->threads + 3);
+    EXPECT_LE(last.files, first->files + 3);
   }
-  const double bytesABreak = slope(memory) / 3;
+  const double bytesABreak = static_cast<double>(last.memory - first->memory) / (breaks - settled);
   std::cout << breaks << " breaks: " << bytesABreak << " bytes more a break from the " << settled << "th on; threads "
-            << first.threads << " to " << last.threads << ", descriptors " << first.files << " to " << last.files
-            << ", heap " << first.memory / 1024 << " to " << last.memory / 1024 << " KiB\n";
+            << first->threads << " to " << last.threads << ", descriptors " << first->files << " to " << last.files
+            << ", heap " << first->memory / 1024 << " to " << last.memory / 1024 << " KiB\n";
 #ifdef NDEBUG
   EXPECT_LT(bytesABreak, asked ? 1000 : 50'000) << "half a hundred breaks say little";
 #endif

@@ -3,15 +3,12 @@
 
 #include <cmath>
 
-#include "VAST/SKLogger.h"
 #include "platform/avfoundation/AVMetadataItem.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "tests/player/PlayerRig.h"
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 namespace {
 
@@ -36,10 +33,6 @@ Lines metadataOf(YMRVideoPlayerImpl& hub) {
   return lines;
 }
 
-double virtualSeconds(const VirtualRunLoop& loop) {
-  return std::chrono::duration<double>(loop.now()).count();
-}
-
 }  // namespace
 
 TEST(Programme, startsIsReportedEverySecondAndAnswersForItsTime) {
@@ -60,27 +53,26 @@ TEST(Programme, startsIsReportedEverySecondAndAnswersForItsTime) {
 }
 
 TEST(Programme, aStartPositionIsAppliedOnceWhereverItLies) {
-  struct Row {
-    std::int64_t start;
-    double jump;
-  };
-  for (const auto& row : std::vector<Row>{{0, 0}, {12, 12}, {-5, 0}}) {
-    SCOPED_TRACE(row.start);
+  for (const auto& [start, jump] : {std::pair{0, 0.0}, {12, 12.0}, {-5, 0.0}}) {
+    SCOPED_TRACE(start);
     PlayerRig rig;
-    rig.playFilm(row.start);
+    rig.playFilm(start);
     rig.loop.advance(3s);
-    EXPECT_NEAR(rig.player->currentPosition(), row.jump + 3, 0.1);
+    rig.player->start();  // a second one changes nothing
+    EXPECT_NEAR(rig.player->currentPosition(), jump + 3, 0.1);
     EXPECT_EQ(rig.host.count("videoDidSeekTo"), 1) << "one jump, whatever was asked for before";
     rig.hub().vodPlayer()->pause();
     rig.loop.advance(1s);
     rig.hub().vodPlayer()->play();
     rig.loop.advance(1s);
     EXPECT_EQ(rig.host.count("videoDidSeekTo"), 1);
-    EXPECT_NEAR(rig.player->currentPosition(), row.jump + 4, 0.1);
+    EXPECT_NEAR(rig.player->currentPosition(), jump + 4, 0.1);
+    rig.hub().vodPlayer()->pause();
+    rig.player->start();
+    rig.loop.advance(1s);
+    EXPECT_EQ(rig.host.heardOf({"videoDidSeekTo"}).back(), "videoDidSeekTo 0") << "a paused one begins again";
+    EXPECT_EQ(rig.host.heard.back(), "videoOnTimeDuration 1 60");
   }
-}
-
-TEST(Programme, aStartPositionBeyondTheEndEndsIt) {
   PlayerRig rig;
   rig.playFilm(500);
   rig.loop.advance(1s);
@@ -88,53 +80,7 @@ TEST(Programme, aStartPositionBeyondTheEndEndsIt) {
   EXPECT_EQ(rig.state(), "CompletedVideo");
 }
 
-TEST(Programme, tellsThePanelWhatTheHostSaysOfIt) {
-  struct Row {
-    const char* what;
-    std::function<void(YMRMediaItem&)> say;
-    Lines metadata;
-    std::size_t fetches;
-  };
-  const std::string bytes = "artwork(" + std::to_string(pictureFile().size()) + ")";
-  const std::vector<Row> table{
-      {"nothing", [](YMRMediaItem&) {}, {}, 0},
-      {"texts",
-       [](YMRMediaItem& item) {
-         item.setVideoDescription("Two goats cross a bridge.");
-         item.setVideoTitle("Goats");
-       },
-       {"title=Goats", "description=Two goats cross a bridge."},
-       0},
-      {"a picture", [](YMRMediaItem& item) { item.setVideoThumbnail(picture()); }, {bytes}, 0},
-      {"a picture's address",
-       [](YMRMediaItem& item) {
-         item.setVideoTitle("");
-         item.setVideoThumbnailUrl("http://media.example/poster.png");
-       },
-       {"title=", bytes},
-       1},
-      {"both",
-       [](YMRMediaItem& item) {
-         item.setVideoThumbnail(picture());
-         item.setVideoThumbnailUrl("http://media.example/poster.png");
-       },
-       {bytes},
-       0},
-  };
-  for (const auto& row : table) {
-    SCOPED_TRACE(row.what);
-    PlayerRig rig;
-    rig.net.loader->answer("http://media.example/poster.png", pictureFile());
-    const auto item = PlayerRig::item();
-    row.say(*item);
-    rig.player->playWithMediaItem(item, 0);
-    rig.loop.advance(1s);
-    EXPECT_EQ(metadataOf(rig.hub()), row.metadata);
-    EXPECT_EQ(rig.net.loader->asked().size(), row.fetches);
-  }
-}
-
-TEST(Programme, artworkThatFailsNeverHoldsItUpForLong) {
+TEST(Programme, tellsThePanelWhatTheHostSaysOfItAndArtworkThatFailsNeverHoldsItUpForLong) {
   struct Row {
     const char* address;
     ScriptedURLLoader::Answer answer;
@@ -156,20 +102,30 @@ TEST(Programme, artworkThatFailsNeverHoldsItUpForLong) {
       {"poster.png", {.body = file}, 0.05, false},
       {"", {.body = file}, 0.05, false},
   };
+  const std::string artwork = "artwork(" + std::to_string(file.size()) + ")";
   for (const auto& row : table) {
-    SCOPED_TRACE(row.address);
-    PlayerRig rig;
-    rig.net.loader->answer(row.address, row.answer);
-    const auto item = PlayerRig::item();
-    item->setVideoThumbnailUrl(row.address);
-    const double asked = virtualSeconds(rig.loop);
-    rig.player->playWithMediaItem(item, 0);
-    ASSERT_TRUE(rig.loop.advanceUntil([&] { return rig.host.count("videoOnPlay") > 0; }, 10s));
-    EXPECT_NEAR(virtualSeconds(rig.loop) - asked, row.begins, 0.02);
-    EXPECT_EQ(metadataOf(rig.hub()).size(), row.hasArtwork ? 1u : 0u);
-    rig.loop.advance(10s);
-    EXPECT_EQ(rig.net.loader->inFlight(), 0);
-    EXPECT_EQ(rig.state(), "PlayingVideo");
+    for (const bool hasPicture : {false, true}) {
+      SCOPED_TRACE(row.address);
+      PlayerRig rig;
+      rig.net.loader->answer(row.address, row.answer);
+      const auto item = PlayerRig::item();
+      item->setVideoDescription("Two goats cross a bridge.");
+      item->setVideoTitle("Goats");
+      item->setVideoThumbnailUrl(row.address);
+      if (hasPicture) item->setVideoThumbnail(picture());
+      const auto asked = rig.loop.now();
+      rig.player->playWithMediaItem(item, 0);
+      ASSERT_TRUE(rig.loop.advanceUntil([&] { return rig.host.count("videoOnPlay") > 0; }, 10s));
+      const auto begins = std::chrono::duration<double>(rig.loop.now() - asked).count();
+      EXPECT_NEAR(begins, hasPicture ? 0.05 : row.begins, 0.02);
+      Lines expected{"title=Goats", "description=Two goats cross a bridge."};
+      if (hasPicture || row.hasArtwork) expected.push_back(artwork);
+      EXPECT_EQ(metadataOf(rig.hub()), expected);
+      EXPECT_TRUE(rig.net.loader->asked().empty() || !hasPicture);
+      rig.loop.advance(10s);
+      EXPECT_EQ(rig.net.loader->inFlight(), 0);
+      EXPECT_EQ(rig.state(), "PlayingVideo");
+    }
   }
 }
 
@@ -177,44 +133,34 @@ TEST(Programme, aFailureIsReportedOnceAndThePlayerStays) {
   const NSError broken{AVFoundationErrorDomain, AVErrorFileFailedToParse, "broken"};
   struct Row {
     const char* what;
-    std::function<void(PlayerRig&)> play;
     int code;
+    std::function<void(MediaScript&)> script;  // of media that are played
+    std::function<void(YMRVideoPlayer&)> play;
   };
   const std::vector<Row> table{
-      {"no address", [](PlayerRig& rig) { rig.player->playWithMediaItem(YMRMediaItem::itemWithUrl(std::nullopt), 0); },
-       NSURLErrorBadURL},
-      {"no item", [](PlayerRig& rig) { rig.player->playWithMediaItem(nullptr, 5); }, NSURLErrorBadURL},
-      {"no asset", [](PlayerRig& rig) { rig.player->playWithMediaItem(PlayerRig::item(), nullptr, 0); },
-       NSURLErrorBadURL},
-      {"media that do not load",
-       [&](PlayerRig& rig) {
-         rig.media.script(PlayerRig::film).loadFailure = broken;
-         rig.player->playWithMediaItem(PlayerRig::item(), 0);
+      {"no address", NSURLErrorBadURL, {}, [](auto& to) { to.playWithMediaItem(YMRMediaItem::itemWithUrl({}), 0); }},
+      {"no item", NSURLErrorBadURL, {}, [](auto& to) { to.playWithMediaItem(nullptr, 5); }},
+      {"no asset", NSURLErrorBadURL, {}, [](auto& to) { to.playWithMediaItem(PlayerRig::item(), nullptr, 0); }},
+      {"does not load", AVErrorFileFailedToParse, [&](auto& film) { film.loadFailure = broken; }, {}},
+      {"is never there", AVErrorNoDataReceived, [](auto& film) { film.neverLoads = true; }, {}},
+      {"breaks at 5 s",
+       AVErrorFileFailedToParse,
+       [&](auto& film) {
+         film.failure = {5, broken};
        },
-       AVErrorFileFailedToParse},
-      {"media that are never there",
-       [](PlayerRig& rig) {
-         rig.media.script(PlayerRig::film).neverLoads = true;
-         rig.player->playWithMediaItem(PlayerRig::item(), 0);
+       {}},
+      {"falls silent",
+       AVErrorNoDataReceived,
+       [](auto& film) {
+         film.stalls = {{5, 1000}};
        },
-       AVErrorNoDataReceived},
-      {"media that break at 5 s",
-       [&](PlayerRig& rig) {
-         rig.media.script(PlayerRig::film).failure = {5, broken};
-         rig.player->playWithMediaItem(PlayerRig::item(), 0);
-       },
-       AVErrorFileFailedToParse},
-      {"media that fall silent",
-       [](PlayerRig& rig) {
-         rig.media.script(PlayerRig::film).stalls = {{5, 1000}};
-         rig.player->playWithMediaItem(PlayerRig::item(), 0);
-       },
-       AVErrorNoDataReceived},
+       {}},
   };
   for (const auto& row : table) {
     SCOPED_TRACE(row.what);
     PlayerRig rig;
-    row.play(rig);
+    if (row.script) row.script(rig.media.script(PlayerRig::film));
+    row.play ? row.play(*rig.player) : rig.player->playWithMediaItem(PlayerRig::item(), 0);
     rig.loop.advance(120s);
     EXPECT_THAT(rig.host.heardOf({"videoOnError", "videoDidPlayFinished", "playerWillDismiss"}),
                 ElementsAre("videoOnError " + std::to_string(row.code)));
@@ -228,46 +174,23 @@ TEST(Programme, aFailureIsReportedOnceAndThePlayerStays) {
   }
 }
 
-TEST(Programme, playsTheHostsOwnAsset) {
+TEST(Programme, playsTheHostsOwnAssetOverTheHostsOwnView) {
   PlayerRig rig;
+  const auto overlay = std::make_shared<UIView>();
+  const auto& content = rig.hub().avPlayerVC()->contentOverlayView();
+  content->addSubview(std::make_shared<UIView>());
+  rig.player->setOverlayView(overlay);
   const auto asset = std::make_shared<AVURLAsset>(NSURL::URLWithString("http://media.example/own.mp4"));
   rig.player->playWithMediaItem(PlayerRig::item(), asset, 0);
   rig.loop.advance(1s);
   EXPECT_EQ(rig.hub().vodPlayer()->currentItem()->asset(), asset);
   ASSERT_EQ(rig.media.logs().size(), 1u);
   EXPECT_EQ(rig.media.logs()[0]->source.url.absoluteString(), "http://media.example/own.mp4");
-}
-
-TEST(Programme, theHostsOverlayLiesUnderEverythingAndFillsTheScreen) {
-  PlayerRig rig;
-  const auto other = std::make_shared<UIView>();
-  const auto overlay = std::make_shared<UIView>();
-  const auto& content = rig.hub().avPlayerVC()->contentOverlayView();
-  content->addSubview(other);
-  rig.player->setOverlayView(overlay);
-  rig.playFilm();
-  EXPECT_EQ(content->subviews().front(), overlay);
+  EXPECT_EQ(content->subviews().front(), overlay) << "under everything else";
   rig.hub().avPlayerVC()->view()->setFrame({{0, 0}, {640, 360}});
   rig.hub().avPlayerVC()->view()->layoutIfNeeded();
   EXPECT_EQ(overlay->frame().size.width, 640);
   EXPECT_EQ(overlay->frame().size.height, 360);
-}
-
-TEST(Programme, isFollowedInTheLog) {
-  Lines lines;
-  SKLogger::installSink(SKLogLevelDebug, [&](int level, std::string_view tag, std::string_view message) {
-    EXPECT_EQ(level, SKLogLevelDebug);
-    EXPECT_EQ(tag, "YMRVideoPlayer");
-    lines.emplace_back(message);
-  });
-  PlayerRig rig;
-  rig.media.script(PlayerRig::film).stalls = {{1.5, 1}};
-  rig.playFilm();
-  rig.loop.advance(2s);
-  SKLogger::installSink(SKLogLevelNone, nullptr);
-  EXPECT_THAT(lines, ElementsAre("resumeVideoPlayer - 1", "Video onPlay", "Video did Seek 0.000000 / 60.000000",
-                                 "playhead position = 0.000000", "playhead position = 1.000000", "Video ad onBuffer",
-                                 "Video onPaused", "Video onPlay"));
 }
 
 TEST(Programme, aSecondOneTakesTheFirstOnesPlace) {
@@ -292,50 +215,4 @@ TEST(Programme, aSecondOneTakesTheFirstOnesPlace) {
     rig.loop.advance(60s);
     EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
   }
-}
-
-TEST(Programme, aSecondStartChangesNothing) {
-  PlayerRig rig;
-  rig.player->start();  // nothing to start yet
-  rig.playFilm(20);
-  rig.loop.advance(2s);
-  rig.player->start();
-  rig.loop.advance(2s);
-  EXPECT_NEAR(rig.player->currentPosition(), 24, 0.1);
-  EXPECT_EQ(rig.host.count("videoOnPlay"), 1);
-  EXPECT_EQ(rig.host.heard.back(), "videoOnTimeDuration 24 60");
-}
-
-TEST(Programme, startTakesAPausedOneBackToItsBeginning) {
-  PlayerRig rig;
-  rig.playFilm();
-  rig.loop.advance(2s);
-  rig.hub().vodPlayer()->pause();
-  rig.host.heard.clear();
-  rig.player->start();
-  rig.loop.advance(1s);
-  EXPECT_THAT(rig.host.heard, Contains("videoDidSeekTo 0"));
-  EXPECT_THAT(rig.host.heard, Contains("videoOnPlay"));
-  EXPECT_EQ(rig.host.heard.back(), "videoOnTimeDuration 1 60");
-}
-
-TEST(Programme, scanningIsNotPlaying) {
-  PlayerRig rig;
-  rig.playFilm();
-  rig.loop.advance(1s);
-  rig.hub().vodPlayer()->pause();
-  rig.host.heard.clear();
-  rig.hub().vodPlayer()->setRate(2);
-  rig.loop.advance(2s);
-  EXPECT_THAT(rig.host.heard, IsEmpty());
-  rig.hub().vodPlayer()->setRate(1);
-  EXPECT_EQ(rig.host.heard.front(), "videoOnPlay");
-}
-
-TEST(Programme, anEmptyBufferIsReportedWhileItPlays) {
-  PlayerRig rig;
-  rig.media.script(PlayerRig::film).stalls = {{5, 3}};
-  rig.playFilm();
-  rig.loop.advance(6s);
-  EXPECT_THAT(rig.host.heardOf({"videoDidBuffer", "videoOnBuffer"}), ElementsAre("videoDidBuffer", "videoOnBuffer"));
 }

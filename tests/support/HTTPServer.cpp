@@ -90,24 +90,15 @@ void HTTPServer::on(const std::string& path, Reply reply) {
 }
 
 void HTTPServer::on(const std::string& path, std::string body, std::string type) {
-  Reply reply;
-  reply.body = std::move(body);
-  reply.type = std::move(type);
-  on(path, std::move(reply));
+  on(path, Reply{.body = std::move(body), .type = std::move(type)});
 }
 
 void HTTPServer::onFile(const std::string& path, std::string file, std::string type) {
-  Reply reply;
-  reply.file = std::move(file);
-  reply.type = std::move(type);
-  on(path, std::move(reply));
+  on(path, Reply{.type = std::move(type), .file = std::move(file)});
 }
 
 void HTTPServer::onRedirect(const std::string& path, std::string location, int status) {
-  Reply reply;
-  reply.status = status;
-  reply.headers.emplace_back("Location", std::move(location));
-  on(path, std::move(reply));
+  on(path, Reply{.status = status, .headers = {{"Location", std::move(location)}}});
 }
 
 void HTTPServer::onOthers(Handler handler) {
@@ -175,9 +166,7 @@ void HTTPServer::serve(int socket, int number) {
       handler = found == handlers_.end() ? others_ : found->second;
     }
     changed_.notify_all();
-    Reply missing;
-    missing.status = 404;
-    if (!answer(socket, *request, handler ? handler(*request) : missing)) break;
+    if (!answer(socket, *request, handler ? handler(*request) : Reply{.status = 404})) break;
   }
   std::lock_guard lock(mutex_);
   sockets_.erase(number);
@@ -212,7 +201,6 @@ std::optional<HTTPServer::Request> HTTPServer::read(int socket, std::string& buf
 
 bool HTTPServer::answer(int socket, const Request& request, const Reply& reply) {
   if (reply.silent) return pause(std::chrono::hours(1));
-  if (!pause(reply.wait)) return false;
   const std::string whole = reply.file.empty() ? reply.body : contents(reply.file);
   std::string_view body = whole;
   int status = reply.status;

@@ -31,8 +31,7 @@ class HTTPServer {
     std::string file{};  // served in place of `body`, whole or the range asked for
 
     // Faults. A pause is before each byte from then on.
-    bool silent = false;                // the request is read, nothing is ever sent
-    std::chrono::milliseconds wait{0};  // before the first byte of the head
+    bool silent = false;  // the request is read, nothing is ever sent
     std::chrono::milliseconds headPause{0};
     std::chrono::milliseconds bodyPause{0};
     std::optional<std::size_t> cutAfter{};                // bytes of the body; then the connection is closed

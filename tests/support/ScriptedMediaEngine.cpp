@@ -32,10 +32,6 @@ class Telling {
   const std::shared_ptr<MediaEngineLog> log_;
 };
 
-NSError silence() {
-  return {AVFoundationErrorDomain, AVErrorNoDataReceived, "No data came in time"};
-}
-
 }  // namespace
 
 ScriptedMediaEngine::ScriptedMediaEngine(ScriptedMedia* media, MediaScript script, std::shared_ptr<MediaEngineLog> log)
@@ -45,7 +41,6 @@ ScriptedMediaEngine::~ScriptedMediaEngine() {
   for (auto* timer : {&loadTimer_, &planTimer_, &seekTimer_, &silenceTimer_, &stallTimer_}) cancel(*timer);
   log_->destroyed = true;
   log_->destroyedInsideAReport = log_->reportsOnTheStack > 0;
-  log_->hasFrameSink = false;
   if (media_) std::erase(media_->engines_, this);
 }
 
@@ -54,6 +49,12 @@ void ScriptedMediaEngine::report(std::function<void()> report) {
     if (alive.expired() || failed_) return;
     const Telling telling(log_);
     report();
+  });
+}
+
+void ScriptedMediaEngine::tell(const std::function<void()>& event) {
+  report([&event] {
+    if (const auto heard = event) heard();
   });
 }
 
@@ -67,10 +68,6 @@ void ScriptedMediaEngine::schedule(RunLoop::TimerToken& timer, Nanoseconds delay
 
 void ScriptedMediaEngine::cancel(RunLoop::TimerToken& timer) {
   if (timer) RunLoop::main().cancel(std::exchange(timer, 0));
-}
-
-void ScriptedMediaEngine::setEvents(Events events) {
-  events_ = std::move(events);
 }
 
 void ScriptedMediaEngine::load() {
@@ -111,41 +108,31 @@ void ScriptedMediaEngine::fail(NSError error) {
 void ScriptedMediaEngine::stall() {
   if (stalled_) return;
   change([this] { stalled_ = true; });
-  report([this] {
-    if (const auto changed = events_.bufferingChanged) changed();
-  });
+  tell(events_.bufferingChanged);
 }
 
 void ScriptedMediaEngine::resumeData() {
   if (!stalled_) return;
   cancel(stallTimer_);
   change([this] { stalled_ = false; });
-  report([this] {
-    if (const auto changed = events_.bufferingChanged) changed();
-  });
+  tell(events_.bufferingChanged);
 }
 
 void ScriptedMediaEngine::setBuffering(bool empty, bool likelyToKeepUp, double lead) {
   saysEmpty_ = empty;
   saysLikelyToKeepUp_ = likelyToKeepUp;
   script_.bufferedLead = lead;
-  report([this] {
-    if (const auto changed = events_.bufferingChanged) changed();
-  });
+  tell(events_.bufferingChanged);
 }
 
 void ScriptedMediaEngine::setDuration(double seconds) {
   change([&] { script_.duration = seconds; });
-  report([this] {
-    if (const auto changed = events_.durationChanged) changed();
-  });
+  tell(events_.durationChanged);
 }
 
 void ScriptedMediaEngine::setTracks(std::vector<MediaTrack> tracks) {
   script_.tracks = std::move(tracks);
-  report([this] {
-    if (const auto changed = events_.tracksChanged) changed();
-  });
+  tell(events_.tracksChanged);
 }
 
 void ScriptedMediaEngine::skipTo(double seconds) {
@@ -186,9 +173,7 @@ void ScriptedMediaEngine::carryOutSeek() {
     saysLikelyToKeepUp_ = true;
     updateCaption();
   });
-  report([this] {
-    if (const auto changed = events_.bufferingChanged) changed();
-  });
+  tell(events_.bufferingChanged);
   present();
   const Telling telling(log_);
   if (seek.completion) seek.completion(true);
@@ -222,7 +207,6 @@ void ScriptedMediaEngine::selectLegibleTrack(const std::optional<std::string>& i
 
 void ScriptedMediaEngine::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
   sink_ = std::move(sink);
-  log_->hasFrameSink = sink_ != nullptr;
   present();
 }
 
@@ -272,10 +256,6 @@ void ScriptedMediaEngine::plan() {
   schedule(planTimer_, Nanoseconds(static_cast<std::int64_t>(delay)), action);
 }
 
-void ScriptedMediaEngine::reachFailure() {
-  fail(script_.failure->error);
-}
-
 void ScriptedMediaEngine::reachStall() {
   const auto here = played();
   const auto due = std::find_if(script_.stalls.begin(), script_.stalls.end(), [&](const MediaScript::Stall& stall) {
@@ -287,15 +267,9 @@ void ScriptedMediaEngine::reachStall() {
   schedule(stallTimer_, fromSeconds(seconds), &ScriptedMediaEngine::resumeData);
 }
 
-void ScriptedMediaEngine::reachCaption() {
-  change([this] { updateCaption(); });
-}
-
 void ScriptedMediaEngine::reachEnd() {
   change([this] { ended_ = true; });
-  report([this] {
-    if (const auto ended = events_.ended) ended();
-  });
+  tell(events_.ended);
 }
 
 void ScriptedMediaEngine::planSilence() {
@@ -306,10 +280,6 @@ void ScriptedMediaEngine::planSilence() {
   const bool begun = ready_ && log_->source.purpose == MediaPurpose::programme;
   const double limit = begun ? settings.silenceOfProgramme : settings.silenceBeforeFirstFrame;
   schedule(silenceTimer_, fromSeconds(limit), &ScriptedMediaEngine::giveUpWaiting);
-}
-
-void ScriptedMediaEngine::giveUpWaiting() {
-  fail(silence());
 }
 
 void ScriptedMediaEngine::updateCaption() {

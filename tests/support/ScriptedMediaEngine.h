@@ -81,7 +81,6 @@ struct MediaEngineLog {
   int flushes = 0;            // seeks that were carried out
   std::vector<double> rates;  // every setRate()
   bool muted = false;
-  bool hasFrameSink = false;
   std::optional<std::string> legibleTrack;
   bool destroyed = false;
   bool destroyedInsideAReport = false;  // survived here; other engines need not survive it
@@ -101,8 +100,6 @@ class ScriptedMediaEngine final : public MediaEngine {
 
   // By hand, at any time. Reports come on later turns.
 
-  // Becomes ready now, whatever the script said.
-  void becomeReady();
   void fail(NSError error);
   // Data run out until resumeData(); the silence limit applies.
   void stall();
@@ -115,11 +112,8 @@ class ScriptedMediaEngine final : public MediaEngine {
   void skipTo(double seconds);
 
   const MediaEngineLog& log() const { return *log_; }
-  bool isReady() const { return ready_; }
-  bool isStalled() const { return stalled_; }
-  double rate() const { return rate_; }
 
-  void setEvents(Events events) override;
+  void setEvents(Events events) override { events_ = std::move(events); }
   void load() override;
   void setRate(double rate) override;
   void seek(const CMTime& time, SeekCompletion completion) override;
@@ -145,6 +139,8 @@ class ScriptedMediaEngine final : public MediaEngine {
 
   // Posts `report` as a turn of its own; dropped when the engine has failed or gone by then.
   void report(std::function<void()> report);
+  // The same for one of `events_`.
+  void tell(const std::function<void()>& event);
   void schedule(RunLoop::TimerToken& timer, Nanoseconds delay, Action action);
   static void cancel(RunLoop::TimerToken& timer);
 
@@ -160,12 +156,15 @@ class ScriptedMediaEngine final : public MediaEngine {
   void present();
 
   // What the plan brings.
-  void reachFailure();
+  void becomeReady();
+  void reachFailure() { fail(script_.failure->error); }
   void reachStall();
-  void reachCaption();
+  void reachCaption() {
+    change([this] { updateCaption(); });
+  }
   void reachEnd();
   void carryOutSeek();
-  void giveUpWaiting();
+  void giveUpWaiting() { fail({AVFoundationErrorDomain, AVErrorNoDataReceived, "No data came in time"}); }
 
   ScriptedMedia* media_;
   MediaScript script_;
