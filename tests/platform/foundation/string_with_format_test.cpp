@@ -5,17 +5,10 @@
 
 namespace {
 
-struct Row {
-  std::string format;
-  std::string text;  // with the arguments -7, 2 and 30
-};
-
-void expectRows(const std::vector<Row>& rows) {
-  for (const auto& [format, text] : rows) EXPECT_EQ(stringWithFormat(format, {-7, 2, 30}), text) << format;
-}
-
-TEST(StringWithFormat, writesWholeNumbers) {
-  expectRows({
+TEST(StringWithFormat, writesWholeNumbersAndLeavesEverythingElseAsWritten) {
+  const struct {
+    std::string format, text;  // with the arguments -7, 2 and 30
+  } rows[] = {
       {"Ad", "Ad"},
       {"%d of %d: %d", "-7 of 2: 30"},
       {"%i%u%ld%%", "-7230%"},
@@ -30,11 +23,6 @@ TEST(StringWithFormat, writesWholeNumbers) {
       {std::string("%d\0%d", 5), std::string("-7\0"
                                              "2",
                                              4)},
-  });
-}
-
-TEST(StringWithFormat, leavesEverythingElseAsWritten) {
-  expectRows({
       {"%s %d", "%s -7"},
       {"%n%@%p%f%c%x%S%ls", "%n%@%p%f%c%x%S%ls"},
       {"%*d|%.*d|%1$*2$d", "%*d|%.*d|%1$*2$d"},
@@ -45,7 +33,8 @@ TEST(StringWithFormat, leavesEverythingElseAsWritten) {
       {"%ll", "%ll"},
       {"%5%d", "%5-7"},
       {"%lhd %Lf %'d", "%lhd %Lf %'d"},
-  });
+  };
+  for (const auto& [format, text] : rows) EXPECT_EQ(stringWithFormat(format, {-7, 2, 30}), text) << format;
 }
 
 TEST(StringWithFormat, numbersAtTheLimitsAndHugeFormatsAreFine) {

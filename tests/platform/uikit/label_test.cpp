@@ -2,10 +2,7 @@
 
 #include <QPainter>
 
-#include "platform/uikit/UIActivityIndicatorView.h"
 #include "tests/support/ScreenTest.h"
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -146,20 +143,6 @@ TEST_F(LabelTest, knowsTheSizeOfItsText) {
   label->setAttributedText(NSAttributedString("Text", {.font = UIFont::systemFontOfSize(80)}));
   label->setPreferredMaxLayoutWidth(0);
   EXPECT_NEAR(label->intrinsicContentSize().width, 2 * one.width, 3) << "a run's own font counts";
-}
-
-TEST_F(LabelTest, theWheelTurnsByTheRunLoopsTimeAndIsHiddenWhenItStands) {
-  auto wheel = std::make_shared<UIActivityIndicatorView>(CGRectMake(280, 140, 80, 80));
-  view()->addSubview(wheel);
-  EXPECT_EQ(ink(), QRect());
-  wheel->startAnimating();
-  const QImage before = snapshot();
-  loop.advance(250ms);
-  EXPECT_NE(snapshot(), before);
-  EXPECT_EQ(wheel->rotation(), 90);
-  wheel->stopAnimating();
-  EXPECT_EQ(ink(), QRect());
-  EXPECT_EQ(loop.pendingTimers(), 0u);
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include "platform/uikit/LayoutEquations.h"
 #include "platform/uikit/UILabel.h"
 #include "tests/support/ScreenTest.h"
 
@@ -6,17 +5,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-TEST(LayoutEquations, whatComesFirstCounts) {
-  LayoutEquations equations(3);
-  EXPECT_TRUE(equations.add({{0, 1}, {1, 1}}, 10));
-  EXPECT_TRUE(equations.add({{0, 1}, {1, -1}}, 4));
-  EXPECT_FALSE(equations.add({{0, 1}}, 5)) << "contradicts both";
-  EXPECT_TRUE(equations.add({{0, 2}}, 14)) << "says the same again";
-  EXPECT_THAT(equations.solution(), ElementsAre(7, 3, 0)) << "the third is left open";
-  EXPECT_TRUE(equations.add({{2, 0.5}, {1, 1}}, 4));
-  EXPECT_THAT(equations.solution(), ElementsAre(7, 3, 2));
-}
 
 class LayoutTest : public ScreenTest {
  protected:
