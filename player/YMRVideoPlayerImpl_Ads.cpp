@@ -24,7 +24,7 @@ namespace {
 constexpr const char* adTag = "VAST - View Controller";
 
 // Building or starting the ad's player failed.
-constexpr const char* kPlayerErrorCode = "400";
+constexpr const char* playerErrorCode = "400";
 
 // Seconds left, counted down to 1. 0 for an ad of unknown length.
 std::int64_t remainingSeconds(double duration, double time) {
@@ -138,7 +138,7 @@ void YMRVideoPlayerImpl::playAd() {
     if (!isAtHand(number)) return;
     if (vastDelegate_->vastError) vastDelegate_->vastError(nullptr, SKVASTErrorPlayback);
     if (!vastErrors_.empty()) SKLogger::debug(adTag, "Sending Error requests");
-    sendVASTErrors(kPlayerErrorCode);
+    sendVASTErrors(playerErrorCode);
     adPlayDidEnd(isPlayingAd_, true);  // until then the programme was not stopped
   }
 }

@@ -7,8 +7,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto kFadeIn = 120ms;
-constexpr auto kFadeOut = 240ms;
+constexpr auto fadeIn = 120ms;
+constexpr auto fadeOut = 240ms;
 
 }  // namespace
 
@@ -22,7 +22,7 @@ void FadingView::setShown(bool shown) {
   shown_ = shown;
   if (shown) setHidden(false);
   animateWithDuration(
-      shown ? kFadeIn : kFadeOut, [this, shown] { setAlpha(shown ? 1 : 0); },
+      shown ? fadeIn : fadeOut, [this, shown] { setAlpha(shown ? 1 : 0); },
       [view = QPointer(this)](bool finished) {
         if (view && finished && !view->shown_) view->setHidden(true);
       });

@@ -11,12 +11,12 @@ namespace {
 
 using Change = PlaybackWatch::Change;
 
-constexpr std::array<std::pair<std::string_view, Change>, 2> kPlayerKeys{{
+constexpr std::array<std::pair<std::string_view, Change>, 2> playerKeys{{
     {"rate", Change::rate},
     {"currentItem", Change::item},
 }};
 
-constexpr std::array<std::pair<std::string_view, Change>, 5> kItemKeys{{
+constexpr std::array<std::pair<std::string_view, Change>, 5> itemKeys{{
     {"status", Change::status},
     {"duration", Change::duration},
     {"loadedTimeRanges", Change::buffer},
@@ -28,7 +28,7 @@ constexpr std::array<std::pair<std::string_view, Change>, 5> kItemKeys{{
 
 std::shared_ptr<PlaybackWatch> PlaybackWatch::watch(std::shared_ptr<AVPlayer> player, Changed changed) {
   std::shared_ptr<PlaybackWatch> watch(new PlaybackWatch(std::move(player), std::move(changed)));
-  for (const auto& [key, change] : kPlayerKeys) watch->player_->addObserver(watch, key);
+  for (const auto& [key, change] : playerKeys) watch->player_->addObserver(watch, key);
   watch->takeItem();
   return watch;
 }
@@ -38,13 +38,13 @@ PlaybackWatch::PlaybackWatch(std::shared_ptr<AVPlayer> player, Changed changed)
 
 PlaybackWatch::~PlaybackWatch() {
   leaveItem();
-  for (const auto& [key, change] : kPlayerKeys) player_->removeObserver(this, key);
+  for (const auto& [key, change] : playerKeys) player_->removeObserver(this, key);
 }
 
 void PlaybackWatch::takeItem() {
   item_ = player_->currentItem();
   if (!item_) return;
-  for (const auto& [key, change] : kItemKeys) item_->addObserver(shared_from_this(), key);
+  for (const auto& [key, change] : itemKeys) item_->addObserver(shared_from_this(), key);
   NSNotificationCenter::defaultCenter().addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, item_,
                                                     [weak = weak_from_this()](const NSNotification&) {
                                                       if (const auto self = weak.lock()) self->changed_(Change::rate);
@@ -54,7 +54,7 @@ void PlaybackWatch::takeItem() {
 void PlaybackWatch::leaveItem() {
   if (!item_) return;
   NSNotificationCenter::defaultCenter().removeObserver(this);
-  for (const auto& [key, change] : kItemKeys) item_->removeObserver(this, key);
+  for (const auto& [key, change] : itemKeys) item_->removeObserver(this, key);
   item_ = nullptr;
 }
 
@@ -71,8 +71,8 @@ void PlaybackWatch::observeValueForKeyPath(const std::string& keyPath, const std
     changed_(found->second);
   };
   if (object == player_) {
-    tell(kPlayerKeys);
+    tell(playerKeys);
   } else if (object == item_) {
-    tell(kItemKeys);
+    tell(itemKeys);
   }
 }

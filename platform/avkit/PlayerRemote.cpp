@@ -7,7 +7,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto kBarStays = 3s;
+constexpr auto barStays = 3s;
 
 bool isSeeking(UIPressType type) {
   return type == UIPressTypeLeftArrow || type == UIPressTypeRightArrow;
@@ -140,7 +140,7 @@ void PlayerRemote::showBar() {
 
 void PlayerRemote::hideBarLater() {
   hideTimer_ =
-      NSTimer::scheduledTimerWithTimeInterval(kBarStays, false, [this] { controls_->transport()->setShown(false); });
+      NSTimer::scheduledTimerWithTimeInterval(barStays, false, [this] { controls_->transport()->setShown(false); });
 }
 
 void PlayerRemote::targetChanged() {

@@ -8,11 +8,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto kRepetition = 160ms;
-constexpr auto kCommitDelay = 600ms;
+constexpr auto repetition = 160ms;
+constexpr auto commitDelay = 600ms;
 // Longer than any keyboard waits before it repeats. A release that got lost must not hold the seek back for ever.
-constexpr auto kForgottenAfter = 1500ms;
-constexpr std::int32_t kTimescale = 1000;
+constexpr auto forgottenAfter = 1500ms;
+constexpr std::int32_t timescale = 1000;
 
 }  // namespace
 
@@ -43,17 +43,17 @@ void Scrubber::press(Direction direction) {
 }
 
 void Scrubber::repeat(Direction direction) {
-  if (burst_ && RunLoop::main().now() - lastStep_ >= kRepetition) step(direction);
+  if (burst_ && RunLoop::main().now() - lastStep_ >= repetition) step(direction);
 }
 
 void Scrubber::release() {
-  if (burst_) commitAfter(kCommitDelay);
+  if (burst_) commitAfter(commitDelay);
 }
 
 void Scrubber::step(Direction direction) {
   lastStep_ = RunLoop::main().now();
   burst_->step(direction);
-  commitAfter(kForgottenAfter);
+  commitAfter(forgottenAfter);
   changed_();
 }
 
@@ -63,7 +63,7 @@ void Scrubber::commitAfter(RunLoop::Duration delay) {
 
 void Scrubber::commit() {
   if (!burst_) return;
-  const CMTime target = CMTimeMakeWithSeconds(burst_->target(), kTimescale);
+  const CMTime target = CMTimeMakeWithSeconds(burst_->target(), timescale);
   const auto player = player_;
   cancel();
   if (player) player->seekToTime(target);

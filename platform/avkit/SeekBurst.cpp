@@ -5,15 +5,15 @@
 
 namespace {
 
-constexpr double kShortestStep = 10;
-constexpr double kStepsAcross = 20;
+constexpr double shortestStep = 10;
+constexpr double stepsAcross = 20;
 
 struct Gear {
   int untilStep;
   double seconds;
 };
-constexpr std::array<Gear, 3> kGears{{{3, kShortestStep}, {8, 30}, {15, 60}}};
-constexpr double kTopGear = 120;
+constexpr std::array<Gear, 3> gears{{{3, shortestStep}, {8, 30}, {15, 60}}};
+constexpr double topGear = 120;
 
 }  // namespace
 
@@ -27,8 +27,8 @@ void SeekBurst::step(Direction direction) {
 }
 
 double SeekBurst::stepLength() const {
-  const auto gear = std::find_if(kGears.begin(), kGears.end(),
+  const auto gear = std::find_if(gears.begin(), gears.end(),
                                  [this](const Gear& candidate) { return stepsInDirection_ <= candidate.untilStep; });
-  const double seconds = gear == kGears.end() ? kTopGear : gear->seconds;
-  return std::clamp(seconds, kShortestStep, std::max(kShortestStep, (upper_ - lower_) / kStepsAcross));
+  const double seconds = gear == gears.end() ? topGear : gear->seconds;
+  return std::clamp(seconds, shortestStep, std::max(shortestStep, (upper_ - lower_) / stepsAcross));
 }

@@ -10,9 +10,9 @@ using namespace std::chrono_literals;
 namespace {
 
 // An interruption shorter than this is not worth a spinner's flash.
-constexpr auto kPatience = 300ms;
+constexpr auto patience = 300ms;
 // More than a screen can hold; beyond it a caption is a fault or an attack.
-constexpr qsizetype kLongestCaption = 600;
+constexpr qsizetype longestCaption = 600;
 
 }  // namespace
 
@@ -36,7 +36,7 @@ bool StageModel::refresh() {
   begun_ = begun_ || begins;
   const auto item = watch_ ? watch_->item() : nullptr;
   const auto caption = item && begun_ ? item->currentCaption() : std::nullopt;
-  setCaption(caption ? QString::fromStdString(*caption).left(kLongestCaption).trimmed() : QString());
+  setCaption(caption ? QString::fromStdString(*caption).left(longestCaption).trimmed() : QString());
   setSoundOnly(item && begun_ && item->status() == AVPlayerItemStatusReadyToPlay &&
                item->asset()->tracksWithMediaType(AVMediaTypeVideo).empty());
   followWaiting();
@@ -58,7 +58,7 @@ void StageModel::followWaiting() {
   } else if (!begun_) {
     spin(true);
   } else if (!spinning_ && !patience_) {
-    patience_ = NSTimer::scheduledTimerWithTimeInterval(kPatience, false, [this] { spin(true); });
+    patience_ = NSTimer::scheduledTimerWithTimeInterval(patience, false, [this] { spin(true); });
   }
 }
 

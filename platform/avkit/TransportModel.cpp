@@ -13,10 +13,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto kRefreshInterval = 250ms;
+constexpr auto refreshInterval = 250ms;
 // Seconds of a live stream's past that are worth a place on the bar.
-constexpr double kShortestHistory = 10;
-constexpr const char* kMinus = "\u2212";
+constexpr double shortestHistory = 10;
+constexpr const char* minus = "\u2212";
 
 QString text(double seconds) {
   return QString::fromStdString(clockText(seconds));
@@ -24,7 +24,7 @@ QString text(double seconds) {
 
 // Rounded up, so that what has been and what is left make the whole.
 QString textLeft(double seconds) {
-  return QString::fromUtf8(kMinus) + text(std::ceil(seconds));
+  return QString::fromUtf8(minus) + text(std::ceil(seconds));
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ void TransportModel::setTarget(std::optional<double> target) {
 void TransportModel::setShown(bool shown) {
   if (shown == isShown()) return;
   refresh();
-  clock_ = shown ? NSTimer::scheduledTimerWithTimeInterval(kRefreshInterval, true, [this] { refresh(); }) : nullptr;
+  clock_ = shown ? NSTimer::scheduledTimerWithTimeInterval(refreshInterval, true, [this] { refresh(); }) : nullptr;
   Q_EMIT shownChanged();
 }
 
@@ -65,7 +65,7 @@ TransportModel::Facts TransportModel::read() const {
   const auto range = reachableRange(item);
   if (!facts.live) facts.elapsed = text(shown);
   // A live stream of which nothing that has been is kept is always at its end.
-  if (facts.live && !target_ && !(range && now - range->first >= kShortestHistory)) {
+  if (facts.live && !target_ && !(range && now - range->first >= shortestHistory)) {
     facts.position = facts.playing = 1;
     return facts;
   }
