@@ -16,11 +16,6 @@ BreakRig::~BreakRig() {
   SKVASTMediaFilePicker::setProbeHost("127.0.0.1");
 }
 
-ScriptedURLLoader::Answer BreakRig::wrapper(const std::string& tag) {
-  return {.body = "<VAST version=\"3.0\"><Ad id=\"w\"><Wrapper><VASTAdTagURI><![CDATA[" + tag +
-                  "]]></VASTAdTagURI></Wrapper></Ad></VAST>"};
-}
-
 ScriptedURLLoader::Answer BreakRig::pod(const Lines& names, const std::string& type) {
   std::vector<Ad> ads;
   for (const auto& name : names) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ads/YMRAdSchedule.h"
+#include "tests/VAST/Parser/VASTTexts.h"
 #include "tests/player/AdDocument.h"
 #include "tests/player/PlayerRig.h"
 
@@ -21,7 +22,9 @@ class BreakRig : public PlayerRig {
   static std::string film(const std::string& ad) { return "http://media.example/" + ad + ".mp4"; }
   static std::string tag(const std::string& name) { return "http://ads.example/" + name; }
   static ScriptedURLLoader::Answer document(const std::vector<Ad>& ads) { return {.body = adDocument(ads)}; }
-  static ScriptedURLLoader::Answer wrapper(const std::string& tag);
+  static ScriptedURLLoader::Answer wrapper(const std::string& tag) {
+    return {.body = vast::document(vast::wrapper(tag))};
+  }
   // Ads of these names as a pod, or as the only one; `type` of the films.
   static ScriptedURLLoader::Answer pod(const Lines& names, const std::string& type = "video/mp4");
 

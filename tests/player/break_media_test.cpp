@@ -169,8 +169,6 @@ TEST_F(BreakMedia, everyKindOfFilmHasOneEndingAndTheProgrammeComes) {
   stalls.stallAfter = 12'000;
   auto cut = file("half.mp4");
   cut.cutAfter = 12'000;
-  auto slow = file("half.mp4");
-  slow.bytesPerSecond = 40'000;
   auto silent = file("half.mp4");
   silent.silent = true;
   const std::vector<Film> films{
@@ -189,7 +187,6 @@ TEST_F(BreakMedia, everyKindOfFilmHasOneEndingAndTheProgrammeComes) {
       {"silent-server", silent, failed},
       {"cut", cut, "complete"},                          // the rest is asked for
       {"truncated", file("truncated.mp4"), "complete"},  // as far as it goes
-      {"slow", slow, "complete"},
       {"one-picture", file("oneframe.mp4"), "complete"},
       {"odd-size", file("odd.mp4"), "complete"},
       {"rotated", file("rotated.mp4"), "complete"},

@@ -56,15 +56,25 @@ TEST(BreakViewer, hasTheAdsPlayPauseAndNoOtherButtonButMenu) {
   EXPECT_EQ(rig.hub().vodPlayer()->rate(), 0) << "the programme's remote is back";
 }
 
-TEST(BreakViewer, leavesByMenuFromEveryMoment) {
+TEST(BreakViewer, leavesByMenuFromEveryMomentAsDoesTheHostThatGoes) {
   for (const auto* moment : {"videoAdOnRequest:Preroll", "videoAdOnStart:Preroll", "videoAdOnTime 8 4", "videoOnTime 2",
                              "videoAdOnRequest:Midroll", "videoAdOnStart:Midroll", "videoAdOnComplete:Midroll",
                              "videoAdOnRequest:Postroll", "videoAdOnStart:Postroll", "videoDidPlayFinished"}) {
     SCOPED_TRACE(moment);
+    {
+      OnScreen rig;
+      rig.begin();
+      rig.runUntilHeard(moment);
+      rig.player.reset();
+      EXPECT_EQ(rig.window.rootViewController()->presentedViewController(), nullptr);
+      rig.loop.advance(2s);
+      EXPECT_EQ(rig.media.aliveEngines(), 0);
+    }
     OnScreen rig;
     rig.begin();
     rig.runUntilHeard(moment);
     const bool plays = rig.hub().isPlayingAd();
+    EXPECT_EQ(rig.window.rootViewController()->presentedViewController(), rig.hub().avPlayerVC());
     EXPECT_TRUE(rig.window.sendPress(UIPressTypeMenu));
     const auto heard = rig.host.heard;
     const auto tracked = rig.tracked();
@@ -74,6 +84,7 @@ TEST(BreakViewer, leavesByMenuFromEveryMoment) {
     rig.loop.advance(60s);
     EXPECT_EQ(rig.host.heard, heard);
     EXPECT_EQ(rig.tracked(), tracked);
+    EXPECT_EQ(rig.window.rootViewController()->presentedViewController(), nullptr);
     EXPECT_EQ(rig.media.aliveEngines(), 0);
     EXPECT_EQ(rig.loop.pendingTimers(), 0u);
   }

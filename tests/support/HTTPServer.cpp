@@ -41,9 +41,6 @@ std::optional<std::pair<std::size_t, std::size_t>> range(const HTTPServer::Reque
   const auto header = request.headers.find("range");
   if (header == request.headers.end() || size == 0) return std::nullopt;
   unsigned long first = 0, last = size - 1;
-  if (std::sscanf(header->second.c_str(), "bytes=-%lu", &last) == 1) {
-    return std::pair{size - std::min<std::size_t>(last, size), size - 1};
-  }
   if (std::sscanf(header->second.c_str(), "bytes=%lu-%lu", &first, &last) < 1) return std::nullopt;
   return std::pair<std::size_t, std::size_t>{first, std::min<std::size_t>(last, size - 1)};
 }
@@ -218,12 +215,10 @@ bool HTTPServer::answer(int socket, const Request& request, const Reply& reply) 
   for (const auto& [name, value] : reply.headers) head += name + ": " + value + "\r\n";
   head += "\r\n";
   const bool isPlain = reply.headPause.count() == 0 && reply.bodyPause.count() == 0 && !reply.endless &&
-                       !reply.cutAfter && !reply.stallAfter && !reply.bytesPerSecond && request.method != "HEAD" &&
-                       status != 204;
+                       !reply.cutAfter && !reply.stallAfter && request.method != "HEAD" && status != 204;
   if (isPlain) return sendAll(socket, head += body, {});
   if (!sendAll(socket, head, reply.headPause)) return false;
   if (request.method == "HEAD" || status == 204) return true;
-  if (reply.bytesPerSecond) return sendPaced(socket, body, reply.bytesPerSecond);
   if (reply.stallAfter && reply.stallFor && *reply.stallAfter < body.size()) {
     return sendAll(socket, body.substr(0, *reply.stallAfter), reply.bodyPause) && pause(*reply.stallFor) &&
            sendAll(socket, body.substr(*reply.stallAfter), reply.bodyPause);
@@ -242,17 +237,6 @@ bool HTTPServer::sendAll(int socket, std::string_view bytes, std::chrono::millis
     const auto count = ::send(socket, bytes.data(), before.count() ? 1 : bytes.size(), MSG_NOSIGNAL);
     if (count <= 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return true;
-}
-
-bool HTTPServer::sendPaced(int socket, std::string_view bytes, std::size_t bytesPerSecond) {
-  constexpr std::chrono::milliseconds step{50};
-  const std::size_t portion = std::max<std::size_t>(1, bytesPerSecond * step.count() / 1000);
-  while (!bytes.empty()) {
-    const auto now = bytes.substr(0, portion);
-    if (!sendAll(socket, now, {}) || !pause(step)) return false;
-    bytes.remove_prefix(now.size());
   }
   return true;
 }

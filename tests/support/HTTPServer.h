@@ -37,7 +37,6 @@ class HTTPServer {
     std::optional<std::size_t> cutAfter{};                // bytes of the body; then the connection is closed
     std::optional<std::size_t> stallAfter{};              // bytes of the body; then silence
     std::optional<std::chrono::milliseconds> stallFor{};  // the silence ends after this, and the rest follows
-    std::size_t bytesPerSecond = 0;                       // of the body; 0 for as fast as it goes
     bool endless = false;                                 // `body` again and again, without a length
   };
   using Handler = std::function<Reply(const Request&)>;
@@ -77,7 +76,6 @@ class HTTPServer {
   std::optional<Request> read(int socket, std::string& buffered) const;
   bool answer(int socket, const Request& request, const Reply& reply);
   bool sendAll(int socket, std::string_view bytes, std::chrono::milliseconds pause);
-  bool sendPaced(int socket, std::string_view bytes, std::size_t bytesPerSecond);
   // False when the server stopped meanwhile.
   bool pause(std::chrono::milliseconds duration);
 

@@ -38,36 +38,26 @@ struct EventProcessor : testing::Test {
 };
 
 TEST_F(EventProcessor, everyEventTellsItsNameRequestsItsURLsInOrderAndLogsThem) {
-  const struct {
-    std::string key, logged;
-  } rows[] = {{"start", "track start"},
-              {"creativeView", "track creativeView"},
-              {"firstQuartile", "firstQuartile"},
-              {"midpoint", "midpoint"},
-              {"thirdQuartile", "thirdQuartile"},
-              {"complete", "complete"},
-              {"close", "close"},
-              {"pause", "pause start"},
-              {"resume", "resume start"}};
-  SKVASTEventProcessor::TrackingEvents events;
-  for (const auto& row : rows) {
-    events[row.key] = {url("http://t.example/" + row.key + "?1"), url("http://t.example/" + row.key + "?2")};
-  }
-  const auto sender = processor(events);
-  keepLog();
+  const std::pair<std::string, std::string> rows[] = {{"start", "track start"},
+                                                      {"creativeView", "track creativeView"},
+                                                      {"firstQuartile", "firstQuartile"},
+                                                      {"midpoint", "midpoint"},
+                                                      {"thirdQuartile", "thirdQuartile"},
+                                                      {"complete", "complete"},
+                                                      {"close", "close"},
+                                                      {"pause", "pause start"},
+                                                      {"resume", "resume start"}};
   for (std::uint32_t value = 0; value < std::size(rows); ++value) {
-    SCOPED_TRACE(value);
-    told.clear();
-    logged.clear();
-    network.loader->forgetSent();
+    const auto& [name, words] = rows[value];
+    const std::string one = "http://t.example/1", two = "http://t.example/2", sent = "4 Sent " + words + " to url: ";
+    const auto sender = processor({{name, {url(one), url(two)}}, {"other", {url("http://t.example/3")}}});
+    keepLog();
     sender->trackEvent(static_cast<SKVASTTrackingEvent>(value));
-    const auto [one, two] =
-        std::pair("http://t.example/" + rows[value].key + "?1", "http://t.example/" + rows[value].key + "?2");
-    const std::string sent = "4 Sent " + rows[value].logged + " to url: ";
-    EXPECT_THAT(told, ElementsAre(rows[value].key));
+    EXPECT_THAT(std::exchange(told, {}), ElementsAre(name));
     EXPECT_THAT(network.loader->sentURLs(), ElementsAre(one, two));
-    EXPECT_THAT(logged, ElementsAre("4 Event processor sending request to url: " + one, sent + one,
-                                    "4 Event processor sending request to url: " + two, sent + two));
+    EXPECT_THAT(std::exchange(logged, {}), ElementsAre("4 Event processor sending request to url: " + one, sent + one,
+                                                       "4 Event processor sending request to url: " + two, sent + two));
+    network.loader->forgetSent();
   }
 }
 

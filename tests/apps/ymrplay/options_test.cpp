@@ -1,15 +1,34 @@
 #include "apps/ymrplay/Options.h"
 
-#include <cstdlib>
+#include <gmock/gmock.h>
 
-#include "tests/apps/CommandLine.h"
+#include <cstdlib>
+#include <iomanip>
+#include <sstream>
 
 using testing::ElementsAre;
 
 namespace {
 
-Parsed<Options> parse(const std::string& line) {
-  return parseLine(&parseOptions, line);
+// What came of a command line, and what was printed about it.
+struct Parsed {
+  std::optional<Options> options;
+  int exitStatus = -1;
+  std::string errors;
+};
+
+// Words of `line` are separated by blanks; one in double quotes may be empty or have blanks in it.
+Parsed parse(const std::string& line) {
+  std::vector<std::string> words{"program"};
+  std::istringstream stream(line);
+  for (std::string word; stream >> std::quoted(word);) words.push_back(word);
+  std::vector<char*> argv;
+  for (auto& word : words) argv.push_back(word.data());
+  Parsed parsed;
+  testing::internal::CaptureStderr();
+  parsed.options = parseOptions(static_cast<int>(argv.size()), argv.data(), parsed.exitStatus);
+  parsed.errors = testing::internal::GetCapturedStderr();
+  return parsed;
 }
 
 }  // namespace
@@ -57,26 +76,33 @@ TEST(PlayOptions, areHeadlessWhereThereIsNoDisplay) {
 }
 
 TEST(PlayOptions, sayWhatIsWrongAndEndWithTwo) {
-  expectComplaints(&parseOptions, {{"", "MEDIA is required"},
-                                   {"\"\"", "MEDIA"},
-                                   {"a.mp4 b.mp4", "b.mp4"},
-                                   {"ftp://example.org/a.mp4", "only files, http and https"},
-                                   {"\"http://exa mple/a.mp4\"", "is not an address"},
-                                   {"a.mp4 --nonsense", "--nonsense"},
-                                   {"a.mp4 --start 1.5", "--start"},
-                                   {"a.mp4 --size 1280x720x3", "WxH"},
-                                   {"a.mp4 --size 10x10", "64 to 8192"},
-                                   {"a.mp4 --key menu", "SECONDS=VALUE"},
-                                   {"a.mp4 --key 1=jump", "no key 'jump'"},
-                                   {"a.mp4 --key -1=menu", "at least 0"},
-                                   {"a.mp4 --key nan=menu", "SECONDS=VALUE"},
-                                   {"a.mp4 --snapshot 1=", "nothing after"},
-                                   {"a.mp4 --log loud", "--log"},
-                                   {"a.mp4 --preroll tag.xml", "is not a URL"},
-                                   {"a.mp4 --postroll ftp://a.example/1", "over http and https only"},
-                                   {"a.mp4 --midroll http://a.example/1", "SECONDS=VALUE"},
-                                   {"a.mp4 --midroll 2.5=http://a.example/1", "whole seconds"},
-                                   {"a.mp4 --midroll 4294967296=http://a.example/1", "no programme is that long"},
-                                   {"a.mp4 --midroll 1e300=http://a.example/1", "no programme is that long"},
-                                   {"a.mp4 --midroll 5=file:///tag.xml", "over http and https only"}});
+  const std::pair<const char*, const char*> rows[] = {
+      {"", "MEDIA is required"},
+      {"\"\"", "MEDIA"},
+      {"a.mp4 b.mp4", "b.mp4"},
+      {"ftp://example.org/a.mp4", "only files, http and https"},
+      {"\"http://exa mple/a.mp4\"", "is not an address"},
+      {"a.mp4 --nonsense", "--nonsense"},
+      {"a.mp4 --start 1.5", "--start"},
+      {"a.mp4 --size 1280x720x3", "WxH"},
+      {"a.mp4 --size 10x10", "64 to 8192"},
+      {"a.mp4 --key menu", "SECONDS=VALUE"},
+      {"a.mp4 --key 1=jump", "no key 'jump'"},
+      {"a.mp4 --key -1=menu", "at least 0"},
+      {"a.mp4 --key nan=menu", "SECONDS=VALUE"},
+      {"a.mp4 --snapshot 1=", "nothing after"},
+      {"a.mp4 --log loud", "--log"},
+      {"a.mp4 --preroll tag.xml", "is not a URL"},
+      {"a.mp4 --postroll ftp://a.example/1", "over http and https only"},
+      {"a.mp4 --midroll http://a.example/1", "SECONDS=VALUE"},
+      {"a.mp4 --midroll 2.5=http://a.example/1", "whole seconds"},
+      {"a.mp4 --midroll 4294967296=http://a.example/1", "no programme is that long"},
+      {"a.mp4 --midroll 1e300=http://a.example/1", "no programme is that long"},
+      {"a.mp4 --midroll 5=file:///tag.xml", "over http and https only"}};
+  for (const auto& [line, complaint] : rows) {
+    const auto parsed = parse(line);
+    EXPECT_FALSE(parsed.options) << line;
+    EXPECT_EQ(parsed.exitStatus, 2) << line;
+    EXPECT_THAT(parsed.errors, testing::HasSubstr(complaint)) << line;
+  }
 }

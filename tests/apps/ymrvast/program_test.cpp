@@ -163,10 +163,26 @@ TEST_F(VastProgram, readsStandardInputAndRefusesWhatItCannotRead) {
   const auto piped =
       runProgram("/bin/sh", {"-c", "exec \"$0\" --reachability-host 127.0.0.1 --json - < \"$1\"", YMRVAST, tag});
   EXPECT_EQ(json::parse(piped.output)["source"], "-") << piped.errors;
-  const auto refused = run({"--json", folder.string()});
-  EXPECT_EQ(refused.exitStatus, 2);
-  EXPECT_EQ(refused.output, "");
-  EXPECT_THAT(refused.errors, HasSubstr("cannot be read"));
+  const std::pair<std::vector<std::string>, const char*> rows[] = {
+      {{}, "SOURCE is required"},
+      {{""}, "SOURCE"},
+      {{tag, "b.xml"}, "b.xml"},
+      {{folder.string()}, "cannot be read"},
+      {{"ftp://ads.test/tag"}, "only http and https"},
+      {{"http://ads test/"}, "is not a URL"},
+      {{tag, "--nonsense"}, "--nonsense"},
+      {{tag, "--screen", "1280"}, "WxH"},
+      {{tag, "--screen", "0x720"}, "WxH"},
+      {{tag, "--screen", "1280x720p"}, "WxH"},
+      {{tag, "--screen", "10000x10000"}, "WxH"},
+      {{tag, "--log", "loud"}, "--log"},
+  };
+  for (const auto& [arguments, complaint] : rows) {
+    const auto refused = run(arguments);
+    EXPECT_EQ(refused.exitStatus, 2) << complaint;
+    EXPECT_EQ(refused.output, "") << complaint;
+    EXPECT_THAT(refused.errors, HasSubstr(complaint));
+  }
 }
 
 TEST_F(VastProgram, tellsPeopleWhatWasPickedAndWhyNotTheOthers) {
