@@ -3,6 +3,8 @@
 #include <QBrush>
 #include <QLinearGradient>
 #include <QPainter>
+#include <algorithm>
+#include <cmath>
 
 ArtworkItem::ArtworkItem(QQuickItem* parent) : QQuickPaintedItem(parent) {
   connect(this, &ArtworkItem::imageChanged, this, [this] { update(); });
@@ -34,6 +36,10 @@ void ArtworkItem::paint(QPainter* painter) {
 
 ScrimItem::ScrimItem(QQuickItem* parent) : QQuickPaintedItem(parent) {
   connect(this, &ScrimItem::colorChanged, this, [this] { update(); });
+  // All columns are alike: painted a few wide and drawn out to the item's width.
+  const auto fit = [this] { setTextureSize(QSize(8, std::max(1, static_cast<int>(std::ceil(height()))))); };
+  connect(this, &QQuickItem::heightChanged, this, fit);
+  fit();
 }
 
 void ScrimItem::paint(QPainter* painter) {

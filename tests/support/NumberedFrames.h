@@ -8,11 +8,20 @@
 
 // The number that every picture of the sample clips carries in sixteen blocks along its top edge.
 inline std::optional<int> numberOf(const VideoFrame& frame) {
-  if (!frame.bits || frame.width < 16 || frame.height < 8) return std::nullopt;
+  if (!frame.isValid() || frame.glTexture || frame.width < 16 || frame.height < 8) return std::nullopt;
+  std::vector<std::uint8_t> drawn;
+  const std::uint8_t* bits = frame.bits;
+  int stride = frame.stride;
+  if (frame.decoded) {
+    stride = 4 * frame.width;
+    drawn.resize(static_cast<std::size_t>(stride * frame.decoded->rowsAtOnce()));
+    frame.decoded->draw(0, drawn.data(), stride);
+    bits = drawn.data();
+  }
   int number = 0;
   for (int block = 0; block < 16; ++block) {
     const int x = (2 * block + 1) * frame.width / 32;
-    const std::uint8_t* pixel = frame.bits + 4 * frame.stride + 4 * x;
+    const std::uint8_t* pixel = bits + 4 * stride + 4 * x;
     const int brightness = (pixel[0] + pixel[1] + pixel[2]) / 3;
     number = 2 * number + (brightness > 128);
   }

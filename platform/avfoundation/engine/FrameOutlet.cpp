@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "platform/avfoundation/engine/PictureMemory.h"
+
 namespace {
 
 // A picture later than this is dropped, and decoders are told to catch up.
@@ -37,11 +39,11 @@ GstElement* FrameOutlet::makeElement() {
   return sink;
 }
 
-// Rows of any length will do, so that decoders need not copy what they have decoded.
+// So that decoders need not copy what they have decoded.
 GstPadProbeReturn FrameOutlet::probeQuery(GstPad*, GstPadProbeInfo* info, gpointer) {
   GstQuery* query = GST_PAD_PROBE_INFO_QUERY(info);
   if (GST_QUERY_TYPE(query) != GST_QUERY_ALLOCATION) return GST_PAD_PROBE_OK;
-  gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+  offerPictureMemory(query);
   return GST_PAD_PROBE_HANDLED;
 }
 

@@ -1,62 +1,120 @@
 #include "platform/avfoundation/engine/PictureConverter.h"
 
-#include <sys/mman.h>
+#include <algorithm>
+#include <mutex>
 
-#include <atomic>
+namespace {
 
-// Pages of their own, which go back to the system at once: the heap would keep them.
-struct PictureConverter::Pixels {
-  explicit Pixels(std::size_t count)
-      : size(count), pages(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {}
-  Pixels(const Pixels&) = delete;
-  Pixels& operator=(const Pixels&) = delete;
-  ~Pixels() {
-    if (pages != MAP_FAILED) munmap(pages, size);
+// Few enough to stay in a processor's cache on the way. A multiple of what interlaced rows and dithering repeat after.
+constexpr int fewRows = 16;
+
+// Whether rows can be drawn without a look at the rows around them.
+bool isDrawnByRows(const GstVideoInfo& info) {
+  if (GST_VIDEO_INFO_IS_INTERLACED(&info)) return false;
+  if (GST_VIDEO_FORMAT_INFO_IS_TILED(info.finfo) || GST_VIDEO_FORMAT_INFO_HAS_PALETTE(info.finfo)) return false;
+  const auto format = GST_VIDEO_INFO_FORMAT(&info);
+  if (format == GST_VIDEO_FORMAT_I420 || format == GST_VIDEO_FORMAT_YV12) return true;
+  for (guint component = 0; component < GST_VIDEO_INFO_N_COMPONENTS(&info); ++component) {
+    if (GST_VIDEO_FORMAT_INFO_H_SUB(info.finfo, component) > 0) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+// How pictures of one kind become B G R X.
+class PictureConverter::Conversion {
+ public:
+  explicit Conversion(const GstVideoInfo& info)
+      : from_(info),
+        rowsAtOnce_(isDrawnByRows(info) ? std::min(fewRows, info.height) : info.height),
+        full_(converterFor(rowsAtOnce_)),
+        last_(converterFor(info.height % rowsAtOnce_)) {}
+
+  bool works() const { return full_ && (last_ || from_.height % rowsAtOnce_ == 0); }
+  bool isFor(const GstVideoInfo& info) const { return gst_video_info_is_equal(&info, &from_); }
+  int rowsAtOnce() const { return rowsAtOnce_; }
+
+  void draw(const GstVideoFrame& picture, int first, std::uint8_t* bits, int stride) {
+    const int rows = std::min(rowsAtOnce_, from_.height - first);
+    GstVideoFrame source = picture;
+    source.info.height = rows;
+    for (guint plane = 0; first > 0 && plane < GST_VIDEO_FRAME_N_PLANES(&picture); ++plane) {
+      gint component[GST_VIDEO_MAX_COMPONENTS];
+      gst_video_format_info_component(from_.finfo, plane, component);
+      const int row = GST_VIDEO_FORMAT_INFO_SCALE_HEIGHT(from_.finfo, component[0], first);
+      source.data[plane] =
+          static_cast<std::uint8_t*>(picture.data[plane]) + row * GST_VIDEO_FRAME_PLANE_STRIDE(&picture, plane);
+    }
+    GstVideoFrame target{};
+    target.info = targetInfo(rows);
+    target.info.stride[0] = stride;
+    target.data[0] = bits;
+    std::lock_guard lock(mutex_);
+    gst_video_converter_frame(rows == rowsAtOnce_ ? full_.get() : last_.get(), &source, &target);
   }
 
-  const std::size_t size;
-  void* const pages;
+ private:
+  struct Release {
+    void operator()(GstVideoConverter* converter) const { gst_video_converter_free(converter); }
+  };
+  using Converter = std::unique_ptr<GstVideoConverter, Release>;
+
+  GstVideoInfo targetInfo(int rows) const {
+    GstVideoInfo to;
+    gst_video_info_set_format(&to, GST_VIDEO_FORMAT_BGRx, static_cast<guint>(from_.width), static_cast<guint>(rows));
+    // A rate or a field order of its own would be a conversion too.
+    GST_VIDEO_INFO_FPS_N(&to) = GST_VIDEO_INFO_FPS_N(&from_);
+    GST_VIDEO_INFO_FPS_D(&to) = GST_VIDEO_INFO_FPS_D(&from_);
+    GST_VIDEO_INFO_INTERLACE_MODE(&to) = GST_VIDEO_INFO_INTERLACE_MODE(&from_);
+    return to;
+  }
+
+  Converter converterFor(int rows) const {
+    if (rows == 0) return nullptr;
+    GstVideoInfo source = from_;
+    source.height = rows;
+    const GstVideoInfo target = targetInfo(rows);
+    return Converter(gst_video_converter_new(&source, &target, nullptr));
+  }
+
+  const GstVideoInfo from_;
+  const int rowsAtOnce_;
+  std::mutex mutex_;
+  const Converter full_;
+  const Converter last_;  // of the rows that remain; null when none do
+};
+
+class PictureConverter::Picture final : public DecodedPicture {
+ public:
+  Picture(std::shared_ptr<Conversion> conversion, const GstVideoInfo& info, GstBuffer* buffer)
+      : conversion_(std::move(conversion)), isMapped_(gst_video_frame_map(&frame_, &info, buffer, GST_MAP_READ)) {}
+  ~Picture() override {
+    if (isMapped_) gst_video_frame_unmap(&frame_);
+  }
+
+  bool isMapped() const { return isMapped_; }
+  int rowsAtOnce() const override { return conversion_->rowsAtOnce(); }
+  void draw(int first, std::uint8_t* target, int stride) const override {
+    conversion_->draw(frame_, first, target, stride);
+  }
+
+ private:
+  const std::shared_ptr<Conversion> conversion_;
+  GstVideoFrame frame_{};
+  const bool isMapped_;
 };
 
 VideoFrame PictureConverter::convert(const GstVideoInfo& info, GstBuffer* buffer) {
-  if (!converter_ || !gst_video_info_is_equal(&info, &from_)) {
-    from_ = info;
-    gst_video_info_set_format(&to_, GST_VIDEO_FORMAT_BGRx, static_cast<guint>(info.width),
-                              static_cast<guint>(info.height));
-    // A rate or a field order of its own would be a conversion too.
-    GST_VIDEO_INFO_FPS_N(&to_) = GST_VIDEO_INFO_FPS_N(&info);
-    GST_VIDEO_INFO_FPS_D(&to_) = GST_VIDEO_INFO_FPS_D(&info);
-    GST_VIDEO_INFO_INTERLACE_MODE(&to_) = GST_VIDEO_INFO_INTERLACE_MODE(&info);
-    converter_.reset(gst_video_converter_new(&from_, &to_, nullptr));
-    pixels_ = {};
-  }
-  auto pixels = freePixels();
-  GstVideoFrame source;
-  if (!converter_ || pixels->pages == MAP_FAILED || !gst_video_frame_map(&source, &info, buffer, GST_MAP_READ))
-    return {};
-  GstVideoFrame target{};
-  target.info = to_;
-  target.data[0] = pixels->pages;
-  gst_video_converter_frame(converter_.get(), &source, &target);
-  gst_video_frame_unmap(&source);
-
+  if (!conversion_ || !conversion_->isFor(info)) conversion_ = std::make_shared<Conversion>(info);
+  if (!conversion_->works()) return {};
+  auto picture = std::make_shared<Picture>(conversion_, info, buffer);
+  if (!picture->isMapped()) return {};
   VideoFrame frame;
-  frame.bits = static_cast<const std::uint8_t*>(pixels->pages);
-  frame.stride = GST_VIDEO_INFO_PLANE_STRIDE(&to_, 0);
   frame.width = info.width;
   frame.height = info.height;
   frame.pixelAspectNumerator = GST_VIDEO_INFO_PAR_N(&info);
   frame.pixelAspectDenominator = GST_VIDEO_INFO_PAR_D(&info);
-  frame.owner = std::move(pixels);
+  frame.decoded = std::move(picture);
   return frame;
-}
-
-std::shared_ptr<PictureConverter::Pixels> PictureConverter::freePixels() {
-  for (auto& pixels : pixels_) {
-    if (pixels && pixels.use_count() > 1) continue;
-    std::atomic_thread_fence(std::memory_order_acquire);  // after the last look at what it showed before
-    if (!pixels) pixels = std::make_shared<Pixels>(GST_VIDEO_INFO_SIZE(&to_));
-    return pixels;
-  }
-  return std::make_shared<Pixels>(GST_VIDEO_INFO_SIZE(&to_));
 }

@@ -5,16 +5,29 @@
 
 #include "platform/coremedia/CMTime.h"
 
+// Pixels that are still as the decoder left them, in any format. Any thread, several pictures at a time.
+class DecodedPicture {
+ public:
+  virtual ~DecodedPicture() = default;
+  // How many rows draw() writes at a time.
+  virtual int rowsAtOnce() const = 0;
+  // Writes rowsAtOnce() rows, or as many as there are, as VideoFrame::bits would have them: from row `first`, a
+  // multiple of rowsAtOnce(), on. They begin at `target`, `stride` bytes apart.
+  virtual void draw(int first, std::uint8_t* target, int stride) const = 0;
+};
+
 // One decoded picture on its way to the screen. A plain value; any thread. Copies share the pixels, which stay valid as
-// long as one copy is held.
+// long as one copy is held. They are in one of three forms.
 struct VideoFrame {
-  // Keeps the pixels alive (a mapped buffer, a texture).
-  std::shared_ptr<const void> owner;
-  // Pixels as stored: 32 bits each, bytes B G R X, rows `stride` bytes apart. Null when the picture is a texture.
+  // As the decoder left them, or null. Holds one of the decoder's buffers.
+  std::shared_ptr<const DecodedPicture> decoded;
+  // 32 bits each, bytes B G R X, rows `stride` bytes apart; or null.
   const std::uint8_t* bits = nullptr;
   int stride = 0;
   // An RGBA texture of the scene graph's share group, or 0.
   unsigned glTexture = 0;
+  // Keeps bits or texture alive.
+  std::shared_ptr<const void> owner;
   // The picture's size in pixels as stored, before pixel aspect and rotation.
   int width = 0;
   int height = 0;
@@ -28,7 +41,7 @@ struct VideoFrame {
   // Media time of the picture; invalid when the container has none.
   CMTime time;
 
-  bool isValid() const { return width > 0 && height > 0 && (bits || glTexture); }
+  bool isValid() const { return width > 0 && height > 0 && (decoded || bits || glTexture); }
 };
 
 // Where an engine puts its pictures.

@@ -7,32 +7,63 @@
 #include <QSGRectangleNode>
 #include <QSGRenderNode>
 #include <QSGTexture>
+#include <algorithm>
 #include <memory>
 
 #include "platform/avfoundation/layer/PictureGeometry.h"
 
 namespace {
 
-// The frame's pixels as an image that shares them; null for a texture and for rows that are not what they say.
-QImage imageOf(const VideoFrame& frame) {
-  if (!frame.isValid() || !frame.bits || frame.stride < frame.width * 4) return {};
-  auto* held = new VideoFrame(frame);
-  return QImage(
-      frame.bits, frame.width, frame.height, frame.stride, QImage::Format_RGB32,
-      [](void* owner) { delete static_cast<VideoFrame*>(owner); }, held);
+// A frame's pixels as one image.
+class FrameImage {
+ public:
+  // Null for a texture and for rows that are not what they say. Draws the frame when it is not the one of the last
+  // call, where the one before was if nobody has that any more.
+  const QImage& of(const VideoFrame& frame) {
+    if (!frame.isValid() || (!frame.decoded && (!frame.bits || frame.stride < frame.width * 4))) {
+      image_ = {};
+    } else if (frame.bits) {
+      auto* held = new VideoFrame(frame);
+      image_ = QImage(
+          frame.bits, frame.width, frame.height, frame.stride, QImage::Format_RGB32,
+          [](void* owner) { delete static_cast<VideoFrame*>(owner); }, held);
+    } else if (frame.decoded != drawn_ || image_.isNull()) {
+      draw(frame);
+    }
+    drawn_ = frame.decoded;
+    return image_;
+  }
+
+ private:
+  void draw(const VideoFrame& frame) {
+    const QSize size(frame.width, frame.height);
+    if (!drawn_ || image_.size() != size || !image_.isDetached()) image_ = QImage(size, QImage::Format_RGB32);
+    const int stride = static_cast<int>(image_.bytesPerLine());
+    for (int row = 0; row < frame.height; row += frame.decoded->rowsAtOnce()) {
+      frame.decoded->draw(row, image_.scanLine(row), stride);
+    }
+  }
+
+  std::shared_ptr<const DecodedPicture> drawn_;
+  QImage image_;
+};
+
+// The fourth byte of a pixel may be anything, which Qt only looks at when it blends.
+void makeOpaque(QImage& image) {
+  for (int y = 0; y < image.height(); ++y) {
+    auto* row = reinterpret_cast<QRgb*>(image.scanLine(y));
+    for (int x = 0; x < image.width(); ++x) row[x] |= 0xff000000;
+  }
 }
 
-// The fourth byte of a pixel may be anything, which Qt only looks at when it blends: a copy in which it is 255.
 QImage withOpaquePixels(const QImage& image) {
   QImage copy = image.copy();
-  for (int y = 0; y < copy.height(); ++y) {
-    auto* row = reinterpret_cast<QRgb*>(copy.scanLine(y));
-    for (int x = 0; x < copy.width(); ++x) row[x] |= 0xff000000;
-  }
+  makeOpaque(copy);
   return copy;
 }
 
-// For the software scene graph: paints the pixels straight from where the decoder put them.
+// For the software scene graph: paints the pixels straight from where the decoder put them, a few rows at a time where
+// they go as they are.
 class PaintedPicture final : public QSGRenderNode, public PictureNode {
  public:
   explicit PaintedPicture(QQuickWindow& window) : window_(window) {}
@@ -41,10 +72,7 @@ class PaintedPicture final : public QSGRenderNode, public PictureNode {
 
   void show(const VideoFrame& frame, bool isNew, const QRectF& area, const QRectF& rect) override {
     const bool moved = area != area_ || rect != target_;
-    if (isNew) {
-      frame_ = frame;
-      image_ = imageOf(frame);
-    }
+    if (isNew) frame_ = frame;
     area_ = area;
     target_ = rect;
     if (isNew || moved) markDirty(moved ? DirtyMaterial | DirtyGeometry : DirtyMaterial);
@@ -63,11 +91,15 @@ class PaintedPicture final : public QSGRenderNode, public PictureNode {
     if (clip && !clip->isEmpty()) painter->setClipRegion(*clip, Qt::ReplaceClip);  // in the window's coordinates
     painter->setTransform(matrix()->toTransform());
     painter->setOpacity(inheritedOpacity());
-    if (image_.isNull()) {
-      painter->fillRect(area_, Qt::black);
-    } else {
+    if (isByRows(*painter)) {
+      image_ = {};
       fillAround(*painter);
-      drawImage(*painter);
+      drawRows(*painter);
+    } else if (const QImage& image = image_.of(frame_); !image.isNull()) {
+      fillAround(*painter);
+      drawImage(*painter, image);
+    } else {
+      painter->fillRect(area_, Qt::black);
     }
     painter->restore();
   }
@@ -83,11 +115,37 @@ class PaintedPicture final : public QSGRenderNode, public PictureNode {
     }
   }
 
-  void drawImage(QPainter& painter) const {
-    const QImage image = painter.opacity() < 1 ? withOpaquePixels(image_) : image_;
-    if (frame_.rotation == 0 && !frame_.mirrored) {
-      const QSizeF pixels = target_.size() * window_.effectiveDevicePixelRatio();
-      painter.setRenderHint(QPainter::SmoothPixmapTransform, pixels != QSizeF(image.size()));
+  bool isUpright() const { return frame_.rotation == 0 && !frame_.mirrored; }
+  // On the screen it has the size that it is stored in.
+  bool isUnscaled() const {
+    return target_.size() * window_.effectiveDevicePixelRatio() == QSizeF(frame_.width, frame_.height);
+  }
+
+  bool isByRows(const QPainter& painter) const {
+    return frame_.decoded && frame_.decoded->rowsAtOnce() < frame_.height && isUpright() && isUnscaled() &&
+           painter.transform().type() <= QTransform::TxTranslate;
+  }
+
+  void drawRows(QPainter& painter) {
+    const int rows = frame_.decoded->rowsAtOnce();
+    if (rows_.size() != QSize(frame_.width, rows)) rows_ = QImage(frame_.width, rows, QImage::Format_RGB32);
+    const QRectF visible = painter.hasClipping() ? painter.clipBoundingRect() : target_;
+    const double height = target_.height() / frame_.height;  // of a row
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    for (int row = 0; row < frame_.height; row += rows) {
+      const int count = std::min(rows, frame_.height - row);
+      const QRectF place(target_.x(), target_.y() + row * height, target_.width(), count * height);
+      if (!place.intersects(visible)) continue;
+      frame_.decoded->draw(row, rows_.bits(), static_cast<int>(rows_.bytesPerLine()));
+      if (painter.opacity() < 1) makeOpaque(rows_);
+      painter.drawImage(place, rows_, QRectF(0, 0, frame_.width, count));
+    }
+  }
+
+  void drawImage(QPainter& painter, const QImage& pixels) const {
+    const QImage image = painter.opacity() < 1 ? withOpaquePixels(pixels) : pixels;
+    if (isUpright()) {
+      painter.setRenderHint(QPainter::SmoothPixmapTransform, !isUnscaled());
       painter.drawImage(target_, image);
     } else {
       painter.setRenderHint(QPainter::SmoothPixmapTransform);
@@ -98,7 +156,8 @@ class PaintedPicture final : public QSGRenderNode, public PictureNode {
 
   QQuickWindow& window_;
   VideoFrame frame_;
-  QImage image_;
+  FrameImage image_;
+  QImage rows_;
   QRectF area_;
   QRectF target_;
 };
@@ -140,18 +199,19 @@ class TexturedPicture final : public QSGNode, public PictureNode {
   }
 
  private:
-  std::unique_ptr<QSGTexture> textureOf(const VideoFrame& frame) const {
+  std::unique_ptr<QSGTexture> textureOf(const VideoFrame& frame) {
     if (frame.isValid() && frame.glTexture) {
       return std::unique_ptr<QSGTexture>(QNativeInterface::QSGOpenGLTexture::fromNative(
           frame.glTexture, &window_, {frame.width, frame.height}, QQuickWindow::TextureIsOpaque));
     }
-    const QImage image = imageOf(frame);
+    const QImage& image = image_.of(frame);
     if (image.isNull()) return nullptr;
     return std::unique_ptr<QSGTexture>(window_.createTextureFromImage(image, QQuickWindow::TextureIsOpaque));
   }
 
   QQuickWindow& window_;
   VideoFrame frame_;  // keeps a texture in place
+  FrameImage image_;
   QSGRectangleNode* black_;
   QSGTransformNode placement_;
   std::unique_ptr<QSGImageNode> picture_;
