@@ -43,10 +43,16 @@ TEST_F(Selection, offersTheLegibleTracksInTheMediasOrder) {
   EXPECT_EQ(item->asset()->mediaSelectionGroupForMediaCharacteristic("audible"), nullptr);
 }
 
-TEST_F(Selection, tellsTheTextThatIsDueInTheTrackThatIsSelected) {
-  openReady();
+TEST_F(Selection, tellsTheTextThatIsDueInTheTrackThatIsSelectedAlsoBeforeAPlayerTakesTheItem) {
+  const auto asset = std::make_shared<AVURLAsset>(NSURL::URLWithString(programme));
+  asset->loadValuesAsynchronouslyForKeys({"playable"}, [] {});
+  loop.advance(1s);
+  item = AVPlayerItem::playerItemWithAsset(asset);
   EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), nullptr);
   select(0);
+  player = AVPlayer::playerWithPlayerItem(item);
+  loop.advance(1ms);
+  Diary::watch(diary, player, item);
   player->play();
   loop.advance(5s);
   EXPECT_THAT(diary->take(),
@@ -81,14 +87,4 @@ TEST_F(Selection, survivesAChangeOfTracks) {
   engine().setTracks({});
   loop.runUntilIdle();
   EXPECT_EQ(group(), nullptr);
-}
-
-TEST_F(Selection, madeBeforeAPlayerTakesTheItemHolds) {
-  const auto asset = std::make_shared<AVURLAsset>(NSURL::URLWithString(programme));
-  asset->loadValuesAsynchronouslyForKeys({"playable"}, [] {});
-  loop.advance(1s);
-  item = AVPlayerItem::playerItemWithAsset(asset);
-  select(0);
-  player = AVPlayer::playerWithPlayerItem(item);
-  EXPECT_EQ(engine().log().legibleTrack, "s1");
 }

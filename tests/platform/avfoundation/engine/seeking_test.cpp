@@ -99,8 +99,8 @@ TEST_F(Seeking, isClampedToTheMedia) {
     EXPECT_TRUE(runUntil([this] { return told.ended == 1; }));
     EXPECT_EQ(engine->position(), engine->duration());
     EXPECT_EQ(seek(-5), true);
-    engine->setRate(0);
     EXPECT_LT(position(), 0.5);
+    EXPECT_TRUE(playTo(position() + 0.3)) << "and it plays once more";
   }
 }
 
@@ -115,7 +115,9 @@ TEST_F(Seeking, reachesTheLastPicturesWhereTheSoundGoesOn) {
   EXPECT_EQ(frames->lastNumber(), 49) << "and they come in time when playing";
   engine->setRate(0);
   for (const double place : {2.0, 3.0, 2.5}) {
-    EXPECT_EQ(seek(place), true) << "there are no pictures";
+    frames->clear();
+    EXPECT_EQ(seek(place), true);
+    EXPECT_FALSE(frames->numbers().empty()) << "an earlier picture where there is none";
     EXPECT_EQ(position(), place);
   }
 }
