@@ -62,8 +62,8 @@ TEST_F(Reachability, everyQueryIsARuleOverTheFlags) {
        "-R ct-----"},
       {reachable | required | onTraffic, true, true, false, true, true, true, false, ReachableViaWiFi, "WiFi",
        "-R c--C---"},
-      {reachable | local | direct, true, true, false, true, false, false, false, ReachableViaWiFi, "WiFi",
-       "-R -----ld"},
+      {reachable | onDemand | local | direct, true, true, false, true, false, false, false, ReachableViaWiFi, "WiFi",
+       "-R ----Dld"},
       {reachable | required | intervention | onTraffic | onDemand, true, true, false, true, true, true, true,
        ReachableViaWiFi, "WiFi", "-R c-iCD--"},
       {onTraffic | onDemand | intervention, false, false, false, false, false, false, false, NotReachable,
@@ -131,7 +131,9 @@ TEST_F(Reachability, theNotifierKeepsTheObjectAliveUntilItStops) {
   EXPECT_EQ(target->callback, nullptr) << "one that cannot start leaves nothing behind";
   target->takesQueue = true;
   ASSERT_TRUE(object->startNotifier());
+  const auto queue = target->queue;
   ASSERT_TRUE(object->startNotifier());
+  EXPECT_EQ(target->queue, queue) << "started again";
   object.reset();
   ASSERT_FALSE(weak.expired());
   target->change(reachable);
