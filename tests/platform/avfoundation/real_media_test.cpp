@@ -20,21 +20,14 @@ class RealMedia : public testing::Test {
     MediaEngineSettings::shared() = {};
   }
 
-  // A player of a loaded clip.
+  // A player that is ready.
   bool open(const char* clip) {
-    const auto asset = std::make_shared<AVURLAsset>(NSURL::fileURLWithPath(std::string(YMR_SAMPLES "/") + clip));
-    bool loaded = false;
-    asset->loadValuesAsynchronouslyForKeys({"playable"}, [&] { loaded = true; });
-    if (!loop.runUntil([&] { return loaded; }, soon)) return false;
-    item = AVPlayerItem::playerItemWithAsset(asset);
+    item = AVPlayerItem::playerItemWithURL(NSURL::fileURLWithPath(std::string(YMR_SAMPLES "/") + clip));
     player = AVPlayer::playerWithPlayerItem(item);
     auto& center = NSNotificationCenter::defaultCenter();
     center.addObserver(this, AVPlayerItemTimeJumpedNotification, item, [this](const NSNotification&) { ++jumps; });
     center.addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, item, [this](const NSNotification&) { ++ends; });
     return loop.runUntil([&] { return item->status() == AVPlayerItemStatusReadyToPlay; }, soon);
-  }
-  bool runTo(double time) {
-    return loop.runUntil([&] { return now() >= time; }, soon);
   }
   double now() { return CMTimeGetSeconds(player->currentTime()); }
 
@@ -75,7 +68,7 @@ TEST_F(RealMedia, handsAPausedProgrammeBackWithoutMovingIt) {
   int unmoved = 0;
   for (const double until : {0.31, 0.52, 0.77, 1.03}) {
     player->play();
-    ASSERT_TRUE(runTo(until));
+    ASSERT_TRUE(loop.runUntil([&] { return now() >= until; }, soon));
     const CMTime left = player->currentTime();  // what a break remembers
     player->pause();
     loop.runUntil([] { return false; }, 200ms);
