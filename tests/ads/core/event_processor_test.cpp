@@ -67,6 +67,7 @@ TEST_F(EventProcessor, requestsWhatCanBeRequestedAndTellsTheRest) {
     sender->trackEvent(static_cast<SKVASTTrackingEvent>(value));
   EXPECT_THAT(told, ElementsAre("start", "pause", "Unknown", "Unknown"));
   EXPECT_THAT(network.loader->sentURLs(), IsEmpty());
+  EXPECT_EQ(SKVASTEventProcessor::droppedRequests(), 0u) << "a file was handed to the loader, which refused it";
   keepLog();
   sender->sendVASTUrlsWithId({{"a", url("http://i.example/1")}, {{}, url("http://i.example/2")}, {"c", {}}});
   EXPECT_THAT(network.loader->sentURLs(), ElementsAre("http://i.example/1", "http://i.example/2"));
