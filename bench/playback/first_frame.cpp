@@ -2,7 +2,9 @@
 // media, in the same process and in turns: from a file and from a loopback server. Prints medians and ratios.
 //
 //   bench_first_frame CLIP [ROUNDS]     the first round is discarded
+#include <QEventLoop>
 #include <QGuiApplication>
+#include <QTimer>
 #include <memory>
 
 #include "bench/Playbin.h"
@@ -27,6 +29,13 @@ std::shared_ptr<AVPlayerLayer> layerOf(const std::shared_ptr<UIView>& view) {
   return nullptr;
 }
 
+// Screens fade in and out, pipelines stop: none of it may cost either contender anything.
+void comeToRest() {
+  QEventLoop loop;
+  QTimer::singleShot(700, &loop, &QEventLoop::quit);
+  loop.exec();
+}
+
 // From the call to the first picture on the screen. The player is made, and its screen is up, before.
 double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSURL& url) {
   YMRVideoPlayer player;
@@ -34,21 +43,22 @@ double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSU
   delegate->videoOnError = [](const NSError& error) { std::fprintf(stderr, "%s\n", error.message.c_str()); };
   player.setDelegate(delegate);
   player.presentWithController(root);
-  for (int turn = 0; turn < 60; ++turn) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-  bool presented = false;
+  comeToRest();
+  bool isOnScreen = false;
   double elapsed = 0;
   const auto layer = layerOf(player.ymrPlayer()->avPlayerVC()->view());
   const auto start = Clock::now();
   layer->setPicturePresented([&](const CMTime&) {
-    if (!presented) elapsed = millisecondsSince(start);
-    presented = true;
+    if (!isOnScreen) elapsed = millisecondsSince(start);
+    isOnScreen = true;
   });
   player.playWithMediaItem(YMRMediaItem::itemWithUrl(url), 0);
-  while (!presented && millisecondsSince(start) < 30'000)
+  while (!isOnScreen && millisecondsSince(start) < 30'000)
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   layer->setPicturePresented({});
   player.dismiss();
-  if (!presented) {
+  comeToRest();
+  if (!isOnScreen) {
     std::fprintf(stderr, "no picture of %s within 30 s\n", url.absoluteString().c_str());
     std::exit(1);
   }

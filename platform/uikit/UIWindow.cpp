@@ -21,9 +21,12 @@ bool isAnyToBeSeen() {
   return false;
 }
 
-// What must be before the first window: the run loop, by which animations go, and the choice of how to draw.
+// What must be before the first window: the run loop, by which animations go, the choice of how to draw, and when. Qt
+// would wait 5 ms for more to draw; a picture that is due has none to wait for.
 QWindow* prepared(UIGraphics graphics) {
   QtRunLoop::installIfNeeded();
+  constexpr const char* drawingDelay = "QT_QPA_UPDATE_IDLE_TIME";
+  if (!qEnvironmentVariableIsSet(drawingDelay)) qputenv(drawingDelay, "0");
   UIChooseGraphics(graphics);
   return nullptr;
 }
