@@ -201,10 +201,11 @@ TEST(Programme, aSecondOneTakesTheFirstOnesPlace) {
     rig.player->playWithMediaItem(PlayerRig::item(), 0);
     rig.loop.advance(wait);
     rig.player->playWithMediaItem(PlayerRig::item("http://media.example/second.mp4"), 0);
-    rig.loop.advance(100ms);
+    rig.loop.runUntilIdle();
     rig.host.heard.clear();
-    rig.loop.advance(3s);
-    EXPECT_THAT(rig.host.heardOf({"videoOnTime"}), ElementsAre("videoOnTime 1", "videoOnTime 2", "videoOnTime 3"));
+    rig.loop.advance(3100ms);
+    EXPECT_THAT(rig.host.heardOf({"videoOnPlay", "videoOnTime"}),
+                ElementsAre("videoOnPlay", "videoOnTime 0", "videoOnTime 1", "videoOnTime 2", "videoOnTime 3"));
     EXPECT_EQ(rig.media.aliveEngines(), 1);
     EXPECT_TRUE(rig.media.engine("http://media.example/second.mp4"));
     const auto observers = NSNotificationCenter::defaultCenter().observerCount();

@@ -28,6 +28,7 @@ TEST(Stall, isRecoveredBetweenTheProgrammesEndsAndGoesOnWithMoreThanTenSecondsAh
 
 TEST(Stall, isPolledEveryHalfSecondUntilTheProgrammeKeepsUp) {
   PlayerRig rig;
+  rig.media.script(PlayerRig::film).bufferedLead = 5;
   rig.playFilm();
   rig.loop.advance(5200ms);
   rig.host.heard.clear();
@@ -44,6 +45,9 @@ TEST(Stall, isPolledEveryHalfSecondUntilTheProgrammeKeepsUp) {
   EXPECT_NEAR(rig.player->currentPosition(), 10.2, 0.1);
   EXPECT_EQ(rig.state(), "PlayingVideo");
   EXPECT_EQ(rig.host.heard.back(), "videoOnTimeDuration 10 60");
+  rig.hub().vodPlayer()->pause();
+  rig.loop.advance(2s);
+  EXPECT_EQ(rig.hub().vodPlayer()->rate(), 0) << "a poll has started what the viewer paused";
 }
 
 TEST(Stall, aPollGivesUpOnlyWithMoreThanTenSecondsBuffered) {

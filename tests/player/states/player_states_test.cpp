@@ -29,11 +29,24 @@ std::shared_ptr<YMRAbstractPlayerState> make(const std::string& name) {
   return std::make_shared<YMRPlayerStateCompletedVideo>();
 }
 
+// The first three to rates of 0, 1 and 2.
+enum Event { vodStops, vodStarts, vodScans, adStops, adStarts, bufferEmpty, bufferFull, tick, adTick, jump, other };
+
+void happen(Event event, RecordingHub& hub) {
+  hub.item->isBufferEmpty = event == bufferEmpty;
+  const auto state = hub.state;
+  if (event <= vodScans) hub.setVodRate(static_cast<float>(event));
+  if (event == adStops || event == adStarts) hub.setAdRate(event == adStarts);
+  if (event == bufferEmpty || event == bufferFull) hub.report("playbackBufferEmpty", hub.item);
+  if (event == tick) state->vodPlayerPeriodicTimeObserver(seconds(7), hub);
+  if (event == adTick) state->adPlayerPeriodicTimeObserver(seconds(4), hub);
+  if (event == jump) state->videoDidSeek({"jumped", hub.item}, hub);
+  if (event == other) hub.report("status", hub.item);
+}
+
 }  // namespace
 
 TEST(PlayerStates, eachEventDoesInEachStateWhatTheTableSays) {
-  // The first three to rates of 0, 1 and 2.
-  enum Event { vodStops, vodStarts, vodScans, adStops, adStarts, bufferEmpty, bufferFull, tick, adTick, jump, other };
   struct Row {
     std::string state;
     Event event;
@@ -70,15 +83,7 @@ TEST(PlayerStates, eachEventDoesInEachStateWhatTheTableSays) {
     hub.recordedRate = row.recorded;
     hub.item->time = 42;
     hub.item->duration = 90;
-    hub.item->isBufferEmpty = row.event == bufferEmpty;
-    const auto state = hub.state;
-    if (row.event <= vodScans) hub.setVodRate(static_cast<float>(row.event));
-    if (row.event == adStops || row.event == adStarts) hub.setAdRate(row.event == adStarts);
-    if (row.event == bufferEmpty || row.event == bufferFull) hub.report("playbackBufferEmpty", hub.item);
-    if (row.event == tick) state->vodPlayerPeriodicTimeObserver(seconds(7), hub);
-    if (row.event == adTick) state->adPlayerPeriodicTimeObserver(seconds(4), hub);
-    if (row.event == jump) state->videoDidSeek({"jumped", hub.item}, hub);
-    if (row.event == other) hub.report("status", hub.item);
+    happen(row.event, hub);
     EXPECT_EQ(hub.did, row.did);
     const bool isNoted = row.event <= vodScans && row.state.find("Video") != std::string::npos;
     EXPECT_EQ(hub.recordedRate, isNoted ? static_cast<float>(row.event) : row.recorded);
@@ -121,6 +126,42 @@ TEST(PlayerStates, aQuartileIsReportedOnceItsShareIsExceededAndOneATickAtMost) {
     hub.did.erase(hub.did.begin());  // videoAdOnTime
     EXPECT_EQ(hub.did, row.did);
     EXPECT_EQ(hub.quartile, row.reportedAfter);
+  }
+}
+
+// What a host does inside a callback may end the state's say: nothing more is then reported, recorded or entered.
+TEST(PlayerStates, aStateThatIsNoLongerCurrentDoesNothingMore) {
+  struct Row {
+    std::string state, callback;
+    Event event;
+    Lines did;
+  };
+  const std::vector<Row> table{
+      {"PlayingVideo", "videoOnPause", vodStops, {"videoOnPause 12"}},
+      {"PlayingVideo", "videoOnPauseDuration", vodStops, {"videoOnPause 12", "videoOnPauseDuration 12 90"}},
+      {"PlayingVideo", "videoDidBuffer", bufferEmpty, {"videoDidBuffer"}},
+      {"PlayingVideo", "videoOnTime", tick, {"videoOnTime 7"}},
+      {"PausedVideo", "videoOnPlay", vodStarts, {"videoOnPlay"}},
+      {"PausedVideo", "videoOnPlayDuration", vodStarts, {"videoOnPlay", "videoOnPlayDuration 12 90"}},
+      {"PlayingAd", "videoAdOnPause", adStops, {"track 7", "videoAdOnPause 10 3"}},
+      {"PlayingAd", "videoAdOnTime", adTick, {"videoAdOnTime 10 4"}},
+      {"PlayingAd", "videoAdOnPlayQuartile", adTick, {"videoAdOnTime 10 4", "track 2", "videoAdOnPlayQuartile 0 10"}},
+      {"PausedAd", "videoAdOnPlay", adStarts, {"track 8", "videoAdOnPlay 10 3"}},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.callback);
+    RecordingHub hub;
+    hub.startPosition = 30;
+    hub.adDurationNow = 10;
+    hub.recordedRate = row.state == "PlayingVideo";
+    hub.state = make(row.state);
+    const auto successor = make("CompletedVideo");
+    hub.inside[row.callback] = [&] { hub.state = successor; };
+    happen(row.event, hub);
+    EXPECT_EQ(hub.did, row.did);
+    EXPECT_EQ(hub.state, successor);
+    EXPECT_EQ(hub.recordedRate, row.state == "PlayingVideo");
+    EXPECT_EQ(hub.startPosition, 30);
   }
 }
 
