@@ -5,8 +5,7 @@
 #include <utility>
 
 YMROutlinedLabel::YMROutlinedLabel(QQuickItem* parent) : UILabel(parent) {
-  setTextAlignment(NSTextAlignmentCenter);
-  setNumberOfLines(0);
+  commonInit();
 }
 
 YMROutlinedLabel::YMROutlinedLabel(const CGRect& frame) : YMROutlinedLabel() {
@@ -14,6 +13,11 @@ YMROutlinedLabel::YMROutlinedLabel(const CGRect& frame) : YMROutlinedLabel() {
 }
 
 YMROutlinedLabel::~YMROutlinedLabel() = default;
+
+void YMROutlinedLabel::commonInit() {
+  setTextAlignment(NSTextAlignmentCenter);
+  setNumberOfLines(0);
+}
 
 std::shared_ptr<YMROutlinedLabel> YMROutlinedLabel::init() {
   auto label = std::make_shared<YMROutlinedLabel>();

@@ -50,6 +50,8 @@ class YMR_API YMROutlinedLabel : public UILabel {
   double contentMargin() const override;
 
  private:
+  void commonInit();
+
   double strokeWidth_ = 1;
   UIColor strokeColor_ = UIColor::blackColor();
   UIColor foregroundColor_ = UIColor::whiteColor();

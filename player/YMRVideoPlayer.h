@@ -40,7 +40,8 @@ class YMR_API YMRVideoPlayer {
   void setDelegate(std::weak_ptr<YMRVideoPlayerDelegate> delegate);
   // The ad breaks to play; nil for none, and at first. The player takes a copy, which adSchedule() gives: it shares its
   // lists with the host's, loses each break when it starts, and has none marked as played. Set it before the programme
-  // is asked for; a schedule that comes later counts from the next choice of a break on.
+  // is asked for; a schedule that comes later counts from the next choice of a break on, and a mid-roll that was chosen
+  // before is due at the later one's offset.
   const std::shared_ptr<YMRAdSchedule>& adSchedule() const;
   void setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule);
   // A view of the host's over the picture and under all that the player draws, filling the screen. Taken up when a

@@ -142,8 +142,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void handleBack(const UIGestureRecognizer& recognizer);
   void hostLetGo();
   void letGoOfPlayers();
-  void prepare(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
-               std::int64_t startPosition);
+  void _playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
+                          std::int64_t startPosition);
   void playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>& item);
   void observeProgramme(const std::shared_ptr<AVPlayerItem>& item);
   void removeObserver();
@@ -187,7 +187,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   // Takes the next ad of the break, and those after it while they fail at once.
   void prepareToPlayVastAdModel();
   void prepareNextAd();
-  void vastReady();
+  void vastReady(const NSObject* sender);  // who is not looked at
   void playAd();
   void startAd();
   void adPlayerTick(const CMTime& time);

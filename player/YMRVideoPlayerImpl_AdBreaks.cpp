@@ -142,6 +142,10 @@ void YMRVideoPlayerImpl::goOnWithProgramme(bool seek) {
 void YMRVideoPlayerImpl::goOnAtEnd() {
   startMidRoll();
   const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
+  // Behind an ad it went back to its beginning; a host that keeps the screen shows its last picture.
+  if (item && CMTimeCompare(item->currentTime(), lastPlayTime_) < 0) {
+    vodPlayer_->seekToTime(lastPlayTime_, kCMTimeZero, kCMTimeZero);
+  }
   programmeHasEnded_ = item && playMidRollDueAt(item->duration());
   if (!programmeHasEnded_) startPostRoll();
 }

@@ -94,7 +94,7 @@ void YMRVideoPlayerImpl::prepareNextAd() {
       vastReady_ = true;
       currentAdBreak_->setAdTitle(model->adTitle());
       currentAdBreak_->setAdDescription(model->adDescription());
-      vastReady();
+      vastReady(nullptr);
     } else {
       SKLogger::error(adTag,
                       "Error - VASTMediaFilePicker did not find a compatible mediaFile - VASTViewcontroller will not "
@@ -115,7 +115,7 @@ void YMRVideoPlayerImpl::prepareNextAd() {
   model->setParent(nullptr);
 }
 
-void YMRVideoPlayerImpl::vastReady() {
+void YMRVideoPlayerImpl::vastReady(const NSObject*) {
   SKLogger::debug(adTag, "Sending Impressions requests");
   eventProcessor_->sendVASTUrlsWithId(impressions_);
   const auto number = adNumber_;
@@ -197,11 +197,12 @@ void YMRVideoPlayerImpl::showCountdown(const CMTime& time) {
   if (!adSchedule_ || !label) return;
   const auto remaining = remainingSeconds(adDuration(), CMTimeGetSeconds(time));
   const int total = vastAdModelTotalCount_;
-  if (total < 2) {
-    const auto& format = adSchedule_->adCountdownText();
-    if (!format.empty()) label->setText(stringWithFormat(format, {remaining}));
-  } else if (const auto& format = adSchedule_->adpodCountdownText(); !format.empty()) {
-    label->setText(stringWithFormat(format, {remaining, total - static_cast<int>(vastAdModels_.size()), total}));
+  const auto& single = adSchedule_->adCountdownText();
+  const auto& pod = adSchedule_->adpodCountdownText();
+  if (total < 2 && !single.empty()) {
+    label->setText(stringWithFormat(single, {remaining}));
+  } else if (!pod.empty()) {
+    label->setText(stringWithFormat(pod, {remaining, total - static_cast<int>(vastAdModels_.size()), total}));
   }
 }
 
@@ -267,8 +268,9 @@ void YMRVideoPlayerImpl::takeAdOffScreen() {
 
 void YMRVideoPlayerImpl::removeObserverOfAdPlayer() {
   NSNotificationCenter::defaultCenter().removeObserver(&adPlayer_);
-  if (!adPlayer_) return;
-  adPlayer_->removeTimeObserver(std::exchange(adTimeObserver_, nullptr));
+  const auto token = std::exchange(adTimeObserver_, nullptr);
+  if (!adPlayer_ || !token) return;
+  adPlayer_->removeTimeObserver(token);
   const auto stopObserving = [this](NSObject& object, const char* key) {
     try {
       object.removeObserver(this, key);

@@ -16,16 +16,17 @@
 #include "ui/Autolayout.h"
 
 void YMRVideoPlayerImpl::playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, std::int64_t startPosition) {
-  prepare(mediaItem, std::make_shared<AVURLAsset>(mediaItem ? mediaItem->mediaUrl() : std::nullopt), startPosition);
+  _playWithMediaItem(mediaItem, std::make_shared<AVURLAsset>(mediaItem ? mediaItem->mediaUrl() : std::nullopt),
+                     startPosition);
 }
 
 void YMRVideoPlayerImpl::playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem,
                                            const std::shared_ptr<AVURLAsset>& asset, std::int64_t startPosition) {
-  prepare(mediaItem, asset ? asset : std::make_shared<AVURLAsset>(std::nullopt), startPosition);
+  _playWithMediaItem(mediaItem, asset ? asset : std::make_shared<AVURLAsset>(std::nullopt), startPosition);
 }
 
-void YMRVideoPlayerImpl::prepare(const std::shared_ptr<YMRMediaItem>& mediaItem,
-                                 const std::shared_ptr<AVURLAsset>& asset, std::int64_t startPosition) {
+void YMRVideoPlayerImpl::_playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem,
+                                            const std::shared_ptr<AVURLAsset>& asset, std::int64_t startPosition) {
   YMR_ASSERT_MAIN_THREAD();
   if (presentation_ != Presentation::alive) return;
   videoStartPosition_ = startPosition;

@@ -32,8 +32,7 @@ void YMRPlayerStatePlayingAd::adPlayerPeriodicTimeObserver(const CMTime& time, Y
   const int reported = ymrPlayer.currentQuartile();
   const auto event = quartileEventDue(second, ymrPlayer.adDuration(), reported);
   if (!event) return;
+  ymrPlayer.setCurrentQuartile(reported + 1);  // first: the host may pause or end the ad when it hears of this one
   ymrPlayer.trackEvent(*event);
   ymrPlayer.videoAdOnPlayQuartile(ymrPlayer.currentAdBreak(), reported, ymrPlayer.adDuration());
-  if (!ymrPlayer.isCurrent(*this)) return;
-  ymrPlayer.setCurrentQuartile(reported + 1);
 }
