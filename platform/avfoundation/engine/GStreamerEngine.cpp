@@ -43,6 +43,7 @@ GStreamerEngine::GStreamerEngine(const MediaSource& source)
                                            ? settings.silenceOfProgramme
                                            : settings.silenceBeforeFirstFrame));
       }),
+      overtime_([this] { fail(overtimeError(source_.url)); }),
       captions_([this](std::optional<std::string> text) { report(&Events::captionChanged, std::move(text)); }) {}
 
 GStreamerEngine::~GStreamerEngine() {
@@ -142,6 +143,10 @@ void GStreamerEngine::apply() {
   const bool isPatient = isReady_ && source_.purpose == MediaPurpose::programme;
   silence_.setWaiting(isOpen_ && (!isReady_ || current_ || starves),
                       seconds(isPatient ? settings.silenceOfProgramme : settings.silenceBeforeFirstFrame));
+  if (source_.purpose == MediaPurpose::advertisement && isReady_) {
+    const double length = facts_.duration ? static_cast<double>(*facts_.duration) / second : settings.lengthOfUnknownAd;
+    overtime_.setWaiting(rate_ != 0 && !hasEnded_, seconds(length + settings.overtimeOfAd));
+  }
   captions_.update([this] { return mediaTime(); }, pipelinePlays_);
 }
 
@@ -253,6 +258,7 @@ void GStreamerEngine::fail(const NSError& error) {
   report(&Events::failed, error);
   hasFailed_ = true;
   silence_.reset();
+  overtime_.reset();
   for (RunLoop::TimerToken* timer : {&pollTimer_, &impatience_, &restartTimer_}) {
     if (*timer) RunLoop::main().cancel(std::exchange(*timer, 0));
   }

@@ -63,7 +63,7 @@ class GStreamerEngine final : public MediaEngine {
   // The last picture may begin before the end of the media, or the sound may be longer than the pictures.
   std::int64_t pictureTime(const Seek& seek) const;
 
-  // Brings the pipeline, the silence watch and the captions in line with what is wanted. After every change.
+  // Brings the pipeline, the watches and the captions in line with what is wanted. After every change.
   void apply();
   // Looks after what no event tells: how far the media is here, and whether it was given up without a word.
   void poll();
@@ -98,5 +98,6 @@ class GStreamerEngine final : public MediaEngine {
   RunLoop::TimerToken restartTimer_ = 0;
   RunLoop::TimerToken impatience_ = 0;  // lets next_ take the place of a current_ that does not come to an end
   SilenceWatch silence_;
+  SilenceWatch overtime_;  // of an ad, from its first picture on
   CaptionPresenter captions_;
 };

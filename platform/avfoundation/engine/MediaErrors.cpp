@@ -147,6 +147,10 @@ NSError silenceError(const NSURL& url, double seconds) {
   return mediaError(AVErrorNoDataReceived, nameOf(url) + " sent no usable data for " + length + " seconds.");
 }
 
+NSError overtimeError(const NSURL& url) {
+  return mediaError(AVErrorNoDataReceived, nameOf(url) + " takes much longer to play than it is.");
+}
+
 NSError missingLibraryError(const std::string& what) {
   return mediaError(AVErrorUnknown, "This machine can't play media: " + what + " is missing.");
 }

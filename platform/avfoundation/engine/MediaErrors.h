@@ -27,4 +27,6 @@ NSError damagedMediaError(const NSURL& url);
 // Streams were found and no decoder takes one of them; `codec` is for people, or empty.
 NSError missingDecoderError(const NSURL& url, const std::string& codec);
 NSError silenceError(const NSURL& url, double seconds);
+// An ad goes on and on, or comes by and by.
+NSError overtimeError(const NSURL& url);
 NSError missingLibraryError(const std::string& what);

@@ -178,4 +178,16 @@ TEST_F(AdvertisementGate, opensTheAcceptedContainersOverHTTPOnly) {
   EXPECT_EQ(told.failures.at(0).code, NSURLErrorUnsupportedURL);
 }
 
+// It need not be silent to hold the programme for ever.
+TEST_F(AdvertisementGate, givesUpAnAdThatTakesMuchLongerThanItIs) {
+  MediaEngineSettings::shared().overtimeOfAd = -9.7;
+  ASSERT_TRUE(open("@clip.mp4", MediaPurpose::advertisement));
+  runFor(400ms);
+  EXPECT_THAT(told.failures, IsEmpty()) << "it waited for its viewer";
+  engine->setRate(1);
+  ASSERT_TRUE(runUntil([this] { return !told.failures.empty(); }));
+  EXPECT_LT(position(), 1);
+  EXPECT_THAT(told.failures[0].message, HasSubstr("longer"));
+}
+
 }  // namespace
