@@ -81,9 +81,10 @@ MediaPipeline::~MediaPipeline() {
 }
 
 // playbin3 1.22 deadlocks or touches freed memory when it is taken down while it opens, seeks or ends. Nobody waits for
-// this, so it gets the time to come to rest; a pipeline that waits for its server never does.
+// this, so it gets the time to come to rest; a pipeline that waits for its server never does. One that has failed on
+// its way to PAUSED must not be sent there again: playbin3 would forget what it has connected and connect it once more.
 void MediaPipeline::settle() {
-  gst_element_set_state(playbin_.get(), GST_STATE_PAUSED);
+  if (isPlaying_) gst_element_set_state(playbin_.get(), GST_STATE_PAUSED);
   gst_element_get_state(playbin_.get(), nullptr, nullptr, settlingTime);
 }
 
@@ -175,7 +176,7 @@ void MediaPipeline::setPlaying(bool playing) {
 }
 
 void MediaPipeline::applyState() {
-  if (!playbin_) return;
+  if (!playbin_ || hasFailed_) return;
   gst_element_set_state(playbin_.get(), isPlaying_ ? GST_STATE_PLAYING : GST_STATE_PAUSED);
   if (!isPlaying_) clockRuns_ = false;
 }
@@ -274,6 +275,7 @@ void MediaPipeline::ended() {
 
 void MediaPipeline::failed(GstMessage* message) {
   if (sound_.contains(GST_MESSAGE_SRC(message))) return enqueue(&MediaPipeline::replaceSound);
+  hasFailed_ = true;
   MediaErrorContext context{.httpStatus = httpStatus_};
   {
     std::lock_guard lock(mutex_);

@@ -125,6 +125,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   GstElementRef playbin_;   // set once, on the queue, before the first event
   bool isPlaying_ = false;  // what the pipeline was last told; on the queue
   std::atomic<bool> clockRuns_{false};
+  std::atomic<bool> hasFailed_{false};  // its state is left alone
   std::atomic<std::uint64_t> flushes_{0};
   std::atomic<unsigned> httpStatus_{0};  // of the last answer; 0 before one
 

@@ -112,6 +112,21 @@ TEST_F(DamagedMedia, aServerThatStopsSendingInTheMiddleIsAskedForTheRest) {
   EXPECT_EQ(log[1].headers.at("range"), "bytes=5000-");
 }
 
+TEST_F(DamagedMedia, aConnectionThatIsLostForGoodWhileItOpensIsAnError) {
+  std::size_t cut = 0;
+  server.on("/lost.mp4", [&cut](const HTTPServer::Request& request) {
+    auto reply = fileReply("/clip.mp4");
+    reply.cutAfter = request.headers.contains("range") ? 0 : cut;
+    return reply;
+  });
+  for (cut = 15'000; cut <= 90'000; cut += 5'000) {
+    SCOPED_TRACE(cut);
+    open("@lost.mp4");
+    ASSERT_TRUE(runUntil([this] { return !told.failures.empty(); }));
+    EXPECT_EQ(told.failures[0].code, NSURLErrorNetworkConnectionLost);
+  }
+}
+
 // Takes the decoders of a media type away while it lives.
 class WithoutDecoders {
  public:
