@@ -11,6 +11,15 @@ namespace {
 // A stream's first buffer follows its announcement within milliseconds. What does not come within this may never come.
 constexpr auto patience = std::chrono::seconds(2);
 
+constexpr auto dataOrEvent =
+    static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM);
+
+// A gap counts as a buffer.
+bool isData(const GstPadProbeInfo* info) {
+  return (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) ||
+         GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_GAP;
+}
+
 bool isText(GstPad* pad) {
   const GstObjectRef<GstStream> stream(gst_pad_get_stream(pad));
   return stream && gst_stream_get_stream_type(stream.get()) & GST_STREAM_TYPE_TEXT;
@@ -35,7 +44,7 @@ void EndGate::admit(GstElement* element, GstElement* parent) {
 }
 
 void EndGate::decoderPadAdded(GstElement*, GstPad* pad, gpointer self) {
-  if (GST_PAD_IS_SINK(pad)) gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, noteArrival, self, nullptr);
+  if (GST_PAD_IS_SINK(pad)) gst_pad_add_probe(pad, dataOrEvent, noteArrival, self, nullptr);
 }
 
 void EndGate::sourcePadAdded(GstElement*, GstPad* pad, gpointer data) {
@@ -48,6 +57,7 @@ void EndGate::sourcePadAdded(GstElement*, GstPad* pad, gpointer data) {
   constexpr auto events =
       static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_EVENT_FLUSH);
   gst_pad_add_probe(pad, events, eventPasses, self, nullptr);
+  gst_pad_add_probe(pad, dataOrEvent, noteDeparture, self, nullptr);
 }
 
 void EndGate::sourcePadRemoved(GstElement*, GstPad* pad, gpointer data) {
@@ -55,12 +65,22 @@ void EndGate::sourcePadRemoved(GstElement*, GstPad* pad, gpointer data) {
   {
     std::lock_guard lock(self->mutex_);
     self->sources_.erase(pad);
+    self->begun_.erase(pad);
     self->heldTexts_.erase(pad);
   }
   self->changed_.notify_all();
 }
 
-GstPadProbeReturn EndGate::noteArrival(GstPad* pad, GstPadProbeInfo*, gpointer data) {
+GstPadProbeReturn EndGate::noteDeparture(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
+  if (!isData(info)) return GST_PAD_PROBE_OK;
+  auto* self = static_cast<EndGate*>(data);
+  std::lock_guard lock(self->mutex_);
+  self->begun_.insert(pad);
+  return GST_PAD_PROBE_REMOVE;
+}
+
+GstPadProbeReturn EndGate::noteArrival(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
+  if (!isData(info)) return GST_PAD_PROBE_OK;
   const GTextRef stream(gst_pad_get_stream_id(pad));
   if (!stream) return GST_PAD_PROBE_OK;
   auto* self = static_cast<EndGate*>(data);
@@ -116,13 +136,16 @@ GstPadProbeReturn EndGate::mediaEnds(GstPad* pad) {
 }
 
 bool EndGate::haveMediaEnded() const {
-  return std::ranges::all_of(sources_, [](const auto& source) { return source.second || isText(source.first); });
+  const auto isMedia = [](const auto& source) { return !isText(source.first); };
+  return std::ranges::any_of(sources_, isMedia) &&
+         std::ranges::all_of(sources_, [&](const auto& source) { return source.second || !isMedia(source); });
 }
 
 bool EndGate::areAllTaken() const {
   return std::ranges::all_of(sources_, [this](const auto& source) {
+    if (source.second || (isText(source.first) && !begun_.contains(source.first))) return true;
     const GTextRef stream(gst_pad_get_stream_id(source.first));
-    return source.second || isText(source.first) || (stream && taken_.contains(stream.get()));
+    return stream && taken_.contains(stream.get());
   });
 }
 

@@ -8,12 +8,13 @@
 #include <set>
 #include <string>
 
-// Keeps the end of a stream back until the decoders have taken in every stream of pictures and sound.
+// Keeps the end of a stream back until the decoders have taken in every stream of pictures and sound, and each text
+// that has begun.
 //
 // decodebin3 goes over all of its inputs whenever the first buffer of one arrives, on the thread that brings it, and
 // throws away those that are at their end. In a short clip, one stream can have ended before another brings its first
-// buffer: decodebin3 then never ends, and touches freed memory when it stops. Texts never bring it a buffer (see
-// CaptionFeed), so their ends come after all the others.
+// buffer, or while it does: decodebin3 then never ends, and touches freed memory when it stops. A text may bring none,
+// so its end comes after all the others.
 //
 // Destroyed after the pipeline; release() comes before the pipeline is stopped.
 class EndGate {
@@ -29,6 +30,7 @@ class EndGate {
   static void decoderPadAdded(GstElement* queue, GstPad* pad, gpointer self);
   static void sourcePadAdded(GstElement* queue, GstPad* pad, gpointer self);
   static void sourcePadRemoved(GstElement* queue, GstPad* pad, gpointer self);
+  static GstPadProbeReturn noteDeparture(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstPadProbeReturn noteArrival(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   static GstPadProbeReturn eventPasses(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   GstPadProbeReturn textEnds(GstPad* pad);
@@ -39,6 +41,7 @@ class EndGate {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::map<GstPad*, bool> sources_;  // where parsed streams come from; true for one at its end
+  std::set<GstPad*> begun_;          // those of sources_ whose first buffer has left
   std::set<GstPad*> heldTexts_;      // texts whose end has been kept back
   std::set<std::string> taken_;      // streams whose first buffer has reached the decoders
   bool isReleased_ = false;
