@@ -224,6 +224,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   AVPlayerTimeObserverToken vodTimeObserver_;
   std::int64_t videoStartPosition_ = 0;
   float currentVodPlayerRate_ = 0;
+  bool hasBegun_ = false;  // the programme: live streams and some containers are past 0 before they do
 
   // The ad breaks'.
   std::shared_ptr<YMRAdSchedule> adSchedule_;  // a copy that shares its lists with the host's

@@ -194,6 +194,7 @@ void YMRVideoPlayerImpl::resumeVideoPlayer(bool seek) {
 // Out of sight it waits until it is to be seen. A programme that never stopped, since its break failed before, has no
 // change of rate to tell of, but the state still hears of its start.
 void YMRVideoPlayerImpl::playVideo() {
+  hasBegun_ = true;
   if (UIApplication::sharedApplication().isInBackground()) {
     playsWhenActive_ = true;
     return;

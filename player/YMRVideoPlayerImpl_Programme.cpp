@@ -46,6 +46,7 @@ void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>
   vodPlayer_->setActionAtItemEnd(AVPlayerActionAtItemEndNone);
   avPlayerVC_->setPlayer(vodPlayer_);
   currentMidRollOffsetIndex_ = 0;
+  hasBegun_ = false;
   programmeHasEnded_ = false;
   playsWhenActive_ = false;
   currentVodPlayerRate_ = 0;
@@ -118,7 +119,8 @@ void YMRVideoPlayerImpl::programmeItemDidChange(const std::string& keyPath) {
     if (item->status() != AVPlayerItemStatusFailed) return;
     sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnError, item->error().value_or(NSError{}));
   } else if (keyPath == "playbackLikelyToKeepUp") {
-    if (item->isPlaybackLikelyToKeepUp() || !isStallToRecover(player->currentTime(), item->duration())) return;
+    if (!hasBegun_ || item->isPlaybackLikelyToKeepUp()) return;
+    if (!isStallToRecover(player->currentTime(), item->duration())) return;
     player->pause();
     if (vodPlayer_ == player) handleStalled();
   }
