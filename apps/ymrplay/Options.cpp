@@ -101,7 +101,10 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.add_option("--title", options.title, "Title in the information panel")->type_name("T");
   app.add_option("--description", options.description, "Description in the information panel")->type_name("T");
   app.add_option("--artwork", artwork, "Picture in the information panel")->type_name("FILE|URL");
-  app.add_option("--start", options.start, "Start position in whole seconds, may be negative")->type_name("SECONDS");
+  constexpr std::int64_t mostSeconds = std::numeric_limits<std::int32_t>::max();
+  app.add_option("--start", options.start, "Start position in whole seconds, may be negative")
+      ->check(CLI::Range(-mostSeconds, mostSeconds))
+      ->type_name("SECONDS");
   app.add_option("--preroll", preRolls, "Ad tag of a break before the programme; may be repeated")
       ->type_name("URL")
       ->allow_extra_args(false);
@@ -123,6 +126,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
       ->capture_default_str();
   app.add_option("--reachability-host", options.reachabilityHost,
                  "Host whose route tells whether there is a network for ads")
+      ->check([](const std::string& host) { return std::string(host.empty() ? "needs a name" : ""); })
       ->type_name("HOST");
   app.add_flag("--headless", options.headless,
                "Play in memory and in real time, without display and sound; default where there is no display");

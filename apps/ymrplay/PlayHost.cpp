@@ -1,6 +1,8 @@
 #include "apps/ymrplay/PlayHost.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "ads/YMRAdSchedule.h"
 #include "platform/uikit/UIWindow.h"
@@ -49,8 +51,9 @@ PlayHost::PlayHost(Options options, std::function<void()> finished)
       printer_([this] { return std::chrono::duration<double>(RunLoop::main().now() - startedAt_).count(); },
                [this](const std::string& line) {
                  if (!options_.events) return;
-                 std::puts(line.c_str());
-                 std::fflush(stdout);
+                 if (std::puts(line.c_str()) >= 0 && std::fflush(stdout) == 0) return;
+                 if (!failed_) std::fprintf(stderr, "ymrplay: the events can't be written: %s\n", std::strerror(errno));
+                 failed_ = true;
                }),
       delegate_(std::make_shared<YMRVideoPlayerDelegate>(printer_.delegate())),
       player_(std::make_unique<YMRVideoPlayer>()) {

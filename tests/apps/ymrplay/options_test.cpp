@@ -84,6 +84,8 @@ TEST(PlayOptions, sayWhatIsWrongAndEndWithTwo) {
       {"\"http://exa mple/a.mp4\"", "is not an address"},
       {"a.mp4 --nonsense", "--nonsense"},
       {"a.mp4 --start 1.5", "--start"},
+      {"a.mp4 --start 99999999999999999999", "--start"},
+      {"a.mp4 --reachability-host \"\"", "needs a name"},
       {"a.mp4 --size 1280x720x3", "WxH"},
       {"a.mp4 --size 10x10", "64 to 8192"},
       {"a.mp4 --key menu", "SECONDS=VALUE"},

@@ -111,6 +111,7 @@ TEST(PlayProgram, badMediaAreReportedOnceAndOddOnesAreASensibleProgramme) {
   for (const auto& [arguments, end] : odd) {
     const auto run = play(arguments);
     EXPECT_EQ(run.exitStatus, 0) << testing::PrintToString(arguments) << run.errors;
+    EXPECT_EQ(run.count("videoOnPlay"), 1u) << run.output;
     EXPECT_EQ(run.count("videoDidPlayFinished"), 1u) << run.output;
     EXPECT_NEAR(run.first("videoOnPause").value("time", -1.0), end, 0.15)
         << testing::PrintToString(arguments) << run.output;
