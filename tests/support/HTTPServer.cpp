@@ -202,15 +202,26 @@ bool HTTPServer::answer(int socket, const Request& request, const Reply& reply) 
   std::string_view body = whole;
   int status = reply.status;
   std::string head;
-  if (const auto part = range(request, whole.size()); part && status == 200 && !reply.endless) {
+  const bool mayBePart = reply.ranges && !reply.endless && status == 200;
+  if (const auto part = range(request, whole.size()); part && mayBePart) {
     status = part->first > part->second ? 416 : 206;
     body = status == 206 ? body.substr(part->first, part->second - part->first + 1) : std::string_view();
     head += "Content-Range: bytes " + std::to_string(part->first) + "-" + std::to_string(part->second) + "/" +
             std::to_string(whole.size()) + "\r\n";
   }
   head = "HTTP/1.1 " + std::to_string(status) + (status < 400 ? " Fine" : " Fault") + "\r\n" + head;
-  if (!reply.endless && status != 204) head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
-  head += "Content-Type: " + reply.type + "\r\nAccept-Ranges: bytes\r\n";
+  std::string chunks;
+  if (reply.chunked) {
+    std::ostringstream text;
+    text << std::hex << body.size() << "\r\n" << body << "\r\n0\r\n\r\n";
+    chunks = std::move(text).str();
+    body = chunks;
+    head += "Transfer-Encoding: chunked\r\n";
+  } else if (!reply.endless && status != 204) {
+    head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
+  }
+  head += "Content-Type: " + reply.type + "\r\n";
+  if (reply.ranges) head += "Accept-Ranges: bytes\r\n";
   if (reply.endless) head += "Connection: close\r\n";
   for (const auto& [name, value] : reply.headers) head += name + ": " + value + "\r\n";
   head += "\r\n";

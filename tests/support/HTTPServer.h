@@ -31,7 +31,9 @@ class HTTPServer {
     std::string file{};  // served in place of `body`, whole or the range asked for
 
     // Faults. A pause is before each byte from then on.
-    bool silent = false;  // the request is read, nothing is ever sent
+    bool ranges = true;    // otherwise they are not offered, and who asks for one gets the whole
+    bool chunked = false;  // no length is told; the counts below are then of what goes over the wire
+    bool silent = false;   // the request is read, nothing is ever sent
     std::chrono::milliseconds headPause{0};
     std::chrono::milliseconds bodyPause{0};
     std::optional<std::size_t> cutAfter{};                // bytes of the body; then the connection is closed

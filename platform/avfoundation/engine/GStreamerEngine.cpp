@@ -77,6 +77,8 @@ MediaPipeline::Events GStreamerEngine::pipelineEvents() {
   };
   events.seekRefused = [this] {
     if (!current_) return;
+    floor_ = current_->origin;
+    hasEnded_ = current_->hadEnded;
     complete(current_->completion, false);
     finishSeek();
   };
@@ -189,7 +191,9 @@ void GStreamerEngine::seek(const CMTime& time, SeekCompletion completion) {
 void GStreamerEngine::begin(Seek seek) {
   seek.target = reachable(seek.time);
   const bool isThere = !current_ && !pipelinePlays_ && rate_ == 0 && seek.target == mediaTime();
-  if (isThere) return complete(seek.completion, true);
+  if (isThere || !facts_.isSeekable) return complete(seek.completion, isThere);
+  seek.origin = current_ ? current_->origin : mediaTime();
+  seek.hadEnded = current_ ? current_->hadEnded : hasEnded_;
   current_ = std::move(seek);
   hasEnded_ = false;
   floor_ = current_->target;

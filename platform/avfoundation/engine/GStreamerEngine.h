@@ -38,6 +38,8 @@ class GStreamerEngine final : public MediaEngine {
   struct Seek {
     std::int64_t target = 0;  // nanoseconds, of what can be reached
     CMTime time;              // as asked for
+    std::int64_t origin = 0;  // where the pipeline stays when it refuses
+    bool hadEnded = false;    // the same
     SeekCompletion completion;
     std::optional<std::uint64_t> flushesBefore = std::nullopt;  // set when it has begun to flush
     int attempts = 0;

@@ -62,8 +62,9 @@ class YMR_API MediaEngine {
     std::function<void(std::optional<std::string>)> captionChanged;
   };
 
-  // True when the seek was carried out, false when a later seek or the end of the engine took its place. By a turn of
-  // the main queue, exactly once, unless the engine is destroyed first.
+  // True when the seek was carried out; false when a later seek or the end of the engine took its place, or when the
+  // media can't go elsewhere: then it plays on where it is. By a turn of the main queue, exactly once, unless the
+  // engine is destroyed first.
   using SeekCompletion = std::function<void(bool finished)>;
 
   virtual ~MediaEngine();

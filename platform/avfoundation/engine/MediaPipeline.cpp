@@ -158,7 +158,9 @@ void MediaPipeline::configureBuffering(GstElement* element) {
 }
 
 void MediaPipeline::sourceSetUp(GstElement*, GstElement* source, gpointer self) {
-  setUpSource(source, static_cast<MediaPipeline*>(self)->source_.url);
+  auto* pipeline = static_cast<MediaPipeline*>(self);
+  setUpSource(source, pipeline->source_.url);
+  pipeline->ranges_.admit(source);
 }
 
 GstPadProbeReturn MediaPipeline::countFlush(GstPad*, GstPadProbeInfo* info, gpointer self) {
@@ -254,8 +256,10 @@ void MediaPipeline::refreshFacts() {
   }
   const GstQueryRef seeking(gst_query_new_seeking(GST_FORMAT_TIME));
   if (gst_element_query(playbin_.get(), seeking.get())) {
+    gboolean isSeekable = TRUE;
     gint64 start = 0, end = -1;
-    gst_query_parse_seeking(seeking.get(), nullptr, nullptr, &start, &end);
+    gst_query_parse_seeking(seeking.get(), nullptr, &isSeekable, &start, &end);
+    facts.isSeekable = isSeekable;
     facts.seekableStart = std::max<gint64>(start, 0);
     if (end >= 0) facts.seekableEnd = end;
   }
@@ -326,6 +330,11 @@ void MediaPipeline::clockLost() {
     self.isPlaying_ = true;
     self.applyState();
   });
+}
+
+void MediaPipeline::serverAnswered(unsigned status, const GstStructure* message) {
+  httpStatus_ = status;
+  ranges_.noteAnswer(message);
 }
 
 void MediaPipeline::decoderMissing(const std::string& codec, bool isVideo) {

@@ -18,6 +18,7 @@
 #include "platform/avfoundation/engine/MainHop.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
 #include "platform/avfoundation/engine/PipelineListener.h"
+#include "platform/avfoundation/engine/RangeWatch.h"
 #include "platform/avfoundation/engine/SoundOutlet.h"
 #include "platform/avfoundation/engine/StreamStartGate.h"
 #include "platform/dispatch/Dispatch.h"
@@ -25,6 +26,8 @@
 // What is known of the media. Times are media time in nanoseconds.
 struct MediaFacts {
   std::optional<std::int64_t> duration;
+  // Some elements take a seek all the same, and lose their way or their server.
+  bool isSeekable = true;
   std::int64_t seekableStart = 0;
   std::optional<std::int64_t> seekableEnd;
   bool isAdaptive = false;
@@ -87,7 +90,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   void clockStarted() override { clockRuns_ = true; }
   void clockLost() override;
   void decoderMissing(const std::string& codec, bool isVideo) override;
-  void serverAnswered(unsigned status) override { httpStatus_ = status; }
+  void serverAnswered(unsigned status, const GstStructure* message) override;
 
   // Runs a member function on the pipeline's queue unless the pipeline has been closed. Any thread.
   void enqueue(std::function<void(MediaPipeline&)> operation);
@@ -119,6 +122,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   StreamStartGate starts_;
   DemuxerWatch demuxers_;
   EndGate ends_;
+  RangeWatch ranges_;
   BufferWatch buffers_;
   CaptionFeed captions_;
 

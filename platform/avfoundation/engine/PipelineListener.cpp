@@ -88,6 +88,6 @@ void PipelineListener::hearElement(GstMessage* message) {
   } else if (gst_message_has_name(message, "http-headers")) {
     guint status = 0;  // stays so when there was no answer
     gst_structure_get_uint(gst_message_get_structure(message), "http-status-code", &status);
-    if (status >= 100) serverAnswered(status);
+    if (status >= 100) serverAnswered(status, gst_message_get_structure(message));
   }
 }

@@ -9,8 +9,9 @@
 
 namespace {
 
-// A connection that says nothing for so long is given up and opened again where it stopped.
-constexpr guint reconnectSeconds = 15;
+// The engine's own patience is the measure. The source would open a silent connection again where it stopped, and fail
+// where a server knows no ranges.
+constexpr guint noTimeout = 0;
 
 std::string environment(const std::string& name) {
   const char* value = std::getenv(name.c_str());
@@ -62,6 +63,6 @@ std::string proxyFromEnvironment(const NSURL& url) {
 
 void setUpSource(GstElement* source, const NSURL& url) {
   if (factoryName(source) != "souphttpsrc") return;
-  g_object_set(source, "user-agent", "YMRPlayer/" YMR_VERSION, "timeout", reconnectSeconds, "iradio-mode", FALSE,
-               "proxy", proxyFromEnvironment(url).c_str(), nullptr);
+  g_object_set(source, "user-agent", "YMRPlayer/" YMR_VERSION, "timeout", noTimeout, "iradio-mode", FALSE, "proxy",
+               proxyFromEnvironment(url).c_str(), nullptr);
 }

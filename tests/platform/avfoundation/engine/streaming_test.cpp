@@ -58,6 +58,30 @@ TEST_F(Streaming, aServerThatStallsInTheMiddleHoldsThePlaybackAndLosesNothing) {
   EXPECT_EQ(told.failures.size(), 0u);
 }
 
+TEST_F(Streaming, whatCanNotGoElsewhereTellsItsLengthRefusesSeeksAndPlaysOn) {
+  for (const char* name : {"clip.mp4", "indexlast.mp4", "clip.mkv", "fragmented.mp4"}) {
+    for (const bool chunked : {false, true}) {
+      SCOPED_TRACE(std::string(name) + (chunked ? ", of unknown length" : ""));
+      auto reply = fileReply(std::string("/") + name);
+      reply.ranges = std::string(name) == "fragmented.mp4";  // it can not go elsewhere all the same
+      reply.chunked = chunked;
+      server.on("/once", reply);
+      make("@once");
+      std::optional<bool> atStart;
+      engine->seek(CMTimeMake(5, 1), [&atStart](bool finished) { atStart = finished; });
+      engine->load();
+      runUntil([&atStart] { return atStart.has_value(); });
+      EXPECT_EQ(atStart, false);
+      EXPECT_TRUE(playTo(0.3));
+      EXPECT_NEAR(CMTimeGetSeconds(engine->duration()), 10, 0.1);
+      EXPECT_EQ(seek(6), false);
+      EXPECT_LT(position(), 1);
+      EXPECT_TRUE(playTo(position() + 0.3));
+      EXPECT_LT(position(), 2);
+    }
+  }
+}
+
 TEST_F(Streaming, textsComeWhenTheyAreDueAndTheMediaEnds) {
   for (const char* where : {"titled.mp4", "clip.mkv", "@clip.mkv", "@hls/master.m3u8"}) {
     SCOPED_TRACE(where);
