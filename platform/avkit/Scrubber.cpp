@@ -64,9 +64,9 @@ void Scrubber::commitAfter(RunLoop::Duration delay) {
 void Scrubber::commit() {
   if (!burst_) return;
   const CMTime target = CMTimeMakeWithSeconds(burst_->target(), timescale);
-  const auto player = player_;
+  // First: who hears that the burst is over looks where the player is.
+  if (const auto player = player_) player->seekToTime(target);
   cancel();
-  if (player) player->seekToTime(target);
 }
 
 void Scrubber::cancel() {
