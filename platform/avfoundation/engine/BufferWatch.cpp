@@ -68,7 +68,13 @@ void BufferWatch::noteBuffer(GstPad* pad, GstBuffer* buffer) {
   const GstClockTime length = GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0;
   guint64 streamTime = 0;
   if (gst_segment_to_stream_time_full(&stream.segment, GST_FORMAT_TIME, time + length, &streamTime) != 1) return;
-  stream.end = stream.end ? std::max(*stream.end, streamTime) : streamTime;
+  stream.end = std::max(stream.end.value_or(0), streamTime);
+  const GstClockTime start = GST_BUFFER_PTS(buffer);
+  if (!GST_CLOCK_TIME_IS_VALID(start) ||
+      gst_segment_to_stream_time_full(&stream.segment, GST_FORMAT_TIME, start, &streamTime) != 1) {
+    return;
+  }
+  stream.lastStart = std::max(stream.lastStart.value_or(0), streamTime);
 }
 
 void BufferWatch::noteEvent(GstPad* pad, GstEvent* event) {
@@ -83,6 +89,7 @@ void BufferWatch::noteEvent(GstPad* pad, GstEvent* event) {
       const GstObjectRef<GstStream> owned(described);
       constexpr int counted = GST_STREAM_TYPE_VIDEO | GST_STREAM_TYPE_AUDIO;
       if (described) stream.counts = gst_stream_get_stream_type(described) & counted;
+      if (described) stream.isVideo = gst_stream_get_stream_type(described) & GST_STREAM_TYPE_VIDEO;
       stream.isComplete = false;
       break;
     }
@@ -91,9 +98,14 @@ void BufferWatch::noteEvent(GstPad* pad, GstEvent* event) {
       break;
     case GST_EVENT_EOS:
       stream.isComplete = true;
+      // After a seek beyond the last picture qtdemux gives pictures later times than they have.
+      if (stream.isVideo && stream.lastStart) {
+        lastPicture_ = std::min(lastPicture_.value_or(*stream.lastStart), *stream.lastStart);
+      }
       break;
     case GST_EVENT_FLUSH_STOP:
       stream.end.reset();
+      stream.lastStart.reset();
       stream.isComplete = false;
       break;
     default:
@@ -119,6 +131,20 @@ std::optional<GstClockTime> BufferWatch::bufferedEnd() const {
     demuxer = shareObject(adaptiveDemuxer_.get());
   }
   return demuxer ? *end + levelOf(demuxer.get()) : *end;
+}
+
+std::optional<GstClockTime> BufferWatch::reachedEnd() const {
+  std::lock_guard lock(mutex_);
+  std::optional<GstClockTime> end;
+  for (const auto& [pad, stream] : streams_) {
+    if (stream.counts) end = std::max(end, stream.end);
+  }
+  return end;
+}
+
+std::optional<GstClockTime> BufferWatch::lastPicture() const {
+  std::lock_guard lock(mutex_);
+  return adaptiveDemuxer_ ? std::nullopt : lastPicture_;
 }
 
 bool BufferWatch::isAdaptive() const {

@@ -20,6 +20,10 @@ class BufferWatch {
   // The media time in nanoseconds up to which every picture and sound is here. Nothing when none is, or not known. When
   // all streams have come to their end it is GST_CLOCK_TIME_NONE. Any thread.
   std::optional<GstClockTime> bufferedEnd() const;
+  // The media time in nanoseconds up to which there was anything to play since the last flush. Any thread.
+  std::optional<GstClockTime> reachedEnd() const;
+  // When the last of all pictures begins. Nothing before it has come, and for playlists, whose pictures may change.
+  std::optional<GstClockTime> lastPicture() const;
   // Segments are fetched one by one, as a playlist says.
   bool isAdaptive() const;
 
@@ -27,7 +31,9 @@ class BufferWatch {
   struct Stream {
     GstSegment segment;
     std::optional<GstClockTime> end;
+    std::optional<GstClockTime> lastStart;  // of a buffer
     bool isComplete = false;
+    bool isVideo = false;
     bool counts = true;  // pictures or sound: texts come when they come
   };
 
@@ -40,5 +46,6 @@ class BufferWatch {
 
   mutable std::mutex mutex_;
   std::map<GstPad*, Stream> streams_;
+  std::optional<GstClockTime> lastPicture_;
   GstElementRef adaptiveDemuxer_;
 };

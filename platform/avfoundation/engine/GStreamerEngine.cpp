@@ -21,7 +21,7 @@ constexpr int maximumRestarts = 3;
 constexpr auto seekPatience = std::chrono::seconds(1);
 // The end that a container names and the end of its last sample differ by less than this.
 constexpr std::int64_t endTolerance = second / 2;
-// How far before the place sought to look for a picture when there is none.
+// How far before the place sought to look for a picture when there is none, and it is not known which was the last.
 constexpr std::array<std::int64_t, 4> pictureSteps{second / 2, 2 * second, 8 * second, 32 * second};
 
 RunLoop::Duration seconds(double count) {
@@ -166,6 +166,11 @@ void GStreamerEngine::prerolled(std::uint64_t flushes) {
       ++current_->attempts;
       return sendSeek(pictureTime(*current_));
     }
+    const auto last = pipeline_->lastPicture();  // perhaps only now
+    if (current_->attempts > 1 && !current_->isAtLast && last && *last > pictureTime(*current_)) {
+      current_->isAtLast = true;
+      return sendSeek(*last);
+    }
     complete(current_->completion, true);
     finishSeek();
   }
@@ -235,7 +240,12 @@ std::int64_t GStreamerEngine::pictureTime(const Seek& seek) const {
     const std::int64_t pictureLength = rate > 0 ? std::llround(static_cast<double>(second) / rate) : second / 25;
     time = std::min(time, *facts_.duration - pictureLength);
   }
-  if (seek.attempts > 0) time -= pictureSteps[static_cast<std::size_t>(seek.attempts - 1)];
+  const auto last = pipeline_->lastPicture();
+  if (seek.attempts == 1 && last && *last < time) {
+    time = *last;
+  } else if (seek.attempts > 0) {
+    time -= pictureSteps[static_cast<std::size_t>(seek.attempts - 1)];
+  }
   return std::max(time, facts_.seekableStart);
 }
 
@@ -333,8 +343,12 @@ std::int64_t GStreamerEngine::mediaTime() const {
   if (next_) return next_->target;
   if (current_ || hasEnded_ || hasFailed_) return floor_;
   std::int64_t time = pipeline_->mediaTime().value_or(floor_);
-  // Some containers name less than they hold: what plays counts.
-  if (facts_.duration && time < *facts_.duration + endTolerance) time = std::min(time, *facts_.duration);
+  if (facts_.duration) {
+    // Some containers name less than they hold: what is there to play counts. The clock alone may run on, as when the
+    // process was stopped for a while.
+    const auto reached = static_cast<std::int64_t>(pipeline_->reachedEnd().value_or(0));
+    time = std::min(time, reached < *facts_.duration + endTolerance ? *facts_.duration : reached);
+  }
   floor_ = std::max(floor_, time);
   return floor_;
 }

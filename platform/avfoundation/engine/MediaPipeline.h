@@ -78,6 +78,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   std::optional<std::int64_t> mediaTime() const;
   // See BufferWatch.
   std::optional<GstClockTime> bufferedEnd() const { return buffers_.bufferedEnd(); }
+  std::optional<GstClockTime> reachedEnd() const { return buffers_.reachedEnd(); }
+  std::optional<std::int64_t> lastPicture() const { return buffers_.lastPicture(); }
 
  private:
   void prerolled() override;
@@ -98,6 +100,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   // On the pipeline's queue.
   void build();
   void settle();
+  bool hasStreams() const;
   void applyState();
   void selectStreams(const std::string& legible);
   void replaceSound();

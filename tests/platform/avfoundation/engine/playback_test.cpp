@@ -34,6 +34,30 @@ TEST_F(Playback, everyShortClipShowsItsPicturesInOrderEndsOnceAndHoldsTheLast) {
   }
 }
 
+// Holds the pictures up once, as a machine does that stops for a while. The clock goes on.
+class SlowSink final : public VideoFrameSink {
+ public:
+  void present(VideoFrame) override {
+    if (++count_ == 5) std::this_thread::sleep_for(1500ms);
+  }
+
+ private:
+  int count_ = 0;
+};
+
+TEST_F(Playback, positionStaysWithinTheMediaWhenThePicturesAreLate) {
+  ASSERT_TRUE(open("half.mp4"));
+  engine->setFrameSink(std::make_shared<SlowSink>());
+  engine->setRate(1);
+  double furthest = 0;
+  ASSERT_TRUE(runUntil([&] {
+    furthest = std::max(furthest, position());
+    return told.ended > 0;
+  }));
+  EXPECT_EQ(furthest, CMTimeGetSeconds(engine->duration()));
+  EXPECT_NEAR(furthest, 0.5, 0.1);
+}
+
 TEST_F(Playback, positionIsSmoothWhilePlayingAndStandsWhilePaused) {
   ASSERT_TRUE(open("clip.mp4"));
   ASSERT_TRUE(playTo(0.3));

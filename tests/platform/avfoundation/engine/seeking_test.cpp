@@ -92,8 +92,7 @@ TEST_F(Seeking, isClampedToTheMedia) {
     frames->clear();
     ASSERT_EQ(seek(1000), true);
     EXPECT_EQ(engine->position(), engine->duration());
-    ASSERT_FALSE(frames->numbers().empty());
-    EXPECT_GE(frames->lastNumber(), std::string(where) == "longsound.mp4" ? 20 : 248);
+    EXPECT_GE(frames->lastNumber(), std::string(where) == "longsound.mp4" ? 49 : 248);
     EXPECT_EQ(told.ended, 0);
     engine->setRate(1);
     EXPECT_TRUE(runUntil([this] { return told.ended == 1; }));
@@ -114,10 +113,10 @@ TEST_F(Seeking, reachesTheLastPicturesWhereTheSoundGoesOn) {
   ASSERT_TRUE(playTo(2.1));
   EXPECT_EQ(frames->lastNumber(), 49) << "and they come in time when playing";
   engine->setRate(0);
-  for (const double place : {2.0, 3.0, 2.5}) {
+  for (const double place : {2.0, 3.0, 2.5, 2.02}) {
     frames->clear();
     EXPECT_EQ(seek(place), true);
-    EXPECT_FALSE(frames->numbers().empty()) << "an earlier picture where there is none";
+    EXPECT_EQ(frames->lastNumber(), 49) << "the last one where there is none";
     EXPECT_EQ(position(), place);
   }
 }
