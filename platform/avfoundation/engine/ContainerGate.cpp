@@ -11,6 +11,8 @@ namespace {
 
 // The family of containers that the picker accepts (mp4, m4v, quicktime, 3gpp) is one to the type finder.
 constexpr std::array<std::string_view, 3> advertisementTypes{"video/quicktime", "application/x-3gp", "audio/x-m4a"};
+constexpr std::array<std::string_view, 3> playlistTypes{"application/x-hls", "application/dash+xml",
+                                                        "application/vnd.ms-sstr+xml"};
 constexpr std::string_view advertisementDemuxer = "qtdemux";
 
 // The answers of parsebin's "autoplug-select", which no header declares.
@@ -22,13 +24,19 @@ constexpr auto patience = std::chrono::seconds(2);
 
 }  // namespace
 
-ContainerGate::ContainerGate(MediaPurpose purpose, std::function<void(std::string)> refused)
-    : purpose_(purpose), refused_(std::move(refused)) {}
+ContainerGate::ContainerGate(const MediaSource& source, std::function<void(std::string)> refused)
+    : purpose_(source.purpose), isFile_(source.url.isFileURL()), refused_(std::move(refused)) {}
 
-bool ContainerGate::isAllowed(MediaPurpose purpose, const std::string& typeName) {
-  if (purpose == MediaPurpose::advertisement) return std::ranges::count(advertisementTypes, typeName) > 0;
-  // Pages and texts would be looked at for ever; an archive or a program has nothing to play.
-  return !typeName.starts_with("text/") && typeName != "application/xml" && typeName != "application/pdf";
+bool ContainerGate::isPlaylist(const std::string& typeName) {
+  return std::ranges::count(playlistTypes, typeName) > 0;
+}
+
+bool ContainerGate::isAllowed(const std::string& typeName) const {
+  if (purpose_ == MediaPurpose::advertisement) return std::ranges::count(advertisementTypes, typeName) > 0;
+  if (isPlaylist(typeName)) return !isFile_;
+  // Pages and texts would be looked at for ever; an archive or a program has nothing to play; an image is over at once.
+  return !typeName.starts_with("text/") && !typeName.starts_with("image/") && typeName != "application/xml" &&
+         typeName != "application/pdf";
 }
 
 void ContainerGate::admit(GstElement* element) {
@@ -46,11 +54,12 @@ void ContainerGate::admit(GstElement* element) {
 void ContainerGate::typeFound(GstElement* typefind, guint, GstCaps* caps, gpointer data) {
   auto* self = static_cast<ContainerGate*>(data);
   const std::string typeName = gst_structure_get_name(gst_caps_get_structure(caps, 0));
-  const bool allowed = isAllowed(self->purpose_, typeName);
+  const bool allowed = self->isAllowed(typeName);
   {
     std::lock_guard lock(self->mutex_);
     if (allowed && !self->isClosed_) {
       ++self->opening_;
+      self->hasOpened_ = true;
       return;
     }
   }
@@ -65,6 +74,12 @@ void ContainerGate::opened(GstElement*, guint, GstCaps*, gpointer data) {
     --self->opening_;
   }
   self->changed_.notify_all();
+}
+
+bool ContainerGate::closeUnlessOpened() {
+  std::lock_guard lock(mutex_);
+  if (!hasOpened_) isClosed_ = true;
+  return isClosed_;
 }
 
 void ContainerGate::close() {

@@ -132,6 +132,11 @@ NSError unrecognizedFormatError(const NSURL& url, const std::string& typeName) {
                     nameOf(url) + " is not of a format that can be played" + found + ".");
 }
 
+NSError localPlaylistError(const NSURL& url) {
+  return mediaError(AVErrorFileFormatNotRecognized,
+                    nameOf(url) + " is a playlist, and those are played from web servers only.");
+}
+
 NSError damagedMediaError(const NSURL& url) {
   return mediaError(AVErrorFileFailedToParse, nameOf(url) + " is damaged or incomplete.");
 }

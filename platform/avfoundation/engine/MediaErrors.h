@@ -22,6 +22,8 @@ NSError mediaErrorFromMessage(GstMessage* error, const NSURL& url, const MediaEr
 NSError unsupportedSchemeError(const NSURL& url);
 // The bytes are of no container or not of one that may be opened; `typeName` is the media type found, or empty.
 NSError unrecognizedFormatError(const NSURL& url, const std::string& typeName);
+// A list of segments, in a file: they are fetched over HTTP only.
+NSError localPlaylistError(const NSURL& url);
 // What is there was read and can't be made sense of.
 NSError damagedMediaError(const NSURL& url);
 // Streams were found and no decoder takes one of them; `codec` is for people, or empty.

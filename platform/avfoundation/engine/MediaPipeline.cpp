@@ -52,6 +52,8 @@ constexpr const char* playbinFlags = "video+audio+buffering+deinterlace";
 
 // Opening and seeking take milliseconds where the data is there.
 constexpr GstClockTime settlingTime = GST_SECOND;
+// After this a pipeline without streams is not about to have them.
+constexpr GstClockTime glance = GST_SECOND / 5;
 
 }  // namespace
 
@@ -61,9 +63,13 @@ MediaPipeline::MediaPipeline(MediaSource source, const MediaEngineSettings& sett
       events_(std::move(events)),
       queue_(dispatch_queue_create("pipeline")),
       sound_([this] { enqueue(&MediaPipeline::replaceSound); }),
-      gate_(source_.purpose,
+      gate_(source_,
             [this](const std::string& typeName) {
-              hop_.post([this, typeName] { events_.failed(unrecognizedFormatError(source_.url, typeName)); });
+              const bool isLocalPlaylist = source_.url.isFileURL() && ContainerGate::isPlaylist(typeName);
+              hop_.post([this, error = isLocalPlaylist ? localPlaylistError(source_.url)
+                                                       : unrecognizedFormatError(source_.url, typeName)] {
+                events_.failed(error);
+              });
             }),
       captions_([this](const std::string& track, CaptionCue cue) {
         hop_.post([this, track, cue = std::move(cue)] { events_.captionFound(track, cue); });
@@ -71,7 +77,7 @@ MediaPipeline::MediaPipeline(MediaSource source, const MediaEngineSettings& sett
 
 MediaPipeline::~MediaPipeline() {
   if (!playbin_) return;
-  settle();
+  if (!gate_.closeUnlessOpened()) settle();
   ends_.release();
   gate_.close();
   gst_element_set_state(playbin_.get(), GST_STATE_NULL);
@@ -85,7 +91,15 @@ MediaPipeline::~MediaPipeline() {
 // its way to PAUSED must not be sent there again: playbin3 would forget what it has connected and connect it once more.
 void MediaPipeline::settle() {
   if (isPlaying_) gst_element_set_state(playbin_.get(), GST_STATE_PAUSED);
-  gst_element_get_state(playbin_.get(), nullptr, nullptr, settlingTime);
+  const auto rests = [this](GstClockTime limit) {
+    return gst_element_get_state(playbin_.get(), nullptr, nullptr, limit) != GST_STATE_CHANGE_ASYNC;
+  };
+  if (!rests(glance) && hasStreams()) rests(settlingTime);
+}
+
+bool MediaPipeline::hasStreams() const {
+  std::lock_guard lock(mutex_);
+  return streams_ != nullptr;
 }
 
 void MediaPipeline::close(std::shared_ptr<MediaPipeline> pipeline) {
@@ -203,11 +217,7 @@ void MediaPipeline::replaceSound() {
 
 void MediaPipeline::lookForSilentFailure() {
   enqueue([](MediaPipeline& self) {
-    {
-      std::lock_guard lock(self.mutex_);
-      if (self.streams_) return;
-    }
-    if (!self.demuxers_.hasGivenUp()) return;
+    if (self.hasStreams() || !self.demuxers_.hasGivenUp()) return;
     self.hop_.post([&self] { self.events_.failed(damagedMediaError(self.source_.url)); });
   });
 }

@@ -19,6 +19,13 @@ void PrintTo(const Bad& bad, std::ostream* out) {
   *out << bad.where;
 }
 
+// One grey pixel.
+constexpr unsigned char picture[]{0x89, 'P',  'N',  'G',  0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 'I',  'H',
+                                  'D',  'R',  0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x08, 0x00, 0x00, 0x00,
+                                  0x00, 0x3a, 0x7e, 0x9b, 0x55, 0x00, 0x00, 0x00, 0x0a, 'I',  'D',  'A',  'T',  0x78,
+                                  0x9c, 0x63, 0x60, 0x00, 0x00, 0x00, 0x02, 0x00, 0x01, 0x48, 0xaf, 0xa4, 0x71, 0x00,
+                                  0x00, 0x00, 0x00, 'I',  'E',  'N',  'D',  0xae, 0x42, 0x60, 0x82};
+
 class BadMedia : public EngineTest, public testing::WithParamInterface<Bad> {
  protected:
   BadMedia() {
@@ -28,6 +35,7 @@ class BadMedia : public EngineTest, public testing::WithParamInterface<Bad> {
     server.on("/empty.m3u8", "#EXTM3U\n", "application/vnd.apple.mpegurl");
     server.on("/gone.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:2\n#EXTINF:2,\n404.ts\n#EXT-X-ENDLIST\n",
               "application/vnd.apple.mpegurl");
+    server.on("/picture.png", std::string(std::begin(picture), std::end(picture)), "image/png");
     server.on("/404.ts", HTTPServer::Reply{.status = 404});
     server.onRedirect("/loop.mp4", "/loop.mp4");
   }
@@ -63,6 +71,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Bad{"text.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text.mp4"},
                     Bad{"page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text/html"},
                     Bad{"english.srt", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "english.srt"},
+                    Bad{"hls/master.m3u8", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "playlist"},
+                    Bad{"@picture.png", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "image/png"},
                     Bad{"headless.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "headless.mp4"},
                     Bad{"headonly.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "incomplete"},
                     Bad{"@404.mp4", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
