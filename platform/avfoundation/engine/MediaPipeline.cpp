@@ -151,6 +151,7 @@ void MediaPipeline::elementAdded(GstBin*, GstBin* subBin, GstElement* element, g
   auto* self = static_cast<MediaPipeline*>(data);
   self->configureBuffering(element);
   if (GST_OBJECT_NAME(element) == pictureQueue) g_object_set(element, "max-size-buffers", 1u, nullptr);
+  if (factoryName(element) == "tsdemux") self->isTransportStream_ = true;
   self->gate_.admit(element);
   self->starts_.admit(element);
   self->demuxers_.admit(element);
@@ -202,10 +203,12 @@ void MediaPipeline::seek(std::int64_t time) {
     if (!self.playbin_) return;
     self.isPlaying_ = false;
     self.applyState();
-    self.hop_.post([&self, before = self.flushes_.load()] { self.events_.seekStarted(before); });
+    const std::uint64_t before = self.flushes_;
+    self.hop_.post([&self, before] { self.events_.seekStarted(before); });
     constexpr int flags = GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE;
-    if (!gst_element_seek_simple(self.playbin_.get(), GST_FORMAT_TIME, static_cast<GstSeekFlags>(flags), time)) {
-      self.hop_.post([&self] { self.events_.seekRefused(); });
+    if (!gst_element_seek_simple(self.playbin_.get(), GST_FORMAT_TIME, static_cast<GstSeekFlags>(flags),
+                                 time + self.origin_)) {
+      self.hop_.post([&self, flushed = self.flushes_ > before] { self.events_.seekRefused(flushed); });
     }
   });
 }
@@ -245,6 +248,9 @@ void MediaPipeline::selectStreams(const std::string& legible) {
 
 void MediaPipeline::prerolled() {
   enqueue([flushes = flushes_.load()](MediaPipeline& self) {
+    if (!std::exchange(self.wasReady_, true) && self.isTransportStream_ && !self.buffers_.isAdaptive()) {
+      self.origin_ = self.mediaTime().value_or(0);
+    }
     self.refreshFacts();
     if (flushes == 0) self.failWithoutPictures();
     self.hop_.post([&self, flushes] { self.events_.prerolled(flushes); });
@@ -370,5 +376,11 @@ std::optional<std::int64_t> MediaPipeline::mediaTime() const {
   }
   if (!GST_CLOCK_TIME_IS_VALID(running)) return std::nullopt;
   return static_cast<std::int64_t>(running) - static_cast<std::int64_t>(segment->base) +
-         static_cast<std::int64_t>(segment->offset) + static_cast<std::int64_t>(segment->time);
+         static_cast<std::int64_t>(segment->offset) + static_cast<std::int64_t>(segment->time) - origin_;
+}
+
+std::optional<GstClockTime> MediaPipeline::fromOrigin(std::optional<GstClockTime> time) const {
+  if (!time || !GST_CLOCK_TIME_IS_VALID(*time)) return time;
+  const auto origin = static_cast<GstClockTime>(std::max<std::int64_t>(origin_, 0));
+  return *time - std::min(*time, origin);
 }

@@ -49,7 +49,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
     std::function<void(std::uint64_t flushes)> prerolled;
     // A seek is about to flush the pipeline; a preroll that counts more flushes than this one is its own.
     std::function<void(std::uint64_t flushes)> seekStarted;
-    std::function<void()> seekRefused;
+    // It stays where it is, or begins anew at the start when it was flushed all the same.
+    std::function<void(bool flushed)> seekRefused;
     std::function<void()> ended;
     std::function<void(NSError)> failed;
     std::function<void(bool isFilled)> buffered;
@@ -76,10 +77,10 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
 
   // The media time that is due now; nothing before the first preroll and while a flush is under way.
   std::optional<std::int64_t> mediaTime() const;
-  // See BufferWatch.
-  std::optional<GstClockTime> bufferedEnd() const { return buffers_.bufferedEnd(); }
-  std::optional<GstClockTime> reachedEnd() const { return buffers_.reachedEnd(); }
-  std::optional<std::int64_t> lastPicture() const { return buffers_.lastPicture(); }
+  // See BufferWatch; in media time.
+  std::optional<GstClockTime> bufferedEnd() const { return fromOrigin(buffers_.bufferedEnd()); }
+  std::optional<GstClockTime> reachedEnd() const { return fromOrigin(buffers_.reachedEnd()); }
+  std::optional<std::int64_t> lastPicture() const { return fromOrigin(buffers_.lastPicture()); }
 
  private:
   void prerolled() override;
@@ -108,6 +109,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   // Sound without the pictures that belong to it is no programme.
   void failWithoutPictures();
 
+  std::optional<GstClockTime> fromOrigin(std::optional<GstClockTime> time) const;
+
   static void elementAdded(GstBin* bin, GstBin* subBin, GstElement* element, gpointer self);
   static void sourceSetUp(GstElement* playbin, GstElement* source, gpointer self);
   static GstPadProbeReturn countFlush(GstPad* pad, GstPadProbeInfo* info, gpointer self);
@@ -130,10 +133,14 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   CaptionFeed captions_;
 
   GstElementRef playbin_;   // set once, on the queue, before the first event
+  bool wasReady_ = false;   // on the queue
   bool isPlaying_ = false;  // what the pipeline was last told; on the queue
   std::atomic<bool> clockRuns_{false};
   std::atomic<bool> hasFailed_{false};  // its state is left alone
   std::atomic<std::uint64_t> flushes_{0};
+  // A transport stream counts from its first time stamp, which is seldom 0; media time begins there.
+  std::atomic<bool> isTransportStream_{false};
+  std::atomic<std::int64_t> origin_{0};
   std::atomic<unsigned> httpStatus_{0};  // of the last answer; 0 before one
 
   mutable std::mutex mutex_;  // guards what follows

@@ -104,6 +104,7 @@ TEST(PlayProgram, badMediaAreReportedOnceAndOddOnesAreASensibleProgramme) {
       {{sample("half.mp4"), "--start", "-3"}, 0.5},
       {{sample("half.mp4"), "--start", "100"}, 0.5},
       {{sample("oneframe.mp4")}, 0.04},
+      {{sample("clip.ts"), "--start", "9"}, 10.0},  // its first time stamp is past 0
       {{sample("half.mp4"), "--artwork", sample("text.mp4")}, 0.5},
       {{sample("half.mp4"), "--artwork", "http://127.0.0.1:1/a.png"}, 0.5},
       {{sample("audio.m4a"), "--start", "9"}, 10.0},

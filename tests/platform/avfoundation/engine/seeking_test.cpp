@@ -14,7 +14,7 @@ TEST_F(Seeking, showsExactlyThePictureOfThePlaceAndLeavesOneThatStandsThereAlone
   }
   // In ticks of the clip's own, no whole number of nanoseconds.
   for (const int number : {59, 1, 8, 15, 31, 58, 0}) ofNTSC.emplace_back(CMTimeMake(number * 1001, 30000), number);
-  for (const char* where : {"clip.mp4", "@clip.mp4", "@indexlast.mp4", "ntsc.mp4", "clip.mkv"}) {
+  for (const char* where : {"clip.mp4", "@clip.mp4", "@indexlast.mp4", "ntsc.mp4", "clip.mkv", "clip.ts"}) {
     ASSERT_TRUE(open(where));
     // Matroska keeps milliseconds, and this file's first picture is late by one frame of sound.
     const int tolerance = std::string(where).ends_with("mkv") ? 1 : 0;
