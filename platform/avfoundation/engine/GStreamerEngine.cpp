@@ -75,10 +75,10 @@ MediaPipeline::Events GStreamerEngine::pipelineEvents() {
   events.seekStarted = [this](std::uint64_t flushes) {
     if (current_) current_->flushesBefore = flushes;
   };
-  events.seekRefused = [this] {
+  events.seekRefused = [this](bool flushed) {
     if (!current_) return;
-    floor_ = current_->origin;
-    hasEnded_ = current_->hadEnded;
+    floor_ = flushed ? facts_.seekableStart : current_->origin;
+    hasEnded_ = !flushed && current_->hadEnded;
     complete(current_->completion, false);
     finishSeek();
   };
