@@ -1,4 +1,7 @@
 // Running, pausing and ending: what is shown, in which order, and what position says meanwhile.
+#include <atomic>
+#include <future>
+
 #include "tests/platform/avfoundation/engine/EngineTest.h"
 
 namespace {
@@ -34,26 +37,30 @@ TEST_F(Playback, everyShortClipShowsItsPicturesInOrderEndsOnceAndHoldsTheLast) {
   }
 }
 
-// Holds the pictures up once, as a machine does that stops for a while. The clock goes on.
-class SlowSink final : public VideoFrameSink {
+// Holds the fifth picture up until it is let go, as a machine does that stops for a while. The clock goes on.
+class StuckSink final : public VideoFrameSink {
  public:
   void present(VideoFrame) override {
-    if (++count_ == 5) std::this_thread::sleep_for(1500ms);
+    if (++count_ == 5) free_.get_future().wait();
   }
+  bool isStuck() const { return count_ == 5; }
+  void letGo() { free_.set_value(); }
 
  private:
-  int count_ = 0;
+  std::atomic<int> count_ = 0;
+  std::promise<void> free_;
 };
 
 TEST_F(Playback, positionStaysWithinTheMediaWhenThePicturesAreLate) {
   ASSERT_TRUE(open("half.mp4"));
-  engine->setFrameSink(std::make_shared<SlowSink>());
+  const auto sink = std::make_shared<StuckSink>();
+  engine->setFrameSink(sink);
   engine->setRate(1);
-  double furthest = 0;
-  ASSERT_TRUE(runUntil([&] {
-    furthest = std::max(furthest, position());
-    return told.ended > 0;
-  }));
+  EXPECT_TRUE(runUntil([&] { return sink->isStuck(); }));
+  runFor(1500ms);
+  const double furthest = position();
+  sink->letGo();
+  ASSERT_TRUE(runUntil([this] { return told.ended > 0; }));
   EXPECT_EQ(furthest, CMTimeGetSeconds(engine->duration()));
   EXPECT_NEAR(furthest, 0.5, 0.1);
 }
