@@ -1,4 +1,5 @@
 // The ads of a break: fetched, chosen, played one after another, and their ends.
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <utility>
 #include <variant>
@@ -67,11 +68,7 @@ void YMRVideoPlayerImpl::vastDidLoad(YMRVastModel& model) {
 void YMRVideoPlayerImpl::prepareToPlayVastAdModel() {
   preparesNext_ = true;
   if (isPreparing_) return;
-  struct Preparing {
-    explicit Preparing(bool& flag) : flag_(flag) { flag_ = true; }
-    ~Preparing() { flag_ = false; }
-    bool& flag_;
-  } const preparing(isPreparing_);
+  const QScopedValueRollback preparing(isPreparing_, true);
   while (std::exchange(preparesNext_, false) && !vastAdModels_.empty()) prepareNextAd();
 }
 
