@@ -15,7 +15,7 @@ constexpr int wrongUsage = 2;
 
 const char* const description =
     "Plays a video file or stream full screen, as a host of the player framework would.\n"
-    "MEDIA is a file or a URL (file, http, https; MP4, MKV, WebM, TS, HLS).";
+    "MEDIA is a file or a URL (file, http, https; MP4, MKV, WebM, TS; HLS from web servers).";
 const char* const footer =
     "Remote: arrows, Enter (select), Space (play/pause), Escape or Backspace (menu, leaves).\n"
     "SECONDS count from the start of playback. Exit status: 0 dismissed, 1 the programme failed\n"
