@@ -9,8 +9,7 @@ install(TARGETS ${installed} EXPORT ymrTargets LIBRARY DESTINATION ${CMAKE_INSTA
 install(EXPORT ymrTargets NAMESPACE ymr:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ymr)
 
 # Headers go out by room, under their own paths, so that an include reads the same inside and outside.
-get_property(rooms GLOBAL PROPERTY YMR_ROOMS)
-foreach(room IN LISTS rooms)
+foreach(room IN LISTS ymrvast_rooms ymrplayer_rooms)
   file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${room}/*.h)
   install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ymr/${room})
 endforeach()

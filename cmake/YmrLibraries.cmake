@@ -1,8 +1,5 @@
-# The two shared libraries, made of the rooms' objects: ymrvast (no Qt, no GStreamer) and ymrplayer on top of it.
-set(ymrvast_rooms platform/coremedia platform/dispatch platform/foundation platform/systemconfiguration
-                  platform/uikit/values
-                  xml net VAST VAST/Parser ads/records ads/core)
-
+# The two shared libraries, made of the objects of the rooms that cmake/floors.txt gives them: ymrvast (no Qt, no
+# GStreamer) and ymrplayer on top of it.
 function(ymr_library name)
   add_library(${name} SHARED)
   set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} EXPORT_NAME ${name})
@@ -23,20 +20,9 @@ function(ymr_library name)
   endforeach()
 endfunction()
 
-get_property(rooms GLOBAL PROPERTY YMR_ROOMS)
-set(vast_rooms)
-set(player_rooms)
-foreach(room IN LISTS rooms)
-  if(room IN_LIST ymrvast_rooms)
-    list(APPEND vast_rooms ${room})
-  else()
-    list(APPEND player_rooms ${room})
-  endif()
-endforeach()
-
-ymr_library(ymrvast ${vast_rooms})
+ymr_library(ymrvast ${ymrvast_rooms})
 if(YMR_PLAYER)
-  ymr_library(ymrplayer ${player_rooms})
+  ymr_library(ymrplayer ${ymrplayer_rooms})
   find_package(Qt6 6.4 REQUIRED COMPONENTS Quick)
   # A host sees views, which are items of Qt Quick's.
   target_link_libraries(ymrplayer PUBLIC ymrvast Qt6::Quick)

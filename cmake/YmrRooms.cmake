@@ -2,8 +2,8 @@
 #
 #   ymr_room(SOURCES a.cpp b.cpp [ROOMS platform/dispatch ...] [LIBRARIES PkgConfig::GST ...])
 #
-# called in the folder's own CMakeLists.txt. ROOMS are the folders that it includes from; tests/ checks that these
-# arrows only point down. The shared libraries gather rooms; tests link rooms, so that they see unexported symbols.
+# called in the folder's own CMakeLists.txt. ROOMS are the folders that it includes from, all on floors below its own
+# (cmake/floors.txt). The shared libraries gather rooms; tests link rooms, so that they see unexported symbols.
 
 function(ymr_room_target out path)
   string(REPLACE "/" "_" name ${path})
@@ -18,10 +18,12 @@ function(ymr_room)
   target_link_libraries(${target} PUBLIC ymr_compile)
   foreach(below IN LISTS room_ROOMS)
     ymr_room_target(dependency ${below})
+    if(NOT TARGET ${dependency})
+      message(FATAL_ERROR "${path} uses ${below}, which is not on a floor below it (cmake/floors.txt)")
+    endif()
     target_link_libraries(${target} PUBLIC ${dependency})
   endforeach()
   target_link_libraries(${target} PUBLIC ${room_LIBRARIES})
-  set_property(GLOBAL APPEND PROPERTY YMR_ROOMS ${path})
   set_property(GLOBAL PROPERTY YMR_LIBRARIES_${path} ${room_LIBRARIES})
 endfunction()
 

@@ -11,10 +11,10 @@
 
 #include "VAST/Parser/VASTDocument.h"
 #include "VAST/SKVASTUrlWithId.h"
+#include "VAST/YMRVastError.h"
 #include "ads/YMRAdContainerView.h"
 #include "ads/YMRAdSchedule.h"
 #include "ads/core/SKVASTViewControllerDelegate.h"
-#include "ads/records/YMRVastError.h"
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"
 #include "platform/avkit/AVPlayerViewController.h"

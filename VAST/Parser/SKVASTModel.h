@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "VAST/Parser/VASTXMLUtil.h"
+#include "VAST/SKVASTMediaFile.h"
 #include "VAST/SKVASTUrlWithId.h"
-#include "ads/records/SKVASTMediaFile.h"
 #include "platform/Export.h"
 #include "platform/foundation/NSURL.h"
 

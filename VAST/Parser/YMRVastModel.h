@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "VAST/Parser/VASTDocument.h"
+#include "VAST/SKVASTError.h"
+#include "VAST/SKVASTMediaFile.h"
 #include "VAST/SKVASTUrlWithId.h"
-#include "ads/records/SKVASTError.h"
-#include "ads/records/SKVASTMediaFile.h"
 #include "platform/Export.h"
 
 // What became of one ad request, or of one ad of it: the documents of its wrapper chain, and the queries that playing

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "ads/records/SKVASTMediaFile.h"
+#include "VAST/SKVASTMediaFile.h"
 #include "platform/Export.h"
 
 // networkType().

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "ads/records/SKVASTError.h"
+#include "VAST/SKVASTError.h"
 #include "platform/foundation/NSURL.h"
 
 class SKVASTViewController;

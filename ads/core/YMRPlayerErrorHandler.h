@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "ads/records/SKVASTError.h"
-#include "ads/records/YMRVastError.h"
+#include "VAST/SKVASTError.h"
+#include "VAST/YMRVastError.h"
 #include "platform/Export.h"
 
 // What the ad errors are called and how they map. Pure functions, which take any value; any thread.

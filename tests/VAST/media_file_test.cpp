@@ -1,4 +1,4 @@
-#include "ads/records/SKVASTMediaFile.h"
+#include "VAST/SKVASTMediaFile.h"
 
 #include <gmock/gmock.h>
 
