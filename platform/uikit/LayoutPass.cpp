@@ -3,7 +3,6 @@
 #include <QQuickWindow>
 #include <algorithm>
 #include <cmath>
-#include <deque>
 
 namespace {
 
@@ -99,61 +98,40 @@ LayoutPass::Equation LayoutPass::equationOf(const NSLayoutConstraint& constraint
   while (second && !holds(*origin, second.get())) origin = superviewOf(*origin);
   if (!origin || !involved_.contains(origin)) origin = &root_;
 
-  Equation equation{{}, constraint.constant(), constraint.relation()};
+  Equation equation{{}, constraint.constant()};
   addTerms(equation.terms, *first, constraint.firstAttribute(), 1, *origin);
   if (second) addTerms(equation.terms, *second, constraint.secondAttribute(), -constraint.multiplier(), *origin);
   return equation;
 }
 
 std::vector<double> LayoutPass::solve(const std::vector<CGSize>& sizes) const {
-  // Inequalities that would be broken, and so hold as equations; the last found first, since it shows that one before
-  // it asks for too little.
-  std::deque<const Equation*> bounds;
-  for (;;) {
-    LayoutEquations equations(views_.size() * edges);
-    equations.add({{variable(root_, left), 1}}, 0);
-    equations.add({{variable(root_, top), 1}}, 0);
-    for (const UIView* view : views_) {
-      if (!view->translatesAutoresizingMaskIntoConstraints()) continue;
-      const CGRect frame = view->frame();
-      equations.add({{variable(*view, width), 1}}, frame.size.width);
-      equations.add({{variable(*view, height), 1}}, frame.size.height);
-      if (view == &root_) continue;
-      const UIView& holder = *superviewOf(*view);
-      equations.add({{variable(*view, left), 1}, {variable(holder, left), -1}}, frame.origin.x);
-      equations.add({{variable(*view, top), 1}, {variable(holder, top), -1}}, frame.origin.y);
-    }
-    for (const Equation& equation : equations_) {
-      if (equation.relation == NSLayoutRelationEqual) equations.add(equation.terms, equation.constant);
-    }
-    for (const Equation* bound : bounds) equations.add(bound->terms, bound->constant);
-    for (std::size_t i = 0; i < views_.size(); ++i) {
-      if (sizes[i].width >= 0) equations.add({{variable(*views_[i], width), 1}}, sizes[i].width);
-      if (sizes[i].height >= 0) equations.add({{variable(*views_[i], height), 1}}, sizes[i].height);
-    }
-    for (const UIView* view : views_) {
-      equations.add({{variable(*view, width), 1}}, 0);
-      equations.add({{variable(*view, height), 1}}, 0);
-      if (view == &root_) continue;
-      const UIView& holder = *superviewOf(*view);
-      equations.add({{variable(*view, left), 1}, {variable(holder, left), -1}}, 0);
-      equations.add({{variable(*view, top), 1}, {variable(holder, top), -1}}, 0);
-    }
-
-    auto solution = equations.solution();
-    const auto broken = std::find_if(equations_.begin(), equations_.end(), [&](const Equation& equation) {
-      return isBroken(equation, solution) && std::find(bounds.begin(), bounds.end(), &equation) == bounds.end();
-    });
-    if (broken == equations_.end()) return solution;
-    bounds.push_front(&*broken);
+  LayoutEquations equations(views_.size() * edges);
+  equations.add({{variable(root_, left), 1}}, 0);
+  equations.add({{variable(root_, top), 1}}, 0);
+  for (const UIView* view : views_) {
+    if (!view->translatesAutoresizingMaskIntoConstraints()) continue;
+    const CGRect frame = view->frame();
+    equations.add({{variable(*view, width), 1}}, frame.size.width);
+    equations.add({{variable(*view, height), 1}}, frame.size.height);
+    if (view == &root_) continue;
+    const UIView& holder = *superviewOf(*view);
+    equations.add({{variable(*view, left), 1}, {variable(holder, left), -1}}, frame.origin.x);
+    equations.add({{variable(*view, top), 1}, {variable(holder, top), -1}}, frame.origin.y);
   }
-}
-
-bool LayoutPass::isBroken(const Equation& inequality, const std::vector<double>& solution) {
-  if (inequality.relation == NSLayoutRelationEqual) return false;
-  double sum = -inequality.constant;
-  for (const auto& [variable, coefficient] : inequality.terms) sum += coefficient * solution[variable];
-  return inequality.relation == NSLayoutRelationLessThanOrEqual ? sum > 1e-6 : sum < -1e-6;
+  for (const Equation& equation : equations_) equations.add(equation.terms, equation.constant);
+  for (std::size_t i = 0; i < views_.size(); ++i) {
+    if (sizes[i].width >= 0) equations.add({{variable(*views_[i], width), 1}}, sizes[i].width);
+    if (sizes[i].height >= 0) equations.add({{variable(*views_[i], height), 1}}, sizes[i].height);
+  }
+  for (const UIView* view : views_) {
+    equations.add({{variable(*view, width), 1}}, 0);
+    equations.add({{variable(*view, height), 1}}, 0);
+    if (view == &root_) continue;
+    const UIView& holder = *superviewOf(*view);
+    equations.add({{variable(*view, left), 1}, {variable(holder, left), -1}}, 0);
+    equations.add({{variable(*view, top), 1}, {variable(holder, top), -1}}, 0);
+  }
+  return equations.solution();
 }
 
 // Edges lie on whole pixels, so that text and lines stay sharp.

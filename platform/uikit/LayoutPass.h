@@ -20,7 +20,6 @@ class LayoutPass {
   struct Equation {
     Terms terms;
     double constant;
-    NSLayoutRelation relation;
   };
 
   void collect(UIView& view);
@@ -31,7 +30,6 @@ class LayoutPass {
   Equation equationOf(const NSLayoutConstraint& constraint) const;
   // `sizes`: what the content of each view asks for.
   std::vector<double> solve(const std::vector<CGSize>& sizes) const;
-  static bool isBroken(const Equation& inequality, const std::vector<double>& solution);
   void apply(const std::vector<double>& solution) const;
 
   UIView& root_;

@@ -4,13 +4,12 @@
 #include "platform/uikit/UIView.h"
 
 std::shared_ptr<NSLayoutConstraint> NSLayoutConstraint::constraintWithItem(
-    const std::shared_ptr<UIView>& first, NSLayoutAttribute firstAttribute, NSLayoutRelation relation,
+    const std::shared_ptr<UIView>& first, NSLayoutAttribute firstAttribute, NSLayoutRelation,
     const std::shared_ptr<UIView>& second, NSLayoutAttribute secondAttribute, double multiplier, double constant) {
   YMR_ASSERT_MAIN_THREAD();
   std::shared_ptr<NSLayoutConstraint> constraint(new NSLayoutConstraint);
   constraint->first_ = first;
   constraint->firstAttribute_ = firstAttribute;
-  constraint->relation_ = relation;
   constraint->second_ = second;
   constraint->secondAttribute_ = second ? secondAttribute : NSLayoutAttributeNotAnAttribute;
   constraint->multiplier_ = multiplier;

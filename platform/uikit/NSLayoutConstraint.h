@@ -20,19 +20,17 @@ enum NSLayoutAttribute {
 };
 
 enum NSLayoutRelation {
-  NSLayoutRelationLessThanOrEqual = -1,
   NSLayoutRelationEqual = 0,
-  NSLayoutRelationGreaterThanOrEqual = 1,
 };
 
-// first.attribute = multiplier x second.attribute + constant, or at most, or at least. Main thread.
+// first.attribute = multiplier x second.attribute + constant. Main thread.
 //
 // Held by the view that it was added to, which is one that both views are inside of (or is itself). Views are held
 // weakly; a constraint that has lost one counts no more, and one between views of different trees waits. All
-// constraints are required. When they contradict each other the frame of a view that keeps its frame wins, then
-// equations before bounds, then the earlier equation: outer views' first, and each view's in the order of its list.
+// constraints are required. When they contradict each other the frame of a view that keeps its frame wins, then the
+// earlier constraint: outer views' first, and each view's in the order of its list.
 //
-// Left out: priorities, leading and trailing, baselines, margins, the visual format.
+// Left out: inequalities, priorities, leading and trailing, baselines, margins, the visual format.
 class YMR_API NSLayoutConstraint {
  public:
   // `second` nil with NotAnAttribute: a width or height that is just the constant.
@@ -44,7 +42,7 @@ class YMR_API NSLayoutConstraint {
   std::shared_ptr<UIView> secondItem() const { return second_.lock(); }
   NSLayoutAttribute firstAttribute() const { return firstAttribute_; }
   NSLayoutAttribute secondAttribute() const { return secondAttribute_; }
-  NSLayoutRelation relation() const { return relation_; }
+  NSLayoutRelation relation() const { return NSLayoutRelationEqual; }
   double multiplier() const { return multiplier_; }
   double constant() const { return constant_; }
   // Lays the views out anew.
@@ -58,7 +56,6 @@ class YMR_API NSLayoutConstraint {
   std::weak_ptr<UIView> second_;
   NSLayoutAttribute firstAttribute_ = NSLayoutAttributeNotAnAttribute;
   NSLayoutAttribute secondAttribute_ = NSLayoutAttributeNotAnAttribute;
-  NSLayoutRelation relation_ = NSLayoutRelationEqual;
   double multiplier_ = 1;
   double constant_ = 0;
   std::weak_ptr<UIView> holder_;
