@@ -17,16 +17,14 @@ class DecodedPicture {
 };
 
 // One decoded picture on its way to the screen. A plain value; any thread. Copies share the pixels, which stay valid as
-// long as one copy is held. They are in one of three forms.
+// long as one copy is held. They are in one of two forms.
 struct VideoFrame {
   // As the decoder left them, or null. Holds one of the decoder's buffers.
   std::shared_ptr<const DecodedPicture> decoded;
   // 32 bits each, bytes B G R X, rows `stride` bytes apart; or null.
   const std::uint8_t* bits = nullptr;
   int stride = 0;
-  // An RGBA texture of the scene graph's share group, or 0.
-  unsigned glTexture = 0;
-  // Keeps bits or texture alive.
+  // Keeps the bits alive.
   std::shared_ptr<const void> owner;
   // The picture's size in pixels as stored, before pixel aspect and rotation.
   int width = 0;
@@ -41,7 +39,7 @@ struct VideoFrame {
   // Media time of the picture; invalid when the container has none.
   CMTime time;
 
-  bool isValid() const { return width > 0 && height > 0 && (decoded || bits || glTexture); }
+  bool isValid() const { return width > 0 && height > 0 && (decoded || bits); }
 };
 
 // Where an engine puts its pictures.

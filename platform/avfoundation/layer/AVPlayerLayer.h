@@ -13,8 +13,8 @@ class PictureItem;
 // applied), on black. Main thread.
 //
 // Opaque black where there is no picture: without a player, before its first picture, and as soon as the player is
-// replaced. Pictures go to the screen without being copied where the software scene graph paints, and are uploaded, or
-// stay where they are when they are textures already, where the GPU does.
+// replaced. Pictures go to the screen without being copied where the software scene graph paints, and are uploaded
+// where the GPU does.
 //
 // Kept from the platform: gravity resize-aspect (the only one), readyForDisplay (key-value observable,
 // "readyForDisplay").

@@ -17,7 +17,7 @@ namespace {
 // A frame's pixels as one image.
 class FrameImage {
  public:
-  // Null for a texture and for rows that are not what they say. Draws the frame when it is not the one of the last
+  // Null for rows that are not what they say. Draws the frame when it is not the one of the last
   // call, where the one before was if nobody has that any more.
   const QImage& of(const VideoFrame& frame) {
     if (!frame.isValid() || (!frame.decoded && (!frame.bits || frame.stride < frame.width * 4))) {
@@ -162,7 +162,7 @@ class PaintedPicture final : public QSGRenderNode, public PictureNode {
   QRectF target_;
 };
 
-// For the GPU: a black rectangle below a textured one. Pixels are uploaded once a frame; textures are used in place.
+// For the GPU: a black rectangle below a textured one. Pixels are uploaded once a frame.
 class TexturedPicture final : public QSGNode, public PictureNode {
  public:
   explicit TexturedPicture(QQuickWindow& window) : window_(window), black_(window.createRectangleNode()) {
@@ -193,24 +193,18 @@ class TexturedPicture final : public QSGNode, public PictureNode {
         placement_.removeAllChildNodes();
         picture_.reset();
       }
-      frame_ = frame;  // after the texture of the frame before has gone
     }
-    if (picture_) placement_.setMatrix(QMatrix4x4(picturePlacement(frame_, rect)));
+    if (picture_) placement_.setMatrix(QMatrix4x4(picturePlacement(frame, rect)));
   }
 
  private:
   std::unique_ptr<QSGTexture> textureOf(const VideoFrame& frame) {
-    if (frame.isValid() && frame.glTexture) {
-      return std::unique_ptr<QSGTexture>(QNativeInterface::QSGOpenGLTexture::fromNative(
-          frame.glTexture, &window_, {frame.width, frame.height}, QQuickWindow::TextureIsOpaque));
-    }
     const QImage& image = image_.of(frame);
     if (image.isNull()) return nullptr;
     return std::unique_ptr<QSGTexture>(window_.createTextureFromImage(image, QQuickWindow::TextureIsOpaque));
   }
 
   QQuickWindow& window_;
-  VideoFrame frame_;  // keeps a texture in place
   FrameImage image_;
   QSGRectangleNode* black_;
   QSGTransformNode placement_;

@@ -1,5 +1,3 @@
-#include <QOpenGLContext>
-#include <QOpenGLFunctions>
 #include <thread>
 
 #include "platform/avfoundation/layer/PictureGeometry.h"
@@ -247,35 +245,6 @@ TEST_F(PictureTest, picturesMayComeFromAnotherThreadWhileItDrawsAndWhenItHasGone
   stop = true;
   decoder.join();
   loop.runUntilIdle();
-}
-
-TEST_F(PictureTest, aTextureIsShownInPlace) {
-  if (screenGraphics() != UIGraphics::gpu) GTEST_SKIP() << "textures are of the GPU";
-  unsigned texture = 0;
-  const auto make = [&] {
-    if (texture) return;
-    const VideoFrame picture = quarters(61, 64);  // with three columns more in each row
-    auto* gl = QOpenGLContext::currentContext()->functions();
-    gl->glGenTextures(1, &texture);
-    gl->glBindTexture(GL_TEXTURE_2D, texture);
-    gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 64, 64, 0, GL_BGRA, GL_UNSIGNED_BYTE, picture.bits);
-  };
-  QObject::connect(&window, &QQuickWindow::beforeRendering, &window, make, Qt::DirectConnection);
-  snapshot();
-  ASSERT_NE(texture, 0u);
-  VideoFrame frame;
-  frame.glTexture = texture;
-  frame.width = 64;
-  frame.height = 64;
-  frame.rotation = 90;
-  const auto owner = std::make_shared<int>();
-  frame.owner = owner;
-  show(std::move(frame));
-  EXPECT_EQ(quartersOf(snapshot(), QRect(140, 0, 360, 360)), "brwg");
-  EXPECT_GT(owner.use_count(), 1) << "kept while it is shown";
-  show(plain(0x00ff00));
-  EXPECT_EQ(centre(), "00ff00");
-  EXPECT_EQ(owner.use_count(), 1);
 }
 
 TEST(PictureGeometry, edgesLieOnThePixelsOfADenseScreen) {
