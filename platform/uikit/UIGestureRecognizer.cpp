@@ -6,15 +6,10 @@ UIGestureRecognizer::UIGestureRecognizer(Action action) : action_(std::move(acti
 
 UIGestureRecognizer::~UIGestureRecognizer() = default;
 
-void UIGestureRecognizer::setEnabled(bool enabled) {
-  enabled_ = enabled;
-  if (!enabled) reset();
-}
-
 bool UIGestureRecognizer::pressBegan(const UIPress& press) {
-  const bool allowed = enabled_ && std::find(allowedPressTypes_.begin(), allowedPressTypes_.end(), press.type) !=
-                                       allowedPressTypes_.end();
-  if (!allowed) return false;
+  if (std::find(allowedPressTypes_.begin(), allowedPressTypes_.end(), press.type) == allowedPressTypes_.end()) {
+    return false;
+  }
   pressed_ = press.type;
   began(press.type);
   return true;

@@ -19,8 +19,8 @@ enum UIGestureRecognizerState {
 // Watches the presses that come to a view, or past it from one inside, and calls its action when it sees its gesture.
 // Held by the view and whoever made it. Main thread.
 //
-// Kept from the platform: states, the press types that are allowed. Left out: touches, delegates, dependencies; one
-// action, which must hold its target weakly.
+// Kept from the platform: states, the press types that are allowed. Left out: touches, delegates, dependencies, being
+// disabled; one action, which must hold its target weakly.
 class YMR_API UIGestureRecognizer : public std::enable_shared_from_this<UIGestureRecognizer> {
  public:
   using Action = std::function<void(UIGestureRecognizer&)>;
@@ -34,8 +34,6 @@ class YMR_API UIGestureRecognizer : public std::enable_shared_from_this<UIGestur
   // Empty, as it starts: no press at all.
   const std::vector<int>& allowedPressTypes() const { return allowedPressTypes_; }
   void setAllowedPressTypes(std::vector<int> types) { allowedPressTypes_ = std::move(types); }
-  bool isEnabled() const { return enabled_; }
-  void setEnabled(bool enabled);
 
   // What the view hands over: whether the press belongs to this recogniser, which ends its way, and what became of it.
   bool pressBegan(const UIPress& press);
@@ -56,7 +54,6 @@ class YMR_API UIGestureRecognizer : public std::enable_shared_from_this<UIGestur
   std::vector<int> allowedPressTypes_;
   UIGestureRecognizerState state_ = UIGestureRecognizerStatePossible;
   std::optional<UIPressType> pressed_;
-  bool enabled_ = true;
 };
 
 // Recognises one press, when the button comes up: the action sees the state Ended.

@@ -5,7 +5,6 @@
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/NSAttributedStringDrawing.h"
-#include "platform/uikit/QtValues.h"
 #include "platform/uikit/values/UIScreen.h"
 
 UILabel::UILabel(QQuickItem* parent) : UIView(parent) {
@@ -123,28 +122,4 @@ void UILabel::drawTextInRect(QPainter& painter, const CGRect& rect) {
 QSizeF UILabel::qmlContentSize() const {
   const CGSize size = intrinsicContentSize();
   return {size.width, size.height};
-}
-
-QString UILabel::qmlText() const {
-  return QString::fromStdString(text().value_or(""));
-}
-
-void UILabel::setQmlText(const QString& text) {
-  setText(text.toStdString());
-}
-
-QColor UILabel::qmlTextColor() const {
-  return toQColor(textColor_);
-}
-
-void UILabel::setQmlTextColor(const QColor& color) {
-  setTextColor(toUIColor(color));
-}
-
-void UILabel::setQmlTextAlignment(int alignment) {
-  setTextAlignment(static_cast<NSTextAlignment>(std::clamp(alignment, 0, int(NSTextAlignmentNatural))));
-}
-
-void UILabel::setQmlFontSize(double size) {
-  setFont(font_.fontWithSize(size));
 }

@@ -13,11 +13,6 @@
 // the text is longer; text is centred vertically. Left out: shrinking, shadows, line break modes, highlights.
 class YMR_API UILabel : public UIView {
   Q_OBJECT
-  Q_PROPERTY(QString text READ qmlText WRITE setQmlText)
-  Q_PROPERTY(QColor textColor READ qmlTextColor WRITE setQmlTextColor)
-  Q_PROPERTY(int textAlignment READ qmlTextAlignment WRITE setQmlTextAlignment)
-  Q_PROPERTY(int numberOfLines READ numberOfLines WRITE setNumberOfLines)
-  Q_PROPERTY(double fontSize READ qmlFontSize WRITE setQmlFontSize)
   Q_PROPERTY(double preferredMaxLayoutWidth READ preferredMaxLayoutWidth WRITE setPreferredMaxLayoutWidth)
   // The size that the text asks for.
   Q_PROPERTY(QSizeF contentSize READ qmlContentSize NOTIFY contentSizeChanged)
@@ -54,14 +49,6 @@ class YMR_API UILabel : public UIView {
   // not draw it again.
   virtual void drawTextInRect(QPainter& painter, const CGRect& rect);
 
-  QString qmlText() const;
-  void setQmlText(const QString& text);
-  QColor qmlTextColor() const;
-  void setQmlTextColor(const QColor& color);
-  int qmlTextAlignment() const { return alignment_; }
-  void setQmlTextAlignment(int alignment);
-  double qmlFontSize() const { return font_.pointSize; }
-  void setQmlFontSize(double size);
   QSizeF qmlContentSize() const;
 
  Q_SIGNALS:

@@ -8,14 +8,12 @@
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/UIActivityIndicatorView.h"
-#include "platform/uikit/UILabel.h"
 #include "platform/uikit/UIView.h"
 
 namespace {
 
 void registerTypes() {
   qmlRegisterType<UIView>("UIKit", 1, 0, "UIView");
-  qmlRegisterType<UILabel>("UIKit", 1, 0, "UILabel");
   qmlRegisterType<UIActivityIndicatorView>("UIKit", 1, 0, "UIActivityIndicatorView");
 }
 

@@ -9,7 +9,7 @@ class UIView;
 
 // Views from an interface file: QML in the library's resources, below ":/ymr/interface/".
 //
-// Files import "UIKit 1.0", which has UIView, UILabel and UIActivityIndicatorView, and what libraries add with Qt's
+// Files import "UIKit 1.0", which has UIView and UIActivityIndicatorView, and what libraries add with Qt's
 // qmlRegisterType(). Main thread.
 class YMR_API UINib {
  public:

@@ -31,7 +31,6 @@ class UIViewController;
 class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UIView> {
   Q_OBJECT
   Q_PROPERTY(QColor backgroundColor READ qmlBackgroundColor WRITE setQmlBackgroundColor)
-  Q_PROPERTY(bool hidden READ isHidden WRITE setHidden)
 
  public:
   // An empty frame. `parent` is for interface files.

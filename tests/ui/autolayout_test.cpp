@@ -55,7 +55,7 @@ TEST_F(AutolayoutTest, aSuperviewWithoutSizeFollowsItsLabel) {
     const CGSize size = label->intrinsicContentSize();
     EXPECT_EQ(label->frame(), CGRectMake(20, 20, size.width, size.height)) << text;
     EXPECT_EQ(container->frame().size, (CGSize{size.width + 40, size.height + 40})) << text;
-    EXPECT_EQ(CGRectGetMaxY(container->frame()), 290) << text;
+    EXPECT_EQ(container->frame().origin.y + container->frame().size.height, 290) << text;
     EXPECT_NEAR(container->frame().origin.x + container->frame().size.width / 2, 320, 0.5) << text;
   }
 

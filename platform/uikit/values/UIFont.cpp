@@ -7,9 +7,3 @@ UIFont UIFont::systemFontOfSize(double pointSize, int weight) {
 UIFont UIFont::boldSystemFontOfSize(double pointSize) {
   return systemFontOfSize(pointSize, weightBold);
 }
-
-UIFont UIFont::fontWithSize(double size) const {
-  UIFont font = *this;
-  font.pointSize = size;
-  return font;
-}

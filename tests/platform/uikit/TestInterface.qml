@@ -6,16 +6,9 @@ UIView {
     property bool turning: false
     backgroundColor: "#202040"
 
-    UILabel {
+    UIView {
         anchors { left: parent.left; right: parent.right; top: parent.top }
         height: 100
-        text: "From the file"
-        fontSize: 40
-        textAlignment: 1
-    }
-    UIActivityIndicatorView {
-        anchors.centerIn: parent
-        width: 80; height: 80
     }
     NumberAnimation on rotation { running: root.turning; from: 0; to: 90; duration: 1000 }
 }
