@@ -1,7 +1,7 @@
 #include "VAST/Parser/VASTSchema.h"
 
-// Outer structure first, then the types it uses. Extensions may hold anything; a wrapper's creatives carry tracking
-// only and leave out what its inline ad brings.
+// Outer structure first, then the types it uses. An ad, a creative and a companion may be empty. Extensions may hold
+// anything; a wrapper's creatives carry tracking only and leave out what its inline ad brings.
 constexpr char kVASTSchema[] = R"xsd(<?xml version="1.0" encoding="UTF-8"?>
 <xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" elementFormDefault="unqualified">
 
@@ -15,7 +15,7 @@ constexpr char kVASTSchema[] = R"xsd(<?xml version="1.0" encoding="UTF-8"?>
   </xs:element>
 
   <xs:complexType name="Ad">
-    <xs:choice>
+    <xs:choice minOccurs="0">
       <xs:element name="InLine" type="InLine"/>
       <xs:element name="Wrapper" type="Wrapper"/>
     </xs:choice>
@@ -87,15 +87,9 @@ constexpr char kVASTSchema[] = R"xsd(<?xml version="1.0" encoding="UTF-8"?>
   </xs:attributeGroup>
 
   <xs:complexType name="InLineCreative">
-    <xs:choice>
+    <xs:choice minOccurs="0">
       <xs:element name="Linear" type="InLineLinear"/>
-      <xs:element name="CompanionAds">
-        <xs:complexType>
-          <xs:sequence>
-            <xs:element name="Companion" type="InLineCompanion" minOccurs="0" maxOccurs="unbounded"/>
-          </xs:sequence>
-        </xs:complexType>
-      </xs:element>
+      <xs:element name="CompanionAds" type="CompanionAds"/>
       <xs:element name="NonLinearAds">
         <xs:complexType>
           <xs:sequence>
@@ -109,7 +103,7 @@ constexpr char kVASTSchema[] = R"xsd(<?xml version="1.0" encoding="UTF-8"?>
   </xs:complexType>
 
   <xs:complexType name="WrapperCreative">
-    <xs:choice>
+    <xs:choice minOccurs="0">
       <xs:element name="Linear">
         <xs:complexType>
           <xs:sequence>
@@ -124,13 +118,7 @@ constexpr char kVASTSchema[] = R"xsd(<?xml version="1.0" encoding="UTF-8"?>
           </xs:sequence>
         </xs:complexType>
       </xs:element>
-      <xs:element name="CompanionAds">
-        <xs:complexType>
-          <xs:sequence>
-            <xs:element name="Companion" type="WrapperCompanion" minOccurs="0" maxOccurs="unbounded"/>
-          </xs:sequence>
-        </xs:complexType>
-      </xs:element>
+      <xs:element name="CompanionAds" type="CompanionAds"/>
       <xs:element name="NonLinearAds">
         <xs:complexType>
           <xs:sequence>
@@ -163,15 +151,7 @@ constexpr char kVASTSchema[] = R"xsd(<?xml version="1.0" encoding="UTF-8"?>
     <xs:sequence>
       <xs:element name="ClickThrough" type="URIWithId" minOccurs="0"/>
       <xs:element name="ClickTracking" type="URIWithId" minOccurs="0" maxOccurs="unbounded"/>
-      <xs:element name="CustomClick" minOccurs="0" maxOccurs="unbounded">
-        <xs:complexType>
-          <xs:simpleContent>
-            <xs:extension base="xs:anyURI">
-              <xs:attribute name="id" type="xs:string" use="required"/>
-            </xs:extension>
-          </xs:simpleContent>
-        </xs:complexType>
-      </xs:element>
+      <xs:element name="CustomClick" type="URIWithId" minOccurs="0" maxOccurs="unbounded"/>
     </xs:sequence>
   </xs:complexType>
 
@@ -249,15 +229,6 @@ constexpr char kVASTSchema[] = R"xsd(<?xml version="1.0" encoding="UTF-8"?>
     </xs:choice>
   </xs:group>
 
-  <xs:group name="companionDetails">
-    <xs:sequence>
-      <xs:element name="TrackingEvents" type="TrackingEvents" minOccurs="0"/>
-      <xs:element name="CompanionClickThrough" type="xs:anyURI" minOccurs="0"/>
-      <xs:element name="AltText" type="xs:string" minOccurs="0"/>
-      <xs:element name="AdParameters" type="xs:string" minOccurs="0"/>
-    </xs:sequence>
-  </xs:group>
-
   <xs:attributeGroup name="area">
     <xs:attribute name="id" type="xs:string"/>
     <xs:attribute name="width" type="xs:integer" use="required"/>
@@ -267,20 +238,21 @@ constexpr char kVASTSchema[] = R"xsd(<?xml version="1.0" encoding="UTF-8"?>
     <xs:attribute name="apiFramework" type="xs:string"/>
   </xs:attributeGroup>
 
-  <xs:complexType name="InLineCompanion">
+  <xs:complexType name="CompanionAds">
     <xs:sequence>
-      <xs:group ref="resource"/>
-      <xs:group ref="companionDetails"/>
+      <xs:element name="Companion" minOccurs="0" maxOccurs="unbounded">
+        <xs:complexType>
+          <xs:sequence>
+            <xs:group ref="resource" minOccurs="0"/>
+            <xs:element name="TrackingEvents" type="TrackingEvents" minOccurs="0"/>
+            <xs:element name="CompanionClickThrough" type="xs:anyURI" minOccurs="0"/>
+            <xs:element name="AltText" type="xs:string" minOccurs="0"/>
+            <xs:element name="AdParameters" type="xs:string" minOccurs="0"/>
+          </xs:sequence>
+          <xs:attributeGroup ref="area"/>
+        </xs:complexType>
+      </xs:element>
     </xs:sequence>
-    <xs:attributeGroup ref="area"/>
-  </xs:complexType>
-
-  <xs:complexType name="WrapperCompanion">
-    <xs:sequence>
-      <xs:group ref="resource" minOccurs="0"/>
-      <xs:group ref="companionDetails"/>
-    </xs:sequence>
-    <xs:attributeGroup ref="area"/>
   </xs:complexType>
 
   <xs:complexType name="NonLinear">
