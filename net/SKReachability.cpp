@@ -183,7 +183,10 @@ void SKReachability::reachabilityChanged(SCNetworkReachabilityFlags flags) {
   const auto block = isReachableWithFlags(flags) ? reachableBlock_ : unreachableBlock_;
   lock.unlock();
   const auto own = self();
-  if (block) block(own);
+  try {
+    if (block) block(own);
+  } catch (...) {
+  }
   RunLoop::whileInstalled([&](RunLoop&) {
     dispatch_async(dispatch_get_main_queue(), [own] {
       NSNotificationCenter::defaultCenter().postNotificationName(kReachabilityChangedNotification, own);

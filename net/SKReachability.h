@@ -47,7 +47,8 @@ class YMR_API SKReachability : public NSObject {
   // While the notifier runs, else nil.
   dispatch_queue_t reachabilitySerialQueue() const;
 
-  // Called on the serial queue at a change that finds the target reachable, or not; empty for none.
+  // Called on the serial queue at a change that finds the target reachable, or not; empty for none. What they throw is
+  // dropped.
   void setReachableBlock(NetworkReachable block);
   void setUnreachableBlock(NetworkUnreachable block);
 

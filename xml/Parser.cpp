@@ -63,6 +63,7 @@ struct Pass {
   }
 
   static void characters(void* context, const xmlChar* text, int length) {
+    if (length == 0) return;  // an empty CDATA section is no text
     const std::string_view part(reinterpret_cast<const char*>(text), static_cast<std::size_t>(length));
     if (of(context).builder.characters(part) > XML_MAX_TEXT_LENGTH) XMLParserContext::refuse(context);
   }

@@ -44,7 +44,7 @@ struct SKVAST2ParserOptions {
 //
 // One parser serves one request: it completes exactly once, on the main queue, whatever happens, with the parser's
 // model, whose getVastError() is the outcome. The parser may be dropped at once; the request owns what it needs, and
-// there is no way to cancel it. Main thread.
+// there is no way to cancel it. What the completion or the observer of hops throws is logged. Main thread.
 class YMR_API SKVAST2Parser {
  public:
   using Completion = std::function<void(std::shared_ptr<YMRVastModel>)>;

@@ -13,7 +13,11 @@ struct VASTDocument::Tree {
     if (ads.count() < 2) return;
     for (const auto& element : ads.elements()) {
       const auto id = element->attributes.find("id");
-      if (id != element->attributes.end() && !id->second.empty()) adsById.try_emplace(id->second, element);
+      if (id == element->attributes.end()) {
+        ++namelessAdCount;
+      } else if (!id->second.empty()) {
+        adsById.try_emplace(id->second, element);
+      }
     }
   }
 
@@ -22,6 +26,7 @@ struct VASTDocument::Tree {
   const XML::Accessor vast;
   const XML::Accessor ads;
   std::unordered_map<std::string_view, XML::Accessor> adsById;  // of several; the keys live in the elements
+  std::size_t namelessAdCount = 0;
 };
 
 struct VASTDocument::Shared {
@@ -65,6 +70,10 @@ const XML::Accessor& VASTDocument::vast() const {
 
 const XML::Accessor& VASTDocument::ads() const {
   return tree().ads;
+}
+
+std::size_t VASTDocument::namelessAdCount() const {
+  return tree().namelessAdCount;
 }
 
 const XML::Accessor& VASTDocument::ad(std::string_view id) const {

@@ -29,6 +29,8 @@ class YMR_API VASTDocument {
   const XML::Accessor& vast() const;
   // Every `Ad` of it; a failure when there is none.
   const XML::Accessor& ads() const;
+  // How many of several have no `id`, so that nothing can stand for them.
+  std::size_t namelessAdCount() const;
   // The first `Ad` with that `id`; all of them when none has it or the id is empty, which answers no query unless there
   // is just one.
   const XML::Accessor& ad(std::string_view id) const;

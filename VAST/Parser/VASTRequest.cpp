@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <utility>
 
 #include "VAST/Parser/VASTSchema.h"
@@ -32,6 +33,19 @@ URLResponse failed(int code, const char* message) {
 
 URLResponse timeIsUp() {
   return failed(NSURLErrorTimedOut, "The request's time was used up.");
+}
+
+// Calls what the host gave; what it throws stays here.
+template <class Call, class... Arguments>
+void callHost(const char* name, const Call& call, Arguments&&... arguments) {
+  if (!call) return;
+  try {
+    call(std::forward<Arguments>(arguments)...);
+  } catch (const std::exception& thrown) {
+    SKLogger::error(tag, std::string(name) + " threw: " + thrown.what());
+  } catch (...) {
+    SKLogger::error(tag, std::string(name) + " threw");
+  }
 }
 
 // The error of a fetch that brought no document.
@@ -172,12 +186,10 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
   const long status = response.error ? 0 : response.status;
   std::optional<SKVASTError> error;
   if (status != statusOfDocument) error = fetchError(response);
-  if (options_.hopObserver) {
-    const auto elapsed = RunLoop::main().now() - fetch.startedAt;
-    options_.hopObserver({fetch.url, fetch.of.depth, status,
-                          std::chrono::duration_cast<std::chrono::milliseconds>(elapsed), error,
-                          response.error ? response.error->message : "", response.body});
-  }
+  const auto elapsed = RunLoop::main().now() - fetch.startedAt;
+  callHost("hopObserver", options_.hopObserver,
+           VASTHop{fetch.url, fetch.of.depth, status, std::chrono::duration_cast<std::chrono::milliseconds>(elapsed),
+                   error, response.error ? response.error->message : "", response.body});
   if (error) {
     fetch.of.model->setVastError(*error);
     return;
@@ -188,6 +200,6 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
 
 void VASTRequest::complete() {
   dispatch_async(dispatch_get_main_queue(), [completion = std::move(completion_), model = std::move(model_)]() mutable {
-    if (completion) std::exchange(completion, nullptr)(std::move(model));
+    callHost("The completion", std::exchange(completion, nullptr), std::move(model));
   });
 }

@@ -23,10 +23,11 @@ void discardError(void*, xmlErrorPtr) {}
 const xmlChar* ownContent(const xmlNode& node) {
   switch (node.type) {
     case XML_TEXT_NODE:
-    case XML_CDATA_SECTION_NODE:
     case XML_COMMENT_NODE:
     case XML_PI_NODE:
       return node.content;
+    case XML_CDATA_SECTION_NODE:
+      return node.content && *node.content ? node.content : nullptr;
     default:
       return nullptr;
   }

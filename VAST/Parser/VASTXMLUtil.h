@@ -19,8 +19,8 @@ struct _xmlNode;
 
 // What node and attribute dictionaries share. nil and empty stand for a key that is not there.
 struct VASTXMLDictionary {
-  // A text node's, comment's or CDATA section's own text as it stands; an element's or attribute's text children, each
-  // trimmed of white space and line breaks, joined.
+  // A text node's, comment's or CDATA section's own text as it stands, nil for an empty section; an element's or
+  // attribute's text children, each trimmed of white space and line breaks, joined.
   std::optional<std::string> nodeContent;
 };
 

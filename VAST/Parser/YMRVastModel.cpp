@@ -69,6 +69,9 @@ void YMRVastModel::addVASTDocument(VASTDocument document) {
     adIDs_.emplace_back();
     return;
   }
+  if (const auto count = document.namelessAdCount(); count > 0) {
+    SKLogger::warning(tag, "Left out " + std::to_string(count) + " Ad without an id among several");
+  }
   for (const auto& ad : ads.elements()) {
     const auto* const id = attribute(*ad, "id");
     if (!id) continue;

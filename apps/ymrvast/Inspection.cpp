@@ -22,9 +22,12 @@ bool foundNothing(const std::optional<SKVASTError>& error) {
   return error == SKVASTErrorNoAd || error == SKVASTErrorNoAdAfterWrappers;
 }
 
-// How far a document can be read that is not well-formed; empty for one that is.
+// How far a document can be read that is not well-formed, or what of another one is never played; else empty.
 std::string faultOf(const VASTDocument& document) {
-  if (document.isWellFormed()) return "";
+  if (document.isWellFormed()) {
+    const auto nameless = document.namelessAdCount();
+    return nameless == 0 ? "" : "never played: " + std::to_string(nameless) + " of several ads, without an id";
+  }
   auto element = document.vast().element();
   if (!element) return "this is no XML, or breaks off before there is a VAST element";
   while (!element->childElements.empty()) element = element->childElements.back();
@@ -164,7 +167,7 @@ Inspection inspect(const Options& options, const std::optional<VASTDocument>& do
 
   const AdInspector inspector(options);
   for (const auto& model : inspection.model->sequencedAdModels()) inspection.ads.push_back(inspector.inspect(model));
-  if (document && !document->isWellFormed()) inspection.ads.front().reason = faultOf(*document);
+  if (document) inspection.fault = faultOf(*document);
   addStandalone(*inspection.model, inspector, inspection.standalone);
   markShown(inspection, inspector);
   if (options.validate) inspection.validation = validate(documents, options);

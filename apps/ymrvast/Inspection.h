@@ -20,7 +20,7 @@ struct Inspection {
     std::size_t bytes;
     std::chrono::milliseconds elapsed;
     std::optional<SKVASTError> error;
-    std::string reason;  // for the lack of a response, or of a document in it
+    std::string reason;  // for the lack of a response, or of a document or an ad in it
   };
   struct MediaFile {
     std::shared_ptr<SKVASTMediaFile> file;
@@ -31,7 +31,7 @@ struct Inspection {
     std::vector<MediaFile> files;
     std::optional<NSURL> picked;
     std::optional<SKVASTError> failure;  // what the player would report in place of playing it
-    std::string reason;                  // for the lack of media files in a document that came, or for its refusal
+    std::string reason;                  // for the lack of media files in a document that came
     bool isShown = false;                // by the player, when nothing fails on the way
   };
   struct Validation {
@@ -40,6 +40,7 @@ struct Inspection {
   };
 
   std::string source;
+  std::string fault;  // of a document that was not fetched, as a hop's reason
   std::shared_ptr<YMRVastModel> model;
   std::vector<Hop> hops;
   std::vector<Ad> ads;         // in the order in which they are played

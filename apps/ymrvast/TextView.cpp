@@ -32,6 +32,7 @@ void printHeading(const Inspection& inspection, std::ostream& out) {
   const auto version = inspection.model->vastVersion();
   out << printable(inspection.source) << '\n';
   if (version) out << "VAST " << printable(*version) << '\n';
+  if (!inspection.fault.empty()) out << printable(inspection.fault) << '\n';
   if (inspection.shownCount > 0) {
     out << "The player would show " << counted(inspection.shownCount, "ad") << ".\n";
   } else {

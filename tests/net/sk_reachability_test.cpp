@@ -100,6 +100,7 @@ TEST_F(Reachability, aChangeCallsItsBlockOnTheSerialQueueAndThenNotifiesOnTheMai
       EXPECT_EQ(sender.get(), expected);
       EXPECT_FALSE(loop.isCurrent());
       order.push_back(what);
+      throw what;  // which changes nothing
     };
   };
   object->setReachableBlock(told("reachable"));

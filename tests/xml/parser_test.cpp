@@ -52,6 +52,7 @@ TEST(Parser, buildsTheTreeAsWrittenInWhateverEncoding) {
       {"<a>a<b/>b</a>", "a \"ab\" [b]"},
       {"<a>x&amp;y&lt;&#65;&#x42;</a>", "a \"x&y<AB\""},
       {"<a>x<![CDATA[<b>&amp;]]>y<!-- no --><?no?></a>", "a \"x<b>&amp;y\""},
+      {"<a><![CDATA[]]></a>", "a"},
       {"<a b='1' c=\"a&amp;b&#38;c&lt;&quot;&amp;amp;#38;\"/>", "a b=1 c=a&b&c<\"&amp;#38;"},
       {"<v:a xmlns:v='urn:v' xmlns='urn:d' v:b='1' b='2'><v:c/><x:d/></v:a>",
        "v:a xmlns:v=urn:v xmlns=urn:d v:b=1 b=2 [v:c, x:d]"},

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "VAST/Parser/YMRVastModel.h"
+#include "tests/VAST/Parser/RecordedLog.h"
 #include "tests/VAST/Parser/VASTTexts.h"
 
 using testing::ElementsAre;
@@ -57,7 +58,7 @@ TEST(Model, answersForItsLastDocumentAndGathersURLsOfTheWholeChainOutermostFirst
            "3.0"),
        vast::document(vast::inLine(
            "<AdTitle>Harbour</AdTitle><Description><![CDATA[At dawn]]></Description>"
-           "<Impression id=''>\n <![CDATA[http://t.test/i?a|b]]> \n</Impression>"
+           "<Impression id=''>\n <![CDATA[http://t.test/i?a|b|c]]> \n</Impression>"
            "<Error id='x'>http://t.test/e2</Error>" +
            vast::linear(vast::mediaFile(" http://media.test/a|b.mp4\n"),
                         vast::tracking("start", "http://t.test/s2") + vast::tracking("pause", "http://t.test/p") +
@@ -70,7 +71,7 @@ TEST(Model, answersForItsLastDocumentAndGathersURLsOfTheWholeChainOutermostFirst
   EXPECT_FALSE(model->redirectUrl()) << "the wrapper is not in the last document";
   EXPECT_THAT(each(model->mediaFiles()), ElementsAre("http://media.test/a%7cb.mp4"));
   EXPECT_THAT(each(model->impressions()),
-              ElementsAre("w http://t.test/w1", "nil http://t.test/w2", " http://t.test/i?a%7cb"));
+              ElementsAre("w http://t.test/w1", "nil http://t.test/w2", " http://t.test/i?a%7cb%7cc"));
   EXPECT_THAT(each(model->errors()), ElementsAre("nil http://t.test/e1", "x http://t.test/e2"));
   const auto events = model->trackingEvents();
   EXPECT_THAT(events, SizeIs(3));
@@ -151,6 +152,7 @@ TEST(Model, answersNothingOrWhatThereIsForStrangeDocuments) {
 }
 
 TEST(Model, splitsIntoPodAndStandaloneAds) {
+  const RecordedLog log(SKLogLevelWarning);
   const auto model =
       modelOf({vast::document(vast::playable("first", "id='S1'") + vast::playable("pod", "id='P' sequence='1'") +
                               vast::playable("nameless", "") + vast::playable("q", "id='Q' sequence='2'") +
@@ -158,6 +160,7 @@ TEST(Model, splitsIntoPodAndStandaloneAds) {
   ASSERT_THAT(each(model->sequencedAdModels()), ElementsAre("P", "R", "Q")) << "by sequence as text";
   EXPECT_FALSE(model->adTitle() || model->redirectUrl()) << "a model that was split answers no query";
   ASSERT_THAT(each(model->standaloneAdModels()), ElementsAre("S1", "S2")) << "one without id could not be found again";
+  EXPECT_THAT(log.lines(), ElementsAre("warning VAST - Model: Left out 1 Ad without an id among several"));
   EXPECT_EQ(model->adModels()[0]->parent(), model);
   EXPECT_FALSE(model->standaloneAdModels()[0]->parent());
   EXPECT_EQ(model->adModels()[0]->adTitle(), "pod");

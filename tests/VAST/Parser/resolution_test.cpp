@@ -27,6 +27,7 @@ struct Resolution : testing::Test {
     options.hopObserver = [this](const VASTHop& hop) {
       EXPECT_FALSE(loop.isCurrent());
       hops.push_back(hop);
+      throw std::runtime_error("from the host");  // which changes nothing
     };
     {
       SKVAST2Parser parser(options);
@@ -34,6 +35,7 @@ struct Resolution : testing::Test {
         EXPECT_TRUE(loop.isCurrent());
         model = std::move(result);
         ++completions;
+        throw completions;
       });
       EXPECT_EQ(completions, 0) << "completed before the call returned";
     }

@@ -40,6 +40,7 @@ TEST(XMLUtil, turnsNodesIntoDictionariesWithoutExpandingEntities) {
       {"<a/>", "/a", {"a"}},
       {"<a c=' 1 ' b=''/>", "/a", {"a c='1' b=''"}},
       {"<a><![CDATA[ x ]]></a>", "/a", {"a [- ' x ']"}},
+      {"<a><![CDATA[]]></a>", "/a", {"a [-]"}},
       {"<a>1<!-- c --><?p q ?>2</a>", "/a", {"a '12' [comment ' c '] [p 'q ']"}},
       {"<a><b>1</b><b><c d='e'>2</c></b></a>", "//b", {"b '1'", "b [c '2' d='e']"}},
       {"<a b=' 1 '/>", "/a/@b", {"b '1'"}},

@@ -90,10 +90,11 @@ TEST_F(VastProgram, printsEverythingOfAnAdForScripts) {
 TEST_F(VastProgram, listsHopsAPodInTheOrderOfPlayAndItsFallBacks) {
   server.on("/missing", HTTPServer::Reply{.status = 404, .body = "gone"});
   const std::string source =
-      file("pod.xml", vast::document(vast::playable("two", "id='B' sequence='2'") + vast::playable("spare", "id='S'") +
-                                     vast::wrapper(server.url("/inner"), "id='C' sequence='10'") +
-                                     vast::playable("one", "id='A' sequence='1'") +
-                                     vast::wrapper(server.url("/missing"), "id='D' sequence='3'")));
+      file("pod.xml",
+           vast::document(vast::playable("two", "id='B' sequence='2'") + vast::playable("spare", "id='S'") +
+                          vast::playable("nameless") + vast::wrapper(server.url("/inner"), "id='C' sequence='10'") +
+                          vast::playable("one", "id='A' sequence='1'") +
+                          vast::wrapper(server.url("/missing"), "id='D' sequence='3'")));
   const std::string inner = vast::playable("inner", "id='C1' sequence='1'") + vast::inLine("", "id='C2' sequence='2'") +
                             vast::playable("innerspare", "id='CS'");
   serve("/inner", inner);
@@ -107,7 +108,8 @@ TEST_F(VastProgram, listsHopsAPodInTheOrderOfPlayAndItsFallBacks) {
   EXPECT_EQ(all["hops"][0]["url"], server.url("/inner"));
   EXPECT_EQ(all["hops"][0]["depth"], 1);
   EXPECT_EQ(all["hops"][0]["bytes"], vast::document(inner).size());
-  EXPECT_THAT(run({source}).output, AllOf(HasSubstr("would show 4 ads"), HasSubstr("sequence        2")));
+  EXPECT_THAT(run({source}).output, AllOf(HasSubstr("never played: 1 of several ads, without an id"),
+                                          HasSubstr("would show 4 ads"), HasSubstr("sequence        2")));
 }
 
 TEST_F(VastProgram, endsWithZeroOnlyWhenAnAdWouldBeShown) {
