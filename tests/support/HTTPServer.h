@@ -1,5 +1,7 @@
 #pragma once
 
+#include <httplib.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -13,13 +15,14 @@
 
 // A web server on a free port of 127.0.0.1, for tests against real connections: a thread for each, kept alive between
 // requests, with ranges, HEAD and the faults that real servers have. Any thread may call it; all threads end with it.
-class HTTPServer {
+// The library reads requests, makes answers and cuts ranges out of them; the faults are in what sends them.
+class HTTPServer : httplib::Server {
  public:
   struct Request {
     std::string method;
     std::string target;  // path and query, as sent
     std::string path;
-    std::map<std::string, std::string> headers;  // names in lower case
+    std::map<std::string, std::string, httplib::detail::ci> headers;  // names in any case
     std::chrono::steady_clock::time_point at;
   };
 
@@ -44,20 +47,26 @@ class HTTPServer {
   using Handler = std::function<Reply(const Request&)>;
 
   HTTPServer();
-  HTTPServer(const HTTPServer&) = delete;
-  HTTPServer& operator=(const HTTPServer&) = delete;
   ~HTTPServer();
 
   // What a path gives from now on, whatever its query. Others give 404.
   void on(const std::string& path, Handler handler);
-  void on(const std::string& path, Reply reply);
-  void on(const std::string& path, std::string body, std::string type = "text/plain");
-  void onFile(const std::string& path, std::string file, std::string type);
-  void onRedirect(const std::string& path, std::string location, int status = 302);
+  void on(const std::string& path, Reply reply) {
+    on(path, [reply = std::move(reply)](const Request&) { return reply; });
+  }
+  void on(const std::string& path, std::string body, std::string type = "text/plain") {
+    on(path, Reply{.body = std::move(body), .type = std::move(type)});
+  }
+  void onFile(const std::string& path, std::string file, std::string type) {
+    on(path, Reply{.type = std::move(type), .file = std::move(file)});
+  }
+  void onRedirect(const std::string& path, std::string location) {
+    on(path, Reply{.status = 302, .headers = {{"Location", std::move(location)}}});
+  }
   // For every path that has nothing of its own.
-  void onOthers(Handler handler);
+  void onOthers(Handler handler) { on("", std::move(handler)); }
 
-  std::string url(const std::string& target) const;
+  std::string url(const std::string& target) const { return "http://127.0.0.1:" + std::to_string(port_) + target; }
   // Requests so far, in the order in which their heads were read; of one path when given.
   std::vector<Request> log() const;
   std::size_t count(const std::string& path) const;
@@ -70,27 +79,22 @@ class HTTPServer {
   void stop();
 
   // A URL whose port refuses connections.
-  static std::string refusingURL();
+  static std::string refusingURL() { return HTTPServer().url("/"); }
 
  private:
-  void accept();
-  void serve(int socket, int number);
-  std::optional<Request> read(int socket, std::string& buffered) const;
-  bool answer(int socket, const Request& request, const Reply& reply);
-  bool sendAll(int socket, std::string_view bytes, std::chrono::milliseconds pause);
+  class Connection;
+  bool process_and_close_socket(socket_t socket) override;
+  Reply replyTo(httplib::Request& request);
   // False when the server stopped meanwhile.
   bool pause(std::chrono::milliseconds duration);
 
   int port_ = 0;
-  const int listener_;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
-  std::map<std::string, Handler> handlers_;
-  Handler others_;
+  std::map<std::string, Handler> handlers_;  // "" for other paths
   std::vector<Request> log_;
-  std::map<int, int> sockets_;  // of open connections, by number
+  std::vector<int> sockets_;  // of open connections
   int connections_ = 0;
-  bool stopping_ = false;
-  std::vector<std::thread> threads_;
-  std::thread acceptor_;
+  bool isStopping_ = false;
+  std::thread thread_;
 };
