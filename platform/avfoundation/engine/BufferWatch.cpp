@@ -74,7 +74,10 @@ void BufferWatch::noteBuffer(GstPad* pad, GstBuffer* buffer) {
       gst_segment_to_stream_time_full(&stream.segment, GST_FORMAT_TIME, start, &streamTime) != 1) {
     return;
   }
-  stream.lastStart = std::max(stream.lastStart.value_or(0), streamTime);
+  const GstClockTime before = stream.lastStart.value_or(streamTime);
+  const GstClockTime lasts = length > 0 ? length : streamTime - std::min(before, streamTime);
+  stream.lastStart = std::max(before, streamTime);
+  stream.lastEnd = std::max(stream.lastEnd.value_or(0), streamTime + lasts);
 }
 
 void BufferWatch::noteEvent(GstPad* pad, GstEvent* event) {
@@ -106,6 +109,7 @@ void BufferWatch::noteEvent(GstPad* pad, GstEvent* event) {
     case GST_EVENT_FLUSH_STOP:
       stream.end.reset();
       stream.lastStart.reset();
+      stream.lastEnd.reset();
       stream.isComplete = false;
       break;
     default:
@@ -136,9 +140,7 @@ std::optional<GstClockTime> BufferWatch::bufferedEnd() const {
 std::optional<GstClockTime> BufferWatch::reachedEnd() const {
   std::lock_guard lock(mutex_);
   std::optional<GstClockTime> end;
-  for (const auto& [pad, stream] : streams_) {
-    if (stream.counts) end = std::max(end, stream.end);
-  }
+  for (const auto& [pad, stream] : streams_) end = std::max(end, stream.lastEnd);
   return end;
 }
 

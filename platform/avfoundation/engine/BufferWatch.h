@@ -20,7 +20,7 @@ class BufferWatch {
   // The media time in nanoseconds up to which every picture and sound is here. Nothing when none is, or not known. When
   // all streams have come to their end it is GST_CLOCK_TIME_NONE. Any thread.
   std::optional<GstClockTime> bufferedEnd() const;
-  // The media time in nanoseconds up to which there was anything to play since the last flush. Any thread.
+  // The media time in nanoseconds up to which there was anything to play or to read since the last flush. Any thread.
   std::optional<GstClockTime> reachedEnd() const;
   // When the last of all pictures begins. Nothing before it has come, and for playlists, whose pictures may change.
   std::optional<GstClockTime> lastPicture() const;
@@ -31,7 +31,8 @@ class BufferWatch {
   struct Stream {
     GstSegment segment;
     std::optional<GstClockTime> end;
-    std::optional<GstClockTime> lastStart;  // of a buffer
+    std::optional<GstClockTime> lastStart;  // of a buffer, as it is to be shown
+    std::optional<GstClockTime> lastEnd;    // the same; what has no length lasts as long as the one before
     bool isComplete = false;
     bool isVideo = false;
     bool counts = true;  // pictures or sound: texts come when they come

@@ -62,6 +62,7 @@ GstFlowReturn FrameOutlet::take(GstSampleRef sample, bool isPreroll) {
   const CMTime time = timeOf(sample.get());
   {
     std::lock_guard lock(mutex_);
+    noteTimes(gst_sample_get_buffer(sample.get()));
     // Pausing prerolls the picture that comes next: it is shown when its time has come, not before. Playing on hands
     // the picture over again that has been prerolled.
     const bool isShown = isFresh_ && (isPreroll || (CMTIME_IS_VALID(time) && time == current_.time));
@@ -83,9 +84,32 @@ GstFlowReturn FrameOutlet::take(GstSampleRef sample, bool isPreroll) {
   return GST_FLOW_OK;
 }
 
-GstPadProbeReturn FrameOutlet::probeEvent(GstPad*, GstPadProbeInfo* info, gpointer self) {
-  static_cast<FrameOutlet*>(self)->noteEvent(GST_PAD_PROBE_INFO_EVENT(info));
+// One that does not say how long it lasts does so as long as the one before it.
+void FrameOutlet::noteTimes(GstBuffer* picture) {
+  const GstClockTime start = GST_BUFFER_PTS(picture);
+  if (start == newest_) return;  // once more
+  const bool follows = isFresh_ && GST_CLOCK_TIME_IS_VALID(newest_) && start > newest_;
+  newestLasts_ = GST_BUFFER_DURATION_IS_VALID(picture) ? GST_BUFFER_DURATION(picture) : follows ? start - newest_ : 0;
+  newest_ = start;
+}
+
+GstPadProbeReturn FrameOutlet::probeEvent(GstPad*, GstPadProbeInfo* info, gpointer data) {
+  auto* self = static_cast<FrameOutlet*>(data);
+  GstEvent* event = GST_PAD_PROBE_INFO_EVENT(info);
+  if (GST_EVENT_TYPE(event) == GST_EVENT_GAP) GST_PAD_PROBE_INFO_DATA(info) = self->afterLastPicture(event);
+  self->noteEvent(event);
   return GST_PAD_PROBE_OK;
+}
+
+// The gap that makes decoders drain begins where the pictures began: the sink would take that for the last thing to be
+// shown, and end there.
+GstEvent* FrameOutlet::afterLastPicture(GstEvent* gap) const {
+  GstClockTime start = GST_CLOCK_TIME_NONE;
+  gst_event_parse_gap(gap, &start, nullptr);
+  std::lock_guard lock(mutex_);
+  if (!isFresh_ || !GST_CLOCK_TIME_IS_VALID(newest_) || start > newest_) return gap;
+  gst_event_unref(gap);
+  return gst_event_new_gap(newest_, newestLasts_);
 }
 
 void FrameOutlet::noteEvent(GstEvent* event) {

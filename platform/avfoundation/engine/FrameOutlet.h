@@ -44,6 +44,9 @@ class FrameOutlet {
 
   GstFlowReturn take(GstSampleRef sample, bool isPreroll);
   void noteEvent(GstEvent* event);
+  void noteTimes(GstBuffer* picture);
+  // The gap, or in its place one that lasts as long as the picture that came last; the caller's.
+  GstEvent* afterLastPicture(GstEvent* gap) const;
 
   static GstFlowReturn newPreroll(GstAppSink* sink, gpointer self);
   static GstFlowReturn newSample(GstAppSink* sink, gpointer self);
@@ -61,5 +64,8 @@ class FrameOutlet {
   Orientation streamOrientation_;
   double frameRate_ = 0;
   bool isFresh_ = false;  // something came since the last flush
+  // When the picture that came last begins, in the stream's own time, and how long it lasts.
+  GstClockTime newest_ = GST_CLOCK_TIME_NONE;
+  GstClockTime newestLasts_ = 0;
   bool closed_ = false;
 };

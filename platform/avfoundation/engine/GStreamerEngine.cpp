@@ -21,6 +21,8 @@ constexpr int maximumRestarts = 3;
 constexpr auto seekPatience = std::chrono::seconds(1);
 // The end that a container names and the end of its last sample differ by less than this.
 constexpr std::int64_t endTolerance = second / 2;
+// Media of which more than this is missing at the end have been cut off.
+constexpr std::int64_t missingLimit = second;
 // How far before the place sought to look for a picture when there is none, and it is not known which was the last.
 constexpr std::array<std::int64_t, 4> pictureSteps{second / 2, 2 * second, 8 * second, 32 * second};
 
@@ -162,6 +164,9 @@ void GStreamerEngine::prerolled(std::uint64_t flushes) {
     apply();
   } else if (current_ && current_->flushesBefore && flushes > *current_->flushesBefore) {
     const bool lacksPicture = hasVideo() && !pipeline_->frames().hasFreshPicture();
+    if (lacksPicture && pipeline_->bufferedEnd() == GST_CLOCK_TIME_NONE && isCutOff()) {
+      return fail(damagedMediaError(source_.url));
+    }
     if (lacksPicture && current_->attempts < static_cast<int>(pictureSteps.size()) && current_->target > 0) {
       ++current_->attempts;
       return sendSeek(pictureTime(*current_));
@@ -251,8 +256,9 @@ std::int64_t GStreamerEngine::pictureTime(const Seek& seek) const {
 
 void GStreamerEngine::ended() {
   if (!isReady_ || current_) return;  // of before the seek
+  if (isCutOff()) return fail(damagedMediaError(source_.url));
   const std::int64_t time = mediaTime();
-  floor_ = facts_.duration && *facts_.duration - time < endTolerance ? std::max(time, *facts_.duration) : time;
+  floor_ = facts_.duration && *facts_.duration - time < missingLimit ? std::max(time, *facts_.duration) : time;
   hasEnded_ = true;
   if (facts_.duration && *facts_.duration < floor_) {
     facts_.duration = floor_;
@@ -260,6 +266,12 @@ void GStreamerEngine::ended() {
   }
   apply();
   report(&Events::ended);
+}
+
+bool GStreamerEngine::isCutOff() const {
+  if (!facts_.duration || !facts_.saysItsLength) return false;
+  const auto reached = pipeline_->reachedEnd();
+  return *facts_.duration - (reached ? static_cast<std::int64_t>(*reached) : mediaTime()) > missingLimit;
 }
 
 void GStreamerEngine::fail(const NSError& error) {

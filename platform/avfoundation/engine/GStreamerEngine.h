@@ -53,6 +53,8 @@ class GStreamerEngine final : public MediaEngine {
   void prerolled(std::uint64_t flushes);
   void becomeReady();
   void ended();
+  // To be asked when all data have come: they end long before the container says.
+  bool isCutOff() const;
   void fail(const NSError& error);
   void buffered(bool isFilled);
   void factsChanged(MediaFacts facts);

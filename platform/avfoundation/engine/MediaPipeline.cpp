@@ -279,7 +279,7 @@ void MediaPipeline::refreshFacts() {
     facts.seekableStart = std::max<gint64>(start, 0);
     if (end >= 0) facts.seekableEnd = end;
   }
-  facts.isAdaptive = buffers_.isAdaptive();
+  facts.saysItsLength = !isTransportStream_ && !buffers_.isAdaptive();
   GstObjectRef<GstStreamCollection> streams;
   {
     std::lock_guard lock(mutex_);

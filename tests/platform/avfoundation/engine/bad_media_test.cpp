@@ -91,19 +91,24 @@ INSTANTIATE_TEST_SUITE_P(
 
 class DamagedMedia : public EngineTest {};
 
-TEST_F(DamagedMedia, playsAsFarAsItGoesAndEnds) {
+TEST_F(DamagedMedia, playsAsFarAsItGoesAndHasFailedWhenTheRestIsMissing) {
   for (const char* where : {"truncated.mp4", "@truncated.mp4", "corrupt.mp4", "@corrupt.mp4"}) {
     SCOPED_TRACE(where);
     ASSERT_TRUE(open(where));
     EXPECT_EQ(frames->lastNumber(), 0);
-    if (std::string(where).ends_with("corrupt.mp4")) {
+    const bool isWhole = std::string(where).ends_with("corrupt.mp4");
+    if (isWhole) {
       ASSERT_EQ(seek(8.5), true);
     }
     engine->setRate(1);
-    EXPECT_TRUE(runUntil([this] { return told.ended > 0; }));
-    EXPECT_THAT(told.failures, IsEmpty());
+    EXPECT_TRUE(runUntil([this] { return told.ended > 0 || !told.failures.empty(); }));
+    EXPECT_EQ(told.ended, isWhole);
+    EXPECT_EQ(told.failures.size(), isWhole ? 0u : 1u);
     EXPECT_GT(frames->lastNumber(), 10);
   }
+  ASSERT_TRUE(open("truncated.mp4"));
+  EXPECT_EQ(seek(8), false) << "there is nothing";
+  EXPECT_TRUE(runUntil([this] { return !told.failures.empty(); }));
 }
 
 TEST_F(DamagedMedia, aServerThatStopsSendingInTheMiddleIsAskedForTheRest) {
