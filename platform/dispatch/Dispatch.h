@@ -33,7 +33,8 @@ YMR_API void dispatch_group_enter(const dispatch_group_t& group);
 // Throws std::logic_error when it was not entered.
 YMR_API void dispatch_group_leave(const dispatch_group_t& group);
 YMR_API void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block);
-// Returns when everything that entered has left; not for the main thread. In virtual form it runs the loop.
+// Returns when everything that entered has left; for the main thread only where nothing of that needs the main queue. In
+// virtual form it runs the loop.
 YMR_API void dispatch_group_wait(const dispatch_group_t& group);
 // Hands `block` to `queue` when everything that entered has left; at once when nothing is inside.
 YMR_API void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue,

@@ -59,7 +59,7 @@ void CurlTransfer::setOptions() {
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // a time-out does not wait for the name look-up's thread
   curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS,
-                   static_cast<long>(std::min(request_.silence, request_.whole).count()));
+                   static_cast<long>(std::min({request_.connecting, request_.silence, request_.whole}).count()));
   curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request_.whole.count()));
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, message_);
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);

@@ -1,9 +1,11 @@
 #include "platform/foundation/CurlURLLoader.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 
 namespace {
 
@@ -18,27 +20,48 @@ URLResponse failed(int code, std::string message) {
   return response;
 }
 
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) ::close(number_);
+  }
+  operator int() const { return number_; }
+
+ private:
+  const int number_;
+};
+
+// Only a regular file: a pipe would never end. It is asked of what was opened, which does not change any more, and
+// opening does not wait for the other end of a pipe.
 URLResponse readFile(const URLRequest& request) {
   const std::string& path = request.url.path();
-  std::error_code error;
-  // Only a regular file: a pipe would never end.
-  if (!std::filesystem::is_regular_file(path, error)) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (file < 0 && (errno == ENOENT || errno == ENOTDIR || errno == ENXIO)) {
     return failed(NSURLErrorFileDoesNotExist, path + ": there is no such file.");
   }
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return failed(NSURLErrorNoPermissionsToReadFile, path + ": " + std::strerror(errno));
+  if (file < 0) return failed(NSURLErrorNoPermissionsToReadFile, path + ": " + std::strerror(errno));
+  struct stat status {};
+  if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
+    return failed(NSURLErrorFileDoesNotExist,
+                  path + (S_ISDIR(status.st_mode) ? ": this is a folder." : ": this is no regular file."));
+  }
   URLResponse response;
+  const auto deadline = RunLoop::main().now() + request.whole;
   char block[64 * 1024];
-  while (file.read(block, sizeof block), file.gcount() > 0) {
-    const auto count = static_cast<std::size_t>(file.gcount());
-    if (count > request.maximumBytes - response.body.size()) {
+  while (const ssize_t count = ::read(file, block, sizeof block)) {
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return failed(NSURLErrorResourceUnavailable, path + ": " + std::strerror(errno));
+    if (static_cast<std::size_t>(count) > request.maximumBytes - response.body.size()) {
       return failed(NSURLErrorDataLengthExceedsMaximum,
                     path + ": longer than " + std::to_string(request.maximumBytes) + " bytes.");
     }
+    if (RunLoop::main().now() > deadline) return failed(NSURLErrorTimedOut, path + ": reading takes too long.");
     const auto* bytes = reinterpret_cast<const std::byte*>(block);
     response.body.insert(response.body.end(), bytes, bytes + count);
   }
-  if (file.bad()) return failed(NSURLErrorResourceUnavailable, path + ": " + std::strerror(errno));
   response.status = 200;
   return response;
 }

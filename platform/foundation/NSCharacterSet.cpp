@@ -32,6 +32,11 @@ const NSCharacterSet& NSCharacterSet::whitespaceAndNewlineCharacterSet() {
   return set;
 }
 
+const NSCharacterSet& NSCharacterSet::newlineCharacterSet() {
+  static const NSCharacterSet set({{0x0A, 0x0D}, {0x85, 0x85}, {0x2028, 0x2029}});
+  return set;
+}
+
 NSCharacterSet NSCharacterSet::characterSetWithCharactersInString(std::string_view characters) {
   std::vector<Range> ranges;
   while (!characters.empty()) {
@@ -55,12 +60,18 @@ bool NSCharacterSet::rangesContain(char32_t character) const {
   return after != ranges_.begin() && character <= std::prev(after)->second;
 }
 
-std::string_view stringByTrimmingCharactersInSet(std::string_view text, const NSCharacterSet& set) {
-  while (!text.empty()) {
-    const UTF8Character first = isASCII(text.front()) ? ascii(text.front()) : firstUTF8Character(text);
-    if (!set.characterIsMember(first.value)) break;
-    text.remove_prefix(first.length);
+std::size_t lengthOfCharactersInSet(std::string_view text, const NSCharacterSet& set, bool inverted) {
+  std::size_t length = 0;
+  while (length < text.size()) {
+    const UTF8Character next = isASCII(text[length]) ? ascii(text[length]) : firstUTF8Character(text.substr(length));
+    if (set.characterIsMember(next.value) == inverted) break;
+    length += next.length;
   }
+  return length;
+}
+
+std::string_view stringByTrimmingCharactersInSet(std::string_view text, const NSCharacterSet& set) {
+  text.remove_prefix(lengthOfCharactersInSet(text, set));
   while (!text.empty()) {
     const UTF8Character last = isASCII(text.back()) ? ascii(text.back()) : lastUTF8Character(text);
     if (!set.characterIsMember(last.value)) break;

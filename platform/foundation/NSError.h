@@ -27,6 +27,9 @@ inline constexpr int NSURLErrorDataLengthExceedsMaximum = -1103;
 inline constexpr int NSURLErrorSecureConnectionFailed = -1200;
 inline constexpr int NSURLErrorServerCertificateUntrusted = -1202;
 
+inline constexpr const char* NSCocoaErrorDomain = "NSCocoaErrorDomain";  // reading text
+inline constexpr int NSFileReadInapplicableStringEncodingError = 261;    // it is not in the encoding that it should be
+
 inline constexpr const char* AVFoundationErrorDomain = "AVFoundationErrorDomain";  // playing media
 inline constexpr int AVErrorUnknown = -11800;
 inline constexpr int AVErrorDecodeFailed = -11821;
