@@ -47,9 +47,13 @@ std::optional<Place> placeOf(const std::string& path) {
   return best;
 }
 
-// Whether it is a room of the ad-tag library, in which neither Qt nor GStreamer exists.
 bool isOfTheAdTags(const Place& place) {
   return floors[place.floor].library == "ymrvast";
+}
+
+// Whether neither Qt nor GStreamer exists there.
+bool isBare(const Place& place) {
+  return isOfTheAdTags(place) || floors[place.floor].library == "bare";
 }
 
 using Included = std::vector<std::pair<std::string, std::string>>;  // file, what it includes (with its bracket)
@@ -76,7 +80,7 @@ std::vector<std::string> arrowsUpwards(const Included& tree) {
     const auto from = placeOf(file);
     const auto to = placeOf(included.substr(1));
     const bool pointsDown = to && (to->folder == from->folder || to->floor > from->floor);
-    const bool leavesTheAdTags = to && isOfTheAdTags(*from) && floors[to->floor].library == "ymrplayer";
+    const bool leavesTheAdTags = to && isOfTheAdTags(*from) && !isOfTheAdTags(*to) && to->folder != "platform";
     if (!pointsDown || leavesTheAdTags) wrong.push_back(file + " includes " + included.substr(1));
   }
   return wrong;
@@ -86,7 +90,7 @@ std::vector<std::string> strangersBelow(const Included& tree) {
   static const std::regex stranger(R"(^<(Q[A-Z]|Qt|gst/|glib))");
   std::vector<std::string> wrong;
   for (const auto& [file, included] : tree) {
-    if (isOfTheAdTags(*placeOf(file)) && std::regex_search(included, stranger))
+    if (isBare(*placeOf(file)) && std::regex_search(included, stranger))
       wrong.push_back(file + " includes " + included.substr(1));
   }
   return wrong;

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "platform/Export.h"
+#include "subtitles/core/ASBSubtitle.h"
+
+// The cues of one track, which never change; any thread.
+class YMR_API ASBSubtitleList {
+ public:
+  explicit ASBSubtitleList(std::vector<ASBSubtitle> subtitles);
+
+  // In the order of the file.
+  const std::vector<ASBSubtitle>& subtitles() const { return subtitles_; }
+  // The cue that shows at that time: of those that start at or before it and stop at or after it, the one that stands
+  // last in the file. nil for none. Looks at every cue: 100,000 of them in about a tenth of a millisecond.
+  const ASBSubtitle* lastSubtitleAtTime(double seconds) const;
+
+ private:
+  struct Times {
+    double start, stop;
+  };
+
+  const std::vector<ASBSubtitle> subtitles_;
+  std::vector<Times> times_;  // of the cues, side by side, for the look-up
+};
+
+// Where a list that was read on one thread is found by another. Any thread; a list is there whole or not at all.
+class YMR_API ASBPublishedSubtitles {
+ public:
+  // nil takes the list away. Who uses the former one may go on with it.
+  void publish(std::shared_ptr<const ASBSubtitleList> list);
+  // nil until something was published.
+  std::shared_ptr<const ASBSubtitleList> current() const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::shared_ptr<const ASBSubtitleList> list_;
+};

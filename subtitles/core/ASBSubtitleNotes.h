@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Export.h"
+#include "subtitles/core/ASBSubtitle.h"
+#include "subtitles/core/ASBSubtitleText.h"
+#include "subtitles/core/ASBSubtitleTimeline.h"
+
+// One cue as the player reads it, with what whoever prepares the file should know.
+struct ASBNotedSubtitle {
+  ASBSubtitle subtitle;
+  std::size_t line = 0;  // of its times in the file, from 1
+  bool shows = false;    // whether its text is on the screen at some time from 0 s on
+  std::vector<std::string>
+      notes;  // what is odd, why it does not show and what to do; for people, a sentence or two each
+};
+
+// Tells what is odd about a file of subtitles. The player itself never asks.
+//
+// One thread. The text must outlive it. Time n log n, memory for the times only, so cues are handed out one by one.
+class YMR_API ASBSubtitleNotes {
+ public:
+  explicit ASBSubtitleNotes(const ASBSubtitleText& text);
+
+  // On the file as a whole; empty when nothing is odd, and for a text that could not be read.
+  std::vector<std::string> notesOnFile() const;
+  std::size_t count() const { return shares_.size(); }
+  // How many show.
+  std::size_t shownCount() const { return shownCount_; }
+  // In the order of the file, the same as subtitlesFromSRT() gives.
+  void forEach(const std::function<void(const ASBNotedSubtitle&)>& use) const;
+
+ private:
+  struct Named {
+    std::int64_t index;
+    double startTime, stopTime;
+  };
+
+  void noteTimes(std::size_t cue, const ASBSubtitle& subtitle, std::vector<std::string>& notes) const;
+
+  const ASBSubtitleText& text_;
+  ASBSubtitleTimeline timeline_;
+  std::vector<ASBSubtitleTimeline::Share> shares_;
+  std::vector<Named> names_;
+  std::size_t shownCount_ = 0;
+};
+
+// Seconds as a time stamp of SRT, "00:00:01,500", to the nearest millisecond.
+YMR_API std::string timeStampOfSeconds(double seconds);

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <map>
+#include <optional>
+#include <vector>
+
+// Which cue the look-up gives when, from 0 s on: where several show at a time it is the one that stands last in the
+// file. One thread; n log n for n cues.
+class ASBSubtitleTimeline {
+ public:
+  // What a cue comes to.
+  struct Share {
+    double seconds = 0;         // how long it is given; an instant is more than 0
+    bool onFullSecond = false;  // whether it is given at a whole number of seconds
+  };
+  // A stretch in which another cue is given.
+  struct Cover {
+    std::size_t cue;  // from 0, in the order of the file
+    double from, to;
+  };
+
+  // The next cue of the file.
+  void add(double startTime, double stopTime);
+  // Of every cue, when all were added.
+  std::vector<Share> shares() const;
+  // The first stretch of a cue's time in which a later one is given; nil for none.
+  std::optional<Cover> firstCover(std::size_t cue, double startTime, double stopTime) const;
+
+ private:
+  static constexpr std::size_t nobody = std::numeric_limits<std::size_t>::max();
+
+  std::size_t count_ = 0;
+  std::map<double, std::size_t> from_{{0, nobody}};  // from that second up to the next entry's, without that
+};
