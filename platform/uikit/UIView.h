@@ -11,6 +11,7 @@
 #include "platform/dispatch/RunLoop.h"
 #include "platform/uikit/CALayer.h"
 #include "platform/uikit/NSLayoutConstraint.h"
+#include "platform/uikit/UIEvent.h"
 #include "platform/uikit/UIGestureRecognizer.h"
 #include "platform/uikit/UIPress.h"
 #include "platform/uikit/values/CGGeometry.h"
@@ -27,7 +28,8 @@ class UIViewController;
 // file has been read. The first view installs a QtRunLoop when the process has no run loop.
 //
 // Kept from the platform: the tree, frames, constraints, layout before the next picture, content drawn once and kept,
-// gesture recognisers and presses, animation of alpha. Left out: autoresizing masks, transforms, tint, touches.
+// gesture recognisers and presses, touches, animation of alpha. Left out: autoresizing masks, transforms, tint,
+// gestures of touches.
 class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UIView> {
   Q_OBJECT
   Q_PROPERTY(QColor backgroundColor READ qmlBackgroundColor WRITE setQmlBackgroundColor)
@@ -117,6 +119,18 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   virtual void pressesEnded(const UIPress& press);
   virtual void pressesCancelled(const UIPress& press);
 
+  // Whether touches come here; else they go to what lies below. False, as it starts, unlike the platform's: most views
+  // of a living room are only looked at.
+  bool isUserInteractionEnabled() const { return takesTouches_; }
+  void setUserInteractionEnabled(bool enabled);
+  // Fingers, or the mouse's left button, go down inside the view, on the topmost view there that takes touches. What
+  // becomes of them comes here too, wherever they go, until they end, or are cancelled: the view is hidden, leaves its
+  // window, or somebody else takes them. `event` holds all that are down on the view. Nothing by default.
+  virtual void touchesBegan(const UIEvent& event);
+  virtual void touchesMoved(const UIEvent& event);
+  virtual void touchesEnded(const UIEvent& event);
+  virtual void touchesCancelled(const UIEvent& event);
+
   // Whose view this is; null for one inside.
   UIViewController* viewController() const { return viewController_; }
 
@@ -147,6 +161,12 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
   void itemChange(ItemChange change, const ItemChangeData& data) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void touchEvent(QTouchEvent* event) override;
+  void touchUngrabEvent() override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseUngrabEvent() override;
   void updatePolish() override;
   QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
 
@@ -160,12 +180,16 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   void setNeedsSolving();
   void layoutTree();
   void draw();
+  void deliverTouches(const std::vector<UITouch>& changed);
+  void deliverMouse(const QMouseEvent& event, UITouchPhase phase);
+  void cancelTouches(bool ofMouse);
 
   bool hidden_ = false;
   bool keepsFrame_ = true;
   bool drawsContent_ = false;
   bool needsDisplay_ = false;
   bool needsLayout_ = true;
+  bool takesTouches_ = false;
   // Of a root, about its tree:
   bool needsSolving_ = false;
   bool treeNeedsLayout_ = true;
@@ -181,6 +205,7 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   std::vector<std::shared_ptr<UIView>> subviews_;
   std::vector<std::shared_ptr<NSLayoutConstraint>> constraints_;
   std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;
+  std::vector<UITouch> touches_;  // that are down
   std::shared_ptr<CALayer> layer_;
   UIViewController* viewController_ = nullptr;
 };
