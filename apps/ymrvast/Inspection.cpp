@@ -1,26 +1,16 @@
 #include "apps/ymrvast/Inspection.h"
 
-#include <deque>
 #include <map>
 
 #include "VAST/Parser/VASTSchema.h"
 #include "VAST/Parser/VASTXMLUtil.h"
-#include "ads/core/SKVASTMediaFilePicker.h"
+#include "ads/core/YMRAdQueue.h"
 #include "apps/ymrvast/Log.h"
 #include "platform/dispatch/PlainRunLoop.h"
 
 namespace {
 
-using Ads = std::vector<Inspection::Ad>;
-using Queue = std::deque<std::shared_ptr<YMRVastModel>>;
-
-Queue queueOf(const YMRVastModel::Models& models) {
-  return {models.begin(), models.end()};
-}
-
-bool foundNothing(const std::optional<SKVASTError>& error) {
-  return error == SKVASTErrorNoAd || error == SKVASTErrorNoAdAfterWrappers;
-}
+using Models = YMRVastModel::Models;
 
 // How far a document can be read that is not well-formed, or what of another one is never played; else empty.
 std::string faultOf(const VASTDocument& document) {
@@ -53,22 +43,36 @@ class AdInspector {
   explicit AdInspector(const Options& options) : options_(options) {}
 
   Inspection::Ad inspect(const std::shared_ptr<YMRVastModel>& model) const {
-    Inspection::Ad ad;
-    ad.model = model;
-    const auto files = model->mediaFiles();
-    const auto picked = hasNetwork_ ? SKVASTMediaFilePicker::pick(files) : nullptr;
-    for (const auto& file : files) ad.files.push_back({file, file == picked ? "" : verdictOn(*file)});
-    if (picked) ad.picked = picked->url();
-    if (files.empty()) {
-      ad.failure = model->vastError();
-      if (foundNothing(ad.failure)) ad.reason = reasonForNoFiles(*model);
-    } else if (!ad.picked) {
-      ad.failure = SKVASTErrorMediaFileNotCompatible;
-    }
-    return ad;
+    SKVASTMediaFilePicker::Files files;
+    return describe(model, YMRPreparedAd::from(*model, pickInto(files)), files);
+  }
+
+  Inspection::Ad takeNext(YMRAdQueue& queue) const {
+    const auto model = queue.next();
+    SKVASTMediaFilePicker::Files files;
+    return describe(model, queue.takeNext(pickInto(files)), files);
   }
 
  private:
+  YMRPreparedAd::Pick pickInto(SKVASTMediaFilePicker::Files& seen) const {
+    return [this, &seen](const SKVASTMediaFilePicker::Files& files) {
+      seen = files;
+      return hasNetwork_ ? SKVASTMediaFilePicker::pick(files) : nullptr;
+    };
+  }
+
+  Inspection::Ad describe(const std::shared_ptr<YMRVastModel>& model, YMRPreparedAd prepared,
+                          const SKVASTMediaFilePicker::Files& files) const {
+    Inspection::Ad ad;
+    ad.model = model;
+    ad.prepared = std::move(prepared);
+    for (const auto& file : files) {
+      ad.files.push_back({file, file == ad.prepared.mediaFile ? "" : verdictOn(*file)});
+    }
+    if (ad.failure() && ad.prepared.foundNothing()) ad.reason = reasonForNoFiles(*model);
+    return ad;
+  }
+
   std::string verdictOn(const SKVASTMediaFile& file) const {
     if (!hasNetwork_) return "there is no network";
     if (!file.type()) return "it has no type";
@@ -81,38 +85,33 @@ class AdInspector {
   const bool hasNetwork_ = SKVASTMediaFilePicker::networkType() != SKNetworkTypeNone;
 };
 
-void addStandalone(const YMRVastModel& model, const AdInspector& inspector, Ads& ads) {
-  for (const auto& child : model.standaloneAdModels()) ads.push_back(inspector.inspect(child));
-  for (const auto& child : model.adModels()) addStandalone(*child, inspector, ads);
+void addStandalone(const YMRVastModel& model, Models& standalone) {
+  for (const auto& child : model.standaloneAdModels()) standalone.push_back(child);
+  for (const auto& child : model.adModels()) addStandalone(*child, standalone);
 }
 
-// Goes through the break as the player does, on copies of the lists that it would consume.
-void markShown(Inspection& inspection, const AdInspector& inspector) {
-  std::map<const YMRVastModel*, Inspection::Ad*> known;
-  for (auto* list : {&inspection.ads, &inspection.standalone}) {
-    for (auto& ad : *list) known.emplace(ad.model.get(), &ad);
-  }
-  std::map<const YMRVastModel*, Queue> fallBacks;  // by the pod's parent
-  Queue queue = queueOf(inspection.model->sequencedAdModels());
-  while (!queue.empty()) {
-    const auto model = queue.front();
-    queue.pop_front();
-    const auto found = known.find(model.get());
-    // A fall-back that was split is played as its children, which are listed nowhere.
-    Inspection::Ad unlisted = found == known.end() ? inspector.inspect(model) : Inspection::Ad{};
-    Inspection::Ad& ad = found == known.end() ? unlisted : *found->second;
-    ad.isShown = ad.picked.has_value();
+// Lists the ads, and goes through the break as the player does, which uses the stand-alone ads up.
+void inspectAds(Inspection& inspection, const AdInspector& inspector) {
+  const Models ads = inspection.model->sequencedAdModels();
+  Models standalone;
+  addStandalone(*inspection.model, standalone);
+  // A fall-back that was split is played as its children, which are listed nowhere.
+  std::map<const YMRVastModel*, Inspection::Ad> played;
+  for (YMRAdQueue queue(*inspection.model); !queue.isEmpty();) {
+    auto ad = inspector.takeNext(queue);
+    ad.isShown = !ad.prepared.failure;
     if (ad.isShown) ++inspection.shownCount;
-    const auto parent = model->parent();
-    if (!foundNothing(ad.failure) || !parent) continue;
-    Queue& left = fallBacks.try_emplace(parent.get(), queueOf(parent->standaloneAdModels())).first->second;
-    if (left.empty()) continue;
-    const Queue playable = queueOf(left.front()->sequencedAdModels());
-    left.pop_front();
-    left.insert(left.begin(), playable.begin(), playable.end());
-    queue.push_front(left.front());
-    left.pop_front();
+    const auto* model = ad.model.get();
+    played.emplace(model, std::move(ad));
   }
+  const auto list = [&](const Models& models, std::vector<Inspection::Ad>& into) {
+    for (const auto& model : models) {
+      auto found = played.extract(model.get());
+      into.push_back(found ? std::move(found.mapped()) : inspector.inspect(model));
+    }
+  };
+  list(ads, inspection.ads);
+  list(standalone, inspection.standalone);
 }
 
 Inspection::Validation validate(const std::vector<std::pair<std::string, VASTDocument>>& documents,
@@ -166,10 +165,8 @@ Inspection inspect(const Options& options, const std::optional<VASTDocument>& do
   loop.run();
 
   const AdInspector inspector(options);
-  for (const auto& model : inspection.model->sequencedAdModels()) inspection.ads.push_back(inspector.inspect(model));
+  inspectAds(inspection, inspector);
   if (document) inspection.fault = faultOf(*document);
-  addStandalone(*inspection.model, inspector, inspection.standalone);
-  markShown(inspection, inspector);
   if (options.validate) inspection.validation = validate(documents, options);
   return inspection;
 }

@@ -7,11 +7,12 @@
 
 #include "VAST/Parser/SKVAST2Parser.h"
 #include "VAST/Parser/YMRVastModel.h"
+#include "ads/core/YMRPreparedAd.h"
 #include "apps/ymrvast/Options.h"
 
 class PlainRunLoop;
 
-// What the library made of an ad tag. Nothing of the model is consumed by looking.
+// What the library made of an ad tag, and what the player would make of it.
 struct Inspection {
   struct Hop {
     std::string url;
@@ -28,11 +29,17 @@ struct Inspection {
   };
   struct Ad {
     std::shared_ptr<YMRVastModel> model;
-    std::vector<MediaFile> files;
-    std::optional<NSURL> picked;
-    std::optional<SKVASTError> failure;  // what the player would report in place of playing it
-    std::string reason;                  // for the lack of media files in a document that came
-    bool isShown = false;                // by the player, when nothing fails on the way
+    YMRPreparedAd prepared;
+    std::vector<MediaFile> files;  // as the document lists them
+    std::string reason;            // for the lack of media files in a document that came, or for its refusal
+    bool isShown = false;          // by the player, when nothing fails on the way
+
+    // Where the film is that the player would play; nil for none.
+    std::optional<NSURL> picked() const { return prepared.mediaFile ? prepared.mediaFile->url() : std::nullopt; }
+    // What the player would report in place of playing it; nil also for an ad that was never resolved.
+    std::optional<SKVASTError> failure() const {
+      return !model->vastError() && prepared.foundNothing() ? std::nullopt : prepared.failure;
+    }
   };
   struct Validation {
     bool isValid = true;
@@ -40,8 +47,8 @@ struct Inspection {
   };
 
   std::string source;
-  std::string fault;  // of a document that was not fetched, as a hop's reason
-  std::shared_ptr<YMRVastModel> model;
+  std::string fault;            // of a document that was not fetched, as a hop's reason
+  std::shared_ptr<YMRVastModel> model;  // its lists of stand-alone ads are used up
   std::vector<Hop> hops;
   std::vector<Ad> ads;         // in the order in which they are played
   std::vector<Ad> standalone;  // fall-backs, the root's first

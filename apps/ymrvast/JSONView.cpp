@@ -53,6 +53,7 @@ Json ads(const std::vector<Inspection::Ad>& list) {
   Json array = Json::array();
   for (const auto& ad : list) {
     const YMRVastModel& model = *ad.model;
+    const YMRPreparedAd& prepared = ad.prepared;
     const auto& error = model.vastError();
     array.push_back({{"id", model.adID()},
                      {"title", orNull(model.adTitle())},
@@ -60,11 +61,11 @@ Json ads(const std::vector<Inspection::Ad>& list) {
                      {"error", orNull(error)},
                      {"message", error ? YMRPlayerErrorHandler::VASTErrorToString(*error) : "never resolved"},
                      {"documents", model.vastDocumentArray().size()},
-                     {"impressions", urls(model.impressions())},
-                     {"errors", urls(model.errors())},
-                     {"tracking", tracking(model.trackingEvents())},
+                     {"impressions", urls(prepared.impressions)},
+                     {"errors", urls(prepared.errors)},
+                     {"tracking", tracking(prepared.trackingEvents)},
                      {"mediaFiles", mediaFiles(ad.files)},
-                     {"picked", orNull(ad.picked)}});
+                     {"picked", orNull(ad.picked())}});
   }
   return array;
 }

@@ -64,23 +64,23 @@ void printFiles(const Inspection::Ad& ad, std::ostream& out) {
 }
 
 void printURLs(const Inspection::Ad& ad, std::ostream& out) {
-  const YMRVastModel& model = *ad.model;
-  auto events = model.trackingEvents();
+  const bool plays = !ad.prepared.failure;
+  auto events = ad.prepared.trackingEvents;
   const auto print = [&](std::string_view label, const std::vector<NSURL>& urls) {
     for (const NSURL& url : urls) printRow(out, label, url.absoluteString());
   };
-  if (ad.picked) {
-    for (const auto& each : model.impressions()) printRow(out, "impression", each.url()->absoluteString());
+  if (plays) {
+    for (const auto& each : ad.prepared.impressions) printRow(out, "impression", each.url()->absoluteString());
   }
   for (const auto event : askedEvents) {
     const auto found = events.extract(std::string(event));
-    if (ad.picked && found) print(event, found.mapped());
+    if (plays && found) print(event, found.mapped());
   }
-  const std::string code = ad.failure ? YMRPlayerErrorHandler::VASTErrorToErrorCode(*ad.failure) : "";
-  for (const auto& each : model.errors()) {
-    printRow(out, ad.failure ? "error, as " + code : "if it fails", each.url()->absoluteString());
+  const auto failure = ad.failure();
+  for (const auto& each : ad.prepared.errors) {
+    printRow(out, failure ? "error, as " + ad.prepared.errorCode() : "if it fails", each.url()->absoluteString());
   }
-  if (!ad.picked) return;
+  if (!plays) return;
   for (const auto& [event, urls] : events) print(event + ", not asked", urls);
 }
 
@@ -93,7 +93,7 @@ void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ost
     if (!model.adID().empty()) printRow(out, "id", model.adID());
     if (model.adSequence()) printRow(out, "sequence", *model.adSequence());
     printRow(out, "chain", counted(model.vastDocumentArray().size(), "document"));
-    if (ad.failure) printRow(out, "failed", describe(*ad.failure));
+    if (const auto failure = ad.failure()) printRow(out, "failed", describe(*failure));
     if (!ad.reason.empty()) printRow(out, "", ad.reason);
     if (!model.vastError()) printRow(out, "", "never resolved: stand-alone ads are looked at only beside a pod");
     printFiles(ad, out);

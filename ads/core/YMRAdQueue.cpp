@@ -1,0 +1,29 @@
+#include "ads/core/YMRAdQueue.h"
+
+#include <utility>
+
+#include "VAST/Parser/YMRVastModel.h"
+
+YMRAdQueue::YMRAdQueue(YMRVastModel& request) {
+  const auto models = request.sequencedAdModels();
+  models_.assign(models.begin(), models.end());
+  totalCount_ = static_cast<int>(models.size());
+}
+
+YMRPreparedAd YMRAdQueue::takeNext(const YMRPreparedAd::Pick& pick) {
+  const auto model = std::move(models_.front());
+  models_.pop_front();
+  auto ad = YMRPreparedAd::from(*model, pick);
+  if (ad.foundNothing()) {
+    const auto standalone = model->sequencedAdModelsOfStandaloneAd();
+    models_.insert(models_.begin(), standalone.begin(), standalone.end());
+  }
+  model->setParent(nullptr);
+  return ad;
+}
+
+void YMRAdQueue::clear() {
+  for (const auto& model : models_) model->setParent(nullptr);
+  models_.clear();
+  totalCount_ = 0;
+}

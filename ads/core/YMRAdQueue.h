@@ -1,0 +1,40 @@
+#pragma once
+
+#include <deque>
+#include <memory>
+
+#include "ads/core/YMRPreparedAd.h"
+#include "platform/Export.h"
+
+class YMRVastModel;
+
+// The ads of a break that are still to be played, in order. Taking them uses up the stand-alone ads of their models. No
+// locks: one thread at a time.
+class YMR_API YMRAdQueue {
+ public:
+  // Empty.
+  YMRAdQueue() = default;
+  // What a request came to: its pod, or its only ad.
+  explicit YMRAdQueue(YMRVastModel& request);
+
+  bool isEmpty() const { return models_.empty(); }
+  // How many ads there were at first; a stand-alone ad that takes the place of another one does not count.
+  int totalCount() const { return totalCount_; }
+  bool isPod() const { return totalCount_ >= 2; }
+  // Whether as many are left as there were at first.
+  bool isWhole() const { return static_cast<int>(models_.size()) == totalCount_; }
+  // Which of them was taken last, from 1.
+  int number() const { return totalCount_ - static_cast<int>(models_.size()); }
+
+  // The ad whose turn is next. Not when empty.
+  const std::shared_ptr<YMRVastModel>& next() const { return models_.front(); }
+  // Takes it out, parted from its pod. When it came to nothing, its pod's next stand-alone ad is now next. Not when
+  // empty.
+  YMRPreparedAd takeNext(const YMRPreparedAd::Pick& pick = SKVASTMediaFilePicker::pick);
+  // Parts the ads from their pods and lets go of them.
+  void clear();
+
+ private:
+  std::deque<std::shared_ptr<YMRVastModel>> models_;
+  int totalCount_ = 0;
+};
