@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "VAST/Parser/YMRVastModel.h"
 #include "VAST/SKLogger.h"
 #include "ads/core/SKVASTEventProcessor.h"
-#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/PerformSelector.h"
@@ -67,7 +65,7 @@ void YMRVideoPlayerImpl::handleBack(const UIGestureRecognizer& recognizer) {
 void YMRVideoPlayerImpl::addAdRemote() {
   const auto toggle = std::make_shared<UITapGestureRecognizer>([weak = weak_from_this()](UIGestureRecognizer&) {
     const auto self = weak.lock();
-    const auto player = self ? self->adPlayer_ : nullptr;
+    const auto player = self ? self->adPlayer() : nullptr;
     if (player) player->setRate(player->rate() == 0 ? 1 : 0);
   });
   toggle->setAllowedPressTypes({UIPressTypePlayPause});
@@ -117,8 +115,8 @@ void YMRVideoPlayerImpl::dismiss() {
   const auto self = shared_from_this();
   presentation_ = Presentation::leaving;
   sendToDelegate(delegate_, &YMRVideoPlayerDelegate::playerWillDismiss);
-  for (const auto& model : vastAdModels_) model->setParent(nullptr);
-  if (adPlayer_) adPlayer_->pause();
+  ads_.clear();
+  if (const auto player = adPlayer()) player->pause();
   if (vodPlayer_) vodPlayer_->pause();
   if (presentation_ == Presentation::gone) return;
   removeObserver();

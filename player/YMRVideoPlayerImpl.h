@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,11 +9,12 @@
 #include <vector>
 
 #include "VAST/Parser/VASTDocument.h"
-#include "VAST/SKVASTUrlWithId.h"
 #include "VAST/YMRVastError.h"
 #include "ads/YMRAdContainerView.h"
+#include "ads/YMRAdPlayer.h"
 #include "ads/YMRAdSchedule.h"
 #include "ads/core/SKVASTViewControllerDelegate.h"
+#include "ads/core/YMRAdQueue.h"
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"
 #include "platform/avkit/AVPlayerViewController.h"
@@ -25,7 +25,6 @@
 #include "player/states/YMRAbstractPlayerState.h"
 #include "player/states/YMRPlayerStateHub.h"
 
-class AVPlayerLayer;
 class SKVASTEventProcessor;
 class YMRItemPreparation;
 class YMRVastModel;
@@ -48,7 +47,8 @@ enum YMRAdState : std::int32_t {
 class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMRVideoPlayerImpl>,
                                          public NSKeyValueObserver,
                                          public AVPlayerViewControllerDelegate,
-                                         public YMRPlayerStateHub {
+                                         public YMRPlayerStateHub,
+                                         public YMRAdPlayer::Listener {
  public:
   // The presentation ends, in silence, as soon as nobody outside holds what this returns, even from inside a callback.
   static std::shared_ptr<YMRVideoPlayerImpl> init();
@@ -82,7 +82,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   // The programme's player; nil before a programme is ready and after dismissal.
   const std::shared_ptr<AVPlayer>& vodPlayer() const { return vodPlayer_; }
   // The ad's player, a new one for every ad; nil while none is on screen.
-  const std::shared_ptr<AVPlayer>& adPlayer() const { return adPlayer_; }
+  std::shared_ptr<AVPlayer> adPlayer() const { return adPlayer_ ? adPlayer_->player() : nullptr; }
   // What lies over the screen during an ad. Never nil.
   const std::shared_ptr<YMRAdContainerView>& adContainerView() const { return adContainerView_; }
   const std::shared_ptr<YMRAbstractPlayerState>& playerState() const { return playerState_; }
@@ -184,21 +184,27 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   using AdSource = std::variant<std::optional<NSURL>, VASTDocument>;
   void loadVideoUsingSource(const AdSource& source);
   void vastDidLoad(YMRVastModel& model);
-  // Takes the next ad of the break, and those after it while they fail at once.
-  void prepareToPlayVastAdModel();
-  void prepareNextAd();
-  void vastReady(const NSObject* sender);  // who is not looked at
-  void playAd();
+  // Takes the ads of the break one by one until one plays. When none is left it leads out of the break with `seek`, or
+  // with what the last ad that failed here makes of it.
+  void prepareToPlayVastAdModel(bool seek);
+  // Whether the ad plays now. When it does not, its failure has been reported, but it has not been ended.
+  bool prepareNextAd();
+  bool vastReady();
+  bool playAd();
   void startAd();
-  void adPlayerTick(const CMTime& time);
-  void showCountdown(const CMTime& time);
-  void adDidPLayToEndTime();
-  void adItemDidFail();
+  void adPlayerTick(const CMTime& time) override;
+  void adPlayerDidChange(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
+                         const NSKeyValueChange& change) override;
+  void adPictureDidArrive() override { adContainerView_->pictureDidArrive(); }
+  void adDidPLayToEndTime() override;
+  void adItemDidFail(const NSError& error) override;
+  // These tell the host; whoever calls them ends the ad.
   void onVastError(SKVASTError error);
   void onYMRVastError(YMRVastError error);
-  void sendVASTErrors(const std::string& code);
   // Ends the ad and leads on to the next one, or out of the break. With `shouldPassTracking` it was not completed.
   void adPlayDidEnd(bool seek, bool shouldPassTracking);
+  // The first half of that; false when the host meanwhile ended the break or the presentation.
+  bool endAd(bool seek, bool shouldPassTracking);
   void takeAdOffScreen();
   void removeObserverOfAdPlayer();
   // Whether the fetch or the ad of this number is still the one at hand: to be asked after each callback.
@@ -210,15 +216,15 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
                             const std::shared_ptr<AVMediaSelectionOption>& didSelectMediaSelectionOption,
                             const std::shared_ptr<AVMediaSelectionGroup>& inMediaSelectionGroup) override;
 
-  // Everybody's.
+  // Used by all concerns.
   std::weak_ptr<YMRVideoPlayerDelegate> delegate_;
   std::shared_ptr<AVPlayerViewController> avPlayerVC_;
   std::shared_ptr<AVPlayer> vodPlayer_;
-  std::shared_ptr<AVPlayer> adPlayer_;
+  std::unique_ptr<YMRAdPlayer> adPlayer_;  // while an ad is on screen
   std::shared_ptr<YMRAbstractPlayerState> playerState_;
   Presentation presentation_ = Presentation::alive;
 
-  // The core's.
+  // For the programme.
   std::shared_ptr<UIView> overlayView_;
   std::shared_ptr<YMRItemPreparation> preparation_;  // while a programme is being made ready
   AVPlayerTimeObserverToken vodTimeObserver_;
@@ -226,7 +232,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   float currentVodPlayerRate_ = 0;
   bool hasBegun_ = false;  // the programme: live streams and some containers are past 0 before they do
 
-  // The ad breaks'.
+  // For the breaks.
   std::shared_ptr<YMRAdSchedule> adSchedule_;  // a copy that shares its lists with the host's
   YMRAdState adState_ = YMRAdStateNone;
   std::shared_ptr<YMRAd> currentAdBreak_;  // being fetched or played, or the mid-roll that is next
@@ -236,22 +242,15 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   bool programmeHasEnded_ = false;  // while a break was under way
   bool playsWhenActive_ = false;    // was handed back out of sight
 
-  // The ads'.
-  std::deque<std::shared_ptr<YMRVastModel>> vastAdModels_;  // still to be played
-  int vastAdModelTotalCount_ = 0;
-  unsigned adNumber_ = 0;     // of the fetch or the ad at hand, in the player's life
-  bool isPreparing_ = false;  // an ad's failure during its preparation does not begin another one's
-  bool preparesNext_ = false;
-  std::vector<SKVASTUrlWithId> impressions_;
-  std::vector<SKVASTUrlWithId> vastErrors_;
-  std::optional<NSURL> mediaFileURL_;
-  bool vastReady_ = false;
+  // For the ads of a break.
+  YMRAdQueue ads_;          // still to be played
+  YMRPreparedAd ad_;        // taken last
+  unsigned adNumber_ = 0;   // of the fetch or the ad at hand, in the player's life
+  bool vastReady_ = false;  // since the first ad that had a film
   std::shared_ptr<SKVASTEventProcessor> eventProcessor_;
   // Answers nothing, as this player does of that protocol.
   const std::shared_ptr<SKVASTViewControllerDelegate> vastDelegate_ = std::make_shared<SKVASTViewControllerDelegate>();
   std::shared_ptr<YMRAdContainerView> adContainerView_;
-  std::shared_ptr<AVPlayerLayer> adPlayerLayer_;
-  AVPlayerTimeObserverToken adTimeObserver_;
   int currentQuartile_ = 0;
   std::atomic<bool> isPlayingAd_ = false;
   bool hasOverlayBeenUp_ = false;  // for an ad of this break

@@ -2,9 +2,7 @@
 #include <cmath>
 #include <utility>
 
-#include "VAST/Parser/YMRVastModel.h"
 #include "VAST/SKLogger.h"
-#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UIApplication.h"
 #include "player/YMRVideoPlayerImpl.h"
@@ -157,9 +155,7 @@ void YMRVideoPlayerImpl::leaveBreak() {
   isPlayingAd_ = false;
   takeAdOffScreen();
   takeOverlayOffScreen();
-  for (const auto& model : vastAdModels_) model->setParent(nullptr);
-  vastAdModels_.clear();
-  vastAdModelTotalCount_ = 0;
+  ads_.clear();
 }
 
 void YMRVideoPlayerImpl::takeOverlayOffScreen() {
@@ -207,12 +203,13 @@ void YMRVideoPlayerImpl::playVideo() {
 
 // The programme is paused by the screen that shows it.
 void YMRVideoPlayerImpl::appDidEnterBackground() {
-  if (isPlayingAd_ && adPlayer_) adPlayer_->pause();
+  if (isPlayingAd_ && adPlayer_) adPlayer_->player()->pause();
 }
 
 void YMRVideoPlayerImpl::appDidBecomeActive() {
-  if (adPlayerLayer_ && adPlayerLayer_->superlayer()) {
-    if (adPlayer_->rate() != 1) adPlayer_->play();
+  if (adPlayer_ && adPlayer_->isShown()) {
+    const auto player = adPlayer();
+    if (player->rate() != 1) player->play();
   } else if (std::exchange(playsWhenActive_, false) && vodPlayer_) {
     playVideo();
   }

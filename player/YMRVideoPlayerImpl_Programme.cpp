@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "VAST/SKLogger.h"
-#include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UIApplication.h"
@@ -102,14 +101,9 @@ double YMRVideoPlayerImpl::videoDuration() const {
 
 void YMRVideoPlayerImpl::observeValueForKeyPath(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
                                                 const NSKeyValueChange& change, void* context) {
-  if (object == adPlayerLayer_) return adContainerView_->pictureDidArrive();
   const auto state = playerState_;
   state->observeValueForKeyPath(keyPath, object, change, context, *this);
-  if (vodPlayer_ && object == vodPlayer_->currentItem()) {
-    programmeItemDidChange(keyPath);
-  } else if (isPlayingAd_ && adPlayer_ && object == adPlayer_->currentItem()) {
-    if (adPlayer_->currentItem()->status() == AVPlayerItemStatusFailed) adItemDidFail();
-  }
+  if (vodPlayer_ && object == vodPlayer_->currentItem()) programmeItemDidChange(keyPath);
 }
 
 void YMRVideoPlayerImpl::programmeItemDidChange(const std::string& keyPath) {

@@ -33,19 +33,21 @@ void YMRVideoPlayerImpl::seekVodPlayer(const CMTime& time) {
 }
 
 bool YMRVideoPlayerImpl::isAdPlayer(const NSObject* object) const {
-  return object && object == adPlayer_.get();
+  return object && object == adPlayer().get();
 }
 
 float YMRVideoPlayerImpl::adPlayerRate() const {
-  return adPlayer_ ? adPlayer_->rate() : 0;
+  const auto player = adPlayer();
+  return player ? player->rate() : 0;
 }
 
 double YMRVideoPlayerImpl::adTime() const {
-  return CMTimeGetSeconds(adPlayer_ ? adPlayer_->currentTime() : CMTime{});
+  const auto player = adPlayer();
+  return CMTimeGetSeconds(player ? player->currentTime() : CMTime{});
 }
 
 double YMRVideoPlayerImpl::adDuration() const {
-  return durationOf(adPlayer_);
+  return durationOf(adPlayer());
 }
 
 void YMRVideoPlayerImpl::trackEvent(std::uint32_t event) {

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "VAST/SKVASTError.h"
 #include "VAST/SKVASTUrlWithId.h"
 #include "ads/core/SKVASTMediaFilePicker.h"
-#include "ads/records/SKVASTError.h"
 #include "platform/Export.h"
 
 class YMRVastModel;
