@@ -15,6 +15,7 @@ struct UIColor {
   static constexpr UIColor blackColor() { return colorWithWhite(0, 1); }
   static constexpr UIColor whiteColor() { return colorWithWhite(1, 1); }
   static constexpr UIColor grayColor() { return colorWithWhite(0.5, 1); }
+  static constexpr UIColor lightGrayColor() { return colorWithWhite(2.0 / 3, 1); }
   static constexpr UIColor redColor() { return {1, 0, 0, 1}; }
   static constexpr UIColor greenColor() { return {0, 1, 0, 1}; }
   static constexpr UIColor blueColor() { return {0, 0, 1, 1}; }

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/uikit/UIBarButtonItem.h"
+#include "platform/uikit/UIView.h"
+
+// A row of buttons on a dark plate, made to be read and used from three metres: one button has the focus, filled with
+// the accent of the player's controls. Main thread.
+//
+// As first responder it takes left and right, which move the focus over the buttons and stop at the ends, and Enter,
+// which presses the focused one when it comes up. All other presses it leaves to who is outside. A mouse or a finger
+// presses what it goes down and up on; a moving pointer takes the focus along. What goes down anywhere on the plate
+// stays on it. Hidden it takes nothing, and a press that has begun is given up.
+//
+// Everything grows with the bar's height: a bar of standard height has buttons 88 points high and takes the widths of
+// items as they are. What does not fit runs over the right end.
+//
+// Kept from the platform: items from the left, fixed spaces, custom views. Left out: styles, tints, animation.
+class YMR_API UIToolbar : public UIView {
+ public:
+  // Points; right for a screen of 1080.
+  static constexpr double standardHeight = 120;
+
+  explicit UIToolbar(const CGRect& frame = {});
+  ~UIToolbar() override;
+
+  const std::vector<std::shared_ptr<UIBarButtonItem>>& items() const { return items_; }
+  // The focus goes to the first button, unless it is on one that stays. nil items are left out.
+  void setItems(std::vector<std::shared_ptr<UIBarButtonItem>> items);
+  // Where the item is in the bar, as laid out last; empty for one that is not here.
+  CGRect frameOfItem(const std::shared_ptr<UIBarButtonItem>& item) const;
+
+  // nil when there are no buttons.
+  std::shared_ptr<UIBarButtonItem> focusedItem() const { return focused_; }
+  // Ignored for what is no button of this bar.
+  void setFocusedItem(const std::shared_ptr<UIBarButtonItem>& item);
+
+  // True while a button is held down.
+  bool isPressed() const { return pressed_ != nullptr; }
+  // Called (may be empty) when the viewer is at work in the bar, before what the press does: for every press that the
+  // bar takes, its repetitions and its end, and for a moving pointer. It must not hold the bar. Not of the platform.
+  void setUsed(std::function<void()> used) { used_ = std::move(used); }
+
+  CGSize intrinsicContentSize() const override;
+  bool pressesBegan(const UIPress& press) override;
+  void pressesEnded(const UIPress& press) override;
+  void pressesCancelled(const UIPress& press) override;
+
+ protected:
+  void layoutSubviews() override;
+  void drawRect(QPainter& painter, const CGRect& rect) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseUngrabEvent() override;
+  void hoverMoveEvent(QHoverEvent* event) override;
+
+ private:
+  // Points of this bar in one of standard height.
+  double unit() const { return bounds().size.height / standardHeight; }
+  std::shared_ptr<UIBarButtonItem> buttonAt(const QPointF& place) const;
+  void moveFocus(int step);
+  void setPressed(std::shared_ptr<UIBarButtonItem> item);
+  void tellUsed();
+  // Presses what is held down.
+  void fire();
+
+  std::vector<std::shared_ptr<UIBarButtonItem>> items_;
+  std::vector<CGRect> frames_;  // of items_
+  std::shared_ptr<UIBarButtonItem> focused_;
+  std::shared_ptr<UIBarButtonItem> pressed_;
+  std::shared_ptr<UIBarButtonItem> heldDown_;  // where the mouse went down; pressed_ only while it is over it
+  std::optional<QPointF> pointer_;             // where it was last seen, in the window
+  std::function<void()> used_;
+};
