@@ -3,6 +3,7 @@
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/uikit/IdleInhibitor.h"
+#include "platform/uikit/values/UIScreen.h"
 
 UIApplication::UIApplication() = default;
 UIApplication::~UIApplication() = default;
@@ -25,6 +26,16 @@ void UIApplication::setIdleTimerDisabled(bool disabled) {
 
 bool UIApplication::isInBackground() const {
   return inBackground_;
+}
+
+UIInterfaceOrientation UIApplication::statusBarOrientation() const {
+  const CGSize size = UIScreen::mainScreen().bounds().size;
+  return size.height > size.width ? UIInterfaceOrientationPortrait : UIInterfaceOrientationLandscapeRight;
+}
+
+void UIApplication::setSupportedInterfaceOrientations(std::vector<std::string> names) {
+  YMR_ASSERT_MAIN_THREAD();
+  supportedOrientations_ = std::move(names);
 }
 
 void UIApplication::setVisible(bool visible) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "platform/Export.h"
 
@@ -11,6 +13,14 @@ inline constexpr const char* UIApplicationDidEnterBackgroundNotification =
     "UIApplicationDidEnterBackgroundNotification";
 // It is to be seen again. Losing and getting the focus alone is neither. Object: nil.
 inline constexpr const char* UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";
+
+// How an interface stands, with the platform's numbers.
+enum UIInterfaceOrientation {
+  UIInterfaceOrientationPortrait = 1,
+  UIInterfaceOrientationPortraitUpsideDown = 2,
+  UIInterfaceOrientationLandscapeRight = 3,
+  UIInterfaceOrientationLandscapeLeft = 4,
+};
 
 // The running program. Main thread.
 class YMR_API UIApplication {
@@ -25,6 +35,15 @@ class YMR_API UIApplication {
   // True between the two notifications.
   bool isInBackground() const;
 
+  // How the main screen stands: landscape right, or portrait where it is higher than wide. There is no status bar that
+  // turns; the window alone decides.
+  UIInterfaceOrientation statusBarOrientation() const;
+  // The orientations that the host says it supports, by name ("UIInterfaceOrientationLandscapeLeft" and so on): what
+  // stands under "UISupportedInterfaceOrientations" where a program has a property list. Empty, as it starts: it says
+  // nothing. Nothing turns by it; view controllers ask when they are asked.
+  const std::vector<std::string>& supportedInterfaceOrientations() const { return supportedOrientations_; }
+  void setSupportedInterfaceOrientations(std::vector<std::string> names);
+
   // For windows and tests: whether the program is to be seen. Posts a notification when that changes.
   void setVisible(bool visible);
 
@@ -32,5 +51,6 @@ class YMR_API UIApplication {
   UIApplication();
   ~UIApplication();
   std::unique_ptr<IdleInhibitor> inhibitor_;
+  std::vector<std::string> supportedOrientations_;
   bool inBackground_ = false;
 };

@@ -63,6 +63,18 @@ std::shared_ptr<UIView> UIViewController::preferredFirstResponder() {
   return view();
 }
 
+bool UIViewController::prefersStatusBarHidden() const {
+  return false;
+}
+
+bool UIViewController::shouldAutorotate() const {
+  return true;
+}
+
+UIInterfaceOrientation UIViewController::preferredInterfaceOrientationForPresentation() const {
+  return UIApplication::sharedApplication().statusBarOrientation();
+}
+
 void UIViewController::loadView() {
   setView(std::make_shared<UIView>());
 }

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/foundation/NSObject.h"
+#include "platform/uikit/UIApplication.h"
 #include "platform/uikit/UIView.h"
 
 class UIPresentation;
@@ -41,6 +42,13 @@ class YMR_API UIViewController : public NSObject {
 
   // The view that has the presses first when the controller appears; the controller's view by default.
   virtual std::shared_ptr<UIView> preferredFirstResponder();
+
+  // What a system with a status bar, whose screen turns, asks of a controller that is presented. This one has neither,
+  // so nothing follows from the answers; hosts may ask. By default the status bar shows, the view turns with the
+  // screen, and appears as the application stands.
+  virtual bool prefersStatusBarHidden() const;
+  virtual bool shouldAutorotate() const;
+  virtual UIInterfaceOrientation preferredInterfaceOrientationForPresentation() const;
 
  protected:
   // Makes the view; a plain one by default.
