@@ -8,7 +8,7 @@
 
 // The number that every picture of the sample clips carries in sixteen blocks along its top edge.
 inline std::optional<int> numberOf(const VideoFrame& frame) {
-  if (!frame.isValid() || frame.glTexture || frame.width < 16 || frame.height < 8) return std::nullopt;
+  if (!frame.isValid() || frame.width < 16 || frame.height < 8) return std::nullopt;
   std::vector<std::uint8_t> drawn;
   const std::uint8_t* bits = frame.bits;
   int stride = frame.stride;

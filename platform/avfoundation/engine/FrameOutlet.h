@@ -13,8 +13,7 @@
 // The pipeline's last element for pictures: turns each that is due into a VideoFrame and hands it to the sink.
 //
 // Pictures come in system memory as the decoder made them, in memory that it shares with whoever shows them, and stay
-// as they are until they are drawn. An outlet for pictures that stay in the graphics memory would offer other caps in
-// makeElement() and fill VideoFrame::glTexture in take(); nothing else of the engine looks at pixels.
+// as they are until they are drawn. Nothing else of the engine looks at pixels.
 //
 // makeElement() once, before the pipeline runs; destroyed when it has stopped; all else from any thread.
 class FrameOutlet {
