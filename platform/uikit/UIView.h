@@ -112,6 +112,10 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
 
   // Draws the content anew before the next picture. Only for views that draw.
   void setNeedsDisplay();
+  // How many times larger than its own points say content is drawn, besides the view's scale and the screen's density;
+  // 1 at first. For a view inside of one that is shown scaled, so that its content is as sharp as if it were not.
+  double contentScaleFactor() const { return contentScaleFactor_; }
+  void setContentScaleFactor(double factor);
 
   // A button goes down: true takes the press, and what follows it comes here, repetitions to pressesBegan(). Nothing by
   // default.
@@ -199,6 +203,7 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   std::weak_ptr<UIViewAnimation> animation_;  // that moves the opacity
   UIColor backgroundColor_;
   QImage content_;
+  double contentScaleFactor_ = 1;
   bool contentChanged_ = false;  // since the scene graph took it
   double drawnMargin_ = 0;
   QSizeF drawnSize_;  // of the content with its margins, in points

@@ -35,6 +35,12 @@ void UIView::setNeedsDisplay() {
   polish();
 }
 
+void UIView::setContentScaleFactor(double factor) {
+  if (!(factor > 0) || factor == contentScaleFactor_) return;
+  contentScaleFactor_ = factor;
+  setNeedsDisplay();
+}
+
 void UIView::drawRect(QPainter&, const CGRect&) {}
 
 void UIView::updatePolish() {
@@ -50,22 +56,22 @@ void UIView::draw() {
   update();
   if (width() < 1 || height() < 1) return;
   const CGRect rect = bounds();
-  const double wanted = (window() ? window()->effectiveDevicePixelRatio() : 1) * std::max(0.01, scale());
+  const double density = window() ? window()->effectiveDevicePixelRatio() : 1;
+  const double wanted = density * std::max(0.01, scale() * contentScaleFactor_);
   // Of whole pixels, so that what is drawn meets the screen's where the view does.
   drawnMargin_ = std::ceil(contentMargin() * wanted) / wanted;
   const double across = rect.size.width + 2 * drawnMargin_;
   const double down = rect.size.height + 2 * drawnMargin_;
-  const double density = std::min(wanted, maximumSide / std::max(across, down));
-  content_ =
-      QImage(int(std::ceil(across * density)), int(std::ceil(down * density)), QImage::Format_ARGB32_Premultiplied);
+  const double drawn = std::min(wanted, maximumSide / std::max(across, down));
+  content_ = QImage(int(std::ceil(across * drawn)), int(std::ceil(down * drawn)), QImage::Format_ARGB32_Premultiplied);
   if (content_.isNull()) return;
   content_.fill(Qt::transparent);
   QPainter painter(&content_);
   painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
-  painter.scale(density, density);  // not the image's own, which Qt takes for 1 when it is less
+  painter.scale(drawn, drawn);  // not the image's own, which Qt takes for 1 when it is less
   painter.translate(drawnMargin_, drawnMargin_);
   drawRect(painter, rect);
-  drawnSize_ = QSizeF(content_.size()) / density;
+  drawnSize_ = QSizeF(content_.size()) / drawn;
 }
 
 // On the scene graph's thread, while the main thread waits.
