@@ -1,5 +1,6 @@
 #include "platform/avkit/AVPlayerViewController.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/avkit/PlaybackWatch.h"
@@ -148,6 +149,17 @@ void AVPlayerViewController::setPlayer(std::shared_ptr<AVPlayer> player) {
 const std::shared_ptr<UIView>& AVPlayerViewController::contentOverlayView() {
   view();
   return parts_->screen()->overlay();
+}
+
+CGRect AVPlayerViewController::unobscuredContentFrame() {
+  CGRect frame = view()->bounds();
+  frame.size.height = std::max(0.0, frame.size.height - parts_->controls().obscuredHeight());
+  return frame;
+}
+
+void AVPlayerViewController::setUnobscuredContentFrameDidChange(std::function<void()> didChange) {
+  view();
+  parts_->controls().setObscuredHeightChanged(std::move(didChange));
 }
 
 void AVPlayerViewController::setAllowedSubtitleOptionLanguages(std::optional<std::vector<std::string>> languages) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -60,6 +61,12 @@ class YMR_API AVPlayerViewController : public UIViewController {
 
   // Fills the view, over the picture and under the captions and controls. For the host's own views.
   const std::shared_ptr<UIView>& contentOverlayView();
+
+  // The part of the view, in its points, that neither the transport bar nor a caption covers: where the host's overlay
+  // has what is to be read. The whole view while they are not to be seen.
+  CGRect unobscuredContentFrame();
+  // Called when that has changed; empty, as it starts, for nobody.
+  void setUnobscuredContentFrameDidChange(std::function<void()> didChange);
 
   // The languages (BCP 47) that the captions menu offers; nil, as it starts, for all. A tag also allows its narrower
   // forms ("en" allows "en-GB"), whatever the case. Options without a language are offered only when it is nil. What is

@@ -39,3 +39,9 @@ std::shared_ptr<ControlsView> ControlsView::make() {
 QString ControlsView::fontFamily() {
   return QString::fromStdString(UIFont::systemFontOfSize(1).familyName);
 }
+
+void ControlsView::setObscuredHeight(double height) {
+  if (height == obscuredHeight_) return;
+  obscuredHeight_ = height;
+  if (obscuredHeightChanged_) obscuredHeightChanged_();
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 #include <memory>
 
 #include "platform/avkit/CaptionsMenu.h"
@@ -19,6 +20,8 @@ class ControlsView : public UIView {
   Q_PROPERTY(PanelModel* panel READ panel CONSTANT)
   Q_PROPERTY(StageModel* stage READ stage CONSTANT)
   Q_PROPERTY(QString fontFamily READ fontFamily CONSTANT)
+  // How much of the picture's lower end transport bar and caption cover, in points.
+  Q_PROPERTY(double obscuredHeight READ obscuredHeight WRITE setObscuredHeight)
 
  public:
   explicit ControlsView(QQuickItem* parent = nullptr);
@@ -32,8 +35,14 @@ class ControlsView : public UIView {
   PanelModel* panel() { return &panel_; }
   StageModel* stage() { return &stage_; }
   static QString fontFamily();
+  double obscuredHeight() const { return obscuredHeight_; }
+  void setObscuredHeight(double height);
+  // Called when it has changed; empty for nobody.
+  void setObscuredHeightChanged(std::function<void()> changed) { obscuredHeightChanged_ = std::move(changed); }
 
  private:
+  double obscuredHeight_ = 0;
+  std::function<void()> obscuredHeightChanged_;
   TransportModel transport_;
   InfoModel info_;
   CaptionsMenu captionsMenu_;

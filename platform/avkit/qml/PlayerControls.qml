@@ -11,6 +11,9 @@ ControlsView {
     readonly property real marginY: height * 0.05
     readonly property color accent: "#ffb81c"
 
+    obscuredHeight: caption.visible ? height - caption.y
+                                    : transport.shown ? marginY + bar.contentHeight + 36 * unit : 0
+
     SoundStage {
         anchors.centerIn: parent
         anchors.verticalCenterOffset: -70 * root.unit
@@ -48,6 +51,7 @@ ControlsView {
     }
 
     Caption {
+        id: caption
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
         anchors.bottomMargin: root.transport.shown ? root.marginY + bar.contentHeight + 36 * root.unit : root.marginY
