@@ -10,6 +10,18 @@
 // Logs what a host's callback threw.
 void logThrownByHost(const char* message);
 
+// Runs code of the host's; what it throws stays here.
+template <typename Call>
+void callHost(const Call& call) {
+  try {
+    call();
+  } catch (const std::exception& thrown) {
+    logThrownByHost(thrown.what());
+  } catch (...) {
+    logThrownByHost("no exception type of the standard library's");
+  }
+}
+
 // Whether the delegate is there and wants this callback.
 template <typename Callback>
 bool delegateAnswers(const std::weak_ptr<YMRVideoPlayerDelegate>& delegate,
@@ -26,11 +38,6 @@ void sendToDelegate(const std::weak_ptr<YMRVideoPlayerDelegate>& delegate,
                     const std::type_identity_t<Parameters>&... arguments) {
   const auto host = delegate.lock();
   if (!host) return;
-  try {
-    if (const auto call = (*host).*callback) call(arguments...);
-  } catch (const std::exception& thrown) {
-    logThrownByHost(thrown.what());
-  } catch (...) {
-    logThrownByHost("no exception type of the standard library's");
-  }
+  const auto call = (*host).*callback;
+  if (call) callHost([&] { call(arguments...); });
 }

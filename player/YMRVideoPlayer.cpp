@@ -21,6 +21,14 @@ void YMRVideoPlayer::setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedul
   ymrPlayer_->setAdSchedule(schedule);
 }
 
+const std::shared_ptr<YMRSubtitleConfig>& YMRVideoPlayer::subtitle() const {
+  return ymrPlayer_->subtitle();
+}
+
+void YMRVideoPlayer::setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& subtitle) {
+  ymrPlayer_->setSubtitle(subtitle);
+}
+
 const std::shared_ptr<UIView>& YMRVideoPlayer::overlayView() const {
   return ymrPlayer_->overlayView();
 }
@@ -56,6 +64,14 @@ double YMRVideoPlayer::currentPosition() const {
 
 double YMRVideoPlayer::videoDuration() const {
   return ymrPlayer_->videoDuration();
+}
+
+void YMRVideoPlayer::switchSubtitle(std::int32_t index) {
+  ymrPlayer_->switchSubtitle(index);
+}
+
+void YMRVideoPlayer::toggleSubtitle(bool visible) {
+  ymrPlayer_->toggleSubtitle(visible);
 }
 
 std::vector<std::string> YMRVideoPlayer::getClosedCaptionLanguageList() const {

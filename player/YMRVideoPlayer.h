@@ -11,6 +11,7 @@
 #include "platform/uikit/UIViewController.h"
 #include "player/YMRMediaItem.h"
 #include "player/YMRVideoPlayerDelegate.h"
+#include "subtitles/YMRSubtitleConfig.h"
 
 class YMRVideoPlayerImpl;
 
@@ -44,6 +45,11 @@ class YMR_API YMRVideoPlayer {
   // before is due at the later one's offset.
   const std::shared_ptr<YMRAdSchedule>& adSchedule() const;
   void setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule);
+  // The external subtitle tracks and their look; nil for none, and at first. Looks count at once, tracks with the next
+  // start or switch; text with markup keeps the size and family of the configuration that was there when the programme
+  // began, so set it before the programme is asked for.
+  const std::shared_ptr<YMRSubtitleConfig>& subtitle() const;
+  void setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& subtitle);
   // A view of the host's over the picture and under all that the player draws, filling the screen. Taken up when a
   // programme begins; nil for none.
   const std::shared_ptr<UIView>& overlayView() const;
@@ -70,6 +76,13 @@ class YMR_API YMRVideoPlayer {
   double currentPosition() const;
   // Seconds; 0 before the programme is loaded and after dismissal, NaN when unknown or endless.
   double videoDuration() const;
+
+  // Shows the track with this index of the present configuration in place of the one before, with the next second of
+  // the programme at the latest. Nothing when there is none of that index; a track that can't be read leaves the one
+  // before.
+  void switchSubtitle(std::int32_t index);
+  // Shows or hides the external subtitles; shown at first. Whatever track is chosen stays so.
+  void toggleSubtitle(bool visible);
 
   // Language tags (BCP 47) of the subtitle and caption renditions in the media, in their order. Empty without any.
   std::vector<std::string> getClosedCaptionLanguageList() const;

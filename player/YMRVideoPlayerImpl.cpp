@@ -11,8 +11,10 @@
 #include "platform/uikit/UIApplication.h"
 #include "player/YMRDelegateSend.h"
 #include "player/YMRItemPreparation.h"
+#include "player/YMRSubtitleStage.h"
 #include "player/states/YMRPlayerStateLoadingAd.h"
 #include "player/states/YMRPlayerStateRules.h"
+#include "subtitles/ASBPlayerScrubbing.h"
 
 // What hosts hold is a handle apart from the hub's own count, so that an entry point that keeps the hub alive for its
 // run does not keep the presentation alive: that ends with the last handle, and the running entry point sees it.
@@ -32,11 +34,14 @@ YMRVideoPlayerImpl::~YMRVideoPlayerImpl() = default;
 void YMRVideoPlayerImpl::setUp() {
   playerState_ = std::make_shared<YMRPlayerStateLoadingAd>();
   SKLogger::setLogLevel(SKLogLevelNone);
+  scrubbing_ = std::make_shared<ASBPlayerScrubbing>();
+  subtitleStage_ = std::make_shared<YMRSubtitleStage>();
   adContainerView_ = YMRAdContainerView::make();
   avPlayerVC_ = std::make_shared<AVPlayerViewController>();
   avPlayerVC_->setDelegate(weak_from_this());
   replaceMenuHandling();
   addAdRemote();
+  initSubtitle();
   followApplication();
 }
 
@@ -145,5 +150,8 @@ void YMRVideoPlayerImpl::letGoOfPlayers() {
   leaveBreak();
   avPlayerVC_->setDelegate({});
   avPlayerVC_->setPlayer(nullptr);
+  subtitleStage_->stopLoading();
+  // Engine and scrubbing keep the player: nothing may go on behind it.
+  if (vodPlayer_) vodPlayer_->replaceCurrentItemWithPlayerItem(nullptr);
   vodPlayer_ = nullptr;
 }

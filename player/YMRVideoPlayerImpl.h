@@ -25,8 +25,12 @@
 #include "player/states/YMRAbstractPlayerState.h"
 #include "player/states/YMRPlayerStateHub.h"
 
+class ASBPlayerScrubbing;
+class ASBPlayerSubtitling;
 class SKVASTEventProcessor;
 class YMRItemPreparation;
+class YMRSubtitleConfig;
+class YMRSubtitleStage;
 class YMRVastModel;
 
 // Where the presentation stands with its ads.
@@ -72,6 +76,10 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   double currentPosition() const;
   double videoDuration() const;
 
+  const std::shared_ptr<YMRSubtitleConfig>& subtitle() const;
+  void setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& subtitle);
+  void switchSubtitle(std::int32_t index);
+  void toggleSubtitle(bool visible);
   std::vector<std::string> getClosedCaptionLanguageList() const;
   bool setClosedCaption(const std::string& languageTag);
   std::string currentClosedCaption() const;
@@ -85,6 +93,10 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   std::shared_ptr<AVPlayer> adPlayer() const { return adPlayer_ ? adPlayer_->player() : nullptr; }
   // What lies over the screen during an ad. Never nil.
   const std::shared_ptr<YMRAdContainerView>& adContainerView() const { return adContainerView_; }
+  // The engine of the external subtitles, and what counts the time for labels; both follow the programme's player and
+  // keep it after dismissal, without an item. Never nil.
+  const std::shared_ptr<ASBPlayerSubtitling>& subtitling() const;
+  const std::shared_ptr<ASBPlayerScrubbing>& scrubbing() const { return scrubbing_; }
   const std::shared_ptr<YMRAbstractPlayerState>& playerState() const { return playerState_; }
   YMRAdState adState() const { return adState_; }
   // True from an ad's start on the screen to its end. Any thread.
@@ -211,6 +223,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   bool isAtHand(unsigned number) const { return presentation_ == Presentation::alive && number == adNumber_; }
 
   // ---- Subtitles and captions.
+  void initSubtitle();
+  void loadSubtitle();
   std::shared_ptr<AVMediaSelectionGroup> legibleGroup() const;
   void playerViewController(const std::shared_ptr<AVPlayerViewController>& playerViewController,
                             const std::shared_ptr<AVMediaSelectionOption>& didSelectMediaSelectionOption,
@@ -226,6 +240,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
 
   // For the programme.
   std::shared_ptr<UIView> overlayView_;
+  std::shared_ptr<ASBPlayerScrubbing> scrubbing_;
+  std::shared_ptr<YMRSubtitleStage> subtitleStage_;
   std::shared_ptr<YMRItemPreparation> preparation_;  // while a programme is being made ready
   AVPlayerTimeObserverToken vodTimeObserver_;
   std::int64_t videoStartPosition_ = 0;

@@ -44,6 +44,9 @@ void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>
   vodPlayer_ = AVPlayer::playerWithPlayerItem(item);
   vodPlayer_->setActionAtItemEnd(AVPlayerActionAtItemEndNone);
   avPlayerVC_->setPlayer(vodPlayer_);
+  const auto player = vodPlayer_;
+  loadSubtitle();
+  if (vodPlayer_ != player) return;  // the host, told of a track that could not be read, let go of it
   currentMidRollOffsetIndex_ = 0;
   hasBegun_ = false;
   programmeHasEnded_ = false;

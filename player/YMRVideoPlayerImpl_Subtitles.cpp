@@ -1,9 +1,45 @@
-// The subtitle and caption renditions that the media carry.
+// External subtitle tracks, and the subtitle and caption renditions that the media carry.
 #include <algorithm>
 
 #include "platform/avfoundation/AVMediaFormat.h"
+#include "platform/foundation/MainThread.h"
 #include "player/YMRDelegateSend.h"
+#include "player/YMRSubtitleStage.h"
 #include "player/YMRVideoPlayerImpl.h"
+#include "subtitles/ASBPlayerScrubbing.h"
+
+void YMRVideoPlayerImpl::initSubtitle() {
+  subtitleStage_->addToPlayerScreen(avPlayerVC_);
+}
+
+const std::shared_ptr<ASBPlayerSubtitling>& YMRVideoPlayerImpl::subtitling() const {
+  return subtitleStage_->subtitling();
+}
+
+const std::shared_ptr<YMRSubtitleConfig>& YMRVideoPlayerImpl::subtitle() const {
+  return subtitleStage_->subtitle();
+}
+
+void YMRVideoPlayerImpl::setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& subtitle) {
+  YMR_ASSERT_MAIN_THREAD();
+  subtitleStage_->setSubtitle(subtitle);
+}
+
+void YMRVideoPlayerImpl::loadSubtitle() {
+  scrubbing_->setPlayer(vodPlayer_);
+  subtitleStage_->loadSubtitle(vodPlayer_);
+}
+
+void YMRVideoPlayerImpl::switchSubtitle(std::int32_t index) {
+  YMR_ASSERT_MAIN_THREAD();
+  const auto self = shared_from_this();
+  subtitleStage_->switchSubtitle(index);
+}
+
+void YMRVideoPlayerImpl::toggleSubtitle(bool visible) {
+  YMR_ASSERT_MAIN_THREAD();
+  subtitleStage_->toggleSubtitle(visible);
+}
 
 std::shared_ptr<AVMediaSelectionGroup> YMRVideoPlayerImpl::legibleGroup() const {
   const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
