@@ -17,11 +17,13 @@ const char* const description =
     "Plays a video file or stream full screen, as a host of the player framework would.\n"
     "MEDIA is a file or a URL (file, http, https; MP4, MKV, WebM, TS; HLS from web servers).";
 const char* const footer =
-    "Remote: arrows, Enter (select), Space (play/pause), Escape or Backspace (menu, leaves).\n"
+    "Remote: arrows, Enter (select), Space (play/pause), Escape or Backspace (menu, leaves),\n"
+    "S (the next subtitle file, after the last one none, then the first).\n"
     "SECONDS count from the start of playback. Exit status: 0 dismissed, 1 the programme failed\n"
     "or a snapshot could not be written, 2 wrong usage.\n\n"
     "Examples:\n"
     "  ymrplay --title \"Harbour\" harbour.mp4\n"
+    "  ymrplay --subtitle english.srt --subtitle deutsch.srt film.mkv\n"
     "  ymrplay --headless --events --start 5 clip.mp4\n"
     "  ymrplay --preroll https://ads.example/pre --midroll 600=https://ads.example/mid film.mp4\n"
     "  ymrplay --headless --key 1=down --snapshot 2=panel.png clip.mkv";
@@ -85,7 +87,7 @@ bool isSet(const char* name) {
 }  // namespace
 
 const std::vector<std::string>& keyNames() {
-  static const std::vector<std::string> names{"up", "down", "left", "right", "select", "playpause", "menu"};
+  static const std::vector<std::string> names{"up", "down", "left", "right", "select", "playpause", "menu", "subtitle"};
   return names;
 }
 
@@ -96,7 +98,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
 
   Options options;
   std::string media, artwork, windowSize, logLevel = "none";
-  std::vector<std::string> keys, snapshots, preRolls, midRolls, postRolls;
+  std::vector<std::string> keys, snapshots, subtitles, preRolls, midRolls, postRolls;
   app.add_option("MEDIA", media, "File or URL to play")->required();
   app.add_option("--title", options.title, "Title in the information panel")->type_name("T");
   app.add_option("--description", options.description, "Description in the information panel")->type_name("T");
@@ -105,6 +107,12 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.add_option("--start", options.start, "Start position in whole seconds, may be negative")
       ->check(CLI::Range(-mostSeconds, mostSeconds))
       ->type_name("SECONDS");
+  app.add_option("--subtitle", subtitles, "Subtitle file (SRT); the first is shown; may be repeated")
+      ->type_name("FILE|URL")
+      ->allow_extra_args(false);
+  app.add_option("--caption", options.caption, "Select the media's own caption track of that language tag")
+      ->check([](const std::string& tag) { return std::string(tag.empty() ? "needs a language tag" : ""); })
+      ->type_name("TAG");
   app.add_option("--preroll", preRolls, "Ad tag of a break before the programme; may be repeated")
       ->type_name("URL")
       ->allow_extra_args(false);
@@ -136,7 +144,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
       ->type_name("SECONDS=FILE.png")
       ->allow_extra_args(false);
   app.add_option("--key", keys,
-                 "Press a key at that time: up, down, left, right, select, playpause, menu; may be repeated")
+                 "Press a key at that time: up, down, left, right, select, playpause, menu, subtitle; may be repeated")
       ->type_name("SECONDS=NAME")
       ->allow_extra_args(false);
   app.add_option("--log", logLevel, "Log to standard error: none, error, warning, info, debug")
@@ -149,6 +157,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
     options.media = address("MEDIA", media);
     if (!artwork.empty()) options.artwork = address("--artwork", artwork);
     if (!windowSize.empty()) options.size = size(windowSize);
+    for (const auto& text : subtitles) options.subtitles.push_back(address("--subtitle", text));
     for (const auto& text : preRolls) options.preRolls.push_back(adTag("--preroll", text));
     for (const auto& text : midRolls) options.midRolls.push_back(midRoll(text));
     for (const auto& text : postRolls) options.postRolls.push_back(adTag("--postroll", text));

@@ -30,7 +30,9 @@ struct Options {
   std::string title;
   std::string description;
   std::optional<NSURL> artwork;
-  std::int64_t start = 0;  // whole seconds, may be negative
+  std::int64_t start = 0;        // whole seconds, may be negative
+  std::vector<NSURL> subtitles;  // the first is shown
+  std::string caption;           // language tag of the media's track to select; empty for none
   std::vector<NSURL> preRolls;
   std::vector<MidRoll> midRolls;  // by time; those of one time as they were given
   std::vector<NSURL> postRolls;
@@ -46,7 +48,7 @@ struct Options {
   int logLevel = 0;  // SKLogger's numbers
 };
 
-// The keys of the remote, as --key names them.
+// The keys of the remote, as --key names them, and "subtitle", which is the program's own.
 const std::vector<std::string>& keyNames();
 
 // Parses the command line. Without a value the program is to end with `exitStatus`: help or version was printed (0), or

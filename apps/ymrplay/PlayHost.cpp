@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "ads/YMRAdSchedule.h"
 #include "platform/uikit/UIWindow.h"
@@ -39,6 +40,21 @@ std::shared_ptr<YMRAdSchedule> adSchedule(const Options& options) {
   return schedule;
 }
 
+// nil without a file. Files are read in the background: a server that hangs costs the text and nothing else.
+std::shared_ptr<YMRSubtitleConfig> subtitleConfig(const Options& options) {
+  if (options.subtitles.empty()) return nullptr;
+  std::vector<YMRSubtitle> tracks;
+  for (const auto& url : options.subtitles) {
+    tracks.push_back(YMRSubtitle::subtitleWithUrl(url, url.path().substr(url.path().rfind('/') + 1)));
+  }
+  auto config = YMRSubtitleConfig::initWithSubtitles(std::move(tracks));
+  config->setLoadsInBackground(true);
+  config->setLoadDidFail([](const YMRSubtitle& track, const NSError& error) {
+    std::fprintf(stderr, "ymrplay: %s: %s\n", track.url().absoluteString().c_str(), error.message.c_str());
+  });
+  return config;
+}
+
 }  // namespace
 
 PlayHost::PlayHost(Options options, std::function<void()> finished)
@@ -47,7 +63,7 @@ PlayHost::PlayHost(Options options, std::function<void()> finished)
       root_(std::make_shared<UIViewController>()),
       window_(std::make_shared<UIWindow>(windowSize(options_),
                                          options_.headless ? UIGraphics::software : UIGraphics::automatic)),
-      remote_(window_),
+      remote_(window_, [this] { nextSubtitle(); }),
       printer_([this] { return std::chrono::duration<double>(RunLoop::main().now() - startedAt_).count(); },
                [this](const std::string& line) {
                  if (!options_.events) return;
@@ -60,11 +76,16 @@ PlayHost::PlayHost(Options options, std::function<void()> finished)
   answerCallbacks();
   player_->setDelegate(delegate_);
   player_->setAdSchedule(adSchedule(options_));
+  player_->setSubtitle(subtitleConfig(options_));
 }
 
 PlayHost::~PlayHost() = default;
 
 void PlayHost::answerCallbacks() {
+  delegate_->videoOnPlay = [this, print = delegate_->videoOnPlay] {
+    print();
+    selectCaption();
+  };
   delegate_->videoDidPlayFinished = [this, print = delegate_->videoDidPlayFinished] {
     print();
     player_->dismiss();
@@ -79,6 +100,23 @@ void PlayHost::answerCallbacks() {
     print();
     finished_();
   };
+}
+
+void PlayHost::nextSubtitle() {
+  const std::size_t files = options_.subtitles.size();
+  if (files == 0) return;
+  subtitle_ = (subtitle_ + 1) % (files + 1);
+  player_->toggleSubtitle(subtitle_ < files);
+  if (subtitle_ < files) player_->switchSubtitle(static_cast<std::int32_t>(subtitle_));
+}
+
+void PlayHost::selectCaption() {
+  if (options_.caption.empty() || std::exchange(hasSelectedCaption_, true)) return;
+  if (player_->setClosedCaption(options_.caption)) return;
+  std::string tags;
+  for (const auto& tag : player_->getClosedCaptionLanguageList()) tags += (tags.empty() ? "" : ", ") + tag;
+  std::fprintf(stderr, "ymrplay: no caption track has the language tag %s; there are: %s\n", options_.caption.c_str(),
+               tags.empty() ? "none" : tags.c_str());
 }
 
 void PlayHost::play() {

@@ -29,11 +29,17 @@ class PlayHost {
 
  private:
   void answerCallbacks();
+  // The next subtitle file, after the last one none, then the first.
+  void nextSubtitle();
+  // Selects the media's caption track that --caption names, or says which there are.
+  void selectCaption();
 
   const Options options_;
   const std::function<void()> finished_;
   RunLoop::Duration startedAt_{0};
   bool failed_ = false;
+  bool hasSelectedCaption_ = false;
+  std::size_t subtitle_ = 0;  // the file that is shown; their number for none
   std::shared_ptr<UIViewController> root_;
   std::shared_ptr<UIWindow> window_;
   Remote remote_;

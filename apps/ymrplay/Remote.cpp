@@ -1,23 +1,38 @@
 #include "apps/ymrplay/Remote.h"
 
+#include <QKeyEvent>
 #include <map>
+#include <optional>
 
 #include "platform/uikit/UIWindow.h"
 
 namespace {
 
-UIPressType pressFor(const std::string& name) {
+// nil for the key that is none of the remote's.
+std::optional<UIPressType> pressFor(const std::string& name) {
   static const std::map<std::string, UIPressType> presses{
       {"up", UIPressTypeUpArrow},       {"down", UIPressTypeDownArrow}, {"left", UIPressTypeLeftArrow},
       {"right", UIPressTypeRightArrow}, {"select", UIPressTypeSelect},  {"playpause", UIPressTypePlayPause},
       {"menu", UIPressTypeMenu},
   };
-  return presses.at(name);
+  const auto found = presses.find(name);
+  return found == presses.end() ? std::nullopt : std::optional(found->second);
 }
 
 }  // namespace
 
-Remote::Remote(std::shared_ptr<UIWindow> window) : window_(std::move(window)) {}
+Remote::Remote(std::shared_ptr<UIWindow> window, std::function<void()> subtitle)
+    : window_(std::move(window)), subtitle_(std::move(subtitle)) {
+  window_->installEventFilter(this);
+}
+
+bool Remote::eventFilter(QObject*, QEvent* event) {
+  if (event->type() != QEvent::KeyPress || !subtitle_) return false;
+  const auto& key = static_cast<const QKeyEvent&>(*event);
+  if (key.key() != Qt::Key_S || key.isAutoRepeat()) return false;
+  subtitle_();
+  return true;
+}
 
 void Remote::at(double seconds, std::function<void()> block) {
   const auto delay = std::chrono::duration_cast<RunLoop::Duration>(std::chrono::duration<double>(seconds));
@@ -26,7 +41,13 @@ void Remote::at(double seconds, std::function<void()> block) {
 
 void Remote::start(const Options& options) {
   for (const auto& key : options.keys) {
-    at(key.seconds, [this, press = pressFor(key.name)] { window_->sendPress(press); });
+    at(key.seconds, [this, press = pressFor(key.name)] {
+      if (press) {
+        window_->sendPress(*press);
+      } else if (subtitle_) {
+        subtitle_();
+      }
+    });
   }
   for (const auto& wanted : options.snapshots) {
     Picture& picture = pictures_.emplace_back(Picture{wanted});

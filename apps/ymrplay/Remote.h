@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QObject>
+#include <functional>
 #include <list>
 #include <memory>
 #include <string>
@@ -11,10 +13,11 @@
 class UIWindow;
 
 // What happens on the clock of playback besides playing: the keys of --key are pressed on the window, and the pictures
-// of --snapshot are taken of it. Main thread.
-class Remote {
+// of --snapshot are taken of it. The key that no remote has, "subtitle" or S in the window, calls a block. Main thread.
+class Remote : public QObject {
  public:
-  explicit Remote(std::shared_ptr<UIWindow> window);
+  // `subtitle` may be empty.
+  explicit Remote(std::shared_ptr<UIWindow> window, std::function<void()> subtitle);
 
   // Counts every SECONDS from now.
   void start(const Options& options);
@@ -27,9 +30,11 @@ class Remote {
     enum class Outcome { waiting, written, failed } outcome = Outcome::waiting;
   };
 
+  bool eventFilter(QObject* window, QEvent* event) override;
   void at(double seconds, std::function<void()> block);
 
   std::shared_ptr<UIWindow> window_;
+  const std::function<void()> subtitle_;
   std::list<Picture> pictures_;
   std::vector<std::shared_ptr<NSTimer>> timers_;
 };
