@@ -5,10 +5,8 @@
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/QtValues.h"
-#include "platform/uikit/UIControlsLook.h"
 
-UIProgressView::UIProgressView(const CGRect& frame)
-    : trackTintColor_(UIControlsLook::track), progressTintColor_(UIControlsLook::accent) {
+UIProgressView::UIProgressView(const CGRect& frame) {
   setFrame(frame);
   setDrawsContent(true);
 }

@@ -17,7 +17,7 @@ class YMR_API UIProgressView : public UIView {
   // Of the part that is not filled: a translucent white at first.
   const UIColor& trackTintColor() const { return trackTintColor_; }
   void setTrackTintColor(const UIColor& color);
-  // Of the part that is: the accent of the player's controls at first.
+  // Of the part that is: white at first.
   const UIColor& progressTintColor() const { return progressTintColor_; }
   void setProgressTintColor(const UIColor& color);
 
@@ -29,6 +29,6 @@ class YMR_API UIProgressView : public UIView {
 
  private:
   double progress_ = 0;
-  UIColor trackTintColor_;
-  UIColor progressTintColor_;
+  UIColor trackTintColor_ = UIColor::colorWithWhite(1, 0.25);
+  UIColor progressTintColor_ = UIColor::whiteColor();
 };

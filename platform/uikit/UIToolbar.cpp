@@ -151,15 +151,14 @@ void UIToolbar::mouseUngrabEvent() {
   setPressed(heldDown_ = nullptr);
 }
 
+void UIToolbar::hoverEnterEvent(QHoverEvent* event) {
+  pointer_ = mapToScene(event->position());
+}
+
 // A bar that comes up under a pointer at rest hears of it as well; only one that moves counts.
 void UIToolbar::hoverMoveEvent(QHoverEvent* event) {
-  const auto alive = weak_from_this().lock();
   const QPointF place = mapToScene(event->position());
-  if (place == pointer_.value_or(place)) {
-    pointer_ = place;
-    return;
-  }
-  pointer_ = place;
+  if (place == std::exchange(pointer_, place)) return;
   setFocusedItem(buttonAt(event->position()));
   tellUsed();
 }
@@ -181,4 +180,5 @@ void UIToolbar::fire() {
   tellUsed();
   if (!item) return;
   if (const auto action = item->action()) action(*item);
+  if (alive.use_count() == 1) RunLoop::main().post([alive] {});  // Qt may still have it in hand
 }

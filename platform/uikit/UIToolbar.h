@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "platform/uikit/UIBarButtonItem.h"
@@ -57,6 +56,7 @@ class YMR_API UIToolbar : public UIView {
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseUngrabEvent() override;
+  void hoverEnterEvent(QHoverEvent* event) override;
   void hoverMoveEvent(QHoverEvent* event) override;
 
  private:
@@ -74,6 +74,6 @@ class YMR_API UIToolbar : public UIView {
   std::shared_ptr<UIBarButtonItem> focused_;
   std::shared_ptr<UIBarButtonItem> pressed_;
   std::shared_ptr<UIBarButtonItem> heldDown_;  // where the mouse went down; pressed_ only while it is over it
-  std::optional<QPointF> pointer_;             // where it was last seen, in the window
+  QPointF pointer_;                            // where it was last seen, in the window
   std::function<void()> used_;
 };

@@ -2,11 +2,16 @@
 #include <QPainter>
 #include <QPainterPath>
 
-#include "platform/uikit/QtValues.h"
-#include "platform/uikit/UIControlsLook.h"
 #include "platform/uikit/UIToolbar.h"
 
 namespace {
+
+// The colours of the player's own controls.
+constexpr QColor plate(20, 22, 25, 240);
+constexpr QColor accent(0xff, 0xb8, 0x1c);
+constexpr QColor onAccent(20, 20, 20);
+constexpr QColor button(255, 255, 255, 51);
+constexpr QColor onButton(255, 255, 255);
 
 // Each glyph is drawn around 0, 0 in points of a bar of standard height, with the painter's brush and a pen of its
 // colour, round at the ends.
@@ -17,13 +22,16 @@ void drawPlayPause(QPainter& painter) {
   triangle.lineTo(-38, 19);
   triangle.closeSubpath();
   painter.drawPath(triangle);
-  painter.drawLine(QPointF(16, -18), QPointF(16, 18));
-  painter.drawLine(QPointF(36, -18), QPointF(36, 18));
+  painter.drawRoundedRect(QRectF(13, -19, 6, 38), 1, 1);
+  painter.drawRoundedRect(QRectF(32, -19, 6, 38), 1, 1);
 }
 
 void drawInfo(QPainter& painter) {
-  painter.drawEllipse(QPointF(0, -21), 2.5, 2.5);
   painter.drawLine(QPointF(0, -4), QPointF(0, 22));
+  QPen dot = painter.pen();
+  dot.setWidthF(13);
+  painter.setPen(dot);
+  painter.drawPoint(QPointF(0, -21));
 }
 
 void drawStop(QPainter& painter) {
@@ -32,7 +40,7 @@ void drawStop(QPainter& painter) {
 }
 
 void drawGlyph(QPainter& painter, UIBarButtonSystemItem item, const QColor& color) {
-  const double stroke = item == UIBarButtonSystemItemPlayPause ? 6 : 8;
+  const double stroke = item == UIBarButtonSystemItemPlayPause ? 5 : 9;
   painter.setBrush(color);
   painter.setPen(QPen(color, stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   switch (item) {
@@ -52,8 +60,9 @@ void drawGlyph(QPainter& painter, UIBarButtonSystemItem item, const QColor& colo
 void UIToolbar::drawRect(QPainter& painter, const CGRect& rect) {
   painter.scale(unit(), unit());
   painter.setPen(Qt::NoPen);
-  painter.setBrush(toQColor(UIControlsLook::plate));
-  painter.drawRoundedRect(QRectF(0, 0, rect.size.width / unit(), standardHeight), 24, 24);
+  painter.setBrush(plate);
+  painter.drawRoundedRect(QRectF(0, 0, rect.size.width / unit(), standardHeight), standardHeight / 2,
+                          standardHeight / 2);
   for (std::size_t index = 0; index < items_.size(); ++index) {
     const auto& item = items_[index];
     if (!item->isButton()) continue;
@@ -64,9 +73,9 @@ void UIToolbar::drawRect(QPainter& painter, const CGRect& rect) {
     if (item == pressed_) painter.scale(0.9, 0.9);
     const bool isFocused = item == focused_;
     painter.setPen(Qt::NoPen);
-    painter.setBrush(toQColor(isFocused ? UIControlsLook::accent : UIControlsLook::button));
+    painter.setBrush(isFocused ? accent : button);
     painter.drawRoundedRect(QRectF(-width / 2, -height / 2, width, height), height / 2, height / 2);
-    drawGlyph(painter, item->systemItem(), toQColor(isFocused ? UIControlsLook::ink : UIColor::whiteColor()));
+    drawGlyph(painter, item->systemItem(), isFocused ? onAccent : onButton);
     painter.restore();
   }
 }
