@@ -1,7 +1,6 @@
 #include "platform/uikit/UIToolbar.h"
 
 #include <QHoverEvent>
-#include <QMouseEvent>
 #include <algorithm>
 
 #include "platform/foundation/MainThread.h"
@@ -26,7 +25,7 @@ bool takesTheRest(const UIBarButtonItem& item) {
 UIToolbar::UIToolbar(const CGRect& frame) {
   setFrame(frame);
   setDrawsContent(true);
-  setAcceptedMouseButtons(Qt::LeftButton);
+  setUserInteractionEnabled(true);
   setAcceptHoverEvents(true);
 }
 
@@ -119,36 +118,36 @@ void UIToolbar::moveFocus(int step) {
   if (place >= 0 && place < std::ssize(items_)) setFocusedItem(items_[std::size_t(place)]);
 }
 
-std::shared_ptr<UIBarButtonItem> UIToolbar::buttonAt(const QPointF& place) const {
+std::shared_ptr<UIBarButtonItem> UIToolbar::buttonAt(const CGPoint& place) const {
   for (std::size_t index = 0; index < items_.size(); ++index) {
     const CGRect& frame = frames_[index];
     const QRectF rect(frame.origin.x, frame.origin.y, frame.size.width, frame.size.height);
-    if (items_[index]->isButton() && rect.contains(place)) return items_[index];
+    if (items_[index]->isButton() && rect.contains(place.x, place.y)) return items_[index];
   }
   return nullptr;
 }
 
-void UIToolbar::mousePressEvent(QMouseEvent* event) {
+void UIToolbar::touched(const UIEvent& event) {
   const auto alive = weak_from_this().lock();
-  tellUsed();
-  heldDown_ = buttonAt(event->position());
-  setFocusedItem(heldDown_);
-  setPressed(heldDown_);
-}
-
-void UIToolbar::mouseMoveEvent(QMouseEvent* event) {
-  const auto alive = weak_from_this().lock();
-  tellUsed();
-  setPressed(buttonAt(event->position()) == heldDown_ ? heldDown_ : nullptr);
-}
-
-void UIToolbar::mouseReleaseEvent(QMouseEvent*) {
-  heldDown_ = nullptr;
-  fire();
-}
-
-void UIToolbar::mouseUngrabEvent() {
-  setPressed(heldDown_ = nullptr);
+  const UITouch touch = event.allTouches().front();
+  const auto button = buttonAt(touch.locationInView(*this));
+  switch (touch.phase()) {
+    case UITouchPhaseBegan:
+      tellUsed();
+      heldDown_ = button;
+      setFocusedItem(button);
+      return setPressed(button);
+    case UITouchPhaseMoved:
+      tellUsed();
+      return setPressed(button == heldDown_ ? button : nullptr);
+    case UITouchPhaseEnded:
+      heldDown_ = nullptr;
+      return fire();
+    case UITouchPhaseCancelled:
+      return setPressed(heldDown_ = nullptr);
+    case UITouchPhaseStationary:
+      return;
+  }
 }
 
 void UIToolbar::hoverEnterEvent(QHoverEvent* event) {
@@ -159,7 +158,7 @@ void UIToolbar::hoverEnterEvent(QHoverEvent* event) {
 void UIToolbar::hoverMoveEvent(QHoverEvent* event) {
   const QPointF place = mapToScene(event->position());
   if (place == std::exchange(pointer_, place)) return;
-  setFocusedItem(buttonAt(event->position()));
+  setFocusedItem(buttonAt({event->position().x(), event->position().y()}));
   tellUsed();
 }
 
@@ -180,5 +179,4 @@ void UIToolbar::fire() {
   tellUsed();
   if (!item) return;
   if (const auto action = item->action()) action(*item);
-  if (alive.use_count() == 1) RunLoop::main().post([alive] {});  // Qt may still have it in hand
 }

@@ -48,21 +48,23 @@ class YMR_API UIToolbar : public UIView {
   bool pressesBegan(const UIPress& press) override;
   void pressesEnded(const UIPress& press) override;
   void pressesCancelled(const UIPress& press) override;
+  void touchesBegan(const UIEvent& event) override { touched(event); }
+  void touchesMoved(const UIEvent& event) override { touched(event); }
+  void touchesEnded(const UIEvent& event) override { touched(event); }
+  void touchesCancelled(const UIEvent& event) override { touched(event); }
 
  protected:
   void layoutSubviews() override;
   void drawRect(QPainter& painter, const CGRect& rect) override;
-  void mousePressEvent(QMouseEvent* event) override;
-  void mouseMoveEvent(QMouseEvent* event) override;
-  void mouseReleaseEvent(QMouseEvent* event) override;
-  void mouseUngrabEvent() override;
   void hoverEnterEvent(QHoverEvent* event) override;
   void hoverMoveEvent(QHoverEvent* event) override;
 
  private:
   // Points of this bar in one of standard height.
   double unit() const { return bounds().size.height / standardHeight; }
-  std::shared_ptr<UIBarButtonItem> buttonAt(const QPointF& place) const;
+  std::shared_ptr<UIBarButtonItem> buttonAt(const CGPoint& place) const;
+  // What has become of the touch that went down first; others are not looked at.
+  void touched(const UIEvent& event);
   void moveFocus(int step);
   void setPressed(std::shared_ptr<UIBarButtonItem> item);
   void tellUsed();
@@ -73,7 +75,7 @@ class YMR_API UIToolbar : public UIView {
   std::vector<CGRect> frames_;  // of items_
   std::shared_ptr<UIBarButtonItem> focused_;
   std::shared_ptr<UIBarButtonItem> pressed_;
-  std::shared_ptr<UIBarButtonItem> heldDown_;  // where the mouse went down; pressed_ only while it is over it
+  std::shared_ptr<UIBarButtonItem> heldDown_;  // where the touch went down; pressed_ only while it is over it
   QPointF pointer_;                            // where it was last seen, in the window
   std::function<void()> used_;
 };
