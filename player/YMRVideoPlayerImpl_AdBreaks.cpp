@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "VAST/SKLogger.h"
+#include "platform/foundation/NSString.h"
 #include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UIApplication.h"
 #include "player/YMRVideoPlayerImpl.h"
@@ -170,7 +171,8 @@ void YMRVideoPlayerImpl::pauseVideoPlayer() {
   playsWhenActive_ = false;
   const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
   lastPlayTime_ = item ? item->currentTime() : kCMTimeZero;
-  SKLogger::debug(adTag, "Pause video player for playing ad at " + std::to_string(CMTimeGetSeconds(lastPlayTime_)));
+  SKLogger::debug(adTag,
+                  "Pause video player for playing ad at " + stringWithDouble(CMTimeGetSeconds(lastPlayTime_), 6));
   if (!vodPlayer_) return;
   vodPlayer_->setMuted(true);
   vodPlayer_->pause();

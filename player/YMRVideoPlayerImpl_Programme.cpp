@@ -4,6 +4,7 @@
 
 #include "VAST/SKLogger.h"
 #include "platform/foundation/MainThread.h"
+#include "platform/foundation/NSString.h"
 #include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UIApplication.h"
 #include "player/YMRDelegateSend.h"
@@ -150,7 +151,7 @@ double YMRVideoPlayerImpl::availableDuration() const {
 
 void YMRVideoPlayerImpl::vodPlayerTick(const CMTime& time) {
   if (SKLogger::reachesSink(SKLogLevelDebug)) {
-    SKLogger::debug(ymrPlayerTag, "playhead position = " + std::to_string(CMTimeGetSeconds(time)));
+    SKLogger::debug(ymrPlayerTag, "playhead position = " + stringWithDouble(CMTimeGetSeconds(time), 6));
   }
   playMidRollDueAt(time);
   if (presentation_ == Presentation::gone) return;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/foundation/NSString.h"
 #include "platform/foundation/UTF8.h"
 #include "xml/ParserContext.h"
 #include "xml/TreeBuilder.h"
@@ -24,15 +25,8 @@ std::string qualifiedName(const xmlChar* localName, const xmlChar* prefix) {
 
 // The library hands an ampersand of an attribute's value on as a character reference.
 std::string attributeValue(const xmlChar* begin, const xmlChar* end) {
-  constexpr std::string_view ampersand = "&#38;";
   const std::string_view value(reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin));
-  std::string result;
-  std::size_t from = 0;
-  for (auto at = value.find(ampersand); at != value.npos; at = value.find(ampersand, from)) {
-    result.append(value, from, at - from + 1);
-    from = at + ampersand.size();
-  }
-  return result.append(value, from, value.npos);
+  return stringByReplacingOccurrencesOfString(value, "&#38;", "&");
 }
 
 std::span<const std::byte> bytesOf(std::string_view text) {

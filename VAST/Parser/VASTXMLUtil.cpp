@@ -6,6 +6,7 @@
 
 #include "VAST/SKLogger.h"
 #include "platform/foundation/NSCharacterSet.h"
+#include "platform/foundation/NSString.h"
 #include "xml/ParserContext.h"
 
 namespace {
@@ -148,13 +149,5 @@ bool validateXMLDocSyntax(std::span<const std::byte> document) {
 std::optional<NSURL> urlWithCleanString(std::string_view text) {
   text = stringByTrimmingCharactersInSet(text, NSCharacterSet::whitespaceAndNewlineCharacterSet());
   if (text.find('|') == text.npos) return NSURL::URLWithString(text);
-  std::string clean;
-  for (const char c : text) {
-    if (c == '|') {
-      clean += "%7c";
-    } else {
-      clean += c;
-    }
-  }
-  return NSURL::URLWithString(clean);
+  return NSURL::URLWithString(stringByReplacingOccurrencesOfString(text, "|", "%7c"));
 }

@@ -7,6 +7,7 @@
 
 #include "VAST/SKLogger.h"
 #include "platform/foundation/MainThread.h"
+#include "platform/foundation/NSString.h"
 #include "platform/foundation/URLLoader.h"
 
 namespace {
@@ -40,22 +41,10 @@ void log(std::string_view before, const NSURL& url) {
   SKLogger::debug(tag, std::string(before) + url.absoluteString());
 }
 
-void replaceAll(std::string& text, std::string_view macro, std::string_view value) {
-  std::string result;
-  std::size_t from = 0;
-  for (auto at = text.find(macro); at != std::string::npos; at = text.find(macro, from)) {
-    result.append(text, from, at - from).append(value);
-    from = at + macro.size();
-  }
-  if (from > 0) text = result.append(text, from);
-}
-
 std::optional<NSURL> withErrorCode(const std::optional<NSURL>& url, const std::string& errorCode) {
   if (!url) return std::nullopt;
-  std::string text = url->absoluteString();
-  replaceAll(text, "[ERRORCODE]", errorCode);
-  replaceAll(text, "%5BERRORCODE%5D", errorCode);
-  return NSURL::URLWithString(text);
+  const std::string text = stringByReplacingOccurrencesOfString(url->absoluteString(), "[ERRORCODE]", errorCode);
+  return NSURL::URLWithString(stringByReplacingOccurrencesOfString(text, "%5BERRORCODE%5D", errorCode));
 }
 
 }  // namespace

@@ -1,13 +1,13 @@
 #include "ads/core/SKVASTMediaFilePicker.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <mutex>
 #include <string_view>
 
 #include "VAST/SKLogger.h"
 #include "net/SKReachability.h"
+#include "platform/foundation/NSString.h"
 #include "platform/uikit/values/UIScreen.h"
 
 namespace {
@@ -29,7 +29,7 @@ std::int64_t screenArea() {
 }
 
 bool contains(const std::string& text, std::string_view lowerCase) {
-  const auto matches = [](unsigned char given, char wanted) { return std::tolower(given) == wanted; };
+  const auto matches = [](char given, char wanted) { return lowercaseASCII(given) == wanted; };
   return std::search(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(), matches) != text.end();
 }
 

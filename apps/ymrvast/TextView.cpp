@@ -44,9 +44,9 @@ void printHops(const std::vector<Inspection::Hop>& hops, std::ostream& out) {
   if (hops.empty()) return;
   out << "\nFetched\n  depth  status      time       bytes  URL\n";
   for (const auto& hop : hops) {
-    out << std::right << std::setw(7) << hop.depth << std::setw(8) << (hop.status ? std::to_string(hop.status) : "-")
-        << std::setw(7) << hop.elapsed.count() << " ms" << std::setw(12) << hop.bytes << "  " << printable(hop.url)
-        << '\n';
+    out << std::right << std::setw(7) << std::to_string(hop.depth) << std::setw(8)
+        << (hop.status ? std::to_string(hop.status) : "-") << std::setw(7) << std::to_string(hop.elapsed.count())
+        << " ms" << std::setw(12) << std::to_string(hop.bytes) << "  " << printable(hop.url) << '\n';
     if (hop.error) out << "         failed with " << describe(*hop.error) << '\n';
     if (!hop.reason.empty()) out << "         " << printable(hop.reason) << '\n';
   }
@@ -88,7 +88,9 @@ void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ost
   for (std::size_t i = 0; i < ads.size(); ++i) {
     const auto& ad = ads[i];
     const YMRVastModel& model = *ad.model;
-    out << '\n' << kind << " " << i + 1 << " of " << ads.size() << (ad.isShown ? ": shown" : ": not shown") << '\n';
+    out << '\n'
+        << kind << " " << std::to_string(i + 1) << " of " << std::to_string(ads.size())
+        << (ad.isShown ? ": shown" : ": not shown") << '\n';
     if (const auto title = model.adTitle()) printRow(out, "title", *title);
     if (!model.adID().empty()) printRow(out, "id", model.adID());
     if (model.adSequence()) printRow(out, "sequence", *model.adSequence());

@@ -1,12 +1,11 @@
 #include "platform/avkit/CaptionsMenu.h"
 
-#include <strings.h>
-
 #include <QLocale>
 #include <algorithm>
 #include <utility>
 
 #include "platform/avfoundation/AVMediaFormat.h"
+#include "platform/foundation/NSString.h"
 
 namespace {
 
@@ -16,7 +15,8 @@ constexpr qsizetype longestName = 200;
 bool isWithin(const std::string& tag, const std::string& range) {
   if (range.empty() || tag.size() < range.size()) return false;
   if (tag.size() > range.size() && tag[range.size()] != '-') return false;
-  return strncasecmp(tag.c_str(), range.c_str(), range.size()) == 0;
+  return std::equal(range.begin(), range.end(), tag.begin(),
+                    [](char left, char right) { return lowercaseASCII(left) == lowercaseASCII(right); });
 }
 
 // An option that the media give no name is called by its language.

@@ -1,8 +1,8 @@
 #include "platform/coremedia/CMTime.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <numeric>
 
@@ -138,10 +138,10 @@ std::string CMTimeDescription(const CMTime& time) {
     case 0:
       return "-infinity";
     case 1: {
-      char text[80];
-      std::snprintf(text, sizeof text, "%lld/%d = %.3f", static_cast<long long>(time.value), time.timescale,
-                    CMTimeGetSeconds(time));
-      return text;
+      char seconds[32];  // 19 digits, a point and three more
+      const auto [end, error] =
+          std::to_chars(seconds, seconds + sizeof seconds, CMTimeGetSeconds(time), std::chars_format::fixed, 3);
+      return std::to_string(time.value) + "/" + std::to_string(time.timescale) + " = " + std::string(seconds, end);
     }
     case 2:
       return "+infinity";

@@ -1,9 +1,12 @@
 #include "platform/foundation/NSString.h"
 
+#include <curl/curl.h>
+
 #include <algorithm>
+#include <charconv>
 #include <limits>
+#include <memory>
 #include <optional>
-#include <utility>
 
 #include "platform/foundation/NSCharacterSet.h"
 
@@ -24,24 +27,21 @@ bool takeSign(std::string_view& text) {
 
 constexpr std::size_t widestField = 64;
 
-// One "%…" of a format that can be honoured, with `rest` behind it.
+// One "%…d" of a format that can be honoured, with `rest` behind it.
 struct Conversion {
-  std::optional<std::size_t> position;  // of the argument, from 1; nil for the next one
-  bool isLeftAligned = false;
+  std::size_t position = 0;  // of the argument, from 1; 0 for the next one
   bool isZeroPadded = false;
-  std::string_view positiveSign;
   std::size_t width = 0;
-  std::optional<std::size_t> precision;
   std::string_view rest;
 };
 
-// The digits that `text` begins with, and their number held just above the widest field.
-std::pair<std::size_t, std::string_view> takeNumber(std::string_view& text) {
-  const std::string_view digits = text.substr(0, std::min(text.find_first_not_of("0123456789"), text.size()));
+// The number that `text` begins with, held just above the widest field; 0 without digits.
+std::size_t takeNumber(std::string_view& text) {
   std::size_t number = 0;
-  for (const char digit : digits) number = std::min(number * 10 + std::size_t(digit - '0'), widestField + 1);
-  text.remove_prefix(digits.size());
-  return {number, digits};
+  for (; !text.empty() && text.front() >= '0' && text.front() <= '9'; text.remove_prefix(1)) {
+    number = std::min(number * 10 + std::size_t(text.front() - '0'), widestField + 1);
+  }
+  return number;
 }
 
 bool takePrefix(std::string_view& text, std::string_view prefix) {
@@ -54,49 +54,23 @@ bool takePrefix(std::string_view& text, std::string_view prefix) {
 std::optional<Conversion> conversionAt(std::string_view text) {
   Conversion conversion;
   std::string_view ahead = text;
-  if (const auto [number, digits] = takeNumber(ahead); takePrefix(ahead, "$")) {
-    if (number == 0) return std::nullopt;
-    conversion.position = number;
+  if (const auto position = takeNumber(ahead); takePrefix(ahead, "$")) {
+    if (position == 0) return std::nullopt;
+    conversion.position = position;
     text = ahead;
   }
-  for (; !text.empty(); text.remove_prefix(1)) {
-    if (text.front() == '-') {
-      conversion.isLeftAligned = true;
-    } else if (text.front() == '0') {
-      conversion.isZeroPadded = true;
-    } else if (text.front() == '+') {
-      conversion.positiveSign = "+";
-    } else if (text.front() != ' ') {
-      break;
-    } else if (conversion.positiveSign.empty()) {
-      conversion.positiveSign = " ";
-    }
-  }
-  conversion.width = takeNumber(text).first;
-  if (takePrefix(text, ".")) conversion.precision = takeNumber(text).first;
-  if (conversion.width > widestField || conversion.precision.value_or(0) > widestField) return std::nullopt;
-  for (const std::string_view length : {"hh", "h", "ll", "l", "q", "j", "z", "t"}) {
-    if (takePrefix(text, length)) break;
-  }
-  if (text.empty() || std::string_view("diu").find(text.front()) == std::string_view::npos) return std::nullopt;
-  conversion.rest = text.substr(1);
+  conversion.isZeroPadded = takePrefix(text, "0");
+  conversion.width = takeNumber(text);
+  if (conversion.width > widestField || !takePrefix(text, "d")) return std::nullopt;
+  conversion.rest = text;
   return conversion;
 }
 
 std::string formatted(std::int64_t value, const Conversion& conversion) {
-  const std::uint64_t magnitude = value < 0 ? 0 - std::uint64_t(value) : std::uint64_t(value);
-  const std::string_view sign = value < 0 ? "-" : conversion.positiveSign;
-  std::string digits = conversion.precision == 0 && value == 0 ? "" : std::to_string(magnitude);
-  std::size_t digitsWanted = conversion.precision.value_or(1);
-  if (conversion.isZeroPadded && !conversion.isLeftAligned && !conversion.precision) {
-    digitsWanted = conversion.width - std::min(conversion.width, sign.size());
-  }
-  if (digits.size() < digitsWanted) digits.insert(0, digitsWanted - digits.size(), '0');
-  std::string field = std::string(sign) + digits;
-  if (field.size() < conversion.width) {
-    field.insert(conversion.isLeftAligned ? field.size() : 0, conversion.width - field.size(), ' ');
-  }
-  return field;
+  std::string field = std::to_string(value);
+  if (field.size() >= conversion.width) return field;
+  const bool goesBehindSign = conversion.isZeroPadded && value < 0;
+  return field.insert(goesBehindSign ? 1 : 0, conversion.width - field.size(), conversion.isZeroPadded ? '0' : ' ');
 }
 
 }  // namespace
@@ -131,15 +105,41 @@ std::string stringWithFormat(std::string_view format, std::initializer_list<std:
     if (format.empty()) break;
     format.remove_prefix(1);
     const auto conversion = conversionAt(format);
-    const std::size_t position = conversion ? conversion->position.value_or(next) : 0;
+    const std::size_t position = conversion && conversion->position > 0 ? conversion->position : next;
     if (conversion && position <= arguments.size()) {
       result += formatted(arguments.begin()[position - 1], *conversion);
       format = conversion->rest;
-      if (!conversion->position) ++next;
+      if (conversion->position == 0) ++next;
     } else {
       takePrefix(format, "%");
       result += '%';
     }
   }
   return result;
+}
+
+std::string stringByReplacingOccurrencesOfString(std::string_view text, std::string_view target,
+                                                 std::string_view replacement) {
+  std::string result;
+  for (auto at = text.find(target); at != text.npos; at = text.find(target)) {
+    result.append(text.substr(0, at)).append(replacement);
+    text.remove_prefix(at + target.size());
+  }
+  return result.append(text);
+}
+
+std::string stringByAddingPercentEncoding(std::string_view text) {
+  if (text.empty()) return "";  // curl would take the length for unknown
+  const std::unique_ptr<char, decltype(&curl_free)> encoded(
+      curl_easy_escape(nullptr, text.data(), static_cast<int>(text.size())), &curl_free);
+  return encoded ? encoded.get() : "";
+}
+
+std::string stringWithDouble(double value, int decimals) {
+  char text[400];  // the largest numbers have 309 digits before the point
+  return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr};
+}
+
+char lowercaseASCII(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

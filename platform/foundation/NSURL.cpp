@@ -4,10 +4,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+
+#include "platform/foundation/NSString.h"
 
 namespace {
 
@@ -26,8 +27,7 @@ std::optional<std::string> part(CURLU* handle, CURLUPart which, unsigned flags =
 }
 
 std::string lowered(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  std::transform(text.begin(), text.end(), text.begin(), lowercaseASCII);
   return text;
 }
 
@@ -112,16 +112,8 @@ NSURL NSURL::fileURLWithPath(std::string_view path) {
   Parts parts;
   parts.scheme = "file";
   parts.path = (error || path.empty() ? std::filesystem::current_path(error) : absolute).lexically_normal().string();
-  std::string text = "file://";
-  constexpr char digits[] = "0123456789ABCDEF";
-  for (const unsigned char c : parts.path) {
-    if (std::isalnum(c) ||
-        std::string_view("-._~/!$&'()*+,;=:@").find(static_cast<char>(c)) != std::string_view::npos) {
-      text += static_cast<char>(c);
-    } else {
-      text += {'%', digits[c >> 4], digits[c & 15]};
-    }
-  }
+  std::string text =
+      "file://" + stringByReplacingOccurrencesOfString(stringByAddingPercentEncoding(parts.path), "%2F", "/");
   return {std::move(text), std::make_shared<const Parts>(std::move(parts))};
 }
 

@@ -1,6 +1,7 @@
 #include "player/states/YMRPlayerStateRules.h"
 
 #include "VAST/SKLogger.h"
+#include "platform/foundation/NSString.h"
 
 std::optional<std::uint32_t> quartileEventDue(double second, double duration, int reported) {
   if (reported < 0 || reported > 2) return std::nullopt;
@@ -13,7 +14,7 @@ std::optional<std::uint32_t> quartileEventDue(double second, double duration, in
 
 void reportProgrammeJump(const NSNotification& notification, YMRPlayerStateHub& ymrPlayer) {
   const NSObject* item = notification.object.get();
-  SKLogger::debug(ymrPlayerTag, "Video did Seek " + std::to_string(ymrPlayer.itemTime(item)) + " / " +
-                                    std::to_string(ymrPlayer.itemDuration(item)));
+  SKLogger::debug(ymrPlayerTag, "Video did Seek " + stringWithDouble(ymrPlayer.itemTime(item), 6) + " / " +
+                                    stringWithDouble(ymrPlayer.itemDuration(item), 6));
   ymrPlayer.videoDidSeekTo(ymrPlayer.itemTime(item));
 }

@@ -1,9 +1,9 @@
 #include "platform/avfoundation/engine/MediaErrors.h"
 
 #include <cmath>
-#include <cstdio>
 
 #include "platform/avfoundation/engine/GstHandles.h"
+#include "platform/foundation/NSString.h"
 
 namespace {
 
@@ -147,8 +147,8 @@ NSError missingDecoderError(const NSURL& url, const std::string& codec) {
 }
 
 NSError silenceError(const NSURL& url, double seconds) {
-  char length[32];
-  std::snprintf(length, sizeof length, "%g", std::round(seconds * 10) / 10);
+  const double rounded = std::round(seconds * 10) / 10;
+  const std::string length = stringWithDouble(rounded, rounded == std::floor(rounded) ? 0 : 1);
   return mediaError(AVErrorNoDataReceived, nameOf(url) + " sent no usable data for " + length + " seconds.");
 }
 

@@ -1,11 +1,11 @@
 #include "platform/avfoundation/engine/SourceSetup.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <string_view>
 
 #include "platform/avfoundation/engine/GstHandles.h"
+#include "platform/foundation/NSString.h"
 
 namespace {
 
@@ -18,13 +18,8 @@ std::string environment(const std::string& name) {
   return value ? value : "";
 }
 
-std::string upper(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::toupper(c); });
-  return text;
-}
-
 std::string lower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  std::transform(text.begin(), text.end(), text.begin(), lowercaseASCII);
   return text;
 }
 
@@ -51,10 +46,9 @@ bool isExempt(const std::string& host) {
 
 std::string proxyFromEnvironment(const NSURL& url) {
   if (isExempt(url.host())) return "";
-  const std::string name = url.scheme() + "_proxy";
-  std::string proxy = environment(name);
+  std::string proxy = environment(url.scheme() + "_proxy");
   // HTTP_PROXY in capitals can be set by whoever sends a request to a CGI program, so it does not count.
-  if (proxy.empty() && url.scheme() != "http") proxy = environment(upper(name));
+  if (proxy.empty() && url.scheme() == "https") proxy = environment("HTTPS_PROXY");
   if (proxy.empty()) proxy = environment("all_proxy");
   if (proxy.empty()) proxy = environment("ALL_PROXY");
   if (!proxy.empty() && proxy.find("://") == std::string::npos) proxy = "http://" + proxy;
