@@ -60,8 +60,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   Options options;
   std::string screen, logLevel = "error";
   const auto& names = SKLogger::levelNames();
-  app.add_option("SOURCE", options.source, "URL (http, https), file, or - for standard input")
-      ->required();
+  app.add_option("SOURCE", options.source, "URL (http, https), file, or - for standard input")->required();
   app.add_flag("--json", options.json, "Print one JSON object for scripts");
   app.add_flag("--validate", options.validate, "Also check documents against the VAST 2.0.1 schema");
   app.add_option("--screen", screen, "Screen size to pick media files for (1920x1080)")->type_name("WxH");

@@ -69,8 +69,8 @@ void compare(const char* what, const std::vector<double>& own, const std::vector
 int main() {
   const std::string count = std::to_string(requests);
   const std::string own = std::string(SENDER) + " BASE " + count;
-  const std::string peer = "curl -q -s -S --no-progress-meter --parallel --parallel-max " + std::to_string(connections) +
-                           " --output /dev/null 'BASE[1-" + count + "]'";
+  const std::string peer = "curl -q -s -S --no-progress-meter --parallel --parallel-max " +
+                           std::to_string(connections) + " --output /dev/null 'BASE[1-" + count + "]'";
   std::vector<double> ownTime, peerTime, ownCPU, peerCPU;
   for (int round = 0; round < rounds; ++round) {
     const Cost first = measure(own), second = measure(peer);

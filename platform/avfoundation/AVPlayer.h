@@ -57,9 +57,9 @@ class YMR_API AVPlayer : public NSObject {
   CMTime currentTime() const;
   // Goes to exactly `time`, clamped to the item: exact is within any tolerance. The completion comes on a later turn:
   // true when the seek was carried out; false when another one took its place, the item failed or was replaced, there
-  // is none, the time is not numeric, or the media can't go elsewhere and plays on. A seek to where a paused item stands
-  // leaves the picture alone, and jumps and completes like any other. Order: AVPlayerItemTimeJumpedNotification, periodic
-  // observers, completion.
+  // is none, the time is not numeric, or the media can't go elsewhere and plays on. A seek to where a paused item
+  // stands leaves the picture alone, and jumps and completes like any other. Order: AVPlayerItemTimeJumpedNotification,
+  // periodic observers, completion.
   void seekToTime(const CMTime& time, const CMTime& toleranceBefore, const CMTime& toleranceAfter,
                   SeekCompletion completion = {});
   void seekToTime(const CMTime& time, SeekCompletion completion = {}) {

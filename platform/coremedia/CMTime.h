@@ -11,8 +11,9 @@
 // A time is numeric, one of the two infinities, indefinite (the duration of a live stream) or invalid (an all-zero
 // CMTime, so what was never set is invalid). Plain values; any thread.
 //
-// Kept from the platform: the flags, the total order (-infinity < numeric < +infinity < indefinite < invalid), the rounded
-// flag, comparison by value across timescales. Left out: epochs other than 0, ranges beyond CMTimeRange, mapping.
+// Kept from the platform: the flags, the total order (-infinity < numeric < +infinity < indefinite < invalid), the
+// rounded flag, comparison by value across timescales. Left out: epochs other than 0, ranges beyond CMTimeRange,
+// mapping.
 
 enum CMTimeFlags : std::uint32_t {
   kCMTimeFlags_Valid = 1u << 0,
@@ -42,8 +43,12 @@ inline constexpr CMTime kCMTimeIndefinite{0, 0, kCMTimeFlags_Valid | kCMTimeFlag
 inline constexpr CMTime kCMTimePositiveInfinity{0, 0, kCMTimeFlags_Valid | kCMTimeFlags_PositiveInfinity, 0};
 inline constexpr CMTime kCMTimeNegativeInfinity{0, 0, kCMTimeFlags_Valid | kCMTimeFlags_NegativeInfinity, 0};
 
-constexpr bool CMTIME_IS_VALID(const CMTime& time) { return time.flags & kCMTimeFlags_Valid; }
-constexpr bool CMTIME_IS_INVALID(const CMTime& time) { return !CMTIME_IS_VALID(time); }
+constexpr bool CMTIME_IS_VALID(const CMTime& time) {
+  return time.flags & kCMTimeFlags_Valid;
+}
+constexpr bool CMTIME_IS_INVALID(const CMTime& time) {
+  return !CMTIME_IS_VALID(time);
+}
 constexpr bool CMTIME_IS_INDEFINITE(const CMTime& time) {
   return CMTIME_IS_VALID(time) && (time.flags & kCMTimeFlags_Indefinite);
 }
@@ -65,14 +70,16 @@ YMR_API double CMTimeGetSeconds(const CMTime& time);
 
 // -1, 0 or 1 by the order above; numeric times compare by exact value. Two invalid times are equal.
 YMR_API std::int32_t CMTimeCompare(const CMTime& left, const CMTime& right);
-inline bool operator==(const CMTime& left, const CMTime& right) { return CMTimeCompare(left, right) == 0; }
+inline bool operator==(const CMTime& left, const CMTime& right) {
+  return CMTimeCompare(left, right) == 0;
+}
 inline std::strong_ordering operator<=>(const CMTime& left, const CMTime& right) {
   return CMTimeCompare(left, right) <=> 0;
 }
 
 // Sum and difference, at the smallest common timescale, or the larger of the two and rounded when that does not fit.
-// Anything with invalid is invalid, with indefinite indefinite; infinities of opposite sign cancel to invalid; a sum too
-// large for any timescale is an infinity.
+// Anything with invalid is invalid, with indefinite indefinite; infinities of opposite sign cancel to invalid; a sum
+// too large for any timescale is an infinity.
 YMR_API CMTime CMTimeAdd(const CMTime& left, const CMTime& right);
 YMR_API CMTime CMTimeSubtract(const CMTime& left, const CMTime& right);
 // The same time at another timescale, rounded like CMTimeMakeWithSeconds. Times that are not numeric are unchanged.

@@ -1,6 +1,6 @@
 // A program without a screen that uses the ad-tag library alone.
-#include <VAST/SKLogger.h>
 #include <VAST/NSString_UrlEncode.h>
+#include <VAST/SKLogger.h>
 #include <platform/dispatch/PlainRunLoop.h>
 
 #include <cstdio>
