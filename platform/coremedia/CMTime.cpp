@@ -132,22 +132,3 @@ CMTime CMTimeConvertScale(const CMTime& time, std::int32_t timescale) {
 CMTime CMTimeRangeGetEnd(const CMTimeRange& range) {
   return CMTimeAdd(range.start, range.duration);
 }
-
-std::string CMTimeDescription(const CMTime& time) {
-  switch (rank(time)) {
-    case 0:
-      return "-infinity";
-    case 1: {
-      char seconds[32];  // 19 digits, a point and three more
-      const auto [end, error] =
-          std::to_chars(seconds, seconds + sizeof seconds, CMTimeGetSeconds(time), std::chars_format::fixed, 3);
-      return std::to_string(time.value) + "/" + std::to_string(time.timescale) + " = " + std::string(seconds, end);
-    }
-    case 2:
-      return "+infinity";
-    case 3:
-      return "indefinite";
-    default:
-      return "invalid";
-  }
-}

@@ -2,7 +2,6 @@
 
 #include <compare>
 #include <cstdint>
-#include <string>
 
 #include "platform/Export.h"
 
@@ -87,6 +86,3 @@ YMR_API CMTime CMTimeConvertScale(const CMTime& time, std::int32_t timescale);
 
 // start + duration.
 YMR_API CMTime CMTimeRangeGetEnd(const CMTimeRange& range);
-
-// For messages: "3/2 = 1.500", "invalid", "indefinite", "+infinity", "-infinity".
-YMR_API std::string CMTimeDescription(const CMTime& time);

@@ -79,12 +79,8 @@ bool VirtualRunLoop::turn() {
 }
 
 void VirtualRunLoop::moveTo(Duration time) {
-  {
-    std::lock_guard lock(mutex_);
-    if (time <= now_) return;
-    now_ = time;
-  }
-  if (timeMoved_) timeMoved_();
+  std::lock_guard lock(mutex_);
+  now_ = std::max(now_, time);
 }
 
 void VirtualRunLoop::runUntilIdle() {

@@ -34,8 +34,6 @@ class YMR_API VirtualRunLoop final : public RunLoop {
   bool advanceUntil(const std::function<bool()>& done, Duration bound);
   // Timers still waiting: a test's way to see that nothing was left behind.
   std::size_t pendingTimers() const { return timers_.size(); }
-  // Called whenever time has moved, before the timers that are due then; empty for nobody.
-  void setTimeMoved(std::function<void()> moved) { timeMoved_ = std::move(moved); }
 
  private:
   struct Turn {
@@ -51,7 +49,6 @@ class YMR_API VirtualRunLoop final : public RunLoop {
   mutable std::mutex mutex_;
   std::deque<Turn> turns_;
   TimerQueue timers_;
-  std::function<void()> timeMoved_;
   Duration now_;
   bool inWork_ = false;
 };

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "platform/dispatch/DropBlocks.h"
-#include "platform/uikit/RunLoopAnimationDriver.h"
 
 namespace {
 
@@ -25,11 +24,7 @@ QtRunLoop::~QtRunLoop() {
 }
 
 void QtRunLoop::installIfNeeded() {
-  if (!QCoreApplication::instance()) return;
-  if (mainIfInstalled()) {
-    RunLoopAnimationDriver::installUnlessQtLoop();
-    return;
-  }
+  if (!QCoreApplication::instance() || mainIfInstalled()) return;
   static QtRunLoop* loop;
   loop = new QtRunLoop;
   qAddPostRoutine([] { delete std::exchange(loop, nullptr); });

@@ -2,8 +2,6 @@
 
 #include "tests/support/ScreenTest.h"
 
-using namespace std::chrono_literals;
-
 namespace {
 
 class NibTest : public ScreenTest {};
@@ -17,13 +15,6 @@ TEST_F(NibTest, makesViewsThatTheirSuperviewsHold) {
   nib->setFrame(view()->bounds());
   EXPECT_EQ(part->frame().size.width, 640) << "anchors of the file hold";
   EXPECT_EQ(colorAt(snapshot(), 5, 5), "202040");
-
-  nib->setProperty("turning", true);
-  run(500ms);
-  EXPECT_NEAR(nib->rotation(), 45, 12) << "animations of the file go by the run loop's time";
-  run(700ms);
-  EXPECT_EQ(nib->rotation(), 90);
-  EXPECT_EQ(loop.pendingTimers(), 0u) << "at rest nothing ticks";
 
   nib->removeFromSuperview();
   nib.reset();
