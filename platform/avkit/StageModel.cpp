@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 namespace {
 
 // An interruption shorter than this is not worth a spinner's flash.
-constexpr auto patience = 300ms;
+constexpr auto interruptionLimit = 300ms;
 // More than a screen can hold; beyond it a caption is a fault or an attack.
 constexpr qsizetype longestCaption = 600;
 
@@ -53,18 +53,18 @@ bool StageModel::isWaiting() const {
 
 void StageModel::followWaiting() {
   if (!visible_ || !isWaiting()) {
-    patience_ = nullptr;
+    spinnerDelay_ = nullptr;
     spin(false);
   } else if (!begun_) {
     spin(true);
-  } else if (!spinning_ && !patience_) {
-    patience_ = NSTimer::scheduledTimerWithTimeInterval(patience, false, [this] { spin(true); });
+  } else if (!spinning_ && !spinnerDelay_) {
+    spinnerDelay_ = NSTimer::scheduledTimerWithTimeInterval(interruptionLimit, false, [this] { spin(true); });
   }
 }
 
 void StageModel::spin(bool spinning) {
   if (spinning == spinning_) return;
-  patience_ = nullptr;
+  spinnerDelay_ = nullptr;
   spinning_ = spinning;
   Q_EMIT spinningChanged();
 }

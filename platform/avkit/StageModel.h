@@ -51,5 +51,5 @@ class StageModel final : public QObject {
   bool spinning_ = false;
   bool soundOnly_ = false;
   QString caption_;
-  std::shared_ptr<NSTimer> patience_;  // runs before the spinner when playing has been interrupted
+  std::shared_ptr<NSTimer> spinnerDelay_;  // runs while an interruption is too short for the spinner
 };

@@ -66,7 +66,8 @@ void UIPressDelivery::cancel(UIPressType type) {
   if (const auto held = takers_.extract(type)) tell(held.mapped(), type, Phase::cancelled);
 }
 
-// The first to come is the innermost.
+// A view that hands a press on from inside its own pressesBegan() takes it as well, after the one that it handed it to:
+// the first taker keeps it.
 void UIPressDelivery::take(UIPressType type, Taker taker) {
   if (const auto view = taker.view.lock()) {
     connect(view.get(), &QQuickItem::windowChanged, this, &UIPressDelivery::cancelLost, Qt::UniqueConnection);

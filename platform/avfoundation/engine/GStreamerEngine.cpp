@@ -17,8 +17,8 @@ constexpr auto pollInterval = std::chrono::milliseconds(500);
 // one then finds it. Twice as long before each further attempt, for slow disks.
 constexpr auto filePatience = std::chrono::seconds(1);
 constexpr int maximumRestarts = 3;
-// How long a seek may take before one that was asked for later no longer waits for it.
-constexpr auto seekPatience = std::chrono::seconds(1);
+// How long a seek may take until one that was asked for later goes ahead of it.
+constexpr auto seekLimit = std::chrono::seconds(1);
 // The end that a container names and the end of its last sample differ by less than this.
 constexpr std::int64_t endTolerance = second / 2;
 // Media of which more than this is missing at the end have been cut off.
@@ -51,7 +51,7 @@ GStreamerEngine::GStreamerEngine(const MediaSource& source)
 GStreamerEngine::~GStreamerEngine() {
   YMR_ASSERT_MAIN_THREAD();
   hop_.close();
-  for (const RunLoop::TimerToken timer : {pollTimer_, impatience_, restartTimer_}) {
+  for (const RunLoop::TimerToken timer : {pollTimer_, overdueTimer_, restartTimer_}) {
     if (timer) RunLoop::main().cancel(timer);
   }
   if (pipeline_) MediaPipeline::close(std::move(pipeline_));
@@ -190,9 +190,9 @@ void GStreamerEngine::seek(const CMTime& time, SeekCompletion completion) {
   next_ = Seek{.target = isReady_ ? reachable(time) : 0, .time = time, .completion = std::move(completion)};
   if (!isReady_) return;
   if (!current_) return begin(*std::exchange(next_, std::nullopt));
-  if (!impatience_) {
-    impatience_ = RunLoop::main().schedule(seekPatience, [this] {
-      impatience_ = 0;
+  if (!overdueTimer_) {
+    overdueTimer_ = RunLoop::main().schedule(seekLimit, [this] {
+      overdueTimer_ = 0;
       if (next_) begin(*std::exchange(next_, std::nullopt));
     });
   }
@@ -219,7 +219,7 @@ void GStreamerEngine::sendSeek(std::int64_t time) {
 
 void GStreamerEngine::finishSeek() {
   current_.reset();
-  if (impatience_) RunLoop::main().cancel(std::exchange(impatience_, 0));
+  if (overdueTimer_) RunLoop::main().cancel(std::exchange(overdueTimer_, 0));
   if (isFilled_) silence_.reset();
   if (next_) begin(*std::exchange(next_, std::nullopt));
   apply();
@@ -285,7 +285,7 @@ void GStreamerEngine::fail(const NSError& error) {
   hasFailed_ = true;
   silence_.reset();
   overtime_.reset();
-  for (RunLoop::TimerToken* timer : {&pollTimer_, &impatience_, &restartTimer_}) {
+  for (RunLoop::TimerToken* timer : {&pollTimer_, &overdueTimer_, &restartTimer_}) {
     if (*timer) RunLoop::main().cancel(std::exchange(*timer, 0));
   }
   MediaPipeline::close(std::move(pipeline_));

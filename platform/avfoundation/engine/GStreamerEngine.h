@@ -101,7 +101,7 @@ class GStreamerEngine final : public MediaEngine {
   std::optional<GstClockTime> lastBufferedEnd_;
   RunLoop::TimerToken pollTimer_ = 0;
   RunLoop::TimerToken restartTimer_ = 0;
-  RunLoop::TimerToken impatience_ = 0;  // lets next_ take the place of a current_ that does not come to an end
+  RunLoop::TimerToken overdueTimer_ = 0;  // of a seek: when current_ takes too long, next_ begins in its place
   SilenceWatch silence_;
   SilenceWatch overtime_;  // of an ad, from its first picture on
   CaptionPresenter captions_;

@@ -29,6 +29,6 @@ NSError damagedMediaError(const NSURL& url);
 // Streams were found and no decoder takes one of them; `codec` is for people, or empty.
 NSError missingDecoderError(const NSURL& url, const std::string& codec);
 NSError silenceError(const NSURL& url, double seconds);
-// An ad goes on and on, or comes by and by.
+// An ad takes longer than it may.
 NSError overtimeError(const NSURL& url);
 NSError missingLibraryError(const std::string& what);

@@ -7,8 +7,8 @@
 #include "platform/avfoundation/engine/GstHandles.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
 
-// The pipeline's last element for sound: a mute switch of its own in front of a device, and a door that keeps what goes
-// wrong with the device from reaching the rest of the pipeline.
+// The pipeline's last element for sound: a device, behind a mute switch and a pad whose errors end there: a
+// device that fails does not stop the rest of the pipeline.
 //
 // makeElement() once, before the pipeline runs; destroyed when it has stopped.
 class SoundOutlet {
