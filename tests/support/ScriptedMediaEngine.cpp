@@ -20,17 +20,11 @@ nanoseconds fromTime(const CMTime& time) {
   return nanoseconds(CMTimeConvertScale(time, 1000000000).value);
 }
 
-// Marks that somebody is being told something.
-class Telling {
- public:
-  explicit Telling(std::shared_ptr<MediaEngineLog> log) : log_(std::move(log)) { ++log_->reportsOnTheStack; }
-  Telling(const Telling&) = delete;
-  Telling& operator=(const Telling&) = delete;
-  ~Telling() { --log_->reportsOnTheStack; }
-
- private:
-  const std::shared_ptr<MediaEngineLog> log_;
-};
+// Marks that somebody is being told something, in a log that outlives the engine.
+std::shared_ptr<void> telling(std::shared_ptr<MediaEngineLog> log) {
+  ++log->reportsOnTheStack;
+  return {nullptr, [log](void*) { --log->reportsOnTheStack; }};
+}
 
 }  // namespace
 
@@ -47,7 +41,7 @@ ScriptedMediaEngine::~ScriptedMediaEngine() {
 void ScriptedMediaEngine::report(std::function<void()> report) {
   RunLoop::main().post([this, alive = std::weak_ptr(alive_), report = std::move(report)] {
     if (alive.expired() || failed_) return;
-    const Telling telling(log_);
+    const auto mark = telling(log_);
     report();
   });
 }
@@ -105,16 +99,10 @@ void ScriptedMediaEngine::fail(NSError error) {
   });
 }
 
-void ScriptedMediaEngine::stall() {
-  if (stalled_) return;
-  change([this] { stalled_ = true; });
-  tell(events_.bufferingChanged);
-}
-
-void ScriptedMediaEngine::resumeData() {
-  if (!stalled_) return;
+void ScriptedMediaEngine::setStalled(bool stalled) {
+  if (stalled_ == stalled) return;
   cancel(stallTimer_);
-  change([this] { stalled_ = false; });
+  change([&] { stalled_ = stalled; });
   tell(events_.bufferingChanged);
 }
 
@@ -175,7 +163,7 @@ void ScriptedMediaEngine::carryOutSeek() {
   });
   tell(events_.bufferingChanged);
   present();
-  const Telling telling(log_);
+  const auto mark = telling(log_);
   if (seek.completion) seek.completion(true);
 }
 
@@ -329,19 +317,11 @@ ScriptedMedia::~ScriptedMedia() {
   for (auto* engine : engines_) engine->media_ = nullptr;
 }
 
-MediaScript& ScriptedMedia::script(const std::string& url) {
-  return scripts_.try_emplace(url, otherwise_).first->second;
-}
-
 ScriptedMediaEngine* ScriptedMedia::engine(const std::string& url) const {
   const auto latest = std::find_if(engines_.rbegin(), engines_.rend(), [&](const ScriptedMediaEngine* engine) {
     return engine->log().source.url.absoluteString() == url;
   });
   return latest == engines_.rend() ? nullptr : *latest;
-}
-
-ScriptedMediaEngine* ScriptedMedia::engine() const {
-  return engines_.empty() ? nullptr : engines_.back();
 }
 
 std::vector<std::shared_ptr<const MediaEngineLog>> ScriptedMedia::logs(const std::string& url) const {

@@ -15,15 +15,11 @@
 
 // The chief tool of the player's tests: media that behave as a test says, on the run loop's clock.
 //
-//   VirtualRunLoop loop;
 //   ScriptedMedia media;                                  // AVPlayer and its fellows now play scripted media
 //   media.script("http://example.com/ad.mp4").duration = 15;
-//   media.script("http://example.com/gone.mp4").loadFailure = NSError{…};
 //   … make items and players of those URLs …
 //   loop.advance(3s);                                     // position follows the clock, times the rate
 //   media.engine("http://example.com/ad.mp4")->fail(…);   // or drive a living engine by hand
-//   EXPECT_EQ(media.aliveEngines(), 0);
-//   EXPECT_EQ(media.logs("http://example.com/ad.mp4").back()->flushes, 1);   // outlives the engine
 //
 // It keeps MediaEngine's contract to the letter: nothing is reported from inside a call, every report is a turn of its
 // own, nothing comes after a failure, and an engine may be destroyed from inside its own reports. All times are
@@ -33,13 +29,7 @@
 struct MediaScript {
   double duration = 60;
   bool live = false;  // endless; the duration is indefinite
-  std::vector<MediaTrack> tracks = {{.kind = MediaTrack::Kind::video,
-                                     .identifier = "video",
-                                     .languageTag = {},
-                                     .title = {},
-                                     .nominalFrameRate = 25,
-                                     .width = 16,
-                                     .height = 9}};
+  std::vector<MediaTrack> tracks = {{MediaTrack::Kind::video, "video", {}, {}, 25, 16, 9}};
 
   double loadDelay = 0.05;             // from load() to ready, or to the failure to load
   std::optional<NSError> loadFailure;  // fails instead of becoming ready
@@ -102,8 +92,8 @@ class ScriptedMediaEngine final : public MediaEngine {
 
   void fail(NSError error);
   // Data run out until resumeData(); the silence limit applies.
-  void stall();
-  void resumeData();
+  void stall() { setStalled(true); }
+  void resumeData() { setStalled(false); }
   // Says what the three buffering questions answer, until the next stall or seek.
   void setBuffering(bool empty, bool likelyToKeepUp, double lead);
   void setDuration(double seconds);
@@ -154,14 +144,13 @@ class ScriptedMediaEngine final : public MediaEngine {
   void planSilence();
   void updateCaption();
   void present();
+  void setStalled(bool stalled);
 
   // What the plan brings.
   void becomeReady();
   void reachFailure() { fail(script_.failure->error); }
   void reachStall();
-  void reachCaption() {
-    change([this] { updateCaption(); });
-  }
+  void reachCaption() { selectLegibleTrack(log_->legibleTrack); }
   void reachEnd();
   void carryOutSeek();
   void giveUpWaiting() { fail({AVFoundationErrorDomain, AVErrorNoDataReceived, "No data came in time"}); }
@@ -199,13 +188,13 @@ class ScriptedMedia {
   ~ScriptedMedia();
 
   // How the medium of `url` behaves, to be changed at will before its engine is made.
-  MediaScript& script(const std::string& url);
+  MediaScript& script(const std::string& url) { return scripts_.try_emplace(url, otherwise_).first->second; }
   // How media behave that have no script of their own.
   MediaScript& otherwise() { return otherwise_; }
 
   // The latest living engine of the URL, or of all; null when there is none.
   ScriptedMediaEngine* engine(const std::string& url) const;
-  ScriptedMediaEngine* engine() const;
+  ScriptedMediaEngine* engine() const { return engines_.empty() ? nullptr : engines_.back(); }
   int aliveEngines() const { return static_cast<int>(engines_.size()); }
   // One for each engine that was ever made, of the URL or of all, in that order.
   std::vector<std::shared_ptr<const MediaEngineLog>> logs(const std::string& url) const;

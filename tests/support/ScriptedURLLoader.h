@@ -33,8 +33,6 @@ class ScriptedURLLoader : public URLLoader {
   // What `url` gives from now on. Called again, it adds the answer of a further request; the last one stays.
   void answer(const std::string& url, Answer answer) { script_[normalised(url)].push_back(std::move(answer)); }
   void answer(const std::string& url, std::string body) { answer(url, Answer{200, std::move(body), {}, {}, false}); }
-  // What every URL gives that has no answer of its own; a refused connection at first.
-  void answerOthers(Answer answer) { others_ = std::move(answer); }
 
   const std::vector<Asked>& asked() const { return asked_; }
   std::vector<std::string> askedURLs() const {
@@ -75,7 +73,7 @@ class ScriptedURLLoader : public URLLoader {
 
   Answer next(const std::string& url) {
     const auto found = script_.find(url);
-    if (found == script_.end()) return others_;
+    if (found == script_.end()) return {.error = NSURLErrorCannotConnectToHost};
     auto& answers = found->second;
     Answer answer = answers.front();
     if (answers.size() > 1) answers.erase(answers.begin());
@@ -106,7 +104,6 @@ class ScriptedURLLoader : public URLLoader {
   }
 
   std::map<std::string, std::vector<Answer>> script_;
-  Answer others_{0, "", {}, NSURLErrorCannotConnectToHost, false};
   std::vector<Asked> asked_;
   std::vector<std::string> sent_;
   std::shared_ptr<int> inFlight_ = std::make_shared<int>(0);
