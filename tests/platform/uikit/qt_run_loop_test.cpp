@@ -15,46 +15,34 @@ struct QtRunLoopTest : testing::Test {
   QtRunLoop loop;
 };
 
-TEST_F(QtRunLoopTest, qtsOwnEventsAndTimersGetTheirTurnBetweenBlocks) {
-  std::vector<int> order;
+TEST_F(QtRunLoopTest, qtsOwnEventsAndTimersGetTheirTurnInABusyLoop) {
   QObject receiver;
-  loop.post([&] {
-    order.push_back(1);
-    loop.post([&] { order.push_back(3); });
-  });
-  const auto second = [&] { order.push_back(2); };
-  QMetaObject::invokeMethod(&receiver, second, Qt::QueuedConnection);
-  EXPECT_TRUE(runEventsUntil([&] { return order.size() == 3; }));
-  EXPECT_THAT(order, ElementsAre(1, 2, 3));
-
+  bool isToldByQt = false;
   bool fired = false;
   std::function<void()> again = [&] {
-    if (!fired) loop.post(again);
+    if (!fired || !isToldByQt) loop.post(again);
   };
   loop.post(again);
   loop.schedule(20ms, [&] { fired = true; });
-  EXPECT_TRUE(runEventsUntil([&] { return fired; })) << "a busy loop holds its timers up";
+  QMetaObject::invokeMethod(
+      &receiver, [&] { isToldByQt = true; }, Qt::QueuedConnection);
+  EXPECT_TRUE(runEventsUntil([&] { return fired && isToldByQt; })) << "a busy loop holds others up";
 }
 
-TEST_F(QtRunLoopTest, goesOnInsideANestedEventLoop) {
+TEST_F(QtRunLoopTest, goesOnInsideANestedEventLoopAlsoFromATimer) {
   std::vector<int> order;
   QEventLoop nested;
-  const auto nest = [&] {
+  loop.schedule(0ms, [&] {
     order.push_back(1);
     nested.exec();
     order.push_back(3);
-  };
-  const auto leave = [&] {
+  });
+  loop.schedule(0ms, [&] {
     order.push_back(2);
     nested.quit();
-  };
-  loop.post(nest);
-  loop.schedule(5ms, leave);
+  });
   EXPECT_TRUE(runEventsUntil([&] { return order.size() == 3; }));
-  loop.schedule(0ms, nest);
-  loop.schedule(0ms, leave);
-  EXPECT_TRUE(runEventsUntil([&] { return order.size() == 6; })) << "also from inside a timer";
-  EXPECT_THAT(order, ElementsAre(1, 2, 3, 1, 2, 3));
+  EXPECT_THAT(order, ElementsAre(1, 2, 3));
 }
 
 TEST_F(QtRunLoopTest, timersFromOtherThreadsAreOnTime) {
@@ -64,17 +52,16 @@ TEST_F(QtRunLoopTest, timersFromOtherThreadsAreOnTime) {
   EXPECT_TRUE(runEventsUntil([&] { return soon; }));
 }
 
-TEST(QtRunLoopInstallation, theFirstViewInstallsOneAndOneOnly) {
+TEST(QtRunLoopInstallation, theFirstViewInstallsOneUnlessAHostHas) {
   screenApplication();
-  ASSERT_EQ(RunLoop::mainIfInstalled(), nullptr);
   {
     VirtualRunLoop other;
     const UIView view;
-    EXPECT_EQ(RunLoop::mainIfInstalled(), &other) << "what the host installed stays";
+    EXPECT_EQ(RunLoop::mainIfInstalled(), &other);
   }
   const UIView view;
   RunLoop* loop = RunLoop::mainIfInstalled();
-  EXPECT_NE(dynamic_cast<QtRunLoop*>(loop), nullptr);
+  EXPECT_TRUE(dynamic_cast<QtRunLoop*>(loop));
   const UIView another;
   EXPECT_EQ(RunLoop::mainIfInstalled(), loop);
   RunLoop::install(nullptr);
