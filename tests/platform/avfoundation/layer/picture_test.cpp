@@ -103,11 +103,8 @@ TEST_F(PictureTest, fillsAsMuchAsItsShapeAllowsAndIsTurnedAsItSays) {
   const Case cases[] = {
       {"16:9", 160, 90, 1, 1, 0, false, whole, "rgbw"},
       {"larger than the window", 1920, 1080, 1, 1, 0, false, whole, "rgbw"},
-      {"square", 100, 100, 1, 1, 0, false, QRect(140, 0, 360, 360), "rgbw"},
       {"wide", 400, 100, 1, 1, 0, false, QRect(0, 100, 640, 160), "rgbw"},
       {"4:3 of a disc", 720, 576, 16, 15, 0, false, QRect(80, 0, 480, 360), "rgbw"},
-      {"16:9 of a disc", 720, 576, 64, 45, 0, false, whole, "rgbw"},
-      {"no pixel aspect", 160, 90, 0, 0, 0, false, whole, "rgbw"},
       {"nonsense for a pixel aspect", 160, 90, -4, 3, 0, false, whole, "rgbw"},
       {"turned right", 160, 100, 1, 1, 90, false, QRect(208, 0, 225, 360), "brwg"},
       {"upside down", 160, 90, 1, 1, 180, false, whole, "wbgr"},
@@ -153,20 +150,6 @@ TEST_F(PictureTest, aPictureOfTheSameSizeIsShownPixelForPixel) {
     }
     EXPECT_EQ(different, 0);
   }
-}
-
-TEST_F(PictureTest, followsANewSizeOfPictureWindowAndItem) {
-  show(quarters(160, 90));
-  snapshot();
-  show(quarters(40, 40));
-  EXPECT_EQ(quartersOf(snapshot(), QRect(140, 0, 360, 360)), "rgbw");
-  EXPECT_EQ(letterAt(snapshot(), 100, 100), 'k') << "nothing is left of the wider one";
-  resize(800, 600);
-  item->setSize({200, 400});
-  item->setPosition({50, 100});
-  const QImage image = snapshot();
-  EXPECT_EQ(quartersOf(image, QRect(50, 200, 200, 200)), "rgbw");
-  EXPECT_EQ(letterAt(image, 400, 300), 'k');
 }
 
 TEST_F(PictureTest, isBlackAndOpaqueWithoutAPictureAndShowsNothingOfAFormerSource) {
@@ -248,13 +231,10 @@ TEST_F(PictureTest, picturesMayComeFromAnotherThreadWhileItDrawsAndWhenItHasGone
 }
 
 TEST(PictureGeometry, edgesLieOnThePixelsOfADenseScreen) {
-  const VideoFrame frame = plain(0, 1001, 563);
-  const QRectF rect = pictureRect(frame, QRectF(0, 0, 640, 360), 1.5);
-  EXPECT_EQ(rect.width() * 1.5, std::round(rect.width() * 1.5));
-  EXPECT_EQ(rect.height() * 1.5, std::round(rect.height() * 1.5));
-  EXPECT_EQ(rect.x() * 1.5, std::round(rect.x() * 1.5));
-  EXPECT_TRUE(pictureRect(frame, QRectF(0, 0, 0, 360), 1).isEmpty());
-  EXPECT_TRUE(pictureRect(VideoFrame(), QRectF(0, 0, 640, 360), 1).isEmpty());
+  const QRectF rect = pictureRect(plain(0, 1001, 563), QRectF(0, 0, 640, 360), 1.5);
+  for (const double edge : {rect.left(), rect.top(), rect.right(), rect.bottom()}) {
+    EXPECT_EQ(edge * 1.5, std::round(edge * 1.5));
+  }
 }
 
 }  // namespace
