@@ -15,28 +15,15 @@ struct Bad {
   std::string says;  // a part of the message
 };
 
-void PrintTo(const Bad& bad, std::ostream* out) {
-  *out << bad.where;
-}
-
-// One grey pixel.
-constexpr unsigned char picture[]{0x89, 'P',  'N',  'G',  0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 'I',  'H',
-                                  'D',  'R',  0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x08, 0x00, 0x00, 0x00,
-                                  0x00, 0x3a, 0x7e, 0x9b, 0x55, 0x00, 0x00, 0x00, 0x0a, 'I',  'D',  'A',  'T',  0x78,
-                                  0x9c, 0x63, 0x60, 0x00, 0x00, 0x00, 0x02, 0x00, 0x01, 0x48, 0xaf, 0xa4, 0x71, 0x00,
-                                  0x00, 0x00, 0x00, 'I',  'E',  'N',  'D',  0xae, 0x42, 0x60, 0x82};
-
 class BadMedia : public EngineTest, public testing::WithParamInterface<Bad> {
  protected:
   BadMedia() {
-    server.on("/404.mp4", HTTPServer::Reply{.status = 404});
-    server.on("/403.mp4", HTTPServer::Reply{.status = 403});
-    server.on("/500.mp4", HTTPServer::Reply{.status = 500});
-    server.on("/empty.m3u8", "#EXTM3U\n", "application/vnd.apple.mpegurl");
-    server.on("/gone.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:2\n#EXTINF:2,\n404.ts\n#EXT-X-ENDLIST\n",
+    for (const int status : {404, 403, 500}) {
+      server.on("/" + std::to_string(status) + ".mp4", HTTPServer::Reply{.status = status});
+    }
+    server.on("/gone.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:2\n#EXTINF:2,\n404.mp4\n#EXT-X-ENDLIST\n",
               "application/vnd.apple.mpegurl");
-    server.on("/picture.png", std::string(std::begin(picture), std::end(picture)), "image/png");
-    server.on("/404.ts", HTTPServer::Reply{.status = 404});
+    server.on("/picture.png", "\x89PNG\r\n\x1a\n" + std::string(100, ' '), "image/png");
     server.onRedirect("/loop.mp4", "/loop.mp4");
   }
 };
@@ -68,8 +55,6 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Bad{"nowhere.mp4", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "nowhere.mp4 does not exist"},
                     Bad{"hls", NSURLErrorDomain, NSURLErrorNoPermissionsToReadFile, "hls can't be opened"},
                     Bad{"zero.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "zero.mp4"},
-                    Bad{"text.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text.mp4"},
-                    Bad{"page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text/html"},
                     Bad{"english.srt", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "english.srt"},
                     Bad{"hls/master.m3u8", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "playlist"},
                     Bad{"@picture.png", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "image/png"},
@@ -80,10 +65,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Bad{"@500.mp4", NSURLErrorDomain, NSURLErrorBadServerResponse, "500"},
                     Bad{"@page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text/html"},
                     Bad{"@loop.mp4", NSURLErrorDomain, NSURLErrorHTTPTooManyRedirects, "127.0.0.1"},
-                    Bad{"@empty.m3u8", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "127.0.0.1"},
                     Bad{"@gone.m3u8", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
                     Bad{"http://127.0.0.1:9/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost, "127.0.0.1"},
-                    Bad{"https://127.0.0.1:9/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost, "127.0.0.1"},
                     Bad{"http://no.such.host.invalid/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost,
                         "no.such.host"},
                     Bad{"ftp://127.0.0.1/clip.mp4", NSURLErrorDomain, NSURLErrorUnsupportedURL, "ftp:"}),
@@ -186,11 +169,10 @@ TEST_F(DamagedMedia, picturesThatNothingDecodesAreAnErrorAndSoundIsNot) {
 class AdvertisementGate : public EngineTest {};
 
 TEST_F(AdvertisementGate, opensTheAcceptedContainersOverHTTPOnly) {
-  for (const char* name : {"clip.mp4", "rotated.mp4", "captions.mov", "audio.m4a", "fragmented.mp4"}) {
-    SCOPED_TRACE(name);
-    EXPECT_TRUE(open(std::string("@") + name, MediaPurpose::advertisement));
+  for (const char* name : {"@clip.mp4", "@captions.mov", "@audio.m4a", "@fragmented.mp4"}) {
+    EXPECT_TRUE(open(name, MediaPurpose::advertisement)) << name;
   }
-  for (const char* name : {"clip.mkv", "clip.webm", "clip.ts", "hls/master.m3u8", "hls/low/index.m3u8"}) {
+  for (const char* name : {"clip.mkv", "clip.webm", "clip.ts", "hls/master.m3u8"}) {
     SCOPED_TRACE(name);
     // Neither the address nor the server's word decides.
     server.on("/ad.mp4", [name](const HTTPServer::Request&) {
@@ -216,7 +198,7 @@ TEST_F(AdvertisementGate, givesUpAnAdThatTakesMuchLongerThanItIs) {
   EXPECT_THAT(told.failures, IsEmpty()) << "it waited for its viewer";
   engine->setRate(1);
   ASSERT_TRUE(runUntil([this] { return !told.failures.empty(); }));
-  EXPECT_LT(position(), 1);
+  EXPECT_EQ(told.ended, 0);
   EXPECT_THAT(told.failures[0].message, HasSubstr("longer"));
 }
 

@@ -99,10 +99,8 @@ TEST(DecodedPictures, areSharedUntilTheirBufferIsUsedAgain) {
   }
   const GstMiniObjectRef<GstBuffer> other(gst_buffer_copy(shown.get()));
   gst_buffer_memset(other.get(), 0, 9, 1);
-  EXPECT_EQ(first(shown.get()), 6) << "whoever writes writes to memory of its own";
-  EXPECT_EQ(first(other.get()), 9);
   gst_buffer_pool_set_active(pool.get(), FALSE);
-  EXPECT_EQ(first(shown.get()), 6);
+  EXPECT_EQ(first(shown.get()), 6) << "whoever writes writes to memory of its own";
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 struct Format {
   std::string where;
   double duration;
@@ -12,10 +10,6 @@ struct Format {
   int width, height;
   std::size_t sounds;
 };
-
-void PrintTo(const Format& format, std::ostream* out) {
-  *out << format.where;
-}
 
 class EveryFormat : public EngineTest, public testing::WithParamInterface<Format> {};
 
@@ -29,19 +23,15 @@ TEST_P(EveryFormat, isReadyWithItsFirstPictureAndItsFacts) {
     return static_cast<std::size_t>(std::ranges::count(tracks, kind, &MediaTrack::kind));
   };
   EXPECT_EQ(count(MediaTrack::Kind::audio), format.sounds);
-  if (format.width == 0) {
-    EXPECT_EQ(count(MediaTrack::Kind::video), 0u);
-    EXPECT_TRUE(frames->numbers().empty());
-    return;
-  }
-  ASSERT_EQ(count(MediaTrack::Kind::video), 1u);
-  EXPECT_EQ(tracks[0].kind, MediaTrack::Kind::video);
-  EXPECT_NEAR(tracks[0].nominalFrameRate, format.frameRate, 0.01);
-  EXPECT_EQ(tracks[0].width, format.width);
-  EXPECT_EQ(tracks[0].height, format.height);
-  EXPECT_THAT(frames->numbers(), ElementsAre(0));
+  EXPECT_EQ(count(MediaTrack::Kind::video), format.width > 0);
+  EXPECT_EQ(frames->numbers(), std::vector<int>(format.width > 0, 0)) << "the first picture";
   EXPECT_EQ(frames->last().width, format.width);
   EXPECT_EQ(frames->last().height, format.height);
+  if (format.width > 0) {
+    EXPECT_NEAR(tracks[0].nominalFrameRate, format.frameRate, 0.01);
+    EXPECT_EQ(tracks[0].width, format.width);
+    EXPECT_EQ(tracks[0].height, format.height);
+  }
   EXPECT_LT(position(), 1);
 }
 

@@ -13,8 +13,8 @@ TEST_F(Streaming, aPlaylistOfSeveralBitratesSettlesOnOneThatComesInTime) {
   EXPECT_EQ(frames->lastNumber(), 0);
   ASSERT_EQ(seek(10), true);
   EXPECT_EQ(frames->lastNumber(), 250);
-  ASSERT_TRUE(playTo(15));
-  EXPECT_EQ(frames->last().width, 640) << "a quick server is asked for the better pictures";
+  engine->setRate(1);
+  EXPECT_TRUE(runUntil([this] { return frames->last().width == 640; })) << "a quick server is asked for the better";
 }
 
 TEST_F(Streaming, aLivePlaylistHasNoEndAndGoesOn) {
@@ -47,10 +47,9 @@ TEST_F(Streaming, aServerThatStallsInTheMiddleHoldsThePlaybackAndLosesNothing) {
   ASSERT_TRUE(open("@stall.mp4"));
   engine->setRate(1);
   ASSERT_TRUE(runUntil([this] { return engine->isBufferEmpty(); }));
-  runFor(100ms);
-  const double held = position();
-  runFor(300ms);
-  EXPECT_NEAR(position(), held, 0.1);
+  double held = -1;
+  for (int look = 0; look < 10 && std::exchange(held, position()) != held; ++look) runFor(300ms);
+  EXPECT_EQ(position(), held) << "it stands";
   ASSERT_TRUE(runUntil([&] { return position() > held + 1; }));
   EXPECT_TRUE(engine->isLikelyToKeepUp());
   const auto numbers = frames->numbers();
@@ -96,7 +95,7 @@ TEST_F(Streaming, textsComeWhenTheyAreDueAndTheMediaEnds) {
     ASSERT_TRUE(runUntil([this] { return !told.captions.empty(); }));
     ASSERT_TRUE(told.captions[0].has_value());
     EXPECT_THAT(*told.captions[0], HasSubstr("Deutsch"));
-    EXPECT_NEAR(position(), 1, 0.9);
+    EXPECT_GE(position(), 0.9) << "not before it is due";
     engine->selectLegibleTrack(std::nullopt);
     ASSERT_TRUE(runUntil([this] { return told.captions.size() == 2; }));
     EXPECT_FALSE(told.captions[1].has_value());
