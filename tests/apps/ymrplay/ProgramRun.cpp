@@ -58,7 +58,6 @@ ProgramRun runProgram(const std::string& program, const std::vector<std::string>
   int output[2];
   std::FILE* const errors = std::tmpfile();
   if (!errors || pipe(output) != 0) return {};
-  const auto started = std::chrono::steady_clock::now();
   const pid_t process = fork();
   if (process == 0) become(program, arguments, output[1], fileno(errors));
   close(output[1]);
@@ -77,7 +76,6 @@ ProgramRun runProgram(const std::string& program, const std::vector<std::string>
   int status = 0;
   waitpid(process, &status, 0);
   run.exitStatus = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-  run.wall = std::chrono::steady_clock::now() - started;
   std::rewind(errors);
   while (const std::size_t got = std::fread(block, 1, sizeof block, errors)) run.errors.append(block, got);
   std::fclose(errors);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -11,7 +10,6 @@ struct ProgramRun {
   int exitStatus = -1;  // 128 + the signal's number when a signal ended it
   std::string output;
   std::string errors;
-  std::chrono::duration<double> wall{0};
 
   // The lines of --events.
   std::vector<nlohmann::json> events() const;
