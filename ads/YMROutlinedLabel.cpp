@@ -27,7 +27,7 @@ std::shared_ptr<YMROutlinedLabel> YMROutlinedLabel::init() {
 }
 
 void YMROutlinedLabel::setParagraphStyle(std::optional<NSParagraphStyle> style) {
-  paragraphStyle_ = std::move(style);
+  paragraphStyle_ = style;
   setNeedsDisplay();
 }
 

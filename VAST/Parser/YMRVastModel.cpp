@@ -62,7 +62,7 @@ void YMRVastModel::setVASTDocumentArray(std::vector<VASTDocument> documents) {
   vastDocumentArray_ = std::move(documents);
 }
 
-void YMRVastModel::addVASTDocument(VASTDocument document) {
+void YMRVastModel::addVASTDocument(const VASTDocument& document) {
   vastDocumentArray_.push_back(document);
   const XML::Accessor& ads = document.ads();
   if (ads.count() < 2) {

@@ -36,7 +36,7 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
   void setVASTDocumentArray(std::vector<VASTDocument> documents);
   // Appends a document, and makes children of its ads when it has two or more. Of those, an ad without `id` is left
   // out, since nothing could find it again.
-  void addVASTDocument(VASTDocument document);
+  void addVASTDocument(const VASTDocument& document);
 
   // Children for the pod ads, ascending by `sequence` compared as text: "10" comes before "2".
   const Models& adModels() const { return adModels_; }

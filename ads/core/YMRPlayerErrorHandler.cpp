@@ -50,6 +50,7 @@ constexpr const char* messages[] = {
     "The ad response was not understood and cannot be parsed.",
     "An unexpected error occurred and the cause is not known.",
     "No Ads VAST response or no asset found.",
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): texts that take two lines
     "Assets were found in the VAST ad response for linear ad, but none of them matched the video player's "
     "capabilities.",
     "The VAST URI provided, or a VAST URI provided in a subsequent wrapper element, was either unavailable or reached "

@@ -31,7 +31,7 @@ Json describe(const std::shared_ptr<YMRAd>& ad) {
 EventPrinter::EventPrinter(std::function<double()> elapsed, Write write)
     : elapsed_(std::move(elapsed)), write_(std::move(write)) {}
 
-void EventPrinter::print(std::string_view event, Json values) {
+void EventPrinter::print(std::string_view event, const Json& values) {
   Json line{{"t", std::round(elapsed_() * 1000) / 1000}, {"event", event}};
   line.update(values);
   write_(line.dump(-1, ' ', false, Json::error_handler_t::replace));
@@ -40,7 +40,7 @@ void EventPrinter::print(std::string_view event, Json values) {
 void EventPrinter::printAd(std::string_view event, const std::shared_ptr<YMRAd>& ad, const Json& values) {
   Json all{{"ad", describe(ad)}};
   all.update(values);
-  print(event, std::move(all));
+  print(event, all);
 }
 
 YMRVideoPlayerDelegate EventPrinter::delegate() {

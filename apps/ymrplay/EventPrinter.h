@@ -20,7 +20,7 @@ class EventPrinter {
  private:
   using Json = nlohmann::ordered_json;
 
-  void print(std::string_view event, Json values = Json::object());
+  void print(std::string_view event, const Json& values = Json::object());
   void printAd(std::string_view event, const std::shared_ptr<YMRAd>& ad, const Json& values = Json::object());
   void addProgrammeCallbacks(YMRVideoPlayerDelegate& delegate);
   void addAdCallbacks(YMRVideoPlayerDelegate& delegate);

@@ -70,7 +70,7 @@ AVURLAsset::~AVURLAsset() {
   if (RunLoop::mainIfInstalled()) completeWaiters();
 }
 
-void AVURLAsset::loadValuesAsynchronouslyForKeys(std::vector<std::string>, std::function<void()> completion) {
+void AVURLAsset::loadValuesAsynchronouslyForKeys(const std::vector<std::string>&, std::function<void()> completion) {
   YMR_ASSERT_MAIN_THREAD();
   if (completion) waiters_.push_back(std::move(completion));
   if (status_ == AVKeyValueStatusUnknown) session_ = openSession();

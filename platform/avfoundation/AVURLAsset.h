@@ -50,7 +50,7 @@ class YMR_API AVURLAsset : public NSObject {
   // Begins to load, unless that is done, and calls `completion` exactly once when the keys ("playable", "tracks",
   // "duration", …) have loaded or failed, or the load was given up. Always on a later turn of the main queue. Loading
   // ends in bounded time; the completion may hold the asset.
-  void loadValuesAsynchronouslyForKeys(std::vector<std::string> keys, std::function<void()> completion);
+  void loadValuesAsynchronouslyForKeys(const std::vector<std::string>& keys, std::function<void()> completion);
   // How far the key is; `error`, if given, gets the reason of a failure.
   AVKeyValueStatus statusOfValueForKey(std::string_view key, NSError* error = nullptr) const;
 

@@ -42,7 +42,7 @@ constexpr std::array<std::uint8_t, 256> plainCharacters = [] {
   std::array<std::uint8_t, 256> table{};
   for (std::size_t c = 0x21; c < 0x7f; ++c) table[c] = c == '#' ? 0 : inQuery;
   for (std::size_t c = 0x21; c < 0x7f; ++c) table[c] |= c == '%' || c == '?' || c == '#' || c == '\\' ? 0 : inPath;
-  for (const char c : std::string_view("abcdefghijklmnopqrstuvwxyz0123456789-.")) table[std::size_t(c)] |= inHost;
+  for (const unsigned char c : std::string_view("abcdefghijklmnopqrstuvwxyz0123456789-.")) table[c] |= inHost;
   return table;
 }();
 
