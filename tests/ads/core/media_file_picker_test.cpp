@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include "VAST/SKLogger.h"
-#include "platform/coremedia/CMTime.h"
 #include "platform/foundation/NSString.h"
 #include "platform/uikit/values/UIScreen.h"
 #include "tests/support/TurkishLocale.h"
@@ -81,7 +80,6 @@ TEST_F(MediaFilePicker, isTheSameForATurkLikeWhatElseIsReadAndWritten) {
   EXPECT_EQ(pick({file("1", "1", "VIDEO/QUICKTIME")}), "1x1");
   EXPECT_EQ(NSURL::URLWithString("HTTP://INFO.EXAMPLE/I")->absoluteString(), "http://info.example/I");
   EXPECT_EQ(stringWithDouble(-1234567.5, 2), "-1234567.50");
-  EXPECT_EQ(CMTimeDescription(CMTimeMake(2469, 2)), "2469/2 = 1234.500");
 }
 
 TEST_F(MediaFilePicker, withoutANetworkThereIsNothingToPick) {
