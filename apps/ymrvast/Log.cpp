@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "VAST/SKLogger.h"
-#include "apps/ymrvast/Printable.h"
+#include "apps/shared/Printable.h"
 
 void logToStandardError(int level) {
   SKLogger::installSink(level, [](int ofMessage, std::string_view tag, std::string_view message) {

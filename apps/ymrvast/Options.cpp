@@ -1,16 +1,14 @@
 #include "apps/ymrvast/Options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <string_view>
 #include <vector>
 
 #include "VAST/SKLogger.h"
+#include "apps/shared/CommandLine.h"
 
 namespace {
-
-constexpr int wrongUsage = 2;
 
 const char* const description =
     "Shows what the player would make of an ad tag: the chain of wrappers, each ad,\n"
@@ -70,14 +68,11 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
       ->type_name("LEVEL")
       ->check(CLI::IsMember(std::vector<std::string>(names.begin(), names.end())).description(""));
 
-  try {
-    app.parse(argc, argv);
+  const bool isUsable = parsed(app, argc, argv, exitStatus, [&] {
     parseSource(options);
     if (!screen.empty()) parseScreen(screen, options);
-  } catch (const CLI::ParseError& error) {
-    exitStatus = app.exit(error) == 0 ? 0 : wrongUsage;
-    return std::nullopt;
-  }
+  });
+  if (!isUsable) return std::nullopt;
   options.logLevel = *SKLogger::levelNamed(logLevel);
   return options;
 }

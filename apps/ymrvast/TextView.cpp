@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "ads/core/YMRPlayerErrorHandler.h"
-#include "apps/ymrvast/Printable.h"
+#include "apps/shared/Printable.h"
 
 namespace {
 
