@@ -48,7 +48,7 @@ bool AVPlayerItem::isPlaybackBufferEmpty() const {
 bool AVPlayerItem::isPlaybackLikelyToKeepUp() const {
   return playback_->isLikelyToKeepUp();
 }
-std::optional<std::string> AVPlayerItem::currentCaption() const {
+std::optional<MediaCaption> AVPlayerItem::currentCaption() const {
   return playback_->caption();
 }
 

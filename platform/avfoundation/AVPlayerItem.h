@@ -11,6 +11,7 @@
 #include "platform/avfoundation/AVMediaSelection.h"
 #include "platform/avfoundation/AVMetadataItem.h"
 #include "platform/avfoundation/AVURLAsset.h"
+#include "platform/avfoundation/engine/MediaCaption.h"
 #include "platform/coremedia/CMTime.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/NSObject.h"
@@ -76,8 +77,8 @@ class YMR_API AVPlayerItem : public NSObject {
                          const std::shared_ptr<AVMediaSelectionGroup>& group);
   std::shared_ptr<AVMediaSelectionOption> selectedMediaOptionInMediaSelectionGroup(
       const std::shared_ptr<AVMediaSelectionGroup>& group) const;
-  // The text of the selected legible option that is due now, plain, lines parted by line feeds; nil when there is none.
-  std::optional<std::string> currentCaption() const;
+  // The text of the selected legible option that is due now; nil when there is none.
+  std::optional<MediaCaption> currentCaption() const;
 
   // The engine's side. For AVPlayer.
   const std::shared_ptr<ItemPlayback>& playback() const { return playback_; }

@@ -17,7 +17,7 @@ class EngineListener {
   virtual void engineTracksDidChange() {}
   virtual void engineBufferingDidChange() {}
   virtual void engineDidReachEnd() {}
-  virtual void engineCaptionDidChange(const std::optional<std::string>& /*caption*/) {}
+  virtual void engineCaptionDidChange(const std::optional<MediaCaption>& /*caption*/) {}
   // The engine goes, and nothing more comes.
   virtual void engineWasLetGo() {}
 };

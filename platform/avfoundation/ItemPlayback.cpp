@@ -178,7 +178,7 @@ void ItemPlayback::engineDidReachEnd() {
   NSNotificationCenter::defaultCenter().postNotificationName(AVPlayerItemDidPlayToEndTimeNotification, item_.lock());
 }
 
-void ItemPlayback::engineCaptionDidChange(const std::optional<std::string>& caption) {
+void ItemPlayback::engineCaptionDidChange(const std::optional<MediaCaption>& caption) {
   if (speaks() && assign(caption_, caption)) notify("currentCaption");
 }
 

@@ -67,7 +67,7 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
   std::vector<CMTimeRange> loadedTimeRanges() const;
   bool isBufferEmpty() const { return isBufferEmpty_; }
   bool isLikelyToKeepUp() const { return isLikelyToKeepUp_; }
-  const std::optional<std::string>& caption() const { return caption_; }
+  const std::optional<MediaCaption>& caption() const { return caption_; }
   const std::optional<std::string>& legibleTrack() const { return legibleTrack_; }
   void selectLegibleTrack(const std::optional<std::string>& identifier);
 
@@ -76,7 +76,7 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
   void engineDurationDidChange() override;
   void engineBufferingDidChange() override;
   void engineDidReachEnd() override;
-  void engineCaptionDidChange(const std::optional<std::string>& caption) override;
+  void engineCaptionDidChange(const std::optional<MediaCaption>& caption) override;
 
  private:
   struct Seek {
@@ -120,7 +120,7 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
   std::vector<CMTimeRange> loadedTimeRanges_;
   bool isBufferEmpty_ = false;
   bool isLikelyToKeepUp_ = false;
-  std::optional<std::string> caption_;
+  std::optional<MediaCaption> caption_;
   std::optional<std::string> legibleTrack_;
 
   mutable std::mutex sampleMutex_;

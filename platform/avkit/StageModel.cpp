@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/avfoundation/AVMediaFormat.h"
+#include "platform/avkit/StyledCaption.h"
 
 using namespace std::chrono_literals;
 
@@ -11,8 +12,6 @@ namespace {
 
 // An interruption shorter than this is not worth a spinner's flash.
 constexpr auto interruptionLimit = 300ms;
-// More than a screen can hold; beyond it a caption is a fault or an attack.
-constexpr qsizetype longestCaption = 600;
 
 }  // namespace
 
@@ -36,7 +35,7 @@ bool StageModel::refresh() {
   begun_ = begun_ || begins;
   const auto item = watch_ ? watch_->item() : nullptr;
   const auto caption = item && begun_ ? item->currentCaption() : std::nullopt;
-  setCaption(caption ? QString::fromStdString(*caption).left(longestCaption).trimmed() : QString());
+  setCaption(caption ? styledText(*caption) : QString());
   setSoundOnly(item && begun_ && item->status() == AVPlayerItemStatusReadyToPlay &&
                item->asset()->tracksWithMediaType(AVMediaTypeVideo).empty());
   followWaiting();

@@ -12,7 +12,7 @@
 class StageModel final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool spinning READ isSpinning NOTIFY spinningChanged)
-  // Plain text; empty when nothing is due.
+  // Styled text, as Qt Quick calls it; empty when nothing is due.
   Q_PROPERTY(QString caption READ caption NOTIFY captionChanged)
   // Sound without pictures.
   Q_PROPERTY(bool soundOnly READ isSoundOnly NOTIFY soundOnlyChanged)

@@ -271,10 +271,10 @@ void ScriptedMediaEngine::planSilence() {
 }
 
 void ScriptedMediaEngine::updateCaption() {
-  std::optional<std::string> due;
+  std::optional<MediaCaption> due;
   for (const auto& caption : script_.captions) {
     const bool isDue = fromSeconds(caption.start) <= anchorPosition_ && anchorPosition_ < fromSeconds(caption.stop);
-    if (ready_ && caption.track == log_->legibleTrack && isDue) due = caption.text;
+    if (ready_ && caption.track == log_->legibleTrack && isDue) due = MediaCaption{caption.text, caption.isMarkup};
   }
   if (due == caption_) return;
   caption_ = due;

@@ -55,6 +55,7 @@ struct MediaScript {
     std::string track;  // identifier
     double start, stop;
     std::string text;
+    bool isMarkup = false;
   };
   std::vector<Caption> captions;  // shown from start (inclusive) to stop (exclusive) while the track is selected
 
@@ -172,7 +173,7 @@ class ScriptedMediaEngine final : public MediaEngine {
   bool saysLikelyToKeepUp_ = true;
   double rate_ = 0;
   std::optional<Seek> seek_;
-  std::optional<std::string> caption_;
+  std::optional<MediaCaption> caption_;
   Nanoseconds anchorPosition_{0};
   Nanoseconds anchorTime_;
   RunLoop::TimerToken loadTimer_ = 0, planTimer_ = 0, seekTimer_ = 0, silenceTimer_ = 0, stallTimer_ = 0;

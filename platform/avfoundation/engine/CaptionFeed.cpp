@@ -2,20 +2,21 @@
 
 #include <string_view>
 
+#include "platform/avfoundation/engine/CaptionText.h"
 #include "platform/avfoundation/engine/GstHandles.h"
-#include "platform/avfoundation/engine/PlainText.h"
 
 namespace {
 
-// The plain text of a buffer of such a stream; nothing when the stream is of a kind without text.
-std::optional<std::string> textOf(std::string_view bytes, const GstCaps* caps) {
+// The text of a buffer of such a stream; nothing when the stream is of a kind without text.
+std::optional<MediaCaption> captionOf(std::string_view bytes, const GstCaps* caps) {
   if (!caps || gst_caps_is_empty(caps)) return std::nullopt;
   const GstStructure* structure = gst_caps_get_structure(caps, 0);
   const std::string_view name = gst_structure_get_name(structure);
-  if (name == "application/x-ssa" || name == "application/x-ass") return plainTextFromScript(bytes);
+  if (name == "application/x-ssa" || name == "application/x-ass") return MediaCaption{captionFromScript(bytes)};
   if (name != "text/x-raw") return std::nullopt;
   const char* format = gst_structure_get_string(structure, "format");
-  return format && std::string_view(format) == "utf8" ? tidyPlainText(bytes) : plainTextFromMarkup(bytes);
+  if (format && std::string_view(format) == "utf8") return MediaCaption{tidyCaption(bytes)};
+  return MediaCaption{captionFromMarkup(bytes), true};
 }
 
 // A cue is seconds of text. What is longer is not read.
@@ -47,9 +48,9 @@ void CaptionFeed::take(GstPad* pad, GstBuffer* buffer) const {
   if (!track || !segmentEvent || !GST_BUFFER_PTS_IS_VALID(buffer)) return;
   GstMapInfo bytes;
   if (gst_buffer_get_size(buffer) > maximumBytes || !gst_buffer_map(buffer, &bytes, GST_MAP_READ)) return;
-  auto text = textOf({reinterpret_cast<const char*>(bytes.data), bytes.size}, caps.get());
+  auto caption = captionOf({reinterpret_cast<const char*>(bytes.data), bytes.size}, caps.get());
   gst_buffer_unmap(buffer, &bytes);
-  if (!text) return;
+  if (!caption) return;
 
   const GstSegment* segment = nullptr;
   gst_event_parse_segment(segmentEvent.get(), &segment);
@@ -61,6 +62,6 @@ void CaptionFeed::take(GstPad* pad, GstBuffer* buffer) const {
   cue.start = sign * static_cast<std::int64_t>(start);
   if (GST_BUFFER_DURATION_IS_VALID(buffer))
     cue.end = cue.start + static_cast<std::int64_t>(GST_BUFFER_DURATION(buffer));
-  cue.text = std::move(*text);
+  cue.caption = std::move(*caption);
   found_(track.get(), std::move(cue));
 }

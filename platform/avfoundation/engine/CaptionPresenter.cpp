@@ -2,7 +2,7 @@
 
 #include <utility>
 
-CaptionPresenter::CaptionPresenter(std::function<void(std::optional<std::string>)> changed)
+CaptionPresenter::CaptionPresenter(std::function<void(std::optional<MediaCaption>)> changed)
     : changed_(std::move(changed)) {}
 
 CaptionPresenter::~CaptionPresenter() {
@@ -25,8 +25,8 @@ void CaptionPresenter::present() {
       present();
     });
   }
-  auto text = track_ ? timeline_.textAt(*track_, time) : std::nullopt;
-  if (text == shown_) return;
-  shown_ = text;
-  changed_(std::move(text));  // last: it may end this object
+  auto caption = track_ ? timeline_.captionAt(*track_, time) : std::nullopt;
+  if (caption == shown_) return;
+  shown_ = caption;
+  changed_(std::move(caption));  // last: it may end this object
 }

@@ -11,7 +11,7 @@
 class CaptionPresenter {
  public:
   // `changed` is called within the functions below and by timers.
-  explicit CaptionPresenter(std::function<void(std::optional<std::string>)> changed);
+  explicit CaptionPresenter(std::function<void(std::optional<MediaCaption>)> changed);
   CaptionPresenter(const CaptionPresenter&) = delete;
   CaptionPresenter& operator=(const CaptionPresenter&) = delete;
   ~CaptionPresenter();
@@ -26,10 +26,10 @@ class CaptionPresenter {
  private:
   void present();
 
-  const std::function<void(std::optional<std::string>)> changed_;
+  const std::function<void(std::optional<MediaCaption>)> changed_;
   CaptionTimeline timeline_;
   std::optional<std::string> track_;
-  std::optional<std::string> shown_;
+  std::optional<MediaCaption> shown_;
   std::function<std::int64_t()> now_;
   bool runs_ = false;
   RunLoop::TimerToken timer_ = 0;

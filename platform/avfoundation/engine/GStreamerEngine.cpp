@@ -46,7 +46,7 @@ GStreamerEngine::GStreamerEngine(const MediaSource& source)
                                            : settings.silenceBeforeFirstFrame));
       }),
       overtime_([this] { fail(overtimeError(source_.url)); }),
-      captions_([this](std::optional<std::string> text) { report(&Events::captionChanged, std::move(text)); }) {}
+      captions_([this](std::optional<MediaCaption> due) { report(&Events::captionChanged, std::move(due)); }) {}
 
 GStreamerEngine::~GStreamerEngine() {
   YMR_ASSERT_MAIN_THREAD();

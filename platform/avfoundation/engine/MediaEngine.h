@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/Export.h"
+#include "platform/avfoundation/engine/MediaCaption.h"
 #include "platform/avfoundation/engine/VideoFrame.h"
 #include "platform/coremedia/CMTime.h"
 #include "platform/foundation/NSError.h"
@@ -58,8 +59,8 @@ class YMR_API MediaEngine {
     // The last picture and sound have been presented; the pipeline holds the last picture. Again after a seek back and
     // another run to the end.
     std::function<void()> ended;
-    // The text of the selected legible track that is due now, as plain text with line feeds; nil when there is none.
-    std::function<void(std::optional<std::string>)> captionChanged;
+    // The text of the selected legible track that is due now; nil when there is none.
+    std::function<void(std::optional<MediaCaption>)> captionChanged;
   };
 
   // True when the seek was carried out; false when a later seek or the end of the engine took its place, or when the

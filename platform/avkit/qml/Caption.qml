@@ -1,6 +1,6 @@
 import QtQuick
 
-// The caption that is due: white on a dark box as wide as the text.
+// The caption that is due: on a dark box as wide as the text, white where it has no colour of its own.
 Rectangle {
     id: root
 
@@ -21,6 +21,7 @@ Rectangle {
         width: root.maximumWidth
         unit: root.unit
         size: 50
+        textFormat: Text.StyledText  // the model's, in which nothing of the media is markup any more
         font.family: root.fontFamily
         font.weight: Font.Medium
         horizontalAlignment: Text.AlignHCenter

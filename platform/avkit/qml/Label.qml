@@ -1,6 +1,6 @@
 import QtQuick
 
-// Text of the interface. What it says may come from anywhere: it is never read as markup.
+// Text of the interface. What it says may come from anywhere: it is not read as markup.
 Text {
     property real unit: 1
     property real size: 32

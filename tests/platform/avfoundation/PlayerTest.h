@@ -69,7 +69,9 @@ class Diary final : public NSKeyValueObserver {
     if (const auto* rate = std::any_cast<float>(&value)) return text(seconds(*rate));
     if (const auto* time = std::any_cast<CMTime>(&value)) return text(*time);
     if (const auto* status = std::any_cast<AVPlayerItemStatus>(&value)) return std::to_string(*status);
-    if (const auto* caption = std::any_cast<std::optional<std::string>>(&value)) return caption->value_or("nil");
+    if (const auto* caption = std::any_cast<std::optional<MediaCaption>>(&value)) {
+      return *caption ? (*caption)->text : "nil";
+    }
     if (const auto* ranges = std::any_cast<std::vector<CMTimeRange>>(&value)) return std::to_string(ranges->size());
     return "?";
   }

@@ -61,7 +61,7 @@ TEST_F(Selection, tellsTheTextThatIsDueInTheTrackThatIsSelectedAlsoBeforeAPlayer
   EXPECT_EQ(item->selectedMediaOptionInMediaSelectionGroup(group()), group()->options()[1]);
   player->seekToTime(seconds(2.5));
   loop.advance(1s);
-  EXPECT_EQ(item->currentCaption(), "HELLO");
+  EXPECT_EQ(item->currentCaption(), (MediaCaption{"HELLO"}));
   const auto stranger = std::make_shared<AVMediaSelectionOption>("x", AVMediaTypeSubtitle, "fr", "");
   item->selectMediaOption(stranger, group());
   EXPECT_EQ(engine().log().legibleTrack, "c1") << "what is not the asset's own is ignored";

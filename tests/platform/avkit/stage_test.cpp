@@ -1,4 +1,7 @@
 // What is to be seen: the picture, the spinner, captions, times.
+#include <algorithm>
+#include <ranges>
+
 #include "platform/uikit/UIApplication.h"
 #include "tests/platform/avkit/PlayerScreenTest.h"
 
@@ -78,6 +81,7 @@ TEST_F(StageTest, theHostsOverlayLiesOverThePictureAndUnderTheBarWhateverTheSize
 TEST_F(StageTest, drawsTheCaptionThatIsDueAndLiftsItOverTheBar) {
   addCaptions({{"s1", 10, 20, "Nobody has seen\na single bird."},
                {"s1", 30, 40, "<img src=x> & so"},
+               {"s1", 40, 50, "<font color=#ff0000>red</font>\n<i>sl</i>ant &lt;b&gt;<img src=x>", true},
                {"s1", 50, 60, std::string(1000000, 'w')}});
   play(5);
   const auto captionArea = [this] { return inkOf(snapshot(), QRect(100, 0, 440, 340), qRgb(0x80, 0x80, 0x80)); };
@@ -89,7 +93,7 @@ TEST_F(StageTest, drawsTheCaptionThatIsDueAndLiftsItOverTheBar) {
   item->selectMediaOption(group()->options()[0], group());
   EXPECT_EQ(captionAt(7), "");
   EXPECT_TRUE(captionArea().isEmpty());
-  EXPECT_EQ(captionAt(12), "Nobody has seen\na single bird.");
+  EXPECT_EQ(captionAt(12), "Nobody has seen<br>a single bird.");
   const QRect low = captionArea();
   EXPECT_GT(low.top(), 180);
   EXPECT_NEAR(low.center().x(), 320, 3);
@@ -97,7 +101,11 @@ TEST_F(StageTest, drawsTheCaptionThatIsDueAndLiftsItOverTheBar) {
   EXPECT_LT(captionArea().top(), low.top() - 20);
   loop.advance(4s);
 
-  EXPECT_EQ(captionAt(32), "<img src=x> & so") << "never read as markup";
+  EXPECT_EQ(captionAt(32), "&lt;img src=x&gt; &amp; so") << "not markup";
+  EXPECT_EQ(captionAt(42), "<font color=\"#ff0000\">red</font><br><i>sl</i>ant &lt;b&gt;");
+  const QImage red = snapshot();
+  EXPECT_TRUE(std::ranges::any_of(std::views::iota(0, 640 * 360),
+                                  [&red](int at) { return red.pixel(at % 640, at / 640) == qRgb(255, 0, 0); }));
   EXPECT_THAT(captionAt(52).size(), testing::AllOf(testing::Gt(0), testing::Lt(1000)));
   EXPECT_EQ(corner(), kGrey);
   item->selectMediaOption(nullptr, group());

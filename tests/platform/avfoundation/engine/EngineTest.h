@@ -72,7 +72,7 @@ class EngineTest : public testing::Test {
     events.ready = [this] { ++told.ready; };
     events.failed = [this](NSError error) { told.failures.push_back(std::move(error)); };
     events.ended = [this] { ++told.ended; };
-    events.captionChanged = [this](std::optional<std::string> text) { told.captions.push_back(std::move(text)); };
+    events.captionChanged = [this](std::optional<MediaCaption> due) { told.captions.push_back(std::move(due)); };
     engine->setEvents(std::move(events));
     engine->setFrameSink(frames);
   }
@@ -109,7 +109,7 @@ class EngineTest : public testing::Test {
     int ready = 0;
     int ended = 0;
     std::vector<NSError> failures;
-    std::vector<std::optional<std::string>> captions;
+    std::vector<std::optional<MediaCaption>> captions;
   };
 
   PlainRunLoop loop;

@@ -94,7 +94,7 @@ TEST_F(Streaming, textsComeWhenTheyAreDueAndTheMediaEnds) {
     engine->setRate(1);
     ASSERT_TRUE(runUntil([this] { return !told.captions.empty(); }));
     ASSERT_TRUE(told.captions[0].has_value());
-    EXPECT_THAT(*told.captions[0], HasSubstr("Deutsch"));
+    EXPECT_THAT(told.captions[0]->text, HasSubstr("Deutsch"));
     EXPECT_GE(position(), 0.9) << "not before it is due";
     engine->selectLegibleTrack(std::nullopt);
     ASSERT_TRUE(runUntil([this] { return told.captions.size() == 2; }));
