@@ -4,6 +4,16 @@
 #include <cmath>
 #include <utility>
 
+namespace {
+
+// Markup has colours in 256 steps, and no opacity.
+bool looksLike(const UIColor& one, const UIColor& other) {
+  const auto isNear = [](double a, double b) { return std::abs(a - b) < 1.0 / 255; };
+  return isNear(one.red, other.red) && isNear(one.green, other.green) && isNear(one.blue, other.blue);
+}
+
+}  // namespace
+
 YMROutlinedLabel::YMROutlinedLabel(QQuickItem* parent) : UILabel(parent) {
   commonInit();
 }
@@ -41,6 +51,31 @@ void YMROutlinedLabel::setForegroundAttributes(std::optional<NSTextAttributes> a
   setNeedsDisplay();
 }
 
+void YMROutlinedLabel::setAttributedText(std::optional<NSAttributedString> text) {
+  if (text == attributedText()) return;  // what was drawn, handed back, has lost its runs
+  runs_ = text.value_or(NSAttributedString()).runs;
+  UILabel::setAttributedText(std::move(text));
+}
+
+NSAttributedString YMROutlinedLabel::inTheLookOf(const NSTextAttributes& attributes) const {
+  NSAttributedString text;
+  for (const auto& [characters, own] : runs_) {
+    NSTextAttributes look = attributes;
+    if (own.font) {
+      if (!look.font) look.font = font();
+      look.font->italic = look.font->italic || own.font->italic;
+      look.font->weight = std::max(look.font->weight, own.font->weight);
+    }
+    look.underline = look.underline || own.underline;
+    text.runs.push_back({characters, look});
+  }
+  return text;
+}
+
+bool YMROutlinedLabel::isOfTheBody(const std::optional<UIColor>& color) const {
+  return !color || looksLike(*color, textColor()) || looksLike(*color, foregroundColor_);
+}
+
 void YMROutlinedLabel::drawTextInRect(QPainter& painter, const CGRect& rect) {
   const std::string plain = text().value_or("");
   if (plain.empty()) return UILabel::drawTextInRect(painter, rect);
@@ -52,19 +87,23 @@ void YMROutlinedLabel::drawTextInRect(QPainter& painter, const CGRect& rect) {
                              .strokeWidth = -strokeWidth_,
                              .paragraphStyle = paragraphStyle_};
   }
-  setAttributedText(NSAttributedString(plain, *backgroundAttributes_));
-  UILabel::drawTextInRect(painter, rect);
+  UILabel::setAttributedText(NSAttributedString(plain, *backgroundAttributes_));
+  drawAttributedString(painter, inTheLookOf(*backgroundAttributes_), rect, drawingContext());
   if (!foregroundAttributes_) {
     foregroundAttributes_ = {.font = font(), .foregroundColor = foregroundColor_, .paragraphStyle = paragraphStyle_};
   }
-  drawAttributedString(painter, NSAttributedString(plain, *foregroundAttributes_), rect, drawingContext());
+  NSAttributedString letters = inTheLookOf(*foregroundAttributes_);
+  for (std::size_t i = 0; i < runs_.size(); ++i) {
+    const auto& own = runs_[i].attributes.foregroundColor;
+    if (!isOfTheBody(own)) letters.runs[i].attributes.foregroundColor = own;
+  }
+  drawAttributedString(painter, letters, rect, drawingContext());
 }
 
-// With the look that the text will have, whatever has been set on the label since.
+// In the look that the text will have, whatever has been set on the label since.
 std::optional<NSAttributedString> YMROutlinedLabel::drawnText() const {
-  const auto plain = text();
-  if (!plain || !backgroundAttributes_) return UILabel::drawnText();
-  return NSAttributedString(*plain, *backgroundAttributes_);
+  if (!text()) return std::nullopt;
+  return inTheLookOf(backgroundAttributes_.value_or(NSTextAttributes{.font = font()}));
 }
 
 double YMROutlinedLabel::contentMargin() const {

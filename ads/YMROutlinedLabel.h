@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "platform/Export.h"
 #include "platform/uikit/UILabel.h"
@@ -9,7 +10,11 @@
 // A label whose letters have an outline, so that they can be read over any picture. Main thread.
 //
 // It draws its text twice: outlined and filled in the stroke colour, and over that the letters in the foreground
-// colour. The three attribute objects behind it are made at the first drawing of a text, from the colours, the width,
+// colour. Text with a look of its own keeps its italics, its bold and its underlines in both, and a colour that is not
+// the body's in the second: the body's is textColor() or foregroundColor(), and is drawn in the foreground colour. The
+// font's family and size are always the label's.
+//
+// The three attribute objects behind it are made at the first drawing of a text, from the colours, the width,
 // the font and the alignment of that moment, and kept: what is set later has no effect until they are set to nil.
 class YMR_API YMROutlinedLabel : public UILabel {
   Q_OBJECT
@@ -42,7 +47,9 @@ class YMR_API YMROutlinedLabel : public UILabel {
   const std::optional<NSTextAttributes>& foregroundAttributes() const { return foregroundAttributes_; }
   void setForegroundAttributes(std::optional<NSTextAttributes> attributes);
 
-  // Leaves attributedText() the outline's.
+  // Keeps the look of its runs for later drawings, too.
+  void setAttributedText(std::optional<NSAttributedString> text) override;
+  // Leaves attributedText() the outline's: the text, and backgroundAttributes() for all of it.
   void drawTextInRect(QPainter& painter, const CGRect& rect) override;
 
  protected:
@@ -51,7 +58,11 @@ class YMR_API YMROutlinedLabel : public UILabel {
 
  private:
   void commonInit();
+  // The text with these attributes, each run slanted, heavier and underlined where it was set so.
+  NSAttributedString inTheLookOf(const NSTextAttributes& attributes) const;
+  bool isOfTheBody(const std::optional<UIColor>& color) const;
 
+  std::vector<NSAttributedString::Run> runs_;  // as they were set, whatever drawing has set since
   double strokeWidth_ = 1;
   UIColor strokeColor_ = UIColor::blackColor();
   UIColor foregroundColor_ = UIColor::whiteColor();

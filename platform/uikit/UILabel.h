@@ -27,7 +27,7 @@ class YMR_API UILabel : public UIView {
   void setText(std::optional<std::string> text);
   // The text with its look; of a plain text, in the label's font and colour.
   std::optional<NSAttributedString> attributedText() const;
-  void setAttributedText(std::optional<NSAttributedString> text);
+  virtual void setAttributedText(std::optional<NSAttributedString> text);
 
   const UIFont& font() const { return font_; }
   void setFont(const UIFont& font);

@@ -81,4 +81,46 @@ TEST_F(OutlinedLabelTest, keepsTheLookOfItsFirstTextUntilThatIsCleared) {
   EXPECT_THAT(edge(), testing::ElementsAre("000000", "0000ff", "0000ff", "00ff00")) << "40 hundredths of 50 points";
 }
 
+TEST_F(OutlinedLabelTest, keepsTheItalicsTheBoldAndTheColoursOfRunsInEveryDrawing) {
+  const UIFont body{"Noto Sans", 17};
+  NSAttributedString markup;
+  markup.runs = {{"\u2588", {.font = body, .foregroundColor = UIColor::whiteColor()}},
+                 {"\u2588", {.font = body, .foregroundColor = UIColor::redColor()}},
+                 {"mm", {.font = UIFont{"Noto Sans", 17, UIFont::weightBold, true}}}};
+  label->setForegroundColor(UIColor::colorWithRed(1, 1, 0, 1));
+  label->setStrokeColor(UIColor::blueColor());
+  label->setStrokeWidth(10);
+  label->setText(markup.string());
+  const QRect plain = ink();
+  const auto seen = [this](int fromLeft) {
+    const QImage picture = snapshot();
+    const QRect all = inkOf(picture, QRect(0, 0, 640, 360));
+    return colorAt(picture, all.left() + 5 + fromLeft, all.top() + 30);
+  };
+  label->setAttributedText(markup);
+  UILabel real;
+  NSAttributedString large = markup;
+  for (auto& run : large.runs) run.attributes.font = run.attributes.font->fontWithSize(100);
+  real.setAttributedText(large);
+  const double width = real.intrinsicContentSize().width;
+  for (const char* when : {"first", "again", "handed back"}) {
+    EXPECT_EQ(seen(30), "ffff00") << when << ": the body's is the label's";
+    EXPECT_EQ(seen(100), "ff0000") << when;
+    EXPECT_EQ(label->intrinsicContentSize().width, width) << when;
+    EXPECT_NEAR(ink().width(), width + 10, 5) << when;
+    EXPECT_EQ(label->attributedText(), NSAttributedString(markup.string(), *label->backgroundAttributes())) << when;
+    label->setAttributedText(label->attributedText());
+    label->setNeedsDisplay();
+  }
+  label->setText(markup.string());
+  EXPECT_EQ(ink(), plain);
+  EXPECT_NE(label->intrinsicContentSize().width, width);
+  EXPECT_EQ(seen(100), "ffff00") << "a new text has no runs";
+
+  label->setText("l");
+  const int letter = ink().width();
+  label->setAttributedText(NSAttributedString("l", {.underline = true}));
+  EXPECT_GT(ink().width(), letter + 5) << "underlined as wide as it takes";
+}
+
 }  // namespace
