@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 
+#include "platform/foundation/NSString.h"
 #include "platform/foundation/UTF8.h"
 #include "subtitles/core/ASBSubtitleNotes.h"
 
@@ -91,9 +91,10 @@ struct Markup {
       const bool closes = text.starts_with('/');
       if (closes) text.remove_prefix(1);
       std::string name;
-      while (name.size() < 8 && name.size() < text.size() &&
-             std::isalpha(static_cast<unsigned char>(text[name.size()]))) {
-        name += static_cast<char>(std::tolower(static_cast<unsigned char>(text[name.size()])));
+      while (name.size() < 8 && name.size() < text.size()) {
+        const char letter = lowercaseASCII(text[name.size()]);
+        if (letter < 'a' || letter > 'z') break;
+        name += letter;
       }
       const std::size_t end = text.find_first_of("<>");
       hasStray |= name.empty() || end == text.npos || text[end] == '<';
