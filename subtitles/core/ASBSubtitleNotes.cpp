@@ -53,11 +53,14 @@ std::string timeStampOfSeconds(double seconds) {
 
 ASBSubtitleNotes::ASBSubtitleNotes(const ASBSubtitleText& text) : text_(text) {
   std::vector<bool> hasText;
+  std::size_t counted = 0, line = 1;
   ASBSubtitleSourceReader reader(text_.content);
   while (auto source = reader.next()) {
+    line += countOf(std::string_view(text_.content).substr(counted, source->location - counted), '\n');
+    counted = source->location;
     const ASBSubtitle subtitle = subtitleFromSource(*std::move(source));
     timeline_.add(subtitle.startTime, subtitle.stopTime);
-    names_.push_back({subtitle.index, subtitle.startTime, subtitle.stopTime});
+    names_.push_back({subtitle.index, line, subtitle.startTime, subtitle.stopTime});
     hasText.push_back(!subtitle.text.empty());
   }
   shares_ = timeline_.shares();
@@ -95,6 +98,13 @@ std::vector<std::string> ASBSubtitleNotes::notesOnFile() const {
   return notes;
 }
 
+std::string ASBSubtitleNotes::nameOf(std::size_t cue) const {
+  const Named& named = names_[cue];
+  return "cue " + std::to_string(named.index) + " in line " + std::to_string(named.line) + " (" +
+         timeStampOfSeconds(named.startTime) + " to " + timeStampOfSeconds(named.stopTime) +
+         "), which stands later in the file,";
+}
+
 void ASBSubtitleNotes::noteTimes(std::size_t cue, const ASBSubtitle& subtitle, std::vector<std::string>& notes) const {
   const double start = subtitle.startTime, stop = subtitle.stopTime;
   if (stop < start) {
@@ -112,17 +122,14 @@ void ASBSubtitleNotes::noteTimes(std::size_t cue, const ASBSubtitle& subtitle, s
   const auto cover = timeline_.firstCover(cue, start, stop);
   const double hidden = stop - std::max(start, 0.0) - share.seconds;
   if (cover && (share.seconds == 0 || hidden > halfAMillisecond)) {
-    const Named& other = names_[cover->cue];
-    const std::string which = "cue " + std::to_string(other.index) + " (" + timeStampOfSeconds(other.startTime) +
-                              " to " + timeStampOfSeconds(other.stopTime) + "), which stands later in the file,";
     if (share.seconds == 0) {
       const bool isAlone = cover->from <= std::max(start, 0.0) && cover->to > stop;
-      notes.push_back("It never shows: " + which + (isAlone ? "" : " and others") +
+      notes.push_back("It never shows: " + nameOf(cover->cue) + (isAlone ? "" : " and others") +
                       (isAlone ? " hides it all the time." : " hide it all the time.") +
                       " Change their times, or join the texts.");
     } else {
       notes.push_back("It is hidden for a part of its time: from " + timeStampOfSeconds(cover->from) + " to " +
-                      timeStampOfSeconds(cover->to) + " " + which +
+                      timeStampOfSeconds(cover->to) + " " + nameOf(cover->cue) +
                       " shows in its place. Change their times, or join the texts.");
     }
   }
@@ -134,13 +141,10 @@ void ASBSubtitleNotes::noteTimes(std::size_t cue, const ASBSubtitle& subtitle, s
 }
 
 void ASBSubtitleNotes::forEach(const std::function<void(const ASBNotedSubtitle&)>& use) const {
-  std::size_t counted = 0, line = 1;
   ASBSubtitleSourceReader reader(text_.content);
   for (std::size_t cue = 0; auto source = reader.next(); ++cue) {
     ASBNotedSubtitle noted;
-    line += countOf(std::string_view(text_.content).substr(counted, source->location - counted), '\n');
-    counted = source->location;
-    noted.line = line;
+    noted.line = names_[cue].line;
     noted.shows = shares_[cue].seconds > 0;
     if (isTrail(*source)) {
       noted.notes.push_back(

@@ -36,11 +36,13 @@ class YMR_API ASBSubtitleNotes {
   void forEach(const std::function<void(const ASBNotedSubtitle&)>& use) const;
 
  private:
-  struct Named {
+  struct Named {  // what a note on another cue says of it
     std::int64_t index;
+    std::size_t line;
     double startTime, stopTime;
   };
 
+  std::string nameOf(std::size_t cue) const;
   void noteTimes(std::size_t cue, const ASBSubtitle& subtitle, std::vector<std::string>& notes) const;
 
   const ASBSubtitleText& text_;

@@ -1,6 +1,9 @@
 #include "platform/foundation/CurlURLLoader.h"
 
+#include <arpa/inet.h>
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -162,10 +165,32 @@ TEST_F(Loader, readsRegularFilesWhenAllowedTo) {
   EXPECT_EQ(read(path, true, 9), "200from disk");
   EXPECT_EQ(read(path, false, 9), std::to_string(NSURLErrorUnsupportedURL));
   EXPECT_EQ(read(path, true, 8), std::to_string(NSURLErrorDataLengthExceedsMaximum));
-  for (const std::string file : {"/missing", "/", "/dev/zero"}) {
+  const std::string pipe = path + " pipe";
+  ::mkfifo(pipe.c_str(), 0600);  // which nobody writes to
+  for (const std::string& file : std::vector<std::string>{"/missing", "/", "/dev/zero", pipe}) {
     EXPECT_EQ(read(file, true, 9), std::to_string(NSURLErrorFileDoesNotExist));
   }
   std::filesystem::remove(path);
+  std::filesystem::remove(pipe);
+}
+
+TEST_F(Loader, connectingHasABoundOfItsOwn) {
+  // A machine that answers no call: nobody is taken off its queue, which holds one.
+  const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
+  socklen_t length = sizeof address;
+  ASSERT_EQ(::listen(listener, 0), 0);  // which binds to loopback and all else
+  ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  const std::string url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
+  const int caller = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(::connect(caller, reinterpret_cast<sockaddr*>(&address), length), 0);
+  URLRequest request{*NSURL::URLWithString(url)};
+  request.connecting = 300ms;
+  const URLResponse response = load(request);
+  EXPECT_EQ(response.error.value_or(NSError{}).code, NSURLErrorTimedOut);
+  EXPECT_LT(response.elapsed, 5s);
+  ::close(caller);
+  ::close(listener);
 }
 
 TEST_F(Loader, manyAtOnceCompleteOverFewConnectionsOnTheQueueThatWasGivenWhileTheMainThreadWaits) {
