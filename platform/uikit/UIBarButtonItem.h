@@ -41,7 +41,8 @@ class YMR_API UIBarButtonItem {
   const Action& action() const { return action_; }
 
   // Of a space or a custom view, in points of a bar of standard height (see UIToolbar). 0, as it starts: no space; a
-  // custom view shares what the rest leaves of the bar. Read when the bar is given its items.
+  // custom view shares what the rest leaves of the bar. Read when the bar is laid out, so set it before the bar has the
+  // item.
   double width() const { return width_; }
   void setWidth(double width) { width_ = width; }
 
