@@ -100,7 +100,7 @@ TEST_F(OutlinedLabelTest, keepsTheItalicsTheBoldAndTheColoursOfRunsInEveryDrawin
   label->setAttributedText(markup);
   UILabel real;
   NSAttributedString large = markup;
-  for (auto& run : large.runs) run.attributes.font = run.attributes.font->fontWithSize(100);
+  for (auto& run : large.runs) run.attributes.font->pointSize = 100;
   real.setAttributedText(large);
   const double width = real.intrinsicContentSize().width;
   for (const char* when : {"first", "again", "handed back"}) {
