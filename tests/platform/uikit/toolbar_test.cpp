@@ -1,7 +1,6 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include "platform/uikit/UIProgressView.h"
 #include "platform/uikit/UIToolbar.h"
 #include "tests/support/ScreenTest.h"
 
@@ -79,15 +78,6 @@ TEST_F(ToolbarTest, mayGoFromInsideAButton) {
     run(std::chrono::milliseconds(20));
     EXPECT_TRUE(gone.expired());
     putUp();
-  }
-}
-
-TEST_F(ToolbarTest, aProgressViewFillsAsFarAsItIsTold) {
-  const auto progress = std::make_shared<UIProgressView>(CGRectMake(100, 100, 200, 20));
-  view()->addSubview(progress);
-  for (const auto& [value, filled] : std::map<double, int>{{-1, 0}, {0.5, 100}, {7, 200}, {NAN, 0}}) {
-    progress->setProgress(value);
-    EXPECT_NEAR(inkOf(snapshot(), {100, 102, 200, 1}).width(), filled, 8) << value << ", of a round end's upper edge";
   }
 }
 
