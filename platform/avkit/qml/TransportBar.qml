@@ -21,7 +21,7 @@ Item {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.bottom: parent.bottom
-        height: root.marginY + 360 * root.unit
+        height: root.marginY + root.contentHeight + 140 * root.unit  // little of it over a subtitle above the bar
         color: "#d9000000"
     }
 
