@@ -9,8 +9,12 @@ namespace {
 struct CountsDrawing : UILabel {
   using UILabel::UILabel;
   int draws = 0;
+  // Sets something on itself while it draws, as a label that draws an outline does.
   void drawTextInRect(QPainter& painter, const CGRect& rect) override {
     ++draws;
+    const auto color = textColor();
+    setTextColor(UIColor::blackColor());
+    setTextColor(color);
     UILabel::drawTextInRect(painter, rect);
   }
 };
