@@ -107,7 +107,7 @@ void UIView::insertSubview(const std::shared_ptr<UIView>& view, std::size_t inde
   } else {
     view->detach();
   }
-  const auto place = subviews_.begin() + std::min<std::ptrdiff_t>(index, std::ssize(subviews_));
+  const auto place = subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size()));
   UIView* above = place == subviews_.end() ? nullptr : place->get();
   subviews_.insert(place, view);
   view->setParentItem(this);

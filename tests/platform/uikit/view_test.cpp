@@ -28,7 +28,7 @@ TEST_F(ViewTest, subviewsCoverEachOtherInTheirOrder) {
       {[&] { view()->insertSubview(blue, 1); }, "0000ff 00ff00 00ff00"},
       {[&] { view()->bringSubviewToFront(red); }, "ff0000 ff0000 00ff00"},
       {[&] { view()->sendSubviewToBack(green); }, "ff0000 ff0000 0000ff"},
-      {[&] { view()->addSubview(blue); }, "0000ff 0000ff 0000ff"},
+      {[&] { view()->insertSubview(blue, std::size_t(-1)); }, "0000ff 0000ff 0000ff"},
   };
   for (const auto& [happens, colors] : rows) {
     happens();
