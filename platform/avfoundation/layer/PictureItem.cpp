@@ -92,11 +92,6 @@ void PictureItem::watch(QQuickWindow* window) {
       Qt::DirectConnection);
 }
 
-void PictureItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
-  QQuickItem::geometryChange(newGeometry, oldGeometry);
-  update();
-}
-
 void PictureItem::itemChange(ItemChange change, const ItemChangeData& data) {
   QQuickItem::itemChange(change, data);
   if (change == ItemSceneChange) watch(data.window);

@@ -22,7 +22,6 @@ class PictureItem final : public QQuickItem {
   void setPicturePresented(std::function<void(const CMTime&)> presented);
 
  protected:
-  void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
   void itemChange(ItemChange change, const ItemChangeData& data) override;
   QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
 
