@@ -21,6 +21,7 @@
 // fails gives a failure, which every later step passes on unchanged, and whose values are nil.
 //
 //   for (const auto url : root[{"VAST", "Ad", 0, "InLine", "Impression"}]) use(url.text());
+// NOLINTNEXTLINE(bugprone-exception-escape): moving one of its kinds may allocate
 class YMR_API XML::Accessor {
  public:
   // A position among several elements, or a child's name. Names are views: they must outlive the call.

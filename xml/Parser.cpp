@@ -46,7 +46,7 @@ struct Pass {
                             const xmlChar** attributes) {
     if (++of(context).elementCount > maximumElements) XMLParserContext::refuse(context);
     XML::Attributes& made = of(context).builder.elementStarts(qualifiedName(name, prefix)).attributes;
-    made.reserve(static_cast<std::size_t>(namespaceCount + attributeCount));
+    made.reserve(static_cast<std::size_t>(namespaceCount) + static_cast<std::size_t>(attributeCount));
     for (int i = 0; i < namespaceCount; ++i, namespaces += 2) {
       made.append(namespaces[0] ? "xmlns:" + std::string(textOf(namespaces[0])) : "xmlns",
                   namespaces[1] ? std::string(textOf(namespaces[1])) : std::string());

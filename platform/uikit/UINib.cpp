@@ -43,6 +43,6 @@ std::shared_ptr<UIView> UINib::instantiate(std::string_view name) {
   if (component.isError()) qWarning("%s", qPrintable(component.errorString()));
   auto* view = qobject_cast<UIView*>(object.get());
   if (!view) return nullptr;
-  object.release();
+  static_cast<void>(object.release());
   return std::shared_ptr<UIView>(view, [engine](UIView* made) { delete made; });
 }
