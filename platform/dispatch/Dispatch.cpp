@@ -3,7 +3,6 @@
 #include <deque>
 #include <mutex>
 #include <stdexcept>
-#include <vector>
 
 class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
  public:
@@ -71,13 +70,11 @@ class DispatchGroup {
   }
 
   void leave() {
-    std::vector<std::pair<dispatch_queue_t, dispatch_block_t>> due;
     {
       std::lock_guard lock(mutex_);
       if (count_ == 0) throw std::logic_error("dispatch_group_leave without dispatch_group_enter");
-      if (--count_ == 0) due.swap(notifications_);
+      --count_;
     }
-    for (auto& [queue, block] : due) dispatch_async(queue, std::move(block));
     RunLoop::main().notifyWaiters();
   }
 
@@ -88,21 +85,9 @@ class DispatchGroup {
     });
   }
 
-  void notify(const dispatch_queue_t& queue, dispatch_block_t block) {
-    {
-      std::lock_guard lock(mutex_);
-      if (count_ > 0) {
-        notifications_.emplace_back(queue, std::move(block));
-        return;
-      }
-    }
-    dispatch_async(queue, std::move(block));
-  }
-
  private:
   std::mutex mutex_;
   std::size_t count_ = 0;
-  std::vector<std::pair<dispatch_queue_t, dispatch_block_t>> notifications_;
 };
 
 dispatch_queue_t dispatch_get_main_queue() {
@@ -135,18 +120,6 @@ void dispatch_group_leave(const dispatch_group_t& group) {
   group->leave();
 }
 
-void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block) {
-  group->enter();
-  queue->async([group, block = std::move(block)] {
-    block();
-    group->leave();
-  });
-}
-
 void dispatch_group_wait(const dispatch_group_t& group) {
   group->wait();
-}
-
-void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block) {
-  group->notify(queue, std::move(block));
 }

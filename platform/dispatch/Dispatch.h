@@ -10,7 +10,7 @@
 // Queues and groups over the installed RunLoop. All functions may be called from any thread.
 //
 // Kept from the platform: blocks of a serial queue (the main queue is one) run one at a time in the order in which they
-// were handed over; blocks of the global queue run side by side; a group counts what was begun in it. Left out:
+// were handed over; blocks of the global queue run side by side; a group counts who is inside. Left out:
 // priorities, barriers, delays (a RunLoop has them), synchronous dispatch, targets.
 
 class DispatchQueue;
@@ -32,10 +32,6 @@ YMR_API dispatch_group_t dispatch_group_create();
 YMR_API void dispatch_group_enter(const dispatch_group_t& group);
 // Throws std::logic_error when it was not entered.
 YMR_API void dispatch_group_leave(const dispatch_group_t& group);
-YMR_API void dispatch_group_async(const dispatch_group_t& group, const dispatch_queue_t& queue, dispatch_block_t block);
-// Returns when everything that entered has left; for the main thread only where nothing of that needs the main queue. In
-// virtual form it runs the loop.
+// Returns when everything that entered has left; for the main thread only where nothing of that needs the main queue.
+// In virtual form it runs the loop.
 YMR_API void dispatch_group_wait(const dispatch_group_t& group);
-// Hands `block` to `queue` when everything that entered has left; at once when nothing is inside.
-YMR_API void dispatch_group_notify(const dispatch_group_t& group, const dispatch_queue_t& queue,
-                                   dispatch_block_t block);
