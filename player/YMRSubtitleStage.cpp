@@ -100,13 +100,13 @@ void YMRSubtitleStage::followScreen() {
   placement_->place(unit, bottom);
   label_->setContentScaleFactor(unit);
   label_->setPreferredMaxLayoutWidth(std::floor(size.width * (1 - 2 * sideMargin) / unit));
-  label_->setNumberOfLines(lineLimit());
+  label_->setNumberOfLines(linesAbove(bottom / unit));
 }
 
-int YMRSubtitleStage::lineLimit() const {
+int YMRSubtitleStage::linesAbove(double bottom) const {
   const NSAttributedString line("X", {.font = label_->font()});
   const double height = sizeOfAttributedString(line, 1 << 16, {}).height;
-  const double room = screenHeight * (1 - topMargin) - aboveLowerEdge - 2 * inset;
+  const double room = bottom - screenHeight * topMargin - 2 * inset;
   return std::clamp(int(room / std::max(1.0, height)), 1, 100);
 }
 
@@ -150,11 +150,16 @@ void tellOfFailure(const YMRSubtitleConfig& subtitle, const YMRSubtitle& track, 
 
 }  // namespace
 
+// The host hears of a failure on a later turn: the programme may be half made now.
 void YMRSubtitleStage::load(const YMRSubtitle& track) {
-  const auto subtitle = subtitle_;
   std::optional<NSError> error;
   subtitling_->loadSubtitlesAtURL(track.url(), &error);
-  if (error) tellOfFailure(*subtitle, track, *error);
+  if (!error) return;
+  dispatch_async(dispatch_get_main_queue(),
+                 [weak = weak_from_this(), load = loads_, subtitle = subtitle_, track, error = std::move(*error)] {
+                   const auto self = weak.lock();
+                   if (self && load == self->loads_) tellOfFailure(*subtitle, track, error);
+                 });
 }
 
 void YMRSubtitleStage::loadInBackground(const YMRSubtitle& track) {

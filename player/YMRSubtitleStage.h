@@ -40,8 +40,8 @@ class YMRSubtitleStage : public std::enable_shared_from_this<YMRSubtitleStage> {
   void load(const YMRSubtitle& track);
   void loadInBackground(const YMRSubtitle& track);
   void followScreen();
-  // How many lines there is room for.
-  int lineLimit() const;
+  // How many lines there is room for when the container ends at `bottom`, in its points.
+  int linesAbove(double bottom) const;
 
   const std::shared_ptr<ASBPlayerSubtitling> subtitling_;
   std::shared_ptr<YMRSubtitleConfig> subtitle_;

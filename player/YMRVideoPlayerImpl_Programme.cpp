@@ -47,7 +47,7 @@ void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>
   avPlayerVC_->setPlayer(vodPlayer_);
   const auto player = vodPlayer_;
   loadSubtitle();
-  if (vodPlayer_ != player) return;  // the host, told of a track that could not be read, let go of it
+  if (vodPlayer_ != player) return;
   currentMidRollOffsetIndex_ = 0;
   hasBegun_ = false;
   programmeHasEnded_ = false;

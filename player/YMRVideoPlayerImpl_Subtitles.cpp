@@ -26,14 +26,14 @@ void YMRVideoPlayerImpl::setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& s
 }
 
 void YMRVideoPlayerImpl::loadSubtitle() {
-  scrubbing_->setPlayer(vodPlayer_);
-  subtitleStage_->loadSubtitle(vodPlayer_);
+  const auto player = vodPlayer_;
+  scrubbing_->setPlayer(player);  // pauses the programme before, which somebody may hear of
+  if (vodPlayer_ == player) subtitleStage_->loadSubtitle(player);
 }
 
 void YMRVideoPlayerImpl::switchSubtitle(std::int32_t index) {
   YMR_ASSERT_MAIN_THREAD();
-  const auto self = shared_from_this();
-  subtitleStage_->switchSubtitle(index);
+  if (presentation_ == Presentation::alive) subtitleStage_->switchSubtitle(index);
 }
 
 void YMRVideoPlayerImpl::toggleSubtitle(bool visible) {

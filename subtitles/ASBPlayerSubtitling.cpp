@@ -83,13 +83,19 @@ void ASBPlayerSubtitling::setup() {
   if (!clock_) clock_ = std::make_shared<Clock>(weak_from_this());
 }
 
+double ASBPlayerSubtitling::timeFromString(std::string_view stamp) {
+  return ::timeFromString(stamp);
+}
+
 double ASBPlayerSubtitling::nominalFrameRateForPlayer(const std::shared_ptr<AVPlayer>&) {
   return 1.0;
 }
 
 void ASBPlayerSubtitling::setPlayer(const std::shared_ptr<AVPlayer>& player) {
   YMR_ASSERT_MAIN_THREAD();
-  if (player_) player_->pause();
+  const auto before = player_;
+  if (before) before->pause();
+  if (player_ != before) return;  // called from inside the pause: the inner call counts
   removeTimeObserver();
   player_ = player;
   clock_->setPlayer(player);

@@ -82,9 +82,16 @@ class YMR_API ASBPlayerSubtitling : public std::enable_shared_from_this<ASBPlaye
   // Looks for the text that is due now. Nothing without an item. Any thread, one call at a time.
   void playerTimeChanged();
 
+  // Seconds of a time stamp of the file, as the reader takes it.
+  static double timeFromString(std::string_view stamp);
+
+  // Where the observer runs: a serial queue named "subtitling".
+  const dispatch_queue_t& queue() const { return queue_; }
   // Pace of the observer, from the frame rate that is taken for the player's: 1 for every player. 0 before a player.
   static double nominalFrameRateForPlayer(const std::shared_ptr<AVPlayer>& player);
   double nbFramesPerSecond() const { return nbFramesPerSecond_; }
+  // Counts for the next observer; more than 4 frames a second are observed 4 times.
+  void setNbFramesPerSecond(double frames) { nbFramesPerSecond_ = frames; }
   double frameDuration() const { return frameDuration_; }
   const AVPlayerTimeObserverToken& timeObserver() const { return timeObserver_; }
   // Nothing when there is one, or no frame rate.

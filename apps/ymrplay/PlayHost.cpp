@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ads/YMRAdSchedule.h"
+#include "apps/shared/Printable.h"
 #include "platform/uikit/UIWindow.h"
 
 namespace {
@@ -50,7 +51,8 @@ std::shared_ptr<YMRSubtitleConfig> subtitleConfig(const Options& options) {
   auto config = YMRSubtitleConfig::initWithSubtitles(std::move(tracks));
   config->setLoadsInBackground(true);
   config->setLoadDidFail([](const YMRSubtitle& track, const NSError& error) {
-    std::fprintf(stderr, "ymrplay: %s: %s\n", track.url().absoluteString().c_str(), error.message.c_str());
+    std::fprintf(stderr, "ymrplay: %s: %s\n", printable(track.url().absoluteString()).c_str(),
+                 printable(error.message).c_str());
   });
   return config;
 }
@@ -84,7 +86,9 @@ PlayHost::~PlayHost() = default;
 void PlayHost::answerCallbacks() {
   delegate_->videoOnPlay = [this, print = delegate_->videoOnPlay] {
     print();
+    if (std::exchange(hasBegun_, true)) return;
     selectCaption();
+    showSubtitle();  // pressed for before there was a programme, which begins with the first
   };
   delegate_->videoDidPlayFinished = [this, print = delegate_->videoDidPlayFinished] {
     print();
@@ -106,17 +110,21 @@ void PlayHost::nextSubtitle() {
   const std::size_t files = options_.subtitles.size();
   if (files == 0) return;
   subtitle_ = (subtitle_ + 1) % (files + 1);
-  player_->toggleSubtitle(subtitle_ < files);
-  if (subtitle_ < files) player_->switchSubtitle(static_cast<std::int32_t>(subtitle_));
+  if (hasBegun_) showSubtitle();
+}
+
+void PlayHost::showSubtitle() {
+  const bool isShown = subtitle_ < options_.subtitles.size();
+  player_->toggleSubtitle(isShown || options_.subtitles.empty());
+  if (isShown) player_->switchSubtitle(static_cast<std::int32_t>(subtitle_));
 }
 
 void PlayHost::selectCaption() {
-  if (options_.caption.empty() || std::exchange(hasSelectedCaption_, true)) return;
-  if (player_->setClosedCaption(options_.caption)) return;
+  if (options_.caption.empty() || player_->setClosedCaption(options_.caption)) return;
   std::string tags;
   for (const auto& tag : player_->getClosedCaptionLanguageList()) tags += (tags.empty() ? "" : ", ") + tag;
-  std::fprintf(stderr, "ymrplay: no caption track has the language tag %s; there are: %s\n", options_.caption.c_str(),
-               tags.empty() ? "none" : tags.c_str());
+  std::fprintf(stderr, "ymrplay: no caption track has the language tag %s; there are: %s\n",
+               printable(options_.caption).c_str(), tags.empty() ? "none" : printable(tags).c_str());
 }
 
 void PlayHost::play() {

@@ -31,6 +31,7 @@ class PlayHost {
   void answerCallbacks();
   // The next subtitle file, after the last one none, then the first.
   void nextSubtitle();
+  void showSubtitle();
   // Selects the media's caption track that --caption names, or says which there are.
   void selectCaption();
 
@@ -38,7 +39,7 @@ class PlayHost {
   const std::function<void()> finished_;
   RunLoop::Duration startedAt_{0};
   bool failed_ = false;
-  bool hasSelectedCaption_ = false;
+  bool hasBegun_ = false;     // the programme
   std::size_t subtitle_ = 0;  // the file that is shown; their number for none
   std::shared_ptr<UIViewController> root_;
   std::shared_ptr<UIWindow> window_;

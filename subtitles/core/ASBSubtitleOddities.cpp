@@ -186,7 +186,7 @@ void noteText(const ASBSubtitleSource& source, ASBNoteList& notes) {
     notes.push_back(
         "Its text goes on into the next cue: put an empty line between them, and text under every time line.");
   } else if (std::count(text.begin(), text.end(), '\n') >= mostLines) {
-    notes.push_back("Its text has more than four lines, and no more than four fit on the screen.");
+    notes.push_back("Its text has more than four lines, which cover the picture.");
   }
   if (!source.lost.empty()) noteLost(source.lost, notes);
   if (text.find('<') != text.npos) noteMarkup(text, notes);
