@@ -1,26 +1,12 @@
 #pragma once
 
-#include <exception>
 #include <functional>
 #include <memory>
 #include <type_traits>
 
+#include "VAST/HostCall.h"
 #include "player/YMRVideoPlayerDelegate.h"
-
-// Logs what a host's callback threw.
-void logThrownByHost(const char* message);
-
-// Runs code of the host's; what it throws stays here.
-template <typename Call>
-void callHost(const Call& call) {
-  try {
-    call();
-  } catch (const std::exception& thrown) {
-    logThrownByHost(thrown.what());
-  } catch (...) {
-    logThrownByHost("no exception type of the standard library's");
-  }
-}
+#include "player/states/YMRPlayerStateRules.h"
 
 // Whether the delegate is there and wants this callback.
 template <typename Callback>
@@ -30,14 +16,10 @@ bool delegateAnswers(const std::weak_ptr<YMRVideoPlayerDelegate>& delegate,
   return host && (*host).*callback;
 }
 
-// Makes one callback, when the delegate answers it. The host may destroy the delegate, or replace the very function
-// that runs; what it throws stays here.
+// Makes one callback, when the delegate answers it.
 template <typename... Parameters>
 void sendToDelegate(const std::weak_ptr<YMRVideoPlayerDelegate>& delegate,
                     std::function<void(Parameters...)> YMRVideoPlayerDelegate::*callback,
                     const std::type_identity_t<Parameters>&... arguments) {
-  const auto host = delegate.lock();
-  if (!host) return;
-  const auto call = (*host).*callback;
-  if (call) callHost([&] { call(arguments...); });
+  callDelegate(ymrPlayerTag, delegate, callback, arguments...);
 }

@@ -145,7 +145,7 @@ namespace {
 
 void tellOfFailure(const YMRSubtitleConfig& subtitle, const YMRSubtitle& track, const NSError& error) {
   const auto loadDidFail = subtitle.loadDidFail();
-  if (loadDidFail) callHost([&] { loadDidFail(track, error); });
+  if (loadDidFail) callHost(ymrPlayerTag, [&] { loadDidFail(track, error); });
 }
 
 }  // namespace

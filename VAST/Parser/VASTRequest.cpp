@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <exception>
 #include <utility>
 
+#include "VAST/HostCall.h"
 #include "VAST/Parser/VASTSchema.h"
 #include "VAST/Parser/VASTXMLUtil.h"
 #include "VAST/SKLogger.h"
@@ -33,19 +33,6 @@ URLResponse failed(int code, const char* message) {
 
 URLResponse timeIsUp() {
   return failed(NSURLErrorTimedOut, "The request's time was used up.");
-}
-
-// Calls what the host gave; what it throws stays here.
-template <class Call, class... Arguments>
-void callHost(const char* name, const Call& call, Arguments&&... arguments) {
-  if (!call) return;
-  try {
-    call(std::forward<Arguments>(arguments)...);
-  } catch (const std::exception& thrown) {
-    SKLogger::error(tag, std::string(name) + " threw: " + thrown.what());
-  } catch (...) {
-    SKLogger::error(tag, std::string(name) + " threw");
-  }
 }
 
 // The error of a fetch that brought no document.
@@ -186,10 +173,14 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
   const long status = response.error ? 0 : response.status;
   std::optional<SKVASTError> error;
   if (status != statusOfDocument) error = fetchError(response);
-  const auto elapsed = RunLoop::main().now() - fetch.startedAt;
-  callHost("hopObserver", options_.hopObserver,
-           VASTHop{fetch.url, fetch.of.depth, status, std::chrono::duration_cast<std::chrono::milliseconds>(elapsed),
-                   error, response.error ? response.error->message : "", response.body});
+  if (options_.hopObserver) {
+    const auto elapsed = RunLoop::main().now() - fetch.startedAt;
+    callHost(tag, [&] {
+      options_.hopObserver({fetch.url, fetch.of.depth, status,
+                            std::chrono::duration_cast<std::chrono::milliseconds>(elapsed), error,
+                            response.error ? response.error->message : "", response.body});
+    });
+  }
   if (error) {
     fetch.of.model->setVastError(*error);
     return;
@@ -200,6 +191,7 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
 
 void VASTRequest::complete() {
   dispatch_async(dispatch_get_main_queue(), [completion = std::move(completion_), model = std::move(model_)]() mutable {
-    callHost("The completion", std::exchange(completion, nullptr), std::move(model));
+    const auto call = std::exchange(completion, nullptr);
+    if (call) callHost(tag, [&] { call(std::move(model)); });
   });
 }

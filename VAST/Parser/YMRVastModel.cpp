@@ -169,10 +169,10 @@ std::map<std::string, std::vector<NSURL>> YMRVastModel::trackingEvents() const {
   return events;
 }
 
-std::vector<SKVASTUrlWithId> YMRVastModel::urlsOfChain(std::string_view name) const {
+std::vector<SKVASTUrlWithId> YMRVastModel::urlsOfChain(std::initializer_list<std::string_view> path) const {
   std::vector<SKVASTUrlWithId> urls;
   for (const auto* ad : adsOfChain()) {
-    forEachURL(ad, {name}, [&urls](const XML::Element& element, NSURL url) {
+    forEachURL(ad, path, [&urls](const XML::Element& element, NSURL url) {
       urls.emplace_back(copyOf(attribute(element, "id")), std::move(url));
     });
   }
@@ -180,11 +180,20 @@ std::vector<SKVASTUrlWithId> YMRVastModel::urlsOfChain(std::string_view name) co
 }
 
 std::vector<SKVASTUrlWithId> YMRVastModel::impressions() const {
-  return urlsOfChain("Impression");
+  return urlsOfChain({"Impression"});
 }
 
 std::vector<SKVASTUrlWithId> YMRVastModel::errors() const {
-  return urlsOfChain("Error");
+  return urlsOfChain({"Error"});
+}
+
+std::optional<SKVASTUrlWithId> YMRVastModel::clickThrough() const {
+  const auto urls = urlsOfChain({"Creatives", "Creative", "Linear", "VideoClicks", "ClickThrough"});
+  return urls.empty() ? std::nullopt : std::optional(urls.front());
+}
+
+std::vector<SKVASTUrlWithId> YMRVastModel::clickTracking() const {
+  return urlsOfChain({"Creatives", "Creative", "Linear", "VideoClicks", "ClickTracking"});
 }
 
 YMRVastModel::Models YMRVastModel::sequencedAdModels() {

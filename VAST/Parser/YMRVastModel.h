@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -84,6 +85,8 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
   std::map<std::string, std::vector<NSURL>> trackingEvents() const;
   std::vector<SKVASTUrlWithId> impressions() const;
   std::vector<SKVASTUrlWithId> errors() const;
+  std::optional<SKVASTUrlWithId> clickThrough() const;  // the first
+  std::vector<SKVASTUrlWithId> clickTracking() const;
 
   // The ads to play, in order: this model alone when it has no pod children, else theirs.
   Models sequencedAdModels();
@@ -96,7 +99,7 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
   const XML::Accessor& lastAd() const;
   // `InLine`, or else `Wrapper`, of this model's ad in each document that has one.
   std::vector<const XML::Element*> adsOfChain() const;
-  std::vector<SKVASTUrlWithId> urlsOfChain(std::string_view element) const;
+  std::vector<SKVASTUrlWithId> urlsOfChain(std::initializer_list<std::string_view> path) const;
   std::shared_ptr<YMRVastModel> makeChild(const std::string& id) const;
 
   std::optional<VASTDocument> vastDocument_;

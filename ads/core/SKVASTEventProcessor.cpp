@@ -1,10 +1,10 @@
 #include "ads/core/SKVASTEventProcessor.h"
 
 #include <atomic>
-#include <exception>
 #include <iterator>
 #include <string_view>
 
+#include "VAST/HostCall.h"
 #include "VAST/SKLogger.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSString.h"
@@ -105,14 +105,5 @@ std::uint64_t SKVASTEventProcessor::droppedRequests() {
 }
 
 void SKVASTEventProcessor::tellDelegate(const std::string& event) {
-  const auto held = delegate_.lock();
-  const auto tell = held ? held->vastTrackingEvent : nullptr;
-  if (!tell) return;
-  try {
-    tell(event);
-  } catch (const std::exception& exception) {
-    SKLogger::error(tag, std::string("vastTrackingEvent threw: ") + exception.what());
-  } catch (...) {
-    SKLogger::error(tag, "vastTrackingEvent threw");
-  }
+  callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastTrackingEvent, event);
 }

@@ -9,6 +9,7 @@
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/uikit/UIApplication.h"
+#include "platform/uikit/UIWakefulness.h"
 
 AVPlayerViewControllerDelegate::~AVPlayerViewControllerDelegate() = default;
 
@@ -37,7 +38,7 @@ class AVPlayerViewController::Parts {
   PlayerRemote remote_;
   std::shared_ptr<PlaybackWatch> watch_;
   bool onScreen_ = false;
-  bool keepsAwake_ = false;
+  UIWakefulness wakefulness_;
 };
 
 AVPlayerViewController::Parts::Parts(PlayerRemote::Chosen chosen, CaptionsMenu::Languages languages)
@@ -97,13 +98,7 @@ void AVPlayerViewController::Parts::followVisibility() {
 
 void AVPlayerViewController::Parts::followIdleTimer() {
   const bool plays = watch_ && watch_->player()->rate() != 0;
-  const bool keepsAwake = onScreen_ && (plays || screen_->isCovered());
-  if (keepsAwake == keepsAwake_) return;
-  keepsAwake_ = keepsAwake;
-  // One may come while another fades out.
-  static int awake = 0;
-  awake += keepsAwake ? 1 : -1;
-  UIApplication::sharedApplication().setIdleTimerDisabled(awake > 0);
+  wakefulness_.setAwake(onScreen_ && (plays || screen_->isCovered()));
 }
 
 void AVPlayerViewController::Parts::enteredBackground() {

@@ -13,9 +13,11 @@ inline std::string mediaFile(const std::string& url, const std::string& attribut
   return "<MediaFile " + attributes + "><![CDATA[" + url + "]]></MediaFile>";
 }
 
-inline std::string linear(const std::string& mediaFiles, const std::string& trackings = "") {
+inline std::string linear(const std::string& mediaFiles, const std::string& trackings = "",
+                          const std::string& clicks = "") {
   return "<Creatives><Creative><Linear><Duration>00:00:10</Duration><TrackingEvents>" + trackings +
-         "</TrackingEvents><MediaFiles>" + mediaFiles + "</MediaFiles></Linear></Creative></Creatives>";
+         "</TrackingEvents>" + (clicks.empty() ? "" : "<VideoClicks>" + clicks + "</VideoClicks>") + "<MediaFiles>" +
+         mediaFiles + "</MediaFiles></Linear></Creative></Creatives>";
 }
 
 inline std::string tracking(const std::string& event, const std::string& url) {
