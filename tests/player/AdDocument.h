@@ -4,7 +4,8 @@
 #include <vector>
 
 // VAST documents for tests of ad breaks. An ad is a name: its film is FILMS/NAME.mp4, its tracking URLs are
-// TRACKERS/NAME/EVENT, EVENT being "impression", the tracking events' names and "error-CODE".
+// TRACKERS/NAME/EVENT, EVENT being "impression", the tracking events' names, "click" and "error-CODE"; a click leads to
+// TRACKERS/NAME/shop.
 
 struct AdElement {
   std::string name;

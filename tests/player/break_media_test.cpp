@@ -2,27 +2,13 @@
 // process.
 //
 // With YMR_BREAKS=500 in the environment the last case is a soak, which prints what a break costs in the long run.
-#include <malloc.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <map>
 
 #include "ads/core/SKVASTMediaFilePicker.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
 #include "player/YMRVideoPlayer.h"
 #include "player/YMRVideoPlayerImpl.h"
-#include "tests/player/AdDocument.h"
-#include "tests/support/HTTPServer.h"
-#include "tests/support/ScreenTest.h"
+#include "tests/player/Soak.h"
 
 using namespace std::chrono_literals;
 using Lines = std::vector<std::string>;
@@ -100,58 +86,6 @@ class BreakMedia : public testing::Test {
   bool isFinished = false;
 };
 
-// An ad server in a process of its own, so that what it needs is not counted here. Every tag has one ad of half a
-// second.
-class AdServerProcess {
- public:
-  AdServerProcess() {
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    process_ = fork();
-    if (process_ == 0) serve(ends[1]);
-    close(ends[1]);
-    char url[100]{};
-    EXPECT_GT(read(ends[0], url, sizeof url - 1), 0);
-    close(ends[0]);
-    tag_ = url;
-  }
-  AdServerProcess(const AdServerProcess&) = delete;
-  AdServerProcess& operator=(const AdServerProcess&) = delete;
-  ~AdServerProcess() {
-    kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
-  }
-
-  NSURL tag() const { return *NSURL::URLWithString(tag_); }
-
- private:
-  [[noreturn]] static void serve(int answer) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    HTTPServer server;
-    server.onOthers([](const HTTPServer::Request&) { return HTTPServer::Reply(); });
-    server.onFile("/film/half.mp4", sample("half.mp4"), "video/mp4");
-    server.on("/tag", adDocument({{"half"}}, {server.url("/film"), server.url("/track")}), "application/xml");
-    const std::string url = server.url("/tag");
-    if (write(answer, url.data(), url.size()) != static_cast<ssize_t>(url.size())) _exit(1);
-    for (;;) pause();
-  }
-
-  pid_t process_ = 0;
-  std::string tag_;
-};
-
-// Of this process.
-struct Belongings {
-  std::ptrdiff_t memory, threads, files;
-
-  static std::ptrdiff_t entries(const char* folder) {
-    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
-  }
-  static Belongings now() {
-    return {static_cast<std::ptrdiff_t>(mallinfo2().uordblks), entries("/proc/self/task"), entries("/proc/self/fd")};
-  }
-};
-
 }  // namespace
 
 TEST_F(BreakMedia, aFilmHasOneEndingHoweverItFailsAndTheProgrammeComes) {
@@ -190,38 +124,19 @@ TEST_F(BreakMedia, aFilmHasOneEndingHoweverItFailsAndTheProgrammeComes) {
 }
 
 TEST_F(BreakMedia, manyBreaksEachInAPlayerOfItsOwnLeaveNothingBehind) {
-  const char* asked = std::getenv("YMR_BREAKS");
-  const int breaks = asked ? std::atoi(asked) : 50;
-  const int settled = asked ? 50 : 20;  // breaks after which nothing may grow
-  std::optional<Belongings> first;
-  Belongings last{};
+  Soak soak("YMR_BREAKS");
   const AdServerProcess ads;
   const std::shared_ptr<YMRAd> kinds[] = {YMRAd::initPreRollWithVastUrl(ads.tag()),
                                           YMRAd::initMidRollWithVastUrl(ads.tag(), 0),
                                           YMRAd::initPostRollWithVastUrl(ads.tag())};
-  for (int done = 0; done < breaks; ++done) {
+  for (int done = 0; done < soak.rounds(); ++done) {
     SCOPED_TRACE(done);
     const auto schedule = std::make_shared<YMRAdSchedule>();
     schedule->addAdBreak(kinds[done % 3]);
     endings.clear();
     ASSERT_NO_FATAL_FAILURE(play(schedule, 30s));
     ASSERT_EQ(endings, Lines{"complete"});
-    if (done + 1 < settled) continue;
-    // What was taken down by other threads may still be going.
-    int patience = first ? 300 : 100;
-    runEventsUntil([&] {
-      last = Belongings::now();
-      return --patience < 0 || (first && last.threads <= first->threads && last.files <= first->files);
-    });
-    if (!first) first = last;
-    EXPECT_LE(last.threads, first->threads + 3);
-    EXPECT_LE(last.files, first->files + 3);
+    soak.roundIsOver();
   }
-  const double bytesABreak = static_cast<double>(last.memory - first->memory) / (breaks - settled);
-  std::cout << breaks << " breaks: " << bytesABreak << " bytes more a break from the " << settled << "th on; threads "
-            << first->threads << " to " << last.threads << ", descriptors " << first->files << " to " << last.files
-            << ", heap " << first->memory / 1024 << " to " << last.memory / 1024 << " KiB\n";
-#ifdef NDEBUG
-  EXPECT_LT(bytesABreak, asked ? 1000 : 50'000) << "half a hundred breaks say little";
-#endif
+  soak.isOver();
 }

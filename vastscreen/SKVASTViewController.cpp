@@ -1,0 +1,222 @@
+// The stand-alone ad screen: what it is made of, the network, and loading an ad.
+#include "vastscreen/SKVASTViewController.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "VAST/HostCall.h"
+#include "VAST/Parser/SKVAST2Parser.h"
+#include "VAST/SKLogger.h"
+#include "ads/core/SKVASTEventProcessor.h"
+#include "ads/core/SKVASTMediaFilePicker.h"
+#include "ads/core/YMRAdQueue.h"
+#include "net/SKReachability.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/foundation/MainThread.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "ui/Autolayout.h"
+
+namespace {
+
+constexpr const char* tag = "VAST - View Controller";
+
+}  // namespace
+
+std::shared_ptr<SKVASTViewController> SKVASTViewController::initWithDelegate(
+    std::weak_ptr<SKVASTViewControllerDelegate> delegate, std::weak_ptr<UIViewController> viewController) {
+  YMR_ASSERT_MAIN_THREAD();
+  std::shared_ptr<SKVASTViewController> screen(
+      new SKVASTViewController(std::move(delegate), std::move(viewController)));
+  screen->startReachability();
+  screen->addObservers();
+  return screen;
+}
+
+std::shared_ptr<SKVASTViewController> SKVASTViewController::init() {
+  return initWithDelegate({}, {});
+}
+
+SKVASTViewController::SKVASTViewController(std::weak_ptr<SKVASTViewControllerDelegate> delegate,
+                                           std::weak_ptr<UIViewController> viewController)
+    : delegate_(std::move(delegate)),
+      viewController_(std::move(viewController)),
+      network_(std::make_shared<std::atomic<Network>>(Network::unknown)) {
+  videoHangTest_.reserve(20);
+}
+
+SKVASTViewController::~SKVASTViewController() {
+  removeObservers();
+  if (reachability_) reachability_->stopNotifier();
+}
+
+std::shared_ptr<SKVASTViewController> SKVASTViewController::own() {
+  return std::static_pointer_cast<SKVASTViewController>(shared_from_this());
+}
+
+void SKVASTViewController::setDelegate(const std::weak_ptr<SKVASTViewControllerDelegate>& delegate) {
+  delegate_ = delegate;
+  for (const auto& ad : {ad_, shown_}) {
+    if (ad) ad->events->setDelegate(delegate);
+  }
+}
+
+// A first look at a name may take seconds, so it is made elsewhere, and counts unless a change was reported meanwhile.
+void SKVASTViewController::startReachability() {
+  reachability_ = SKReachability::reachabilityWithHostname(SKVASTMediaFilePicker::probeHost());
+  if (!reachability_) {
+    *network_ = Network::unreachable;
+    return;
+  }
+  reachability_->setReachableOnWWAN(true);
+  reachability_->setReachableBlock([network = network_](const auto&) {
+    SKLogger::debug(tag, "Network reachable");
+    *network = Network::reachable;
+  });
+  reachability_->setUnreachableBlock([network = network_](const auto&) {
+    SKLogger::debug(tag, "Network not reachable");
+    *network = Network::unreachable;
+  });
+  reachability_->startNotifier();
+  dispatch_async(dispatch_get_global_queue(), [network = network_, reachability = reachability_] {
+    const auto flags = reachability->reachabilityRef()->flags();
+    if (!flags) return;
+    auto unknown = Network::unknown;
+    network->compare_exchange_strong(
+        unknown, reachability->isReachableWithFlags(*flags) ? Network::reachable : Network::unreachable);
+  });
+}
+
+void SKVASTViewController::addObservers() {
+  if (std::exchange(isObserving_, true)) return;
+  const auto call = [weak = std::weak_ptr(own())](void (SKVASTViewController::*what)()) {
+    return [weak, what](const NSNotification&) {
+      if (const auto self = weak.lock()) ((*self).*what)();
+    };
+  };
+  auto& center = NSNotificationCenter::defaultCenter();
+  center.addObserver(this, UIApplicationDidBecomeActiveNotification, nullptr,
+                     call(&SKVASTViewController::applicationDidBecomeActive));
+  center.addObserver(this, UIApplicationDidEnterBackgroundNotification, nullptr,
+                     call(&SKVASTViewController::applicationDidEnterBackground));
+}
+
+void SKVASTViewController::removeObservers() {
+  isObserving_ = false;
+  NSNotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void SKVASTViewController::loadView() {
+  const auto root = std::make_shared<UIView>();
+  root->setBackgroundColor(UIColor::blackColor());
+  picture_ = std::make_shared<UIView>();
+  addSubViewWithAutolayout(root, picture_);
+  indicator_ = std::make_shared<UIActivityIndicatorView>();
+  indicator_->setTranslatesAutoresizingMaskIntoConstraints(false);
+  root->addSubview(indicator_);
+  const auto constrain = [&](NSLayoutAttribute attribute, const std::shared_ptr<UIView>& to, double constant) {
+    root->addConstraint(NSLayoutConstraint::constraintWithItem(indicator_, attribute, NSLayoutRelationEqual, to,
+                                                               to ? attribute : NSLayoutAttributeNotAnAttribute, 1,
+                                                               constant));
+  };
+  constrain(NSLayoutAttributeCenterX, root, 0);
+  constrain(NSLayoutAttributeCenterY, root, 0);
+  constrain(NSLayoutAttributeWidth, nullptr, 50);
+  constrain(NSLayoutAttributeHeight, nullptr, 50);
+  setView(root);
+}
+
+void SKVASTViewController::viewDidLoad() {
+  controls_ = SKVASTControls::initWithVASTPlayer(own());
+  setUpTapGestureRecognizer();
+  const auto menu =
+      std::make_shared<UITapGestureRecognizer>([weak = std::weak_ptr(own())](UIGestureRecognizer& recognizer) {
+        const auto self = weak.lock();
+        if (self && recognizer.state() == UIGestureRecognizerStateEnded) self->close();
+      });
+  menu->setAllowedPressTypes({UIPressTypeMenu});
+  view()->addGestureRecognizer(menu);
+}
+
+bool SKVASTViewController::shouldAutorotate() const {
+  const auto& supported = UIApplication::sharedApplication().supportedInterfaceOrientations();
+  const auto supports = [&](const char* name) {
+    return std::find(supported.begin(), supported.end(), name) != supported.end();
+  };
+  return supports("UIInterfaceOrientationLandscapeLeft") && supports("UIInterfaceOrientationLandscapeRight");
+}
+
+UIInterfaceOrientation SKVASTViewController::preferredInterfaceOrientationForPresentation() const {
+  return UIApplication::sharedApplication().statusBarOrientation();
+}
+
+std::optional<NSURL> SKVASTViewController::clickThrough() const {
+  const auto* ad = current();
+  return ad ? ad->clickThrough : std::nullopt;
+}
+
+std::shared_ptr<SKVASTEventProcessor> SKVASTViewController::eventProcessor() const {
+  const auto* ad = current();
+  return ad ? ad->events : nullptr;
+}
+
+void SKVASTViewController::loadVideoWithURL(const std::optional<NSURL>& url) {
+  loadVideoUsingSource(url);
+}
+
+void SKVASTViewController::loadVideoWithData(const VASTDocument& document) {
+  loadVideoUsingSource(document);
+}
+
+void SKVASTViewController::loadVideoUsingSource(const Source& source) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (isLoading_) return SKLogger::warning(tag, "Ignoring loadVideo because a load is in progress.");
+  const auto self = own();
+  addObservers();
+  ad_ = nullptr;
+  if (!networkCurrentlyReachable()) return refuseWithoutNetwork();
+  isLoading_ = true;
+  const auto didLoad = [weak = std::weak_ptr(self)](const std::shared_ptr<YMRVastModel>& model) {
+    if (const auto screen = weak.lock()) screen->vastDidLoad(*model);
+  };
+  if (const auto* url = std::get_if<std::optional<NSURL>>(&source)) {
+    SKVAST2Parser().parseWithUrl(*url, didLoad);
+  } else {
+    SKVAST2Parser().parseWithData(std::get<VASTDocument>(source), didLoad);
+  }
+}
+
+void SKVASTViewController::vastDidLoad(YMRVastModel& model) {
+  const auto self = own();
+  isLoading_ = false;
+  std::optional<SKVASTError> failure;  // the first ad's
+  for (YMRAdQueue queue(model); !queue.isEmpty();) {
+    const auto next = queue.next();
+    const auto ad = std::make_shared<Ad>();
+    ad->prepared = queue.takeNext();
+    ad->events = std::make_shared<SKVASTEventProcessor>(ad->prepared.trackingEvents, delegate_);
+    if (!ad->prepared.failure) {
+      const auto click = next->clickThrough();
+      ad->clickThrough = click ? click->url() : std::nullopt;
+      ad->clickTracking = next->clickTracking();
+      ad_ = ad;
+      SKLogger::debug(tag, "Sending vastReady: callback");
+      return callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastReady, self);
+    }
+    ad->events->sendVASTError(ad->prepared.errors, ad->prepared.errorCode());
+    if (!failure) failure = ad->prepared.failure;
+  }
+  SKLogger::error(tag, failure == SKVASTErrorMediaFileNotCompatible
+                           ? "Error - VASTMediaFilePicker did not find a compatible mediaFile - VASTViewcontroller "
+                             "will not be presented"
+                           : "parser error");
+  tellError(failure.value_or(SKVASTErrorNoAd));
+}
+
+void SKVASTViewController::refuseWithoutNetwork() {
+  SKLogger::error(tag, "No network available - VASTViewcontroller will not be presented");
+  tellError(SKVASTErrorNoInternet);
+}
+
+void SKVASTViewController::tellError(SKVASTError error) {
+  callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastError, own(), error);
+}

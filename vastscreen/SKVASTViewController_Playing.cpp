@@ -1,0 +1,236 @@
+// The stand-alone ad screen on the screen: presenting it, playing the ad, its end, the viewer's remote.
+#include <algorithm>
+#include <utility>
+
+#include "VAST/HostCall.h"
+#include "VAST/SKLogger.h"
+#include "ads/core/SKVASTEventProcessor.h"
+#include "ads/core/VASTSettings.h"
+#include "ads/core/YMRPlayerErrorHandler.h"
+#include "platform/foundation/MainThread.h"
+#include "vastscreen/SKVASTViewController.h"
+
+namespace {
+
+constexpr const char* tag = "VAST - View Controller";
+
+// For the error URLs when the film's player can't be made.
+constexpr const char* playerErrorCode = "400";
+
+constexpr auto initialDelay = std::chrono::seconds(4);
+constexpr auto playbackInterval = std::chrono::milliseconds(250);
+
+RunLoop::Duration loadTimeout() {
+  const std::chrono::duration<double> seconds(std::min(VASTSettings::vastVideoLoadTimeout(), 1e6));
+  return std::chrono::duration_cast<RunLoop::Duration>(seconds);
+}
+
+}  // namespace
+
+void SKVASTViewController::play() {
+  YMR_ASSERT_MAIN_THREAD();
+  const auto self = own();
+  if (!ad_) {
+    SKLogger::warning(tag, "Ignoring call to playVideo before the player has sent vastReady.");
+    return tellError(SKVASTErrorPlayerNotReady);
+  }
+  if (stage_ != Stage::idle) {
+    SKLogger::warning(tag, "Ignoring call to playVideo while playback is already in progress");
+    return tellError(SKVASTErrorAdAlreadyPlaying);
+  }
+  if (!networkCurrentlyReachable()) return refuseWithoutNetwork();
+  if (!canBePresented()) {
+    SKLogger::error(tag, "There is no view controller to present the ad, in a window and without another one over it");
+    return tellError(SKVASTErrorPlayback);
+  }
+  try {
+    film_ = std::make_unique<YMRAdPlayer>(ad_->prepared.mediaFile->url());
+  } catch (const std::exception& exception) {
+    SKLogger::error(tag, std::string("Exception - moviePlayer.prepareToPlay: ") + exception.what());
+    ad_->events->sendVASTError(ad_->prepared.errors, playerErrorCode);
+    return tellError(SKVASTErrorPlayback);
+  }
+  stage_ = Stage::presented;
+  shown_ = ad_;
+  isShown_ = hasPicture_ = isOver_ = false;
+  addObservers();
+  view();
+  film_->showIn(*picture_);
+  film_->listen(self);
+  videoLoadTimeoutTimer_ = NSTimer::scheduledTimerWithTimeInterval(loadTimeout(), false, [weak = std::weak_ptr(self)] {
+    if (const auto screen = weak.lock()) screen->videoLoadDidTimeOut();
+  });
+  if (!UIApplication::sharedApplication().isInBackground()) film_->player()->play();
+  wakefulness_.setAwake(true);
+  presentPlayer();
+}
+
+bool SKVASTViewController::canBePresented() const {
+  const auto presenter = viewController_.lock();
+  return presenter && !presenter->presentedViewController() && presenter->view()->window();
+}
+
+void SKVASTViewController::presentPlayer() {
+  const auto number = ++presentation_;
+  callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastWillPresentFullScreen, own());
+  if (!isAtHand(number)) return;
+  if (canBePresented()) return viewController_.lock()->presentViewController(own(), true);
+  SKLogger::error(tag, "The view controller that was to present the ad can't any more");
+  tellError(SKVASTErrorPlayback);
+  if (isAtHand(number)) close();
+}
+
+void SKVASTViewController::viewDidAppear(bool animated) {
+  UIViewController::viewDidAppear(animated);
+  if (stage_ != Stage::presented) return;
+  if (!hasPicture_) indicator_->startAnimating();
+  if (!UIApplication::sharedApplication().isInBackground()) resume();
+}
+
+// However the screen was taken away.
+void SKVASTViewController::viewWillDisappear(bool animated) {
+  UIViewController::viewWillDisappear(animated);
+  if (stage_ == Stage::presented) close();
+}
+
+void SKVASTViewController::showAndPlayVideo() {
+  const auto ad = shown_;
+  isShown_ = true;
+  film_->showIn(*picture_);
+  controls_->hideControls();
+  initialDelayTimer_ = NSTimer::scheduledTimerWithTimeInterval(
+      initialDelay, false, [controls = controls_.get()] { controls->showControls(); });
+  playFilm();
+  if (std::exchange(ad->hasBegun, true)) return ad->events->trackEvent(SKVASTTrackingEventResume);
+  SKLogger::debug(tag, "Sending Impressions requests");
+  ad->events->sendVASTUrlsWithId(ad->prepared.impressions);
+  ad->events->trackEvent(SKVASTTrackingEventStart);
+}
+
+void SKVASTViewController::playFilm() {
+  if (std::exchange(isOver_, false)) film_->player()->seekToTime(kCMTimeZero);
+  film_->player()->play();
+  wakefulness_.setAwake(true);
+  playbackTimer_ = NSTimer::scheduledTimerWithTimeInterval(playbackInterval, true, [this] { updatePlayedSeconds(); });
+}
+
+bool SKVASTViewController::isPlaying() const {
+  return film_ && film_->player()->rate() != 0;
+}
+
+void SKVASTViewController::pause() {
+  YMR_ASSERT_MAIN_THREAD();
+  if (!isPlaying()) return;
+  playbackTimer_ = nullptr;
+  film_->player()->pause();
+  wakefulness_.setAwake(false);
+  if (const auto self = own(); isShown_) shown_->events->trackEvent(SKVASTTrackingEventPause);
+}
+
+void SKVASTViewController::resume() {
+  YMR_ASSERT_MAIN_THREAD();
+  if (stage_ != Stage::presented) return;
+  const auto self = own();
+  if (!isShown_) return showAndPlayVideo();
+  if (isPlaying()) return;
+  playFilm();
+  shown_->events->trackEvent(SKVASTTrackingEventResume);
+}
+
+void SKVASTViewController::info() {
+  YMR_ASSERT_MAIN_THREAD();
+  const auto self = own();
+  const auto ad = shown_ ? shown_ : ad_;
+  if (!ad) return;
+  SKLogger::debug(tag, "Sending clickTracking requests");
+  ad->events->sendVASTUrlsWithId(ad->clickTracking);
+  if (!ad->clickThrough) return;
+  callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastOpenBrowseWithUrl, *ad->clickThrough);
+}
+
+void SKVASTViewController::close() {
+  YMR_ASSERT_MAIN_THREAD();
+  if (stage_ != Stage::presented) return;
+  const auto self = own();
+  stage_ = Stage::closing;
+  removeObservers();
+  stopTimers();
+  film_ = nullptr;
+  wakefulness_.setAwake(false);
+  indicator_->stopAnimating();
+  controls_->hideControls();
+  shown_->events->trackEvent(SKVASTTrackingEventClose);
+  SKLogger::debug(tag, "Dismissing VASTViewController");
+  if (const auto presenter = presentingViewController()) {
+    presenter->dismissViewControllerAnimated(true);
+  } else {
+    view()->removeFromSuperview();  // who presented it has gone
+  }
+  shown_ = nullptr;
+  stage_ = Stage::idle;
+  callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastDidDismissFullScreen, self);
+}
+
+void SKVASTViewController::stopTimers() {
+  playbackTimer_ = nullptr;
+  initialDelayTimer_ = nullptr;
+  videoLoadTimeoutTimer_ = nullptr;
+}
+
+void SKVASTViewController::adPictureDidArrive() {
+  hasPicture_ = true;
+  videoLoadTimeoutTimer_ = nullptr;
+  indicator_->stopAnimating();
+}
+
+void SKVASTViewController::videoLoadDidTimeOut() {
+  const auto self = own();
+  const auto ad = shown_;
+  SKLogger::error(tag, "Video Load Timeout");
+  close();
+  ad->events->sendVASTError(ad->prepared.errors, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorTimeout));
+  tellError(SKVASTErrorTimeout);
+}
+
+void SKVASTViewController::moviePlayBackDidFinish(const std::optional<NSError>& error) {
+  const auto self = own();
+  const auto ad = shown_;
+  const auto number = presentation_;
+  stopTimers();
+  wakefulness_.setAwake(false);
+  if (error) {
+    SKLogger::error(tag, "playback error:  " + error->message);
+    ad->events->sendVASTError(ad->prepared.errors, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorPlayback));
+    tellError(SKVASTErrorPlayback);
+    if (isAtHand(number)) close();
+    return;
+  }
+  isOver_ = true;
+  if (!isShown_) return;  // over before the screen was there; it is shown from its beginning
+  if (!std::exchange(ad->hasCompleted, true)) ad->events->trackEvent(SKVASTTrackingEventComplete);
+  if (!isAtHand(number)) return;
+  controls_->showControls();
+  controls_->toggleToPlayButton(true);
+}
+
+// What was over stays over.
+void SKVASTViewController::applicationDidBecomeActive() {
+  if (!isOver_) resume();
+}
+
+void SKVASTViewController::applicationDidEnterBackground() {
+  pause();
+}
+
+void SKVASTViewController::handleTouches() {
+  if (stage_ == Stage::presented && isShown_) controls_->showControls();
+}
+
+bool SKVASTViewController::pressesBegan(const UIPress& press) {
+  const auto self = own();
+  if (press.type == UIPressTypeMenu) return false;
+  if (press.isRepeat) return true;
+  if (press.type == UIPressTypePlayPause && isShown_) isPlaying() ? pause() : resume();
+  handleTouches();
+  return true;
+}
