@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "ads/YMRAd.h"
+#include "ads/core/YMRPlayerErrorHandler.h"
 
 namespace {
 
@@ -104,4 +105,23 @@ void EventPrinter::addAdCallbacks(YMRVideoPlayerDelegate& delegate) {
   delegate.videoAdOnErrorDesc = [this](const Ad& ad, std::int32_t code, const std::string& message) {
     printAd("videoAdOnErrorDesc", ad, {{"code", code}, {"message", message}});
   };
+}
+
+SKVASTViewControllerDelegate EventPrinter::adScreenDelegate() {
+  using Sender = SKVASTViewControllerDelegate::Sender;
+  const auto plain = [this](const char* event) { return [this, event](const Sender&) { print(event); }; };
+  SKVASTViewControllerDelegate delegate;
+  delegate.vastReady = plain("vastReady");
+  delegate.vastWillPresentFullScreen = plain("vastWillPresentFullScreen");
+  delegate.vastDidDismissFullScreen = plain("vastDidDismissFullScreen");
+  delegate.vastError = [this](const Sender&, SKVASTError error) {
+    print("vastError", {{"code", error}, {"message", YMRPlayerErrorHandler::VASTErrorToString(error)}});
+  };
+  delegate.vastOpenBrowseWithUrl = [this](const NSURL& url) {
+    print("vastOpenBrowseWithUrl", {{"url", url.absoluteString()}});
+  };
+  delegate.vastTrackingEvent = [this](const std::string& event) {
+    print("vastTrackingEvent", {{"trackingEvent", event}});
+  };
+  return delegate;
 }

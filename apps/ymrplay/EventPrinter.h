@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "ads/core/SKVASTViewControllerDelegate.h"
 #include "player/YMRVideoPlayerDelegate.h"
 
 // Turns callbacks of the framework into lines of JSON: time, event, and what the callback carries. Main thread.
@@ -14,8 +15,9 @@ class EventPrinter {
   // `elapsed` gives the seconds for `t`; `write` gets each line without its line feed, when the framework calls.
   EventPrinter(std::function<double()> elapsed, Write write);
 
-  // A delegate that answers every callback by printing it. It refers to this printer, which must outlive it.
+  // Delegates that answer every callback by printing it. They refer to this printer, which must outlive them.
   YMRVideoPlayerDelegate delegate();
+  SKVASTViewControllerDelegate adScreenDelegate();
 
  private:
   using Json = nlohmann::ordered_json;

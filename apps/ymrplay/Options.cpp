@@ -26,7 +26,8 @@ const char* const footer =
     "  ymrplay --subtitle english.srt --subtitle deutsch.srt film.mkv\n"
     "  ymrplay --headless --events --start 5 clip.mp4\n"
     "  ymrplay --preroll https://ads.example/pre --midroll 600=https://ads.example/mid film.mp4\n"
-    "  ymrplay --headless --key 1=down --snapshot 2=panel.png clip.mkv";
+    "  ymrplay --headless --key 1=down --snapshot 2=panel.png clip.mkv\n"
+    "  ymrplay --ad-screen https://ads.example/tag";
 
 [[noreturn]] void fail(const std::string& option, const std::string& problem) {
   throw CLI::ValidationError(option, problem);
@@ -97,9 +98,12 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.set_version_flag("--version", std::string("ymrplay ") + YMR_VERSION);
 
   Options options;
-  std::string media, artwork, windowSize, logLevel = "none";
+  std::string media, adScreen, artwork, windowSize, logLevel = "none";
   std::vector<std::string> keys, snapshots, subtitles, preRolls, midRolls, postRolls;
-  app.add_option("MEDIA", media, "File or URL to play")->required();
+  auto* const mediaOption = app.add_option("MEDIA", media, "File or URL to play");
+  app.add_option("--ad-screen", adScreen, "In place of MEDIA: ad tag of one ad, played on a screen of its own")
+      ->type_name("URL")
+      ->excludes(mediaOption);
   app.add_option("--title", options.title, "Title in the information panel")->type_name("T");
   app.add_option("--description", options.description, "Description in the information panel")->type_name("T");
   app.add_option("--artwork", artwork, "Picture in the information panel")->type_name("FILE|URL");
@@ -154,7 +158,9 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
 
   try {
     app.parse(argc, argv);
-    options.media = address("MEDIA", media);
+    if (!adScreen.empty()) options.adScreen = adTag("--ad-screen", adScreen);
+    if (!options.adScreen && mediaOption->count() == 0) throw CLI::RequiredError("MEDIA");
+    if (!options.adScreen) options.media = address("MEDIA", media);
     if (!artwork.empty()) options.artwork = address("--artwork", artwork);
     if (!windowSize.empty()) options.size = size(windowSize);
     for (const auto& text : subtitles) options.subtitles.push_back(address("--subtitle", text));

@@ -26,7 +26,8 @@ struct Options {
     NSURL tag;
   };
 
-  std::optional<NSURL> media;
+  std::optional<NSURL> media;     // nil exactly with an ad for the stand-alone screen
+  std::optional<NSURL> adScreen;  // its tag
   std::string title;
   std::string description;
   std::optional<NSURL> artwork;

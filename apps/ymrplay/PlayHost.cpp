@@ -1,22 +1,12 @@
 #include "apps/ymrplay/PlayHost.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <utility>
 
 #include "ads/YMRAdSchedule.h"
 #include "apps/shared/Printable.h"
-#include "platform/uikit/UIWindow.h"
 
 namespace {
-
-// Headless, the size is the whole screen; on a display no size means full screen.
-std::optional<CGSize> windowSize(const Options& options) {
-  if (options.size) return CGSize{double(options.size->width), double(options.size->height)};
-  if (options.headless) return CGSize{1920, 1080};
-  return std::nullopt;
-}
 
 std::shared_ptr<YMRMediaItem> mediaItem(const Options& options) {
   auto item = YMRMediaItem::itemWithUrl(options.media);
@@ -62,17 +52,8 @@ std::shared_ptr<YMRSubtitleConfig> subtitleConfig(const Options& options) {
 PlayHost::PlayHost(Options options, std::function<void()> finished)
     : options_(std::move(options)),
       finished_(std::move(finished)),
-      root_(std::make_shared<UIViewController>()),
-      window_(std::make_shared<UIWindow>(windowSize(options_),
-                                         options_.headless ? UIGraphics::software : UIGraphics::automatic)),
-      remote_(window_, [this] { nextSubtitle(); }),
-      printer_([this] { return std::chrono::duration<double>(RunLoop::main().now() - startedAt_).count(); },
-               [this](const std::string& line) {
-                 if (!options_.events) return;
-                 if (std::puts(line.c_str()) >= 0 && std::fflush(stdout) == 0) return;
-                 if (!failed_) std::fprintf(stderr, "ymrplay: the events can't be written: %s\n", std::strerror(errno));
-                 failed_ = true;
-               }),
+      window_(options_, [this] { nextSubtitle(); }),
+      printer_([this] { return window_.elapsed(); }, [this](const std::string& line) { window_.print(line); }),
       delegate_(std::make_shared<YMRVideoPlayerDelegate>(printer_.delegate())),
       player_(std::make_unique<YMRVideoPlayer>()) {
   answerCallbacks();
@@ -80,8 +61,6 @@ PlayHost::PlayHost(Options options, std::function<void()> finished)
   player_->setAdSchedule(adSchedule(options_));
   player_->setSubtitle(subtitleConfig(options_));
 }
-
-PlayHost::~PlayHost() = default;
 
 void PlayHost::answerCallbacks() {
   delegate_->videoOnPlay = [this, print = delegate_->videoOnPlay] {
@@ -96,8 +75,7 @@ void PlayHost::answerCallbacks() {
   };
   delegate_->videoOnError = [this, print = delegate_->videoOnError](const NSError& error) {
     print(error);
-    std::fprintf(stderr, "ymrplay: %s: %s\n", options_.media->absoluteString().c_str(), error.message.c_str());
-    failed_ = true;
+    window_.fail(options_.media->absoluteString() + ": " + error.message);
     player_->dismiss();
   };
   delegate_->playerDidDismiss = [this, print = delegate_->playerDidDismiss] {
@@ -128,20 +106,12 @@ void PlayHost::selectCaption() {
 }
 
 void PlayHost::play() {
-  window_->setRootViewController(root_);
-  window_->makeKeyAndVisible();
-  player_->presentWithController(root_);
-  startedAt_ = RunLoop::main().now();
-  remote_.start(options_);
+  window_.show();
+  player_->presentWithController(window_.root());
+  window_.start();
   player_->playWithMediaItem(mediaItem(options_), options_.start);
 }
 
 void PlayHost::dismiss() {
   player_->dismiss();
-}
-
-int PlayHost::exitStatus() const {
-  const auto failures = remote_.failures();
-  for (const auto& failure : failures) std::fprintf(stderr, "ymrplay: %s\n", failure.c_str());
-  return failed_ || !failures.empty() ? 1 : 0;
 }

@@ -1,12 +1,14 @@
-// Plays one programme the way a host application would; see Options for what it takes.
+// Plays one programme, or one ad, the way a host application would; see Options for what it takes.
 #include <QGuiApplication>
 #include <algorithm>
 #include <clocale>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "VAST/SKLogger.h"
 #include "ads/core/SKVASTMediaFilePicker.h"
+#include "apps/ymrplay/AdScreenHost.h"
 #include "apps/ymrplay/Options.h"
 #include "apps/ymrplay/PlayHost.h"
 #include "apps/ymrplay/TerminationSignals.h"
@@ -22,6 +24,12 @@ void logToStandardError(int level) {
         line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, ' ');
     std::fprintf(stderr, "%s\n", line.c_str());
   });
+}
+
+std::unique_ptr<Host> makeHost(Options options) {
+  const auto quit = [] { QCoreApplication::quit(); };
+  if (options.adScreen) return std::make_unique<AdScreenHost>(std::move(options), quit);
+  return std::make_unique<PlayHost>(std::move(options), quit);
 }
 
 }  // namespace
@@ -45,9 +53,9 @@ int main(int argc, char** argv) {
   const QGuiApplication application(argumentCount, noArguments);
   std::setlocale(LC_NUMERIC, "C");  // Qt takes the user's locale; numbers in JSON have a point
 
-  PlayHost host(std::move(*options), [] { QCoreApplication::quit(); });
-  const TerminationSignals termination([&host] { host.dismiss(); });
-  host.play();
+  const auto host = makeHost(std::move(*options));
+  const TerminationSignals termination([&host] { host->dismiss(); });
+  host->play();
   QCoreApplication::exec();
-  return host.exitStatus();
+  return host->exitStatus();
 }
