@@ -72,7 +72,7 @@ class PictureTest : public ScreenTest {
     loop.runUntilIdle();
   }
   // The letters of the colours in the middle of the four quarters of `rect`: r, g, b, w, k for black, ? for others.
-  std::string quartersOf(const QImage& image, const QRect& rect) {
+  static std::string quartersOf(const QImage& image, const QRect& rect) {
     std::string letters;
     for (const auto& [dx, dy] : {std::pair(1, 1), std::pair(3, 1), std::pair(1, 3), std::pair(3, 3)}) {
       letters += letterAt(image, rect.x() + rect.width() * dx / 4, rect.y() + rect.height() * dy / 4);
@@ -159,7 +159,6 @@ TEST_F(PictureTest, isBlackAndOpaqueWithoutAPictureAndShowsNothingOfAFormerSourc
   EXPECT_EQ(centre(), "ff0000");
   show({});
   EXPECT_EQ(centre(), "000000") << "there is no picture any more";
-  EXPECT_FALSE(item->hasPicture());
   EXPECT_EQ(item->videoRect(), CGRectZero);
 
   show(plain(0xff0000));
@@ -174,22 +173,20 @@ TEST_F(PictureTest, isBlackAndOpaqueWithoutAPictureAndShowsNothingOfAFormerSourc
 
 TEST_F(PictureTest, holdsNoMorePicturesThanItShowsAndOneThatWaits) {
   std::vector<std::weak_ptr<const void>> owners;
-  for (int i = 0; i < 5; ++i) {
-    VideoFrame frame = plain(0xff0000);
+  const auto present = [&](std::uint32_t color) {
+    VideoFrame frame = plain(color);
     owners.push_back(frame.owner);
     slot->present(std::move(frame));
-  }
-  const auto alive = [&] { return std::count_if(owners.begin(), owners.end(), [](auto& o) { return !o.expired(); }); };
+  };
+  const auto alive = [&] { return std::ranges::count(owners, false, [](auto& owner) { return owner.expired(); }); };
+  for (int i = 0; i < 5; ++i) present(0xff0000);
   EXPECT_EQ(alive(), 1);
-  loop.runUntilIdle();
-  snapshot();
-  show(plain(0x00ff00));
-  snapshot();
-  EXPECT_EQ(alive(), 0);
-  VideoFrame last = plain(0x0000ff);
-  owners.push_back(last.owner);
-  show(std::move(last));
-  snapshot();
+  for (int i = 0; i < 2; ++i) {
+    present(0x00ff00);
+    loop.runUntilIdle();
+    snapshot();
+  }
+  EXPECT_EQ(alive(), 1);
   item->setSlot(nullptr);
   snapshot();
   EXPECT_EQ(alive(), 0) << "also of what is no longer shown";
@@ -200,9 +197,7 @@ TEST_F(PictureTest, whatLiesAboveStaysWholeWhenPartsAreDrawnAnew) {
   auto panel = addView(CGRectMake(300, 40, 300, 300), UIColor::redColor().colorWithAlphaComponent(0.5));
   auto mark = addView(CGRectMake(500, 300, 20, 20), UIColor::greenColor());
   const QImage before = snapshot();
-  EXPECT_EQ(colorAt(before, 510, 310), "00ff00");
-  EXPECT_THAT(colorAt(before, 400, 200), isAbout("80007f"));
-  EXPECT_EQ(colorAt(before, 200, 200), "0000ff");
+  EXPECT_EQ(colorAt(before, 510, 310) + colorAt(before, 200, 200), "00ff000000ff");
   mark->setHidden(true);
   EXPECT_THAT(colorAt(snapshot(), 510, 310), isAbout("80007f"));
   mark->setHidden(false);
