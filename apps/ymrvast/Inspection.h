@@ -47,7 +47,7 @@ struct Inspection {
   };
 
   std::string source;
-  std::string fault;            // of a document that was not fetched, as a hop's reason
+  std::string fault;                    // of a document that was not fetched, as a hop's reason
   std::shared_ptr<YMRVastModel> model;  // its lists of stand-alone ads are used up
   std::vector<Hop> hops;
   std::vector<Ad> ads;         // in the order in which they are played

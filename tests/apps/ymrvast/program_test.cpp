@@ -89,10 +89,10 @@ TEST_F(VastProgram, printsEverythingOfAnAdForScripts) {
 
 TEST_F(VastProgram, listsHopsAPodInTheOrderOfPlayAndItsFallBacks) {
   const std::string source =
-      file("pod.xml", vast::document(vast::playable("two", "id='B' sequence='2'") + vast::playable("spare", "id='S'") +
-                                     vast::playable("nameless") +
-                                     vast::wrapper(server.url("/inner"), "id='C' sequence='1'") +
-                                     vast::wrapper(server.url("/missing"), "id='D' sequence='3'")));
+      file("pod.xml",
+           vast::document(vast::playable("two", "id='B' sequence='2'") + vast::playable("spare", "id='S'") +
+                          vast::playable("nameless") + vast::wrapper(server.url("/inner"), "id='C' sequence='1'") +
+                          vast::wrapper(server.url("/missing"), "id='D' sequence='3'")));
   const std::string inner = vast::playable("inner", "id='C1' sequence='1'") + vast::inLine("", "id='C2' sequence='2'") +
                             vast::playable("innerspare", "id='CS'");
   serve("/inner", inner);
