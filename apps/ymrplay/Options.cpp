@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "VAST/SKLogger.h"
+#include "apps/shared/Numbers.h"
 
 namespace {
 
@@ -19,8 +20,8 @@ const char* const description =
 const char* const footer =
     "Remote: arrows, Enter (select), Space (play/pause), Escape or Backspace (menu, leaves),\n"
     "S (the next subtitle file, after the last one none, then the first).\n"
-    "SECONDS count from the start of playback. Exit status: 0 dismissed, 1 the programme failed\n"
-    "or a snapshot could not be written, 2 wrong usage.\n\n"
+    "SECONDS count from the moment that playback is asked for. Exit status: 0 dismissed,\n"
+    "1 the programme failed or a snapshot could not be written, 2 wrong usage.\n\n"
     "Examples:\n"
     "  ymrplay --title \"Harbour\" harbour.mp4\n"
     "  ymrplay --subtitle english.srt --subtitle deutsch.srt film.mkv\n"
@@ -37,13 +38,12 @@ const char* const footer =
 std::pair<double, std::string> timed(const std::string& option, const std::string& text) {
   const auto equals = text.find('=');
   const std::string left = text.substr(0, equals);
-  char* end = nullptr;
-  const double seconds = std::strtod(left.c_str(), &end);
-  if (equals == std::string::npos || left.empty() || *end != '\0' || !std::isfinite(seconds) || seconds < 0) {
+  const auto seconds = plainSeconds(left);
+  if (equals == std::string::npos || !seconds) {
     fail(option, "'" + text + "' is not SECONDS=VALUE with SECONDS of at least 0");
   }
   if (equals + 1 == text.size()) fail(option, "'" + text + "' has nothing after the equals sign");
-  return {seconds, text.substr(equals + 1)};
+  return {*seconds, text.substr(equals + 1)};
 }
 
 NSURL address(const std::string& option, const std::string& text) {
