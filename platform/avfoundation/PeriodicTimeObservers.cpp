@@ -34,8 +34,10 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
       block_(time);
       return;
     }
-    dispatch_async(queue_, [self = shared_from_this(), time] {
-      if (!self->isRemoved_) self->block_(time);
+    // Weakly: the observer holds the queue, on which this may be waiting when everything ends.
+    dispatch_async(queue_, [weak = weak_from_this(), time] {
+      const auto self = weak.lock();
+      if (self && !self->isRemoved_) self->block_(time);
     });
   }
 
