@@ -52,7 +52,7 @@ struct Requests : testing::Test {
 
 // As a tag, and behind a wrapper.
 TEST_F(Requests, endWithTheErrorThatFitsWithinTheirTime) {
-  options.timeLimit = 1500ms;
+  options.timeLimit = 8s;  // room for a checker on a busy machine to count an endless body
   const std::string good = vast::document(vast::playable("a"));
   const auto on = [&](const std::string& path, HTTPServer::Reply reply) {
     server.on(path, std::move(reply));
@@ -89,7 +89,7 @@ TEST_F(Requests, endWithTheErrorThatFitsWithinTheirTime) {
   }
   const auto models = request(urls);
   EXPECT_EQ(untrusted.requests(), 0);
-  EXPECT_LT(took, 3s) << "a little more than the time of a request";
+  EXPECT_LT(took, 12s) << "a little more than the time of a request";
   for (std::size_t i = 0; i < std::size(rows); ++i) {
     SCOPED_TRACE(rows[i].name);
     EXPECT_EQ(models[2 * i]->getVastError(), rows[i].error);
