@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QQmlEngine>
+#include <utility>
 
 #include "platform/avkit/FadingView.h"
 #include "platform/avkit/PaintedItems.h"
@@ -38,6 +39,11 @@ std::shared_ptr<ControlsView> ControlsView::make() {
 
 QString ControlsView::fontFamily() {
   return QString::fromStdString(UIFont::systemFontOfSize(1).familyName);
+}
+
+void ControlsView::setGround(std::shared_ptr<UIView> ground) {
+  ground_ = std::move(ground);
+  Q_EMIT groundChanged();
 }
 
 void ControlsView::setObscuredHeight(double height) {

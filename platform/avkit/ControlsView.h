@@ -20,6 +20,8 @@ class ControlsView : public UIView {
   Q_PROPERTY(PanelModel* panel READ panel CONSTANT)
   Q_PROPERTY(StageModel* stage READ stage CONSTANT)
   Q_PROPERTY(QString fontFamily READ fontFamily CONSTANT)
+  // Under the host's overlay: for what shades the picture only. This view itself where nobody gave one.
+  Q_PROPERTY(QQuickItem* ground READ ground NOTIFY groundChanged)
   // How much of the picture's lower end transport bar and caption cover, in points.
   Q_PROPERTY(double obscuredHeight READ obscuredHeight WRITE setObscuredHeight)
 
@@ -35,12 +37,18 @@ class ControlsView : public UIView {
   PanelModel* panel() { return &panel_; }
   StageModel* stage() { return &stage_; }
   static QString fontFamily();
+  QQuickItem* ground() { return ground_ ? ground_.get() : this; }
+  void setGround(std::shared_ptr<UIView> ground);
   double obscuredHeight() const { return obscuredHeight_; }
   void setObscuredHeight(double height);
   // Called when it has changed; empty for nobody.
   void setObscuredHeightChanged(std::function<void()> changed) { obscuredHeightChanged_ = std::move(changed); }
 
+ Q_SIGNALS:
+  void groundChanged();
+
  private:
+  std::shared_ptr<UIView> ground_;
   double obscuredHeight_ = 0;
   std::function<void()> obscuredHeightChanged_;
   TransportModel transport_;

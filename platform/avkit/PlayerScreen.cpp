@@ -12,9 +12,12 @@ std::shared_ptr<PlayerScreen> PlayerScreen::make() {
   screen->picture_ = AVPlayerLayer::playerLayerWithPlayer(nullptr);
   screen->picture_->setFillsSuperlayer(true);
   screen->canvas_->layer()->addSublayer(screen->picture_);
+  screen->shade_ = std::make_shared<UIView>();
   screen->overlay_ = std::make_shared<UIView>();
   screen->controls_ = ControlsView::make();
+  screen->controls_->setGround(screen->shade_);
   screen->addSubview(screen->canvas_);
+  screen->addSubview(screen->shade_);
   screen->addSubview(screen->overlay_);
   screen->addSubview(screen->controls_);
   return screen;
@@ -47,7 +50,7 @@ bool PlayerScreen::offerToCover(const UIPress& press) {
 void PlayerScreen::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
   UIView::geometryChange(newGeometry, oldGeometry);
   const CGRect all = bounds();
-  for (const auto& view : {canvas_, overlay_, std::shared_ptr<UIView>(controls_)}) view->setFrame(all);
+  for (const auto& view : {canvas_, shade_, overlay_, std::shared_ptr<UIView>(controls_)}) view->setFrame(all);
 }
 
 void PlayerScreen::itemChange(ItemChange change, const ItemChangeData& data) {

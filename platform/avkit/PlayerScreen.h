@@ -7,8 +7,8 @@
 #include "platform/avkit/ControlsView.h"
 #include "platform/uikit/UIView.h"
 
-// The controller's view. From the bottom: black, the picture, the host's overlay, the controls; what others add lies
-// over all of it and is the cover. Main thread.
+// The controller's view. From the bottom: black, the picture, the controls' shade, the host's overlay, the controls;
+// what others add lies over all of it and is the cover. Main thread.
 class PlayerScreen final : public UIView {
  public:
   static std::shared_ptr<PlayerScreen> make();
@@ -36,6 +36,7 @@ class PlayerScreen final : public UIView {
 
   std::shared_ptr<UIView> canvas_;  // holds the picture
   std::shared_ptr<AVPlayerLayer> picture_;
+  std::shared_ptr<UIView> shade_;
   std::shared_ptr<UIView> overlay_;
   std::shared_ptr<ControlsView> controls_;
   std::function<void()> coverChanged_;

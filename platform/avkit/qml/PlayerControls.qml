@@ -32,6 +32,22 @@ ControlsView {
         animating: root.stage.spinning
     }
 
+    // What makes the bar readable on a bright picture; under the overlay, whose subtitles it leaves alone.
+    Fading {
+        parent: root.ground
+        width: root.width
+        height: root.height
+        shown: root.transport.shown
+
+        Scrim {
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            height: root.marginY + bar.contentHeight + 240 * root.unit
+            color: "#d9000000"
+        }
+    }
+
     Fading {
         anchors.fill: parent
         shown: root.transport.shown

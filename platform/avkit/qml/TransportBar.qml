@@ -1,7 +1,7 @@
 import QtQuick
 import AVKit 1.0
 
-// Title, track and times at the lower edge, on a shade.
+// Title, track and times at the lower edge.
 Item {
     id: root
 
@@ -13,17 +13,9 @@ Item {
     property real marginY: 0
     property color accent
     property string fontFamily
-    // Of all but the shade, above the margin.
+    // Above the margin.
     readonly property real contentHeight: times.height + track.height + 22 * unit
                                           + (heading.visible ? heading.height + 24 * unit : 0)
-
-    Scrim {
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.bottom: parent.bottom
-        height: root.marginY + root.contentHeight + 140 * root.unit  // little of it over a subtitle above the bar
-        color: "#d9000000"
-    }
 
     Item {
         id: heading
