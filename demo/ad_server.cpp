@@ -38,7 +38,7 @@ class AdServer {
     server_.set_error_handler([](const httplib::Request& request, httplib::Response& response) {
       std::fprintf(stderr, "ad server           %d for %s\n", response.status, request.target.c_str());
     });
-    server_.Get("/tags/([-a-z]+\\.xml)", [this](const httplib::Request& request, httplib::Response& response) {
+    server_.Get("/tags/([-a-z0-9]+\\.xml)", [this](const httplib::Request& request, httplib::Response& response) {
       answerTag(request.matches[1], response);
     });
     server_.Get("/track/.*", [](const httplib::Request&, httplib::Response& response) { response.status = 204; });
