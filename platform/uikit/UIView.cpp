@@ -1,6 +1,7 @@
 #include "platform/uikit/UIView.h"
 
 #include <QQmlEngine>
+#include <QQuickWindow>
 #include <algorithm>
 
 #include "platform/foundation/MainThread.h"
@@ -47,7 +48,7 @@ class WrappedItem final : public UIView {
 }  // namespace
 
 std::shared_ptr<UIView> UIView::wrap(QQuickItem* item) {
-  if (!item) return nullptr;
+  if (!item || (item->window() && item == item->window()->contentItem())) return nullptr;
   if (auto* view = qobject_cast<UIView*>(item)) {
     if (auto held = view->weak_from_this().lock()) return held;
   }

@@ -73,6 +73,14 @@ void UIWindow::setRootViewController(std::shared_ptr<UIViewController> controlle
   controller->viewDidAppear(false);
 }
 
+std::shared_ptr<UIViewController> UIViewControllerInWindow(QQuickWindow& window) {
+  YMR_ASSERT_MAIN_THREAD();
+  QtRunLoop::installIfNeeded();
+  auto controller = std::make_shared<UIViewController>();
+  controller->view()->setParentItem(window.contentItem());
+  return controller;
+}
+
 void UIWindow::makeKeyAndVisible() {
   YMR_ASSERT_MAIN_THREAD();
   requestedSize_ ? show() : showFullScreen();

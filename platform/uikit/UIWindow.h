@@ -53,6 +53,11 @@ class YMR_API UIWindow : public QQuickWindow {
   bool wasSeen_ = false;
 };
 
+// A controller in a window of the host's own, to present over: its view is empty and hides nothing; what it presents
+// covers the window, takes its keys, and leaves everything as it was. Installs a QtRunLoop when there is no run loop.
+// Call UIChooseGraphics() before the window is made. Main thread.
+YMR_API std::shared_ptr<UIViewController> UIViewControllerInWindow(QQuickWindow& window);
+
 // Decides how the process draws; what the first UIWindow calls. Does nothing when that has been decided. Returns what
 // the process draws with. Before the first window, for a host that makes its own.
 YMR_API UIGraphics UIChooseGraphics(UIGraphics wish = UIGraphics::automatic);

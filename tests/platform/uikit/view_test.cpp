@@ -98,6 +98,7 @@ TEST_F(ViewTest, aHostsItemIsLentAPlaceAndGivenBack) {
   EXPECT_EQ(UIView::wrap(item.get()), wrapped);
   EXPECT_EQ(UIView::wrap(red.get()), red);
   EXPECT_EQ(UIView::wrap(nullptr), nullptr);
+  EXPECT_EQ(UIView::wrap(QQuickWindow().contentItem()), nullptr);
   view()->addSubview(wrapped);
   wrapped->setFrame(CGRectMake(10, 10, 300, 200));
   EXPECT_EQ(item->size(), QSizeF(300, 200));
