@@ -25,10 +25,11 @@ class YMRSubtitleStage : public std::enable_shared_from_this<YMRSubtitleStage> {
   void addToPlayerScreen(const std::shared_ptr<AVPlayerViewController>& screen);
 
   const std::shared_ptr<ASBPlayerSubtitling>& subtitling() const { return subtitling_; }
+  // nil for none, and at first.
   const std::shared_ptr<YMRSubtitleConfig>& subtitle() const { return subtitle_; }
   // Restyles at once; nil leaves the look. Tracks are looked at when one is loaded.
   void setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& subtitle);
-  // Follows the programme's player, and loads the first track.
+  // Follows the programme's player (nil: none), and loads the first track.
   void loadSubtitle(const std::shared_ptr<AVPlayer>& player);
   // Nothing when there is no such track.
   void switchSubtitle(std::int32_t index);

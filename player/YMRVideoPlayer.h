@@ -46,8 +46,7 @@ class YMR_API YMRVideoPlayer {
   const std::shared_ptr<YMRAdSchedule>& adSchedule() const;
   void setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule);
   // The external subtitle tracks and their look; nil for none, and at first. Looks count at once, tracks with the next
-  // start or switch; text with markup keeps the size and family of the configuration that was there when the programme
-  // began, so set it before the programme is asked for.
+  // start or switch, so set it before the programme is asked for.
   const std::shared_ptr<YMRSubtitleConfig>& subtitle() const;
   void setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& subtitle);
   // A view of the host's over the picture and under all that the player draws, filling the screen. Taken up when a
@@ -79,7 +78,7 @@ class YMR_API YMRVideoPlayer {
 
   // Shows the track with this index of the present configuration in place of the one before, with the next second of
   // the programme at the latest. Nothing when there is none of that index; a track that can't be read leaves the one
-  // before.
+  // before. Waits for the file, unless the configuration loads in the background. Nothing after dismissal.
   void switchSubtitle(std::int32_t index);
   // Shows or hides the external subtitles; shown at first. Whatever track is chosen stays so.
   void toggleSubtitle(bool visible);

@@ -79,10 +79,11 @@ class YMR_API ASBPlayerScrubbing : public NSKeyValueObserver, public std::enable
   // Whether the player played when the last drag began. For the host, who decides what happens after a drag.
   bool playAfterDrag() const { return playAfterDrag_; }
   void setPlayAfterDrag(bool plays) { playAfterDrag_ = plays; }
-  // Frames a second of the player's media; 0 before there are any, and without pictures.
+  // Frames a second of the player's media; 0 before there are any, and without pictures. One that is set counts for the
+  // frames in the labels, and as the pace of the next setupTimeObserver().
   double nbFramesPerSecond() const { return nbFramesPerSecond_; }
   void setNbFramesPerSecond(double frames) { nbFramesPerSecond_ = frames; }
-  // What a frame lasts, in seconds: 0 before the first player, infinite without pictures.
+  // What a frame lasts, in seconds: 0 before the first player, infinite without pictures. Setting it moves nothing.
   double frameDuration() const { return frameDuration_; }
   void setFrameDuration(double seconds) { frameDuration_ = seconds; }
   // Frames a second of the first video track of the player's current item's asset; 0 when there is none, or the asset

@@ -26,12 +26,14 @@
 // its views and its player strongly, and what it has under way holds it weakly.
 class YMR_API ASBPlayerSubtitling : public std::enable_shared_from_this<ASBPlayerSubtitling> {
  public:
+  // Visible, without views and a player.
   static std::shared_ptr<ASBPlayerSubtitling> init();
   ASBPlayerSubtitling(const ASBPlayerSubtitling&) = delete;
   ASBPlayerSubtitling& operator=(const ASBPlayerSubtitling&) = delete;
   ~ASBPlayerSubtitling();
 
-  // Makes it as init() did: visible, with a queue of its own. For objects that an interface file made.
+  // Makes it as init() did: visible, with a queue of its own. For objects that an interface file made; an observer that
+  // runs stays on its queue.
   void awakeFromNib() { setup(); }
   void setup();
 
@@ -42,7 +44,7 @@ class YMR_API ASBPlayerSubtitling : public std::enable_shared_from_this<ASBPlaye
   void setLabel(std::shared_ptr<UILabel> label) { label_ = std::move(label); }
 
   // Setting one (nil for none) pauses the one before, clears the label, hides the container and takes the label's look
-  // for texts with markup: a look that the label is given later does not reach them.
+  // for texts with markup, see computeStyle().
   const std::shared_ptr<AVPlayer>& player() const { return player_; }
   void setPlayer(const std::shared_ptr<AVPlayer>& player);
 
@@ -59,8 +61,9 @@ class YMR_API ASBPlayerSubtitling : public std::enable_shared_from_this<ASBPlaye
   void loadSRTContent(std::string_view content, std::optional<NSError>* error);
   // The cues in the order of the file; nil before the first track and after removeSubtitles().
   std::shared_ptr<const ASBSubtitleList> subtitles() const;
-  // Takes cues that were read elsewhere. The text on the screen changes with the next tick.
+  // Takes cues that were read elsewhere; nil for none. The text on the screen changes with the next tick.
   void setSubtitles(std::shared_ptr<const ASBSubtitleList> subtitles);
+  // Takes the track away, and its text off the screen at once.
   void removeSubtitles();
   // The last cue in the file's order that holds `seconds`, its ends included; nil without one.
   std::optional<ASBSubtitle> lastSubtitleAtTime(double seconds) const;
@@ -69,15 +72,19 @@ class YMR_API ASBPlayerSubtitling : public std::enable_shared_from_this<ASBPlaye
   std::optional<std::string> currentText() const;
   // CSS declarations of the body of a text with markup; empty before a player was set.
   const std::string& cssStyle() const { return cssStyle_; }
+  // Takes font, colour and alignment of the label for texts with markup; nothing without a label. A plain label shows
+  // such texts in that look from then on; one with an outline in its own font and colour, whatever they are by then.
   void computeStyle();
+  // Of "text-align"; "center" for natural alignment.
   static std::string cssValueForTextAlignment(NSTextAlignment alignment);
   // "#RRGGBB" in upper case; opacity is left out.
   static std::string cssValueForColor(const UIColor& color);
+  // Whether it has a "<".
   static bool isHTML(std::string_view text);
-  // The text with its markup as runs; the spelling is given. nil when it can't be taken apart.
+  // The text with its markup as runs, of 16 KiB at most; the spelling is given. nil when it can't be taken apart.
   std::optional<NSAttributedString> attribuedStringFromHTMLText(const std::string& text) const;
 
-  // Writes the current text into the label, and hides or shows label and container.
+  // Writes the current text into the label, and hides or shows label and container. Nothing without a label.
   void updateLabel();
   // Looks for the text that is due now. Nothing without an item. Any thread, one call at a time.
   void playerTimeChanged();
@@ -92,10 +99,13 @@ class YMR_API ASBPlayerSubtitling : public std::enable_shared_from_this<ASBPlaye
   double nbFramesPerSecond() const { return nbFramesPerSecond_; }
   // Counts for the next observer; more than 4 frames a second are observed 4 times.
   void setNbFramesPerSecond(double frames) { nbFramesPerSecond_ = frames; }
+  // Seconds; 0 before a player.
   double frameDuration() const { return frameDuration_; }
+  // nil while nothing is observed.
   const AVPlayerTimeObserverToken& timeObserver() const { return timeObserver_; }
   // Nothing when there is one, or no frame rate.
   void setupTimeObserver();
+  // Nothing when there is none.
   void removeTimeObserver();
 
  private:

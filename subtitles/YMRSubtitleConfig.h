@@ -45,8 +45,9 @@ class YMR_API YMRSubtitleConfig {
   bool loadsInBackground() const { return loadsInBackground_; }
   void setLoadsInBackground(bool loads) { loadsInBackground_ = loads; }
 
-  // Called on the main thread when a track could not be read, with why. The player shows nothing of it and goes on with
-  // the track before. Empty, as it starts: nobody is told.
+  // Called on the main thread when a track could not be read, with why: on a turn of its own, and not when another one
+  // was chosen meanwhile or the player dismissed. The player shows nothing of it and goes on with the track before.
+  // Empty, as it starts: nobody is told.
   using LoadFailure = std::function<void(const YMRSubtitle& subtitle, const NSError& error)>;
   const LoadFailure& loadDidFail() const { return loadDidFail_; }
   void setLoadDidFail(LoadFailure loadDidFail) { loadDidFail_ = std::move(loadDidFail); }

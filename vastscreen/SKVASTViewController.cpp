@@ -128,13 +128,6 @@ void SKVASTViewController::loadView() {
 void SKVASTViewController::viewDidLoad() {
   controls_ = SKVASTControls::initWithVASTPlayer(own());
   setUpTapGestureRecognizer();
-  const auto menu =
-      std::make_shared<UITapGestureRecognizer>([weak = std::weak_ptr(own())](UIGestureRecognizer& recognizer) {
-        const auto self = weak.lock();
-        if (self && recognizer.state() == UIGestureRecognizerStateEnded) self->close();
-      });
-  menu->setAllowedPressTypes({UIPressTypeMenu});
-  view()->addGestureRecognizer(menu);
 }
 
 bool SKVASTViewController::shouldAutorotate() const {

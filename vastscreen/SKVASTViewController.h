@@ -53,24 +53,33 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // first nothing can be presented, without the second nobody is told.
   static std::shared_ptr<SKVASTViewController> initWithDelegate(std::weak_ptr<SKVASTViewControllerDelegate> delegate,
                                                                 std::weak_ptr<UIViewController> viewController);
+  // The same without either: loads are answered to a delegate that is set later, and nothing can be presented.
   static std::shared_ptr<SKVASTViewController> init();
   ~SKVASTViewController() override;
 
   std::shared_ptr<SKVASTViewControllerDelegate> delegate() const { return delegate_.lock(); }
+  // Takes effect at once, also for the ad on screen; nil for none.
   void setDelegate(const std::weak_ptr<SKVASTViewControllerDelegate>& delegate);
 
-  // Loads an ad, which takes the place of one that was loaded before; an ad on screen plays on. Ignored while a load is
-  // in progress. A URL of nil is a tag that can't be fetched.
+  // Loads an ad, which takes the place of one that was loaded before, also when it fails, for want of a network
+  // (SKVASTErrorNoInternet) too; an ad on screen plays on. Ignored while a load is in progress. A URL of nil is a tag
+  // that can't be fetched.
   void loadVideoWithURL(const std::optional<NSURL>& url);
+  // The same for a document that the host has; what its wrappers lead to is fetched.
   void loadVideoWithData(const VASTDocument& document);
 
   // Presents the screen with the ad loaded last. An ad that was on screen before may be shown again, but its
-  // impressions, start and completion are tracked once in its life.
+  // impressions, start and completion are tracked once in its life. Refused with one vastError:
+  // SKVASTErrorPlayerNotReady without an ad, SKVASTErrorAdAlreadyPlaying while one is on screen, SKVASTErrorNoInternet
+  // without a network, SKVASTErrorPlayback when there is nobody to present it, in a window and with nothing over it.
   void play();
-  // Pauses the ad; nothing when none is playing.
+  // Pauses the ad; nothing when none is playing. Before the ad has begun it is not tracked, and undone when the screen
+  // is there.
   void pause() override;
-  // Plays a paused ad on, and one that is over from its beginning. Nothing before play() and while it is playing.
+  // Plays a paused ad on, and one that is over from its beginning; begins it when the screen is not there yet. Nothing
+  // before play() and while it is playing.
   void resume() override;
+  // Whether its film runs; false while it waits for data at a rate of 0 and without a presentation.
   bool isPlaying() const override;
   // The viewer wants to know more: asks the ad's click-tracking URLs and tells the delegate where the click leads, when
   // the ad says so.
@@ -111,6 +120,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   void viewDidAppear(bool animated) override;
   void viewWillDisappear(bool animated) override;
   bool pressesBegan(const UIPress& press) override;
+  void pressesEnded(const UIPress& press) override;
 
  private:
   enum class Network { unknown, reachable, unreachable };
@@ -124,6 +134,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
     std::shared_ptr<SKVASTEventProcessor> events;
     bool hasBegun = false;
     bool hasCompleted = false;
+    bool hasFailed = false;
   };
 
   SKVASTViewController(std::weak_ptr<SKVASTViewControllerDelegate> delegate,
@@ -153,6 +164,8 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // Nothing is reported from here while the ad plays, and no recogniser is made.
   void updatePlayedSeconds() {}
   void setUpTapGestureRecognizer() {}
+  // Asks the error URLs of an ad, once in its life.
+  static void reportFailure(Ad& ad, const std::string& code);
   void refuseWithoutNetwork();
   void tellError(SKVASTError error);
 

@@ -47,7 +47,7 @@ void SKVASTViewController::play() {
     film_ = std::make_unique<YMRAdPlayer>(ad_->prepared.mediaFile->url());
   } catch (const std::exception& exception) {
     SKLogger::error(tag, std::string("Exception - moviePlayer.prepareToPlay: ") + exception.what());
-    ad_->events->sendVASTError(ad_->prepared.errors, playerErrorCode);
+    reportFailure(*ad_, playerErrorCode);
     return tellError(SKVASTErrorPlayback);
   }
   stage_ = Stage::presented;
@@ -63,6 +63,10 @@ void SKVASTViewController::play() {
   if (!UIApplication::sharedApplication().isInBackground()) film_->player()->play();
   wakefulness_.setAwake(true);
   presentPlayer();
+}
+
+void SKVASTViewController::reportFailure(Ad& ad, const std::string& code) {
+  if (!std::exchange(ad.hasFailed, true)) ad.events->sendVASTError(ad.prepared.errors, code);
 }
 
 bool SKVASTViewController::canBePresented() const {
@@ -188,7 +192,7 @@ void SKVASTViewController::videoLoadDidTimeOut() {
   const auto ad = shown_;
   SKLogger::error(tag, "Video Load Timeout");
   close();
-  ad->events->sendVASTError(ad->prepared.errors, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorTimeout));
+  reportFailure(*ad, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorTimeout));
   tellError(SKVASTErrorTimeout);
 }
 
@@ -200,7 +204,7 @@ void SKVASTViewController::moviePlayBackDidFinish(const std::optional<NSError>& 
   wakefulness_.setAwake(false);
   if (error) {
     SKLogger::error(tag, "playback error:  " + error->message);
-    ad->events->sendVASTError(ad->prepared.errors, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorPlayback));
+    reportFailure(*ad, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorPlayback));
     tellError(SKVASTErrorPlayback);
     if (isAtHand(number)) close();
     return;
@@ -228,9 +232,12 @@ void SKVASTViewController::handleTouches() {
 
 bool SKVASTViewController::pressesBegan(const UIPress& press) {
   const auto self = own();
-  if (press.type == UIPressTypeMenu) return false;
-  if (press.isRepeat) return true;
+  if (press.isRepeat || press.type == UIPressTypeMenu) return true;
   if (press.type == UIPressTypePlayPause && isShown_) isPlaying() ? pause() : resume();
   handleTouches();
   return true;
+}
+
+void SKVASTViewController::pressesEnded(const UIPress& press) {
+  if (press.type == UIPressTypeMenu) close();
 }

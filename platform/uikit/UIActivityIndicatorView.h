@@ -6,8 +6,7 @@
 #include "platform/uikit/UIView.h"
 
 // Dots in a ring that turns while something is waited for, on a disc that makes them stand out from a bright picture.
-// Hidden while it does not turn. It goes by the run loop's time,
-// twelve steps a turn, and is drawn once.
+// Hidden while it does not turn. It goes by the run loop's time, twelve steps a turn, and is drawn once.
 class YMR_API UIActivityIndicatorView : public UIView {
   Q_OBJECT
   Q_PROPERTY(bool animating READ isAnimating WRITE setAnimating NOTIFY animatingChanged)

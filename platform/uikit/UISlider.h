@@ -9,9 +9,8 @@
 //
 // A drag is the same whatever it is made with: it begins, moves, and ends or is cancelled.
 //   finger, mouse   the knob goes where they go down and follows them; a second finger does nothing
-//   Left, Right     for the first responder: a step when the button goes down, and one for each repetition; the drag
-//   ends
-//                   when it comes up
+//   Left, Right     for the first responder: a step when the button goes down, and one for each repetition; the
+//                   drag ends when it comes up
 // Drawn to be seen from three metres: the line and the knob are as large as the height makes them, 60 points of a
 // screen of 1080 look right. The knob is larger, and the line in the accent's colour, for the first responder and in a
 // drag.

@@ -92,7 +92,7 @@ TEST_F(Subtitles, readElsewhereTakeEffectWhenTheyAreThereAndTheLastChoiceWins) {
   EXPECT_THAT(failures, testing::IsEmpty());
 }
 
-TEST_F(Subtitles, takeTheirLookFromTheConfigurationAndKeepThatOfMarkupFromTheStart) {
+TEST_F(Subtitles, takeTheirLookFromTheConfigurationAndTellTheImporterThatOfTheStart) {
   config->setSubtitleFont({.familyName = "Noto Sans", .pointSize = 44});
   rig.player->setSubtitle(config);
   rig.playFilm();

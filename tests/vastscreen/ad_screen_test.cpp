@@ -87,6 +87,7 @@ struct Rig {
     for (const auto* event : {"impression", "start", "complete"}) {
       for (const auto* ad : {"a", "b"}) EXPECT_LE(std::ranges::count(tracked(ad), event), 1) << ad << event;
     }
+    EXPECT_LE(std::ranges::count_if(tracked(), [](const auto& line) { return line.rfind("error", 0) == 0; }), 1);
     EXPECT_EQ(media.aliveEngines() + net.loader->inFlight(), 0);
     EXPECT_EQ(root->presentedViewController(), nullptr);
     EXPECT_EQ(NSNotificationCenter::defaultCenter().observerCount(), observers);
@@ -217,6 +218,8 @@ TEST(AdScreen, tellsOneErrorOfEachStepThatFailsAndShowsTheNextAd) {
     rig.loop.advance(90s);
     EXPECT_EQ(rig.course(), fault.course);
     EXPECT_EQ(rig.tracked(), fault.tracked);
+    rig.screen->play();
+    rig.loop.advance(90s);
     rig.screen->loadVideoWithData(VASTDocument(adDocument({{"b"}})));
     rig.loop.advance(90s);
     EXPECT_THAT(rig.tracked("b"), ElementsAre("impression", "start", "complete", "close"));
