@@ -8,7 +8,7 @@
 AdScreenHost::AdScreenHost(Options options, std::function<void()> finished)
     : options_(std::move(options)),
       finished_(std::move(finished)),
-      window_(options_, {}),
+      window_(options_, [this] { dismiss(); }, {}),
       printer_([this] { return window_.elapsed(); }, [this](const std::string& line) { window_.print(line); }),
       delegate_(std::make_shared<SKVASTViewControllerDelegate>(printer_.adScreenDelegate())),
       screen_(SKVASTViewController::initWithDelegate(delegate_, window_.root())) {
@@ -53,4 +53,9 @@ void AdScreenHost::play() {
 
 void AdScreenHost::dismiss() {
   isPresented_ ? screen_->close() : finishLater();
+}
+
+void AdScreenHost::fail(const std::string& why) {
+  window_.fail(why);
+  dismiss();
 }

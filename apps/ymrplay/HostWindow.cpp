@@ -1,8 +1,6 @@
 #include "apps/ymrplay/HostWindow.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <utility>
 
 #include "platform/uikit/UIWindow.h"
@@ -16,14 +14,34 @@ std::optional<CGSize> windowSize(const Options& options) {
   return std::nullopt;
 }
 
+// What there is before something is presented, and nothing to be seen of it; Menu leaves.
+class BlackScreen final : public UIViewController {
+ public:
+  explicit BlackScreen(std::function<void()> leave) : leave_(std::move(leave)) {}
+
+ private:
+  bool pressesBegan(const UIPress& press) override { return press.type == UIPressTypeMenu; }
+  void pressesEnded(const UIPress& press) override {
+    if (press.type == UIPressTypeMenu) leave_();
+  }
+
+  const std::function<void()> leave_;
+};
+
 }  // namespace
 
-HostWindow::HostWindow(const Options& options, std::function<void()> subtitle)
+HostWindow::HostWindow(const Options& options, std::function<void()> leave, std::function<void()> subtitle)
     : options_(options),
-      root_(std::make_shared<UIViewController>()),
+      root_(std::make_shared<BlackScreen>(leave)),
       window_(std::make_shared<UIWindow>(windowSize(options),
                                          options.headless ? UIGraphics::software : UIGraphics::automatic)),
-      remote_(window_, std::move(subtitle)) {}
+      remote_(window_, std::move(subtitle)) {
+  if (!options.events) return;
+  lines_.emplace([this, leave = std::move(leave)](const std::string& why) {
+    fail("the events can't be written: " + why);
+    leave();
+  });
+}
 
 HostWindow::~HostWindow() = default;
 
@@ -42,9 +60,7 @@ double HostWindow::elapsed() const {
 }
 
 void HostWindow::print(const std::string& line) {
-  if (!options_.events) return;
-  if (std::puts(line.c_str()) >= 0 && std::fflush(stdout) == 0) return;
-  if (!std::exchange(cannotPrint_, true)) fail(std::string("the events can't be written: ") + std::strerror(errno));
+  if (lines_) lines_->print(line);
 }
 
 void HostWindow::fail(const std::string& message) {
@@ -52,7 +68,8 @@ void HostWindow::fail(const std::string& message) {
   failed_ = true;
 }
 
-int HostWindow::exitStatus() const {
+int HostWindow::exitStatus() {
+  if (lines_ && !lines_->finish() && !failed_) fail("not all events could be written");
   const auto failures = remote_.failures();
   for (const auto& failure : failures) std::fprintf(stderr, "ymrplay: %s\n", failure.c_str());
   return failed_ || !failures.empty() ? 1 : 0;

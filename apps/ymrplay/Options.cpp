@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <limits>
 
@@ -21,7 +20,7 @@ const char* const footer =
     "Remote: arrows, Enter (select), Space (play/pause), Escape or Backspace (menu, leaves),\n"
     "S (the next subtitle file, after the last one none, then the first).\n"
     "SECONDS count from the moment that playback is asked for. Exit status: 0 dismissed,\n"
-    "1 the programme failed or a snapshot could not be written, 2 wrong usage.\n\n"
+    "1 the programme failed, or events or a snapshot could not be written, 2 wrong usage or no display.\n\n"
     "Examples:\n"
     "  ymrplay --title \"Harbour\" harbour.mp4\n"
     "  ymrplay --subtitle english.srt --subtitle deutsch.srt film.mkv\n"
@@ -70,14 +69,16 @@ Options::MidRoll midRoll(const std::string& text) {
 }
 
 Options::Size size(const std::string& text) {
-  int width = 0, height = 0, used = 0;
-  const bool parsed = std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &used) == 2;
-  constexpr int smallest = 64, largest = 8192;
-  if (!parsed || used != static_cast<int>(text.size()) || std::min(width, height) < smallest ||
-      std::max(width, height) > largest) {
-    fail("--size", "'" + text + "' is not WxH with sides from 64 to 8192");
-  }
-  return {width, height};
+  const auto sides = plainSize(text, 64, 8192);
+  if (!sides) fail("--size", "'" + text + "' is not WxH with sides from 64 to 8192");
+  return {sides->first, sides->second};
+}
+
+std::int64_t startPosition(const std::string& text) {
+  constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+  const auto seconds = plainInteger(text);
+  if (!seconds || *seconds < -most || *seconds > most) fail("--start", "'" + text + "' is not whole seconds");
+  return *seconds;
 }
 
 bool isSet(const char* name) {
@@ -98,19 +99,19 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.set_version_flag("--version", std::string("ymrplay ") + YMR_VERSION);
 
   Options options;
-  std::string media, adScreen, artwork, windowSize, logLevel = "none";
+  std::string media, artwork, start = "0", windowSize, logLevel = "none";
+  std::optional<std::string> adScreen;
   std::vector<std::string> keys, snapshots, subtitles, preRolls, midRolls, postRolls;
   auto* const mediaOption = app.add_option("MEDIA", media, "File or URL to play");
-  app.add_option("--ad-screen", adScreen, "In place of MEDIA: ad tag of one ad, played on a screen of its own")
+  app.add_option(
+         "--ad-screen", adScreen,
+         "In place of MEDIA: ad tag of one ad, on a screen of its own; what is for a programme counts for nothing then")
       ->type_name("URL")
       ->excludes(mediaOption);
   app.add_option("--title", options.title, "Title in the information panel")->type_name("T");
   app.add_option("--description", options.description, "Description in the information panel")->type_name("T");
   app.add_option("--artwork", artwork, "Picture in the information panel")->type_name("FILE|URL");
-  constexpr std::int64_t mostSeconds = std::numeric_limits<std::int32_t>::max();
-  app.add_option("--start", options.start, "Start position in whole seconds, may be negative")
-      ->check(CLI::Range(-mostSeconds, mostSeconds))
-      ->type_name("SECONDS");
+  app.add_option("--start", start, "Start position in whole seconds, may be negative")->type_name("SECONDS");
   app.add_option("--subtitle", subtitles, "Subtitle file (SRT); the first is shown; may be repeated")
       ->type_name("FILE|URL")
       ->allow_extra_args(false);
@@ -158,10 +159,11 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
 
   try {
     app.parse(argc, argv);
-    if (!adScreen.empty()) options.adScreen = adTag("--ad-screen", adScreen);
+    if (adScreen) options.adScreen = adTag("--ad-screen", *adScreen);
     if (!options.adScreen && mediaOption->count() == 0) throw CLI::RequiredError("MEDIA");
     if (!options.adScreen) options.media = address("MEDIA", media);
     if (!artwork.empty()) options.artwork = address("--artwork", artwork);
+    options.start = startPosition(start);
     if (!windowSize.empty()) options.size = size(windowSize);
     for (const auto& text : subtitles) options.subtitles.push_back(address("--subtitle", text));
     for (const auto& text : preRolls) options.preRolls.push_back(adTag("--preroll", text));

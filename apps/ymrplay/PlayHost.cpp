@@ -52,7 +52,8 @@ std::shared_ptr<YMRSubtitleConfig> subtitleConfig(const Options& options) {
 PlayHost::PlayHost(Options options, std::function<void()> finished)
     : options_(std::move(options)),
       finished_(std::move(finished)),
-      window_(options_, [this] { nextSubtitle(); }),
+      window_(
+          options_, [this] { dismiss(); }, [this] { nextSubtitle(); }),
       printer_([this] { return window_.elapsed(); }, [this](const std::string& line) { window_.print(line); }),
       delegate_(std::make_shared<YMRVideoPlayerDelegate>(printer_.delegate())),
       player_(std::make_unique<YMRVideoPlayer>()) {
@@ -114,4 +115,9 @@ void PlayHost::play() {
 
 void PlayHost::dismiss() {
   player_->dismiss();
+}
+
+void PlayHost::fail(const std::string& why) {
+  window_.fail(why);
+  dismiss();
 }

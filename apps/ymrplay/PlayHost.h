@@ -17,7 +17,8 @@ class PlayHost final : public Host {
 
   void play() override;
   void dismiss() override;
-  int exitStatus() const override { return window_.exitStatus(); }
+  void fail(const std::string& why) override;
+  int exitStatus() override { return window_.exitStatus(); }
 
  private:
   void answerCallbacks();

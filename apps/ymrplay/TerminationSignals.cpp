@@ -8,39 +8,45 @@
 
 namespace {
 
+constexpr int terminating[] = {SIGINT, SIGTERM, SIGHUP};
 volatile int writeEnd = -1;
 
+void handle(void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;
+  sigemptyset(&action.sa_mask);
+  for (const int number : terminating) sigaction(number, &action, nullptr);
+}
+
 extern "C" void onTerminationSignal(int) {
-  // The next one, of either kind, ends the process.
-  std::signal(SIGINT, SIG_DFL);
-  std::signal(SIGTERM, SIG_DFL);
+  handle(SIG_DFL);  // the next one, of any kind, ends the process
   const char byte = 0;
   [[maybe_unused]] const auto written = write(writeEnd, &byte, 1);
 }
 
 }  // namespace
 
-TerminationSignals::TerminationSignals(std::function<void()> first) {
+TerminationSignals::TerminationSignals() {
   if (pipe2(pipe_, O_CLOEXEC | O_NONBLOCK) != 0) return;
   writeEnd = pipe_[1];
-  notifier_ = new QSocketNotifier(pipe_[0], QSocketNotifier::Read, this);
-  connect(notifier_, &QSocketNotifier::activated, this, [this, first = std::move(first)] {
-    notifier_->setEnabled(false);
-    first();
-  });
-  struct sigaction action {};
-  action.sa_handler = onTerminationSignal;
-  action.sa_flags = SA_RESTART;
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  handle(onTerminationSignal);
 }
 
 TerminationSignals::~TerminationSignals() {
-  std::signal(SIGINT, SIG_DFL);
-  std::signal(SIGTERM, SIG_DFL);
+  handle(SIG_DFL);
   writeEnd = -1;
+  notifier_ = nullptr;
   for (const int end : pipe_) {
     if (end >= 0) close(end);
   }
+}
+
+void TerminationSignals::listen(std::function<void()> first) {
+  if (pipe_[0] < 0) return;
+  notifier_ = std::make_unique<QSocketNotifier>(pipe_[0], QSocketNotifier::Read);
+  QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this, first = std::move(first)] {
+    notifier_->setEnabled(false);
+    first();
+  });
 }

@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "VAST/SKLogger.h"
 #include "ads/core/SKVASTMediaFilePicker.h"
+#include "apps/shared/StandardStreams.h"
 #include "apps/ymrplay/AdScreenHost.h"
+#include "apps/ymrplay/LibraryWords.h"
 #include "apps/ymrplay/Options.h"
 #include "apps/ymrplay/PlayHost.h"
 #include "apps/ymrplay/TerminationSignals.h"
@@ -26,15 +31,35 @@ void logToStandardError(int level) {
   });
 }
 
-std::unique_ptr<Host> makeHost(Options options) {
-  const auto quit = [] { QCoreApplication::quit(); };
-  if (options.adScreen) return std::make_unique<AdScreenHost>(std::move(options), quit);
-  return std::make_unique<PlayHost>(std::move(options), quit);
+std::unique_ptr<Host> makeHost(Options options, const std::function<void()>& finished) {
+  if (options.adScreen) return std::make_unique<AdScreenHost>(std::move(options), finished);
+  return std::make_unique<PlayHost>(std::move(options), finished);
+}
+
+// Qt ends the process by std::exit() when the display dies. What is to be done then; empty while no event loop runs.
+std::function<void()>& atDeathOfDisplay() {
+  static std::function<void()> block;
+  return block;
+}
+
+void runUntilOver(Host& host, const bool& isOver) {
+  atDeathOfDisplay() = [&host] {
+    host.fail("the display is gone");
+    std::_Exit(host.exitStatus());
+  };
+  std::atexit([] {
+    if (const auto block = std::exchange(atDeathOfDisplay(), nullptr)) block();
+  });
+  if (!isOver) QCoreApplication::exec();
+  atDeathOfDisplay() = nullptr;
+  if (!isOver) host.fail("the display is gone");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  prepareStandardStreams();
+  TerminationSignals termination;
   int status = 0;
   auto options = parseOptions(argc, argv, status);
   if (!options) return status;
@@ -44,18 +69,20 @@ int main(int argc, char** argv) {
     MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
   }
   logToStandardError(options->logLevel);
+  logWordsOfLibraries();
   if (!options->reachabilityHost.empty()) SKVASTMediaFilePicker::setProbeHost(options->reachabilityHost);
-  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
-    SKLogger::warning("Qt", message.toStdString());
-  });
   char* noArguments[] = {argv[0], nullptr};
   int argumentCount = 1;
   const QGuiApplication application(argumentCount, noArguments);
   std::setlocale(LC_NUMERIC, "C");  // Qt takes the user's locale; numbers in JSON have a point
 
-  const auto host = makeHost(std::move(*options));
-  const TerminationSignals termination([&host] { host->dismiss(); });
+  bool isOver = false;
+  const auto host = makeHost(std::move(*options), [&isOver] {
+    isOver = true;
+    QCoreApplication::quit();
+  });
+  termination.listen([&host] { host->dismiss(); });
   host->play();
-  QCoreApplication::exec();
+  runUntilOver(*host, isOver);
   return host->exitStatus();
 }

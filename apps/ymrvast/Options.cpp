@@ -1,12 +1,11 @@
 #include "apps/ymrvast/Options.h"
 
-#include <algorithm>
-#include <charconv>
-#include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "VAST/SKLogger.h"
 #include "apps/shared/CommandLine.h"
+#include "apps/shared/Numbers.h"
 
 namespace {
 
@@ -31,20 +30,10 @@ void parseSource(Options& options) {
   }
 }
 
-// 0 for what is not a number from 1 to 9999.
-int side(std::string_view text) {
-  int value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size() && value > 0 && value < 10'000 ? value : 0;
-}
-
-void parseScreen(std::string_view text, Options& options) {
-  const auto cross = std::min(text.find('x'), text.size());
-  options.screenWidth = side(text.substr(0, cross));
-  options.screenHeight = cross < text.size() ? side(text.substr(cross + 1)) : 0;
-  if (options.screenWidth == 0 || options.screenHeight == 0) {
-    throw CLI::ValidationError("--screen", "'" + std::string(text) + "' is not WxH with sides from 1 to 9999");
-  }
+void parseScreen(const std::string& text, Options& options) {
+  const auto sides = plainSize(text, 1, 9999);
+  if (!sides) throw CLI::ValidationError("--screen", "'" + text + "' is not WxH with sides from 1 to 9999");
+  std::tie(options.screenWidth, options.screenHeight) = *sides;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QSaveFile>
 #include <QScreen>
 
 #include "platform/foundation/MainThread.h"
@@ -93,7 +94,9 @@ QImage UIWindow::snapshot() {
 }
 
 bool UIWindow::writeSnapshot(const std::string& path) {
-  return snapshot().save(QString::fromStdString(path), "PNG");
+  QSaveFile file(QString::fromStdString(path));  // in the place of one that is there only when it is whole
+  file.setDirectWriteFallback(true);             // a device, or a folder where nothing can be made
+  return file.open(QIODevice::WriteOnly) && snapshot().save(&file, "PNG") && file.commit();
 }
 
 bool UIWindow::sendPress(UIPressType type) {

@@ -36,7 +36,7 @@ class YMR_API UIWindow : public QQuickWindow {
   // What the window shows, video included, in pixels; laid out and drawn for it. An empty picture when it can't be
   // drawn.
   QImage snapshot();
-  // Writes a PNG; false when that fails.
+  // Writes a PNG; false when that fails, which leaves no half of one.
   bool writeSnapshot(const std::string& path);
 
   // Presses and lets go of a button; see UIPressSend().

@@ -86,6 +86,16 @@ TEST(PlayProgram, reportsMediaThatFailOnceAndPlaysOddOnes) {
   }
 }
 
+TEST(PlayProgram, leavesWhenNobodyReadsItsEventsAndSaysThatItHasNoDisplay) {
+  const auto shell = [](const std::string& command) { return runProgram("/bin/sh", {"-c", command}); };
+  const std::string program = YMRPLAY, film = " --events " + sample("minute.mp4");
+  const auto unread = shell("{ " + program + " --headless" + film + "; echo status $? >&2; } | head -1");
+  EXPECT_EQ(unread.errors, "ymrplay: the events can't be written: Broken pipe\nstatus 1\n");
+  const auto blind = shell("QT_QPA_PLATFORM=xcb DISPLAY=:65000 " + program + film);
+  EXPECT_EQ(blind.exitStatus, 2);
+  EXPECT_EQ(blind.errors, "ymrplay: no usable display: could not connect to display :65000\n");
+}
+
 TEST(PlayProgram, writesThePicturesItWasAskedForOrSaysWhichNot) {
   const auto file = testing::TempDir() + "/ymrplay_" + std::to_string(getpid()) + ".png";
   const auto run = play({"--snapshot", "4=" + file, "--key", "5=menu", sample("clip.mp4")});
