@@ -25,18 +25,24 @@ inline double median(std::vector<double> values) {
   return values.at(values.size() / 2);
 }
 
-// Milliseconds from the request to the message that a picture is decoded and waits. Ends the program when `url` can't
-// be played.
-inline double barePreroll(const std::string& url) {
-  const auto start = std::chrono::steady_clock::now();
+// Milliseconds from the request to the message that the picture at `start` seconds is decoded and waits. Ends the
+// program when `url` can't be played.
+inline double barePreroll(const std::string& url, double start = 0) {
+  const auto began = std::chrono::steady_clock::now();
   GstElement* pipeline = gst_element_factory_make("playbin3", nullptr);
   g_object_set(pipeline, "uri", url.c_str(), "video-sink", gst_element_factory_make("fakesink", nullptr), "audio-sink",
                gst_element_factory_make("fakesink", nullptr), nullptr);
   gst_element_set_state(pipeline, GST_STATE_PAUSED);
   GstBus* bus = gst_element_get_bus(pipeline);
-  GstMessage* message =
-      gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, GstMessageType(GST_MESSAGE_ASYNC_DONE | GST_MESSAGE_ERROR));
-  const double elapsed = millisecondsSince(start);
+  constexpr auto kinds = GstMessageType(GST_MESSAGE_ASYNC_DONE | GST_MESSAGE_ERROR);
+  GstMessage* message = gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, kinds);
+  if (start > 0 && message && GST_MESSAGE_TYPE(message) == GST_MESSAGE_ASYNC_DONE) {
+    gst_clear_message(&message);
+    constexpr auto exactly = GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
+    gst_element_seek_simple(pipeline, GST_FORMAT_TIME, exactly, static_cast<gint64>(start * GST_SECOND));
+    message = gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, kinds);
+  }
+  const double elapsed = millisecondsSince(began);
   const bool prerolled = message && GST_MESSAGE_TYPE(message) == GST_MESSAGE_ASYNC_DONE;
   gst_clear_message(&message);
   gst_object_unref(bus);

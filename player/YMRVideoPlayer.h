@@ -57,8 +57,8 @@ class YMR_API YMRVideoPlayer {
   // Shows the player over the window of `controller`, fading in. Without it the programme plays unseen.
   void presentWithController(const std::shared_ptr<UIViewController>& controller);
 
-  // Loads the programme and starts it when it is ready; `startPosition` in seconds, beyond the media's ends the nearest
-  // end. What can't be played is reported through videoOnError. Called again, the new programme takes the old one's
+  // Loads the programme and starts it when it is ready, with the picture at `startPosition`; in seconds, beyond the
+  // media's ends the nearest end. What can't be played is reported through videoOnError. Called again, the new programme takes the old one's
   // place when it is ready. The item is not to be changed until then.
   void playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, std::int64_t startPosition);
   // The same with an asset of the host's; the item's address is not used.
@@ -71,7 +71,7 @@ class YMR_API YMRVideoPlayer {
   // when it has been called before.
   void dismiss();
 
-  // Seconds of the programme; NaN before it is loaded and after dismissal.
+  // Seconds of the programme, from its start position on; NaN before it is loaded and after dismissal.
   double currentPosition() const;
   // Seconds; 0 before the programme is loaded and after dismissal, NaN when unknown or endless.
   double videoDuration() const;

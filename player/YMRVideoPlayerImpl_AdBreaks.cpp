@@ -60,7 +60,8 @@ void YMRVideoPlayerImpl::startPreRoll() {
     playVastUrl(currentAdBreak_->vastUrl());
     return;
   }
-  lastPlayTime_ = kCMTimeZero;
+  // Where it was made ready, so that the start leaves it alone; the beginning once that has been left behind.
+  lastPlayTime_ = CMTimeMakeWithSeconds(static_cast<double>(videoStartPosition_), 1'000'000'000);
   goOnWithProgramme(true);
 }
 

@@ -29,11 +29,15 @@ void YMRVideoPlayerImpl::_playWithMediaItem(const std::shared_ptr<YMRMediaItem>&
                                             const std::shared_ptr<AVURLAsset>& asset, std::int64_t startPosition) {
   YMR_ASSERT_MAIN_THREAD();
   if (presentation_ != Presentation::alive) return;
-  videoStartPosition_ = startPosition;
-  preparation_ = YMRItemPreparation::begin(mediaItem ? mediaItem : std::make_shared<YMRMediaItem>(), asset,
-                                           [weak = weak_from_this()](const std::shared_ptr<AVPlayerItem>& item) {
-                                             if (const auto self = weak.lock()) self->playWithAVMediaItem(item);
-                                           });
+  asset->setStartTime(CMTimeMakeWithSeconds(static_cast<double>(startPosition), 1'000'000'000));
+  const auto didPrepare = [weak = weak_from_this(), startPosition](const std::shared_ptr<AVPlayerItem>& item) {
+    const auto self = weak.lock();
+    if (!self) return;
+    self->videoStartPosition_ = startPosition;  // only now: until then the programme before may still be started
+    self->playWithAVMediaItem(item);
+  };
+  preparation_ =
+      YMRItemPreparation::begin(mediaItem ? mediaItem : std::make_shared<YMRMediaItem>(), asset, didPrepare);
 }
 
 void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>& item) {

@@ -1,7 +1,8 @@
 // Time to the first picture on the screen after playWithMediaItem(), against a bare playbin3 that prerolls the same
-// media, in the same process and in turns: from a file and from a loopback server. Prints medians and ratios.
+// media at the same place, in the same process and in turns: from a file and from a loopback server. Prints medians and
+// ratios.
 //
-//   bench_first_frame CLIP [ROUNDS]     the first round is discarded
+//   bench_first_frame CLIP [ROUNDS] [START]     the first round is discarded; START in whole seconds, 0 without
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QTimer>
@@ -37,7 +38,7 @@ void comeToRest() {
 }
 
 // From the call to the first picture on the screen. The player is made, and its screen is up, before.
-double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSURL& url) {
+double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSURL& url, int startPosition) {
   YMRVideoPlayer player;
   const auto delegate = std::make_shared<YMRVideoPlayerDelegate>();
   delegate->videoOnError = [](const NSError& error) { std::fprintf(stderr, "%s\n", error.message.c_str()); };
@@ -48,11 +49,12 @@ double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSU
   double elapsed = 0;
   const auto layer = layerOf(player.ymrPlayer()->avPlayerVC()->view());
   const auto start = Clock::now();
-  layer->setPicturePresented([&](const CMTime&) {
+  layer->setPicturePresented([&](const CMTime& time) {
     if (!isOnScreen) elapsed = millisecondsSince(start);
+    if (!isOnScreen && CMTimeGetSeconds(time) < startPosition - 0.1) std::fputs("a picture of elsewhere\n", stderr);
     isOnScreen = true;
   });
-  player.playWithMediaItem(YMRMediaItem::itemWithUrl(url), 0);
+  player.playWithMediaItem(YMRMediaItem::itemWithUrl(url), startPosition);
   while (!isOnScreen && millisecondsSince(start) < 30'000)
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   layer->setPicturePresented({});
@@ -65,12 +67,12 @@ double playerFirstFrame(const std::shared_ptr<UIViewController>& root, const NSU
   return elapsed;
 }
 
-void compare(const char* name, const std::shared_ptr<UIViewController>& root, const NSURL& url, int rounds) {
+void compare(const char* name, const std::shared_ptr<UIViewController>& root, const NSURL& url, int rounds, int start) {
   std::vector<double> ours, bare;
   for (int round = 0; round <= rounds; ++round) {
-    const double first = playerFirstFrame(root, url);
+    const double first = playerFirstFrame(root, url, start);
     std::optional<double> peer;
-    for (int attempt = 0; !peer && attempt < 5; ++attempt) peer = barePreroll(url.absoluteString());
+    for (int attempt = 0; !peer && attempt < 5; ++attempt) peer = barePreroll(url.absoluteString(), start);
     if (!peer) {
       std::fprintf(stderr, "a bare playbin3 can't play %s\n", url.absoluteString().c_str());
       std::exit(1);
@@ -79,18 +81,19 @@ void compare(const char* name, const std::shared_ptr<UIViewController>& root, co
     ours.push_back(first);
     bare.push_back(*peer);
   }
-  std::printf("first frame, %-8s %6.1f ms  bare playbin3 preroll %6.1f ms  ratio %.2f\n", name, median(ours),
-              median(bare), median(ours) / median(bare));
+  std::printf("first frame at %2d s, %-8s %6.1f ms  bare playbin3 preroll %6.1f ms  ratio %.2f\n", start, name,
+              median(ours), median(bare), median(ours) / median(bare));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::fputs("usage: bench_first_frame CLIP [ROUNDS]\n", stderr);
+    std::fputs("usage: bench_first_frame CLIP [ROUNDS] [START]\n", stderr);
     return 2;
   }
   const int rounds = argc > 2 ? std::max(1, std::atoi(argv[2])) : 11;
+  const int start = argc > 3 ? std::max(0, std::atoi(argv[3])) : 0;
   qputenv("QT_QPA_PLATFORM", qgetenv("DISPLAY").isEmpty() ? "offscreen" : "xcb");
   QGuiApplication application(argc, argv);
   gst_init(nullptr, nullptr);
@@ -102,6 +105,6 @@ int main(int argc, char** argv) {
 
   HTTPServer server;
   server.onFile("/clip.mp4", argv[1], "video/mp4");
-  compare("file", root, NSURL::fileURLWithPath(argv[1]), rounds);
-  compare("loopback", root, *NSURL::URLWithString(server.url("/clip.mp4")), rounds);
+  compare("file", root, NSURL::fileURLWithPath(argv[1]), rounds, start);
+  compare("loopback", root, *NSURL::URLWithString(server.url("/clip.mp4")), rounds, start);
 }

@@ -55,8 +55,8 @@ class YMR_API AVPlayerItem : public NSObject {
   // Why it failed; nil unless it did.
   std::optional<NSError> error() const;
 
-  // The media time of what is on screen; the target while a seek is under way; zero before anything is known. Any
-  // thread: off the main thread it is the time of the latest tick, jump or change of rate.
+  // The media time of what is on screen; the target while a seek is under way; the asset's start time before anything
+  // is known. Any thread: off the main thread it is the time of the latest tick, jump or change of rate.
   CMTime currentTime() const;
   // Invalid until known, indefinite for a live stream.
   CMTime duration() const;

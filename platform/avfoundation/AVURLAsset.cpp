@@ -70,6 +70,13 @@ AVURLAsset::~AVURLAsset() {
   if (RunLoop::mainIfInstalled()) completeWaiters();
 }
 
+void AVURLAsset::setStartTime(const CMTime& time) {
+  YMR_ASSERT_MAIN_THREAD();
+  const CMTime before = startTime_;
+  startTime_ = CMTIME_IS_NUMERIC(time) && time > kCMTimeZero ? time : kCMTimeZero;
+  if (session_ && startTime_ != before) session_->seek(startTime_, [](bool) {});
+}
+
 void AVURLAsset::loadValuesAsynchronouslyForKeys(const std::vector<std::string>&, std::function<void()> completion) {
   YMR_ASSERT_MAIN_THREAD();
   if (completion) waiters_.push_back(std::move(completion));
@@ -103,7 +110,7 @@ std::shared_ptr<EngineSession> AVURLAsset::takeSession() {
 }
 
 std::shared_ptr<EngineSession> AVURLAsset::openSession() {
-  auto session = EngineSession::open({*url_, options_.purpose});
+  auto session = EngineSession::open({*url_, options_.purpose}, startTime_);
   if (!session) {
     failed({AVFoundationErrorDomain, AVErrorUnknown, "There is nothing to play media with"});
   } else if (status_ == AVKeyValueStatusUnknown) {

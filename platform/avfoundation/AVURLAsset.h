@@ -31,9 +31,9 @@ struct AVURLAssetOptions {
 
 // Media at a URL, and what is known of them. Always held by shared_ptr. Main thread.
 //
-// Loading decodes up to the first picture, in the very pipeline that the asset's first item then plays: nothing is
-// opened or downloaded twice, and the item plays at once. An asset that failed to load stays failed, and so do its
-// items.
+// Loading decodes up to the picture at the start time, in the very pipeline that the asset's first item then plays:
+// nothing is opened or downloaded twice, and the item plays at once. An asset that failed to load stays failed, and so
+// do its items.
 //
 // Kept from the platform: asynchronous loading by key (all keys load together), the legible selection group, tracks by
 // media type. Left out: composition, export, the other characteristics. Keys to observe: none.
@@ -46,6 +46,12 @@ class YMR_API AVURLAsset : public NSObject {
 
   const std::optional<NSURL>& URL() const { return url_; }
   MediaPurpose purpose() const { return options_.purpose; }
+
+  // Where playing is to begin: the pipeline is made ready there, so that its first picture is of that place. Clamped to
+  // the media. Zero at first; to be set before an item plays, and best before anything is loaded: a pipeline that has
+  // been made ready elsewhere goes there.
+  const CMTime& startTime() const { return startTime_; }
+  void setStartTime(const CMTime& time);
 
   // Begins to load, unless that is done, and calls `completion` exactly once when the keys ("playable", "tracks",
   // "duration", …) have loaded or failed, or the load was given up. Always on a later turn of the main queue. Loading
@@ -80,6 +86,7 @@ class YMR_API AVURLAsset : public NSObject {
 
   const std::optional<NSURL> url_;
   const AVURLAssetOptions options_;
+  CMTime startTime_ = kCMTimeZero;
   AVKeyValueStatus status_ = AVKeyValueStatusUnknown;
   NSError error_;
   std::vector<std::function<void()>> waiters_;

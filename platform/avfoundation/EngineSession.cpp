@@ -14,14 +14,14 @@ void letGoLater(std::shared_ptr<EngineSession> session) {
 
 }  // namespace
 
-std::shared_ptr<EngineSession> EngineSession::open(const MediaSource& source) {
+std::shared_ptr<EngineSession> EngineSession::open(const MediaSource& source, const CMTime& start) {
   YMR_ASSERT_MAIN_THREAD();
   auto engine = MediaEngine::make(source);
   if (!engine) return nullptr;
   const std::shared_ptr<EngineSession> session(new EngineSession);
   session->engine_ = std::move(engine);
   session->engine_->setEvents(session->events());
-  session->engine_->load();
+  session->engine_->load(start);
   return session;
 }
 

@@ -27,8 +27,8 @@ class EngineListener {
 // the main queue, outside of its own calls.
 class EngineSession : public std::enable_shared_from_this<EngineSession> {
  public:
-  // Makes the engine and has it load; nil when the process has none to make.
-  static std::shared_ptr<EngineSession> open(const MediaSource& source);
+  // Makes the engine and has it load, to begin at `start`; nil when the process has none to make.
+  static std::shared_ptr<EngineSession> open(const MediaSource& source, const CMTime& start);
   EngineSession(const EngineSession&) = delete;
   EngineSession& operator=(const EngineSession&) = delete;
   ~EngineSession();

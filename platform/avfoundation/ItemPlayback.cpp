@@ -32,7 +32,7 @@ CMTime clamped(const CMTime& time, const CMTime& end) {
 }  // namespace
 
 ItemPlayback::ItemPlayback(std::shared_ptr<AVURLAsset> asset, std::weak_ptr<AVPlayerItem> item, Notify notify)
-    : asset_(std::move(asset)), item_(std::move(item)), notify_(std::move(notify)) {}
+    : asset_(std::move(asset)), item_(std::move(item)), notify_(std::move(notify)), sampled_(asset_->startTime()) {}
 
 void ItemPlayback::post(void (ItemPlayback::*action)()) {
   RunLoop::main().post([weak = weak_from_this(), action] {
@@ -99,8 +99,7 @@ void ItemPlayback::selectLegibleTrack(const std::optional<std::string>& identifi
 }
 
 CMTime ItemPlayback::position() const {
-  if (!session_) return sampled_;
-  return seek_ && !session_->isReady() ? seek_->target : session_->engine().position();
+  return session_ ? session_->engine().position() : sampled_;
 }
 
 void ItemPlayback::sample() const {
@@ -183,7 +182,8 @@ void ItemPlayback::engineCaptionDidChange(const std::optional<MediaCaption>& cap
 }
 
 bool ItemPlayback::standsAt(const CMTime& target) const {
-  if (!session_->isReady()) return target == kCMTimeZero;
+  if (seek_ && seek_->target == target) return true;  // asked for already, before it was told to play
+  if (!session_->isReady()) return target == asset_->startTime();
   if (rate_ != 0) return false;
   // A pipeline comes to rest a little after it was told to. Less than half a frame off it shows the picture asked for.
   const auto video = asset_->tracksWithMediaType(AVMediaTypeVideo);
@@ -199,9 +199,9 @@ void ItemPlayback::seek(const CMTime& time, SeekCompletion completion) {
     return;
   }
   const bool engineSeeks = seek_ && !seek_->isStanding;
-  supersedeSeek();
   const CMTime target = clamped(time, session_->engine().duration());
   const bool isStanding = !engineSeeks && standsAt(target);
+  supersedeSeek();
   seek_ = Seek{target, std::move(completion), isStanding};
   const auto finish = [weak = weak_from_this(), number = ++seeks_](bool finished) {
     const auto self = weak.lock();

@@ -124,5 +124,5 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
   std::optional<std::string> legibleTrack_;
 
   mutable std::mutex sampleMutex_;
-  mutable CMTime sampled_ = kCMTimeZero;  // for other threads
+  mutable CMTime sampled_;  // for other threads
 };

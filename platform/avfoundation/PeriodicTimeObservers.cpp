@@ -105,7 +105,8 @@ void PeriodicTimeObservers::paceDidChange() {
 
 void PeriodicTimeObservers::restart() {
   ++items_;
-  for (const auto& observer : observers_) observer->countFrom(kCMTimeZero);
+  const CMTime start = pace_().position;
+  for (const auto& observer : observers_) observer->countFrom(start);
   arm(0ms);
 }
 

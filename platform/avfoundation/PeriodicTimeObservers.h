@@ -35,7 +35,7 @@ class PeriodicTimeObservers : public std::enable_shared_from_this<PeriodicTimeOb
   void timeDidJump();
   // Calls for all multiples that time has reached, without waiting for the timer.
   void catchUp();
-  // Another item's time begins at zero.
+  // Another item's time begins where that item does.
   void restart();
   // Nobody is called any more.
   void close();

@@ -56,8 +56,14 @@ TEST(Programme, aStartPositionIsAppliedOnceWhereverItLies) {
   for (const auto& [start, jump] : {std::pair{0, 0.0}, {12, 12.0}, {-5, 0.0}}) {
     SCOPED_TRACE(start);
     PlayerRig rig;
+    rig.media.script(PlayerRig::film).seekDelay = 0.3;
     rig.playFilm(start);
+    EXPECT_EQ(rig.player->currentPosition(), jump);
     rig.loop.advance(3s);
+    char place[64];
+    std::snprintf(place, sizeof place, "videoOnPlayDuration %g 60", jump);
+    EXPECT_EQ(rig.host.heard[1], place) << "it was made ready there";
+    EXPECT_EQ(rig.engine().log().flushes, 0);
     rig.player->start();  // a second one changes nothing
     EXPECT_NEAR(rig.player->currentPosition(), jump + 3, 0.1);
     EXPECT_EQ(rig.host.count("videoDidSeekTo"), 1) << "one jump, whatever was asked for before";
@@ -69,7 +75,7 @@ TEST(Programme, aStartPositionIsAppliedOnceWhereverItLies) {
     EXPECT_NEAR(rig.player->currentPosition(), jump + 4, 0.1);
     rig.hub().vodPlayer()->pause();
     rig.player->start();
-    rig.loop.advance(1s);
+    rig.loop.advance(1500ms);
     EXPECT_EQ(rig.host.heardOf({"videoDidSeekTo"}).back(), "videoDidSeekTo 0") << "a paused one begins again";
     EXPECT_EQ(rig.host.heard.back(), "videoOnTimeDuration 1 60");
   }
@@ -78,6 +84,26 @@ TEST(Programme, aStartPositionIsAppliedOnceWhereverItLies) {
   rig.loop.advance(1s);
   EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
   EXPECT_EQ(rig.state(), "CompletedVideo");
+}
+
+TEST(Programme, ownsItsStartPositionAloneAlsoWhenItWasLoadedBeforeOrFails) {
+  PlayerRig rig;
+  rig.playFilm();
+  rig.hub().vodPlayer()->pause();
+  const auto loaded = std::make_shared<AVURLAsset>(NSURL::URLWithString("http://media.example/second.mp4"));
+  loaded->loadValuesAsynchronouslyForKeys({"playable"}, [] {});
+  rig.loop.advance(1s);
+  rig.host.heard.clear();
+  rig.player->playWithMediaItem(PlayerRig::item(), loaded, 20);
+  rig.hub().vodPlayer()->play();
+  rig.loop.runUntilIdle();
+  EXPECT_THAT(rig.host.heardOf({"videoDidSeekTo"}), ElementsAre("videoDidSeekTo 20"))
+      << "the old one stays where it is";
+  EXPECT_EQ(rig.media.engine("http://media.example/second.mp4")->log().flushes, 1);
+  rig.media.script(PlayerRig::film).loadFailure = NSError{AVFoundationErrorDomain, AVErrorUnknown, ""};
+  rig.player->playWithMediaItem(PlayerRig::item(), 30);
+  rig.loop.advance(1s);
+  EXPECT_EQ(rig.player->currentPosition(), 30) << "a host that keeps the place keeps this one";
 }
 
 TEST(Programme, tellsThePanelWhatTheHostSaysOfItAndArtworkThatFailsNeverHoldsItUpForLong) {

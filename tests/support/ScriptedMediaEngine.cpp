@@ -64,8 +64,10 @@ void ScriptedMediaEngine::cancel(RunLoop::TimerToken& timer) {
   if (timer) RunLoop::main().cancel(std::exchange(timer, 0));
 }
 
-void ScriptedMediaEngine::load() {
+void ScriptedMediaEngine::load(const CMTime& start) {
   ++log_->loads;
+  log_->start = CMTimeGetSeconds(start);
+  anchorPosition_ = std::clamp(fromTime(start), Nanoseconds::zero(), end());
   loading_ = true;
   planSilence();
   if (script_.neverLoads) return;
@@ -168,7 +170,6 @@ void ScriptedMediaEngine::carryOutSeek() {
 }
 
 CMTime ScriptedMediaEngine::position() const {
-  if (!ready_) return kCMTimeZero;
   return timeOf(seek_ ? seek_->target : played());
 }
 

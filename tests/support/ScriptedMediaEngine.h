@@ -68,6 +68,7 @@ struct MediaEngineLog {
 
   const MediaSource source;
   int loads = 0;
+  double start = 0;           // where it was to begin
   std::vector<double> seeks;  // targets as given, superseded ones included
   int flushes = 0;            // seeks that were carried out
   std::vector<double> rates;  // every setRate()
@@ -105,7 +106,7 @@ class ScriptedMediaEngine final : public MediaEngine {
   const MediaEngineLog& log() const { return *log_; }
 
   void setEvents(Events events) override { events_ = std::move(events); }
-  void load() override;
+  void load(const CMTime& start) override;
   void setRate(double rate) override;
   void seek(const CMTime& time, SeekCompletion completion) override;
   CMTime position() const override;

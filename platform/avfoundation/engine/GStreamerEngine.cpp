@@ -81,13 +81,12 @@ MediaPipeline::Events GStreamerEngine::pipelineEvents() {
     if (!current_) return;
     floor_ = flushed ? facts_.seekableStart : current_->origin;
     hasEnded_ = !flushed && current_->hadEnded;
-    complete(current_->completion, false);
-    finishSeek();
+    finishSeek(false);
   };
   events.ended = [this] { ended(); };
   events.failed = [this](const NSError& error) {
     const bool mayHaveLostItsWay =
-        !isReady_ && source_.url.isFileURL() && error.code == AVErrorUnknown && restarts_ == 0;
+        !hasPrerolled_ && source_.url.isFileURL() && error.code == AVErrorUnknown && restarts_ == 0;
     mayHaveLostItsWay ? restart() : fail(error);
   };
   events.buffered = [this](bool isFilled) { buffered(isFilled); };
@@ -96,10 +95,11 @@ MediaPipeline::Events GStreamerEngine::pipelineEvents() {
   return events;
 }
 
-void GStreamerEngine::load() {
+void GStreamerEngine::load(const CMTime& start) {
   YMR_ASSERT_MAIN_THREAD();
   if (isLoaded_) return;
   isLoaded_ = true;
+  if (start > kCMTimeZero && !next_) seek(start, {});
   if (!mayOpen(source_)) return fail(unsupportedSchemeError(source_.url));
   openPipeline();
 }
@@ -124,7 +124,6 @@ void GStreamerEngine::restart() {
   pipelinePlays_ = false;
   pipeline_ = std::make_shared<MediaPipeline>(source_, MediaEngineSettings::shared(), pipelineEvents());
   pipeline_->sound().setMuted(isMuted_);
-  pipeline_->frames().setSink(frameSink_);
   openPipeline();
   apply();
 }
@@ -155,12 +154,11 @@ void GStreamerEngine::apply() {
 }
 
 void GStreamerEngine::prerolled(std::uint64_t flushes) {
-  if (!isReady_) {
-    isReady_ = true;
+  if (!hasPrerolled_) {
+    hasPrerolled_ = true;
     if (restartTimer_) RunLoop::main().cancel(std::exchange(restartTimer_, 0));
     silence_.reset();
-    report(&Events::ready);
-    if (next_) begin(*std::exchange(next_, std::nullopt));
+    next_ ? begin(*std::exchange(next_, std::nullopt)) : becomeReady();
     apply();
   } else if (current_ && current_->flushesBefore && flushes > *current_->flushesBefore) {
     const bool lacksPicture = hasVideo() && !pipeline_->frames().hasFreshPicture();
@@ -176,9 +174,14 @@ void GStreamerEngine::prerolled(std::uint64_t flushes) {
       current_->isAtLast = true;
       return sendSeek(*last);
     }
-    complete(current_->completion, true);
-    finishSeek();
+    finishSeek(true);
   }
+}
+
+void GStreamerEngine::becomeReady() {
+  if (std::exchange(isReady_, true)) return;
+  connectSink();
+  report(&Events::ready);
 }
 
 void GStreamerEngine::seek(const CMTime& time, SeekCompletion completion) {
@@ -187,8 +190,8 @@ void GStreamerEngine::seek(const CMTime& time, SeekCompletion completion) {
   if (hasFailed_ || !isPlace) return complete(completion, false);
   if (next_) complete(next_->completion, false);
   if (current_) complete(current_->completion, false);
-  next_ = Seek{.target = isReady_ ? reachable(time) : 0, .time = time, .completion = std::move(completion)};
-  if (!isReady_) return;
+  next_ = Seek{.target = reachable(time), .time = time, .completion = std::move(completion)};
+  if (!hasPrerolled_) return;
   if (!current_) return begin(*std::exchange(next_, std::nullopt));
   if (!overdueTimer_) {
     overdueTimer_ = RunLoop::main().schedule(seekLimit, [this] {
@@ -201,7 +204,10 @@ void GStreamerEngine::seek(const CMTime& time, SeekCompletion completion) {
 void GStreamerEngine::begin(Seek seek) {
   seek.target = reachable(seek.time);
   const bool isThere = !current_ && !pipelinePlays_ && rate_ == 0 && seek.target == mediaTime();
-  if (isThere || !facts_.isSeekable) return complete(seek.completion, isThere);
+  if (isThere || !facts_.isSeekable) {
+    becomeReady();
+    return complete(seek.completion, isThere);
+  }
   seek.origin = current_ ? current_->origin : mediaTime();
   seek.hadEnded = current_ ? current_->hadEnded : hasEnded_;
   current_ = std::move(seek);
@@ -217,8 +223,11 @@ void GStreamerEngine::sendSeek(std::int64_t time) {
   pipeline_->seek(time);
 }
 
-void GStreamerEngine::finishSeek() {
+void GStreamerEngine::finishSeek(bool finished) {
+  becomeReady();
+  complete(current_->completion, finished);
   current_.reset();
+  connectSink();
   if (overdueTimer_) RunLoop::main().cancel(std::exchange(overdueTimer_, 0));
   if (isFilled_) silence_.reset();
   if (next_) begin(*std::exchange(next_, std::nullopt));
@@ -276,11 +285,11 @@ bool GStreamerEngine::isCutOff() const {
 
 void GStreamerEngine::fail(const NSError& error) {
   if (hasFailed_) return;
+  floor_ = mediaTime();
   if (next_) complete(next_->completion, false);
   if (current_) complete(current_->completion, false);
   next_.reset();
   current_.reset();
-  floor_ = mediaTime();
   report(&Events::failed, error);
   hasFailed_ = true;
   silence_.reset();
@@ -301,7 +310,7 @@ void GStreamerEngine::buffered(bool isFilled) {
 void GStreamerEngine::poll() {
   pollTimer_ = RunLoop::main().schedule(pollInterval, [this] {
     poll();
-    if (!isReady_) return pipeline_->lookForSilentFailure();
+    if (!hasPrerolled_) return pipeline_->lookForSilentFailure();
     const auto end = source_.url.isFileURL() ? std::nullopt : pipeline_->bufferedEnd();
     if (end != lastBufferedEnd_) report(&Events::bufferingChanged);
     lastBufferedEnd_ = end;
@@ -347,13 +356,17 @@ void GStreamerEngine::setMuted(bool muted) {
 void GStreamerEngine::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
   YMR_ASSERT_MAIN_THREAD();
   frameSink_ = std::move(sink);
-  if (pipeline_) pipeline_->frames().setSink(frameSink_);
+  isSinkKept_ = true;
+  if (pipeline_) isElsewhere() ? pipeline_->frames().setSink(nullptr) : connectSink();
+}
+
+void GStreamerEngine::connectSink() {
+  if (std::exchange(isSinkKept_, false)) pipeline_->frames().setSink(frameSink_);
 }
 
 std::int64_t GStreamerEngine::mediaTime() const {
-  if (!isReady_) return 0;
   if (next_) return next_->target;
-  if (current_ || hasEnded_ || hasFailed_) return floor_;
+  if (!hasPrerolled_ || current_ || hasEnded_ || hasFailed_) return floor_;
   std::int64_t time = pipeline_->mediaTime().value_or(floor_);
   if (facts_.duration) {
     // Some containers name less than they hold: what is there to play counts. The clock alone may run on, as when the
@@ -367,7 +380,7 @@ std::int64_t GStreamerEngine::mediaTime() const {
 
 CMTime GStreamerEngine::position() const {
   YMR_ASSERT_MAIN_THREAD();
-  return isReady_ ? CMTimeMake(mediaTime(), nanoseconds) : kCMTimeZero;
+  return CMTimeMake(mediaTime(), nanoseconds);
 }
 
 CMTime GStreamerEngine::duration() const {

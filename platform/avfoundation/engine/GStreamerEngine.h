@@ -19,7 +19,7 @@ class GStreamerEngine final : public MediaEngine {
   ~GStreamerEngine() override;
 
   void setEvents(Events events) override { events_ = std::make_shared<const Events>(std::move(events)); }
-  void load() override;
+  void load(const CMTime& start) override;
   void setRate(double rate) override;
   void seek(const CMTime& time, SeekCompletion completion) override;
   CMTime position() const override;
@@ -34,7 +34,7 @@ class GStreamerEngine final : public MediaEngine {
   void setFrameSink(std::shared_ptr<VideoFrameSink> sink) override;
 
  private:
-  // A seek that was asked for. Only the newest waits; the one under way is marked by its flush count.
+  // A seek that was asked for, or the start. Only the newest waits; the one under way is marked by its flush count.
   struct Seek {
     std::int64_t target = 0;  // nanoseconds, of what can be reached
     CMTime time;              // as asked for
@@ -62,7 +62,8 @@ class GStreamerEngine final : public MediaEngine {
 
   void begin(Seek seek);
   void sendSeek(std::int64_t time);
-  void finishSeek();
+  // Tells of its end, and goes on to the next one.
+  void finishSeek(bool finished);
   void complete(SeekCompletion& completion, bool finished);
   std::int64_t reachable(const CMTime& time) const;
   // The last picture may begin before the end of the media, or the sound may be longer than the pictures.
@@ -74,6 +75,8 @@ class GStreamerEngine final : public MediaEngine {
   void poll();
   std::int64_t mediaTime() const;
   bool hasVideo() const;
+  bool isElsewhere() const { return !isReady_ || current_; }
+  void connectSink();
   // Hands an event to the host on a turn of its own; none after `failed`.
   template <class Function, class... Arguments>
   void report(Function Events::*event, Arguments... arguments);
@@ -85,8 +88,9 @@ class GStreamerEngine final : public MediaEngine {
 
   bool isLoaded_ = false;
   bool isOpen_ = false;
-  bool isReady_ = false;
-  bool hasFailed_ = false;  // pipeline_ is gone
+  bool hasPrerolled_ = false;  // somewhere
+  bool isReady_ = false;       // has prerolled where it is to begin
+  bool hasFailed_ = false;     // pipeline_ is gone
   bool hasEnded_ = false;
   bool isFilled_ = true;
   bool pipelinePlays_ = false;
@@ -94,6 +98,7 @@ class GStreamerEngine final : public MediaEngine {
   double rate_ = 0;
   int restarts_ = 0;
   std::shared_ptr<VideoFrameSink> frameSink_;
+  bool isSinkKept_ = false;  // from pictures of elsewhere
   MediaFacts facts_;
   std::optional<Seek> current_;
   std::optional<Seek> next_;

@@ -47,7 +47,7 @@ class YMR_API MediaEngine {
   // What an engine reports, always by a turn of the main queue of its own, in the order in which it happened, never
   // from inside a call to the engine. After `failed` nothing more comes. Members may be empty.
   struct Events {
-    // The first picture (or sound) is decoded and waits; tracks, duration and position are known. Once.
+    // The picture (or sound) at the start is decoded and waits; tracks, duration and position are known. Once.
     std::function<void()> ready;
     // It can't be played, or no further. Data that is needed and does not come within the silence limit is one reason
     // (AVErrorNoDataReceived).
@@ -71,16 +71,17 @@ class YMR_API MediaEngine {
   virtual ~MediaEngine();
 
   virtual void setEvents(Events events) = 0;
-  // Opens the source and decodes up to the first picture. Once; `ready` or `failed` follows.
-  virtual void load() = 0;
+  // Opens the source and decodes up to the picture at `start`: no other one is ever shown before it. Clamped like a
+  // seek; media that can't go elsewhere begin where they do. Once; `ready` or `failed` follows.
+  virtual void load(const CMTime& start) = 0;
 
   // Playing speed: 0 holds, 1 plays. Takes effect once ready. At the end it holds whatever the rate.
   virtual void setRate(double rate) = 0;
   // Goes to exactly `time` (clamped to the media; on a live stream to what can be reached) and shows the picture there.
-  // Seeks given before `ready` or during another seek are remembered; the last one wins.
+  // Seeks given during another one are remembered, and the last one wins; before `ready` they take the start's place.
   virtual void seek(const CMTime& time, SeekCompletion completion) = 0;
-  // The media time of what is on screen. Moves smoothly while playing; during a seek it is the target. Zero until
-  // ready.
+  // The media time of what is on screen. Moves smoothly while playing; during a seek it is the target, and until ready
+  // the start.
   virtual CMTime position() const = 0;
   // Invalid until known, indefinite for a live stream.
   virtual CMTime duration() const = 0;
@@ -99,8 +100,8 @@ class YMR_API MediaEngine {
   virtual void selectLegibleTrack(const std::optional<std::string>& identifier) = 0;
 
   virtual void setMuted(bool muted) = 0;
-  // Where pictures go; nil for nowhere. The present picture is handed over again at once, so that a new sink is not
-  // black.
+  // Where pictures go; nil for nowhere. The present picture is handed over again, so that a new sink is not black: at
+  // once, or when the seek that is under way has come there.
   virtual void setFrameSink(std::shared_ptr<VideoFrameSink> sink) = 0;
 
   // A new engine of the kind that the process uses.

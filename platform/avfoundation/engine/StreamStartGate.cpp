@@ -13,6 +13,7 @@ constexpr auto patience = std::chrono::milliseconds(60);
 }  // namespace
 
 void StreamStartGate::admit(GstElement* element) {
+  if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), "max-buffering-time")) comeInTurn_ = true;
   if (factoryName(element) == "urisourcebin") g_signal_connect(element, "pad-added", G_CALLBACK(padAdded), this);
 }
 
@@ -45,6 +46,7 @@ GstPadProbeReturn StreamStartGate::otherStarts(GstPad*, GstPadProbeInfo* info, g
 }
 
 void StreamStartGate::hold(unsigned streams) {
+  if (comeInTurn_) return;
   std::unique_lock lock(mutex_);
   changed_.wait_for(lock, patience, [&] { return started_ + 1 >= streams; });
 }

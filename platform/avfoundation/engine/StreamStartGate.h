@@ -2,6 +2,7 @@
 
 #include <gst/gst.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 
@@ -9,7 +10,8 @@
 //
 // playbin3 1.22 hands each stream to its decoder part from a thread of its own. When the first one is through before
 // the others have begun, the decoder part settles for what it has seen and never becomes ready. So the first stream
-// waits, for a bounded time, until all the others have announced themselves.
+// waits, for a bounded time, until all the others have announced themselves. An adaptive demuxer's come one after the
+// other by the same thread, and none waits.
 //
 // Any thread. Outlives the pipeline.
 class StreamStartGate {
@@ -29,4 +31,5 @@ class StreamStartGate {
   std::condition_variable changed_;
   unsigned started_ = 0;  // but for the first
   bool hasFirst_ = false;
+  std::atomic<bool> comeInTurn_{false};
 };

@@ -58,6 +58,27 @@ TEST_F(AssetLoading, handsItsPipelineToTheFirstItemLoadedOrLoading) {
   EXPECT_EQ(media.logs().size(), 2u) << "each was opened once";
 }
 
+TEST_F(AssetLoading, makesItsPipelineReadyAtTheStartTimeWhichASeekToItFinds) {
+  const auto asset = assetOf(programme);
+  asset->setStartTime(seconds(20));
+  load(asset);
+  loop.advance(1s);
+  item = AVPlayerItem::playerItemWithAsset(asset);
+  player = AVPlayer::playerWithPlayerItem(nullptr);
+  Diary::watch(diary, player, item);
+  tickEvery(1);
+  player->replaceCurrentItemWithPlayerItem(item);
+  EXPECT_EQ(position(), "20");
+  player->seekToTime(seconds(20), noted());
+  player->play();
+  player->seekToTime(seconds(20), noted());
+  loop.runUntilIdle();
+  diary->take();
+  loop.advance(1s);
+  EXPECT_THAT(diary->take(), ElementsAre("tick 21"));
+  EXPECT_EQ(media.logs().back()->flushes, 0);
+}
+
 TEST_F(AssetLoading, thePipelineGoesWithWhoeverHasItAndTheLoadStillCompletes) {
   media.script(programme).loadDelay = 5;
   auto asset = assetOf(programme);

@@ -77,9 +77,9 @@ class EngineTest : public testing::Test {
     engine->setFrameSink(frames);
   }
   // Makes and loads; false when it has failed, or has not become ready in time.
-  bool open(const std::string& where, MediaPurpose purpose = MediaPurpose::programme) {
+  bool open(const std::string& where, MediaPurpose purpose = MediaPurpose::programme, double start = 0) {
     make(where, purpose);
-    engine->load();
+    engine->load(CMTimeMakeWithSeconds(start, 1'000'000'000));
     loop.runUntil([this] { return told.ready > 0 || !told.failures.empty(); }, soon);
     return told.ready > 0;
   }

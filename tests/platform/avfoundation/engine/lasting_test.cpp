@@ -20,7 +20,7 @@ class Sound : public EngineTest {
         file;
     make("clip.mp4");
     engine->setMuted(isMuted);
-    engine->load();
+    engine->load(kCMTimeZero);
     playTo(1.2);
     engine.reset();
     runFor(200ms);
@@ -58,7 +58,7 @@ class Rounds : public EngineTest {
   void live(int round) {
     constexpr const char* clips[]{"half.mp4", "@half.mp4", "titled.mp4", "@clip.mkv", "captions.mov", "@oneframe.mp4"};
     make(clips[round % std::size(clips)]);
-    engine->load();
+    engine->load(kCMTimeZero);
     if (round % 4 == 0) return runFor(std::chrono::milliseconds(round));
     ASSERT_TRUE(runUntil([this] { return told.ready > 0 || !told.failures.empty(); }));
     ASSERT_TRUE(told.failures.empty()) << told.failures[0].message;

@@ -56,9 +56,9 @@ TEST_F(Seeking, theLastOfManyWinsAndEachCompletesOnce) {
       engine->seek(CMTimeMake(i * 300, 1000), [&completions, i](bool finished) { completions[i].push_back(finished); });
     };
     for (int i = 0; i < 3; ++i) ask(i);  // before it is ready
-    engine->load();
+    engine->load(kCMTimeZero);
     ASSERT_TRUE(runUntil([&completions] { return !completions[2].empty(); }));
-    EXPECT_EQ(frames->lastNumber(), 15);
+    EXPECT_EQ(frames->numbers(), std::vector{15}) << "it is made ready there";
     engine->setRate(1);
     for (int i = 3; i < count; ++i) {
       ask(i);
@@ -72,6 +72,31 @@ TEST_F(Seeking, theLastOfManyWinsAndEachCompletesOnce) {
     EXPECT_GE(position(), 8.7);
     EXPECT_GE(frames->lastNumber(), 217);
   }
+}
+
+TEST_F(Seeking, beginsAtItsStartAndShowsNoOtherPictureBefore) {
+  for (const char* where : {"clip.mp4", "@clip.mp4", "clip.mkv", "@clip.mkv", "@clip.ts", "@hls/master.m3u8"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where, MediaPurpose::programme, 5.2));
+    EXPECT_DOUBLE_EQ(position(), 5.2);
+    EXPECT_EQ(seek(5.2), true);
+    ASSERT_EQ(frames->numbers().size(), 1u) << "the first, and no flush to where it stands";
+    EXPECT_NEAR(frames->lastNumber(), 130, 2);
+    ASSERT_TRUE(playTo(5.6));
+    EXPECT_TRUE(std::ranges::is_sorted(frames->numbers()));
+  }
+  make("clip.mp4");
+  engine->setFrameSink(nullptr);
+  engine->load(kCMTimeZero);
+  ASSERT_TRUE(runUntil([this] { return told.ready > 0; }));
+  engine->seek(CMTimeMake(5, 1), {});
+  engine->setFrameSink(frames);
+  ASSERT_TRUE(runUntil([this] { return !frames->numbers().empty(); }));
+  EXPECT_EQ(frames->lastNumber(), 125) << "nor one of where it was before";
+  ASSERT_TRUE(open("half.mp4", MediaPurpose::programme, 1000));
+  EXPECT_EQ(engine->position(), engine->duration());
+  engine->setRate(1);
+  EXPECT_TRUE(runUntil([this] { return told.ended == 1; }));
 }
 
 TEST_F(Seeking, isClampedToTheMedia) {

@@ -68,7 +68,7 @@ TEST_F(Streaming, whatCanNotGoElsewhereTellsItsLengthRefusesSeeksAndPlaysOn) {
       make("@once");
       std::optional<bool> atStart;
       engine->seek(CMTimeMake(5, 1), [&atStart](bool finished) { atStart = finished; });
-      engine->load();
+      engine->load(kCMTimeZero);
       runUntil([&atStart] { return atStart.has_value(); });
       EXPECT_EQ(atStart, false);
       EXPECT_TRUE(playTo(0.3));
