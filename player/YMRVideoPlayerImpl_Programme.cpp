@@ -15,6 +15,13 @@
 #include "player/states/YMRPlayerStateRules.h"
 #include "ui/Autolayout.h"
 
+namespace {
+
+// A host that answers each report of a rate with the opposite is told no more after these.
+constexpr int contraryReportsLimit = 8;
+
+}  // namespace
+
 void YMRVideoPlayerImpl::playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, std::int64_t startPosition) {
   _playWithMediaItem(mediaItem, std::make_shared<AVURLAsset>(mediaItem ? mediaItem->mediaUrl() : std::nullopt),
                      startPosition);
@@ -109,8 +116,12 @@ double YMRVideoPlayerImpl::videoDuration() const {
 
 void YMRVideoPlayerImpl::observeValueForKeyPath(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
                                                 const NSKeyValueChange& change, void* context) {
-  const auto state = playerState_;
-  state->observeValueForKeyPath(keyPath, object, change, context, *this);
+  // A host may change the rate inside the report of its change: the state that came of it hears of that in its turn.
+  for (int reports = 0; reports < contraryReportsLimit; ++reports) {
+    const auto state = playerState_;
+    state->observeValueForKeyPath(keyPath, object, change, context, *this);
+    if (keyPath != "rate" || playerState_ == state || presentation_ != Presentation::alive) break;
+  }
   if (vodPlayer_ && object == vodPlayer_->currentItem()) programmeItemDidChange(keyPath);
 }
 

@@ -10,7 +10,8 @@ void YMRPlayerStatePausedVideo::observeValueForKeyPath(const std::string& keyPat
                                                        const std::shared_ptr<NSObject>& object, const NSKeyValueChange&,
                                                        void*, YMRPlayerStateHub& ymrPlayer) {
   if (keyPath != "rate" || !ymrPlayer.isVodPlayer(object.get())) return;
-  if (programmeDidStart(ymrPlayer.vodPlayerRate(), ymrPlayer.currentVodPlayerRate())) {
+  const float rate = ymrPlayer.vodPlayerRate();
+  if (programmeDidStart(rate, ymrPlayer.currentVodPlayerRate())) {
     SKLogger::debug(ymrPlayerTag, "Video onPlay");
     ymrPlayer.videoOnPlay();
     if (!ymrPlayer.isCurrent(*this)) return;
@@ -22,7 +23,7 @@ void YMRPlayerStatePausedVideo::observeValueForKeyPath(const std::string& keyPat
       ymrPlayer.setVideoStartPosition(0);
     }
   }
-  ymrPlayer.setCurrentVodPlayerRate(ymrPlayer.vodPlayerRate());
+  ymrPlayer.setCurrentVodPlayerRate(rate);  // what was reported; the host may have changed it again
 }
 
 void YMRPlayerStatePausedVideo::videoDidSeek(const NSNotification& notification, YMRPlayerStateHub& ymrPlayer) {

@@ -24,7 +24,8 @@ void YMRPlayerStatePlayingVideo::bufferRanEmpty(YMRPlayerStateHub& ymrPlayer) {
 }
 
 void YMRPlayerStatePlayingVideo::rateChanged(YMRPlayerStateHub& ymrPlayer) {
-  if (programmeDidStop(ymrPlayer.vodPlayerRate(), ymrPlayer.currentVodPlayerRate())) {
+  const float rate = ymrPlayer.vodPlayerRate();
+  if (programmeDidStop(rate, ymrPlayer.currentVodPlayerRate())) {
     SKLogger::debug(ymrPlayerTag, "Video onPaused");
     ymrPlayer.videoOnPause(ymrPlayer.programmeTime());
     if (!ymrPlayer.isCurrent(*this)) return;
@@ -32,7 +33,7 @@ void YMRPlayerStatePlayingVideo::rateChanged(YMRPlayerStateHub& ymrPlayer) {
     if (!ymrPlayer.isCurrent(*this)) return;
     ymrPlayer.setPlayerState(std::make_shared<YMRPlayerStatePausedVideo>());
   }
-  ymrPlayer.setCurrentVodPlayerRate(ymrPlayer.vodPlayerRate());
+  ymrPlayer.setCurrentVodPlayerRate(rate);  // what was reported; the host may have changed it again
 }
 
 void YMRPlayerStatePlayingVideo::vodPlayerPeriodicTimeObserver(const CMTime& time, YMRPlayerStateHub& ymrPlayer) {

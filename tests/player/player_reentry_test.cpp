@@ -187,6 +187,41 @@ TEST(Reentry, aStartAScheduleOrAPauseInsideAnyCallbackKeepsThePresentationGoingT
   }
 }
 
+TEST(Reentry, aRateThatIsChangedInsideItsOwnReportIsReportedToo) {
+  BreakRig rig;
+  rig.midRoll("mid", 3, BreakRig::pod({"a"}));
+  const auto once = [&rig](const char* callback, std::function<void()> act) {
+    rig.host.inside[callback] = [&rig, callback, act = std::move(act)] {
+      rig.host.inside.erase(callback);
+      act();
+    };
+  };
+  once("videoOnPlay", [&] { rig.hub().vodPlayer()->pause(); });
+  rig.begin();
+  rig.loop.advance(1s);
+  EXPECT_EQ(rig.host.heardOf({"videoOnPlay", "videoOnPause"}), (Lines{"videoOnPlay", "videoOnPause 0"}));
+  once("videoOnPause", [&] { rig.hub().vodPlayer()->play(); });
+  rig.hub().vodPlayer()->play();
+  rig.loop.advance(1s);
+  rig.hub().vodPlayer()->pause();
+  EXPECT_EQ(rig.state(), "PlayingVideo");
+  once("videoAdOnPause", [&] { rig.hub().adPlayer()->play(); });
+  rig.runUntilHeard("videoAdOnTime 8 2");
+  rig.hub().adPlayer()->pause();
+  rig.runUntilHeard("videoDidPlayFinished");
+  EXPECT_EQ(rig.tracked("a"), (Lines{"impression", "start", "creativeView", "pause", "resume", "firstQuartile",
+                                     "midpoint", "thirdQuartile", "complete"}));
+}
+
+TEST(Reentry, aHostThatAnswersEachReportWithItsOppositeIsLeftAloneAtLast) {
+  PlayerRig rig;
+  rig.host.inside["videoOnPlay"] = [&] { rig.hub().vodPlayer()->pause(); };
+  rig.host.inside["videoOnPause"] = [&] { rig.hub().vodPlayer()->play(); };
+  rig.player->playWithMediaItem(PlayerRig::item(), 0);
+  rig.loop.advance(1s);
+  EXPECT_LT(rig.host.heard.size(), 50u);
+}
+
 TEST(Reentry, aSecondProgrammeInsideAnyCallbackPlaysToItsEnd) {
   forEachCallback([](const std::string& callback, Story& story) {
     const bool isTooLate = callback == "playerWillDismiss" || callback == "playerDidDismiss";

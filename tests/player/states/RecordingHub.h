@@ -1,9 +1,7 @@
 #pragma once
 
 #include <cstdio>
-#include <functional>
 #include <limits>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -35,8 +33,6 @@ class RecordingHub : public YMRPlayerStateHub {
   int quartile = 0;
   std::shared_ptr<YMRAbstractPlayerState> state;
   std::vector<std::string> did;
-  // Runs inside the callback to the host that has this name.
-  std::map<std::string, std::function<void()>> inside;
 
   template <typename State>
   void begin() {
@@ -86,29 +82,29 @@ class RecordingHub : public YMRPlayerStateHub {
   int currentQuartile() const override { return quartile; }
   void setCurrentQuartile(int reported) override { quartile = reported; }
 
-  void videoOnPlay() override { tell("videoOnPlay", {}); }
-  void videoOnPlayDuration(double time, double duration) override { tell("videoOnPlayDuration", {time, duration}); }
-  void videoOnPause(double time) override { tell("videoOnPause", {time}); }
-  void videoOnPauseDuration(double time, double duration) override { tell("videoOnPauseDuration", {time, duration}); }
-  void videoOnTime(double time) override { tell("videoOnTime", {time}); }
-  void videoOnTimeDuration(double time, double duration) override { tell("videoOnTimeDuration", {time, duration}); }
-  void videoDidBuffer() override { tell("videoDidBuffer", {}); }
-  void videoOnBuffer() override { tell("videoOnBuffer", {}); }
-  void videoDidSeekTo(double time) override { tell("videoDidSeekTo", {time}); }
+  void videoOnPlay() override { note("videoOnPlay", {}); }
+  void videoOnPlayDuration(double time, double duration) override { note("videoOnPlayDuration", {time, duration}); }
+  void videoOnPause(double time) override { note("videoOnPause", {time}); }
+  void videoOnPauseDuration(double time, double duration) override { note("videoOnPauseDuration", {time, duration}); }
+  void videoOnTime(double time) override { note("videoOnTime", {time}); }
+  void videoOnTimeDuration(double time, double duration) override { note("videoOnTimeDuration", {time, duration}); }
+  void videoDidBuffer() override { note("videoDidBuffer", {}); }
+  void videoOnBuffer() override { note("videoOnBuffer", {}); }
+  void videoDidSeekTo(double time) override { note("videoDidSeekTo", {time}); }
   void videoAdOnTime(const std::shared_ptr<YMRAd>&, double duration, double second) override {
-    tell("videoAdOnTime", {duration, second});
+    note("videoAdOnTime", {duration, second});
   }
   void videoAdOnPlayQuartile(const std::shared_ptr<YMRAd>&, int number, double duration) override {
-    tell("videoAdOnPlayQuartile", {static_cast<double>(number), duration});
+    note("videoAdOnPlayQuartile", {static_cast<double>(number), duration});
   }
   void videoAdOnBuffer(const std::shared_ptr<YMRAd>&, double duration, double second) override {
-    tell("videoAdOnBuffer", {duration, second});
+    note("videoAdOnBuffer", {duration, second});
   }
   void videoAdOnPause(const std::shared_ptr<YMRAd>&, double duration, double second) override {
-    tell("videoAdOnPause", {duration, second});
+    note("videoAdOnPause", {duration, second});
   }
   void videoAdOnPlay(const std::shared_ptr<YMRAd>&, double duration, double second) override {
-    tell("videoAdOnPlay", {duration, second});
+    note("videoAdOnPlay", {duration, second});
   }
 
   // "PausedVideo" for a YMRPlayerStatePausedVideo.
@@ -123,9 +119,5 @@ class RecordingHub : public YMRPlayerStateHub {
       line += text;
     }
     did.push_back(line);
-  }
-  void tell(const std::string& callback, std::initializer_list<double> numbers) {
-    note(callback, numbers);
-    if (const auto host = inside.find(callback); host != inside.end()) host->second();
   }
 };

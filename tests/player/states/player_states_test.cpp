@@ -129,42 +129,6 @@ TEST(PlayerStates, aQuartileIsReportedOnceItsShareIsExceededAndOneATickAtMost) {
   }
 }
 
-// What a host does inside a callback may end the state's say: nothing more is then reported, recorded or entered.
-TEST(PlayerStates, aStateThatIsNoLongerCurrentDoesNothingMore) {
-  struct Row {
-    std::string state, callback;
-    Event event;
-    Lines did;
-  };
-  const std::vector<Row> table{
-      {"PlayingVideo", "videoOnPause", vodStops, {"videoOnPause 12"}},
-      {"PlayingVideo", "videoOnPauseDuration", vodStops, {"videoOnPause 12", "videoOnPauseDuration 12 90"}},
-      {"PlayingVideo", "videoDidBuffer", bufferEmpty, {"videoDidBuffer"}},
-      {"PlayingVideo", "videoOnTime", tick, {"videoOnTime 7"}},
-      {"PausedVideo", "videoOnPlay", vodStarts, {"videoOnPlay"}},
-      {"PausedVideo", "videoOnPlayDuration", vodStarts, {"videoOnPlay", "videoOnPlayDuration 12 90"}},
-      {"PlayingAd", "videoAdOnPause", adStops, {"track 7", "videoAdOnPause 10 3"}},
-      {"PlayingAd", "videoAdOnTime", adTick, {"videoAdOnTime 10 4"}},
-      {"PlayingAd", "videoAdOnPlayQuartile", adTick, {"videoAdOnTime 10 4", "track 2", "videoAdOnPlayQuartile 0 10"}},
-      {"PausedAd", "videoAdOnPlay", adStarts, {"track 8", "videoAdOnPlay 10 3"}},
-  };
-  for (const auto& row : table) {
-    SCOPED_TRACE(row.callback);
-    RecordingHub hub;
-    hub.startPosition = 30;
-    hub.adDurationNow = 10;
-    hub.recordedRate = row.state == "PlayingVideo";
-    hub.state = make(row.state);
-    const auto successor = make("CompletedVideo");
-    hub.inside[row.callback] = [&] { hub.state = successor; };
-    happen(row.event, hub);
-    EXPECT_EQ(hub.did, row.did);
-    EXPECT_EQ(hub.state, successor);
-    EXPECT_EQ(hub.recordedRate, row.state == "PlayingVideo");
-    EXPECT_EQ(hub.startPosition, 30);
-  }
-}
-
 TEST(PlayerStates, aStateThatForgetsToHandleEventsIsAProgrammingError) {
   YMRAbstractPlayerState state;
   RecordingHub hub;
