@@ -6,7 +6,6 @@
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/PerformSelector.h"
-#include "platform/uikit/UIApplication.h"
 #include "player/YMRDelegateSend.h"
 #include "player/YMRItemPreparation.h"
 #include "player/YMRStallRules.h"
@@ -132,29 +131,27 @@ void YMRVideoPlayerImpl::programmeItemDidChange(const std::string& keyPath) {
     if (item->status() != AVPlayerItemStatusFailed) return;
     sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnError, item->error().value_or(NSError{}));
   } else if (keyPath == "playbackLikelyToKeepUp") {
-    if (!hasBegun_ || item->isPlaybackLikelyToKeepUp()) return;
+    if (!hasBegun_ || player->rate() == 0 || item->isPlaybackLikelyToKeepUp()) return;
     if (!isStallToRecover(player->currentTime(), item->duration())) return;
     player->pause();
     if (vodPlayer_ == player) handleStalled();
   }
 }
 
-// Polls until the programme can go on. Every poll nudges the player, since its rate was set to 0. Out of sight, or
-// behind an ad, it is to stay where it is.
+// Polls until the programme can go on. Every poll nudges the player; who has paused it since the last one is obeyed.
+// Behind an ad it is to stay where it is.
 void YMRVideoPlayerImpl::handleStalled() {
   cancelPreviousPerformRequestsWithTarget(this);
   const auto player = vodPlayer_;
   const auto item = player ? player->currentItem() : nullptr;
   if (!item || item->status() == AVPlayerItemStatusFailed || isPlayingAd_) return;
-  if (UIApplication::sharedApplication().isInBackground()) return;
-  if (item->isPlaybackLikelyToKeepUp() || isLeadEnough(availableDuration() - CMTimeGetSeconds(item->currentTime()))) {
-    player->play();
-    if (vodPlayer_ == player) player->play();
-    return;
+  const double lead = availableDuration() - CMTimeGetSeconds(item->currentTime());
+  if (!item->isPlaybackLikelyToKeepUp() && !isLeadEnough(lead)) {
+    performSelectorAfterDelay(this, "handleStalled", std::chrono::milliseconds(500), [weak = weak_from_this()] {
+      const auto self = weak.lock();
+      if (self && self->isProgrammeRunning()) self->handleStalled();
+    });
   }
-  performSelectorAfterDelay(this, "handleStalled", std::chrono::milliseconds(500), [weak = weak_from_this()] {
-    if (const auto self = weak.lock()) self->handleStalled();
-  });
   player->play();
 }
 

@@ -117,17 +117,3 @@ TEST(BreakViewer, outOfSightNothingPlaysAndAfterwardsItGoesOn) {
     }
   }
 }
-
-TEST(BreakViewer, aStallOutOfSightIsNotRecovered) {
-  OnScreen rig;
-  rig.player->setAdSchedule(nullptr);
-  rig.playFilm();
-  rig.loop.advance(5s);
-  rig.engine().stall();
-  rig.loop.advance(1s);
-  EXPECT_NE(rig.rates(), 0) << "the poll nudges it";
-  UIApplication::sharedApplication().setVisible(false);
-  rig.loop.advance(5s);
-  EXPECT_EQ(rig.rates(), 0);
-  UIApplication::sharedApplication().setVisible(true);
-}
