@@ -144,6 +144,14 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
 
  private:
   enum class Presentation { alive, leaving, gone };
+  // How far the break has come that is under way.
+  enum class BreakStage {
+    none,
+    fetching,  // its tag is
+    fetched,   // its ads are at hand; a mid-roll's wait here for a programme that somebody has paused
+    begun,     // its ads are taken, one by one
+    onScreen,  // the programme has been stopped for them
+  };
 
   // ---- Core.
   YMRVideoPlayerImpl();
@@ -179,13 +187,17 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   // Starts the chosen mid-roll when it is due at `time`; returns whether it was.
   bool playMidRollDueAt(const CMTime& time);
   void playVastUrl(const std::optional<NSURL>& url);
+  bool isBreakUnderWay() const { return breakStage_ != BreakStage::none; }
+  // Whether a mid-roll is under way and somebody has paused the programme, which neither it nor its failure may start.
+  bool isProgrammePausedBeforeBreak() const;
   // Leads on to what comes after the break.
   void breakDidEnd(bool seek);
   void goOnWithProgramme(bool seek);
   void goOnAtEnd();
   void takeOverlayOffScreen();
   void leaveBreak();
-  void pauseVideoPlayer();
+  // Stops the programme for an ad; whether that is the first one of the break on the screen.
+  bool pauseVideoPlayer();
   // Starts the programme, or hands it back after a break: where it stands or, with `seek`, at lastPlayTime_.
   void resumeVideoPlayer(bool seek);
   void playVideo();
@@ -196,6 +208,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   using AdSource = std::variant<std::optional<NSURL>, VASTDocument>;
   void loadVideoUsingSource(const AdSource& source);
   void vastDidLoad(YMRVastModel& model);
+  // Begins with the ads of a break that has been fetched, unless they wait.
+  void goOnWithBreak();
   // Takes the ads of the break one by one until one plays. When none is left it leads out of the break with `seek`, or
   // with what the last ad that failed here makes of it.
   void prepareToPlayVastAdModel(bool seek);
@@ -254,8 +268,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   std::shared_ptr<YMRAd> currentAdBreak_;  // being fetched or played, or the mid-roll that is next
   std::uint64_t currentMidRollOffsetIndex_ = 0;
   CMTime lastPlayTime_ = kCMTimeZero;
-  bool isBreakUnderWay_ = false;    // being fetched or played
-  bool programmeHasEnded_ = false;  // while a break was under way
+  BreakStage breakStage_ = BreakStage::none;
+  bool programmeHasEnded_ = false;  // while a break was under way, before the first of its ads
   bool playsWhenActive_ = false;    // was handed back out of sight
 
   // For the ads of a break.
@@ -269,5 +283,4 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   std::shared_ptr<YMRAdContainerView> adContainerView_;
   int currentQuartile_ = 0;
   std::atomic<bool> isPlayingAd_ = false;
-  bool hasOverlayBeenUp_ = false;  // for an ad of this break
 };

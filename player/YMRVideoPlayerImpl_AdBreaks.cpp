@@ -91,7 +91,7 @@ void YMRVideoPlayerImpl::startPostRoll() {
 }
 
 bool YMRVideoPlayerImpl::playMidRollDueAt(const CMTime& time) {
-  if (!adSchedule_ || adState_ != YMRAdStateMidRoll || isBreakUnderWay_ || !isArmedMidRoll(currentAdBreak_)) {
+  if (!adSchedule_ || adState_ != YMRAdStateMidRoll || isBreakUnderWay() || !isArmedMidRoll(currentAdBreak_)) {
     return false;
   }
   const auto& offsets = *adSchedule_->midRollOffsets();
@@ -105,7 +105,7 @@ bool YMRVideoPlayerImpl::playMidRollDueAt(const CMTime& time) {
 }
 
 void YMRVideoPlayerImpl::playVastUrl(const std::optional<NSURL>& url) {
-  isBreakUnderWay_ = true;
+  breakStage_ = BreakStage::fetching;
   ++adNumber_;
   if (const auto label = adContainerView_->timeRemainLabel()) {
     label->setText(adSchedule_ ? adSchedule_->adLoadingText() : "");
@@ -114,16 +114,24 @@ void YMRVideoPlayerImpl::playVastUrl(const std::optional<NSURL>& url) {
   loadVideoUsingSource(url);
 }
 
+bool YMRVideoPlayerImpl::isProgrammePausedBeforeBreak() const {
+  return isBreakUnderWay() && breakStage_ != BreakStage::onScreen && currentAdBreak_->roll() == YMRAdRollMid &&
+         vodPlayerRate() == 0 && !programmeHasEnded_;
+}
+
 // Every break leads on to something, whatever became of its ads.
 void YMRVideoPlayerImpl::breakDidEnd(bool seek) {
-  isBreakUnderWay_ = false;
+  const bool staysPaused = isProgrammePausedBeforeBreak();
+  breakStage_ = BreakStage::none;
   const bool programmeHasEnded = std::exchange(programmeHasEnded_, false);
   takeOverlayOffScreen();
+  if (vodPlayer_) vodPlayer_->setMuted(false);
   // When its schedule was taken away meanwhile, the break goes back the way it came.
   switch (adState_ == YMRAdStateNone ? phaseOf(*currentAdBreak_) : adState_) {
     case YMRAdStatePreRoll:
       return startPreRoll();
     case YMRAdStateMidRoll:
+      if (staysPaused) return startMidRoll();
       return programmeHasEnded ? goOnAtEnd() : goOnWithProgramme(seek);
     case YMRAdStatePostRoll:
       return startPostRoll();
@@ -140,20 +148,19 @@ void YMRVideoPlayerImpl::goOnWithProgramme(bool seek) {
 
 // A mid-roll came due at the programme's very end, which comes only once; there may be more of them.
 void YMRVideoPlayerImpl::goOnAtEnd() {
+  playerState_ = std::make_shared<YMRPlayerStatePausedVideo>();
   startMidRoll();
   const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
-  // Behind an ad it went back to its beginning; a host that keeps the screen shows its last picture.
-  if (item && CMTimeCompare(item->currentTime(), lastPlayTime_) < 0) {
-    vodPlayer_->seekToTime(lastPlayTime_, kCMTimeZero, kCMTimeZero);
-  }
-  programmeHasEnded_ = item && playMidRollDueAt(item->duration());
-  if (!programmeHasEnded_) startPostRoll();
+  programmeHasEnded_ = true;
+  if (item && playMidRollDueAt(item->duration())) return;
+  programmeHasEnded_ = false;
+  startPostRoll();
 }
 
 // Ends a break with everything that it has, without a word.
 void YMRVideoPlayerImpl::leaveBreak() {
   ++adNumber_;
-  isBreakUnderWay_ = false;
+  breakStage_ = BreakStage::none;
   isPlayingAd_ = false;
   takeAdOffScreen();
   takeOverlayOffScreen();
@@ -161,22 +168,24 @@ void YMRVideoPlayerImpl::leaveBreak() {
 }
 
 void YMRVideoPlayerImpl::takeOverlayOffScreen() {
-  hasOverlayBeenUp_ = false;
   adContainerView_->removeFromSuperview();
   adContainerView_->endWaiting();
   if (const auto indicator = adContainerView_->loadingIndicator()) indicator->stopAnimating();
 }
 
-void YMRVideoPlayerImpl::pauseVideoPlayer() {
+bool YMRVideoPlayerImpl::pauseVideoPlayer() {
   cancelPreviousPerformRequestsWithTarget(this);  // of a stall
   playsWhenActive_ = false;
   const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
-  lastPlayTime_ = item ? item->currentTime() : kCMTimeZero;
+  const bool isFirst = std::exchange(breakStage_, BreakStage::onScreen) != BreakStage::onScreen;
+  // A host may have kept the programme running behind the ad before this one.
+  if (isFirst) lastPlayTime_ = item ? item->currentTime() : kCMTimeZero;
   SKLogger::debug(adTag,
                   "Pause video player for playing ad at " + stringWithDouble(CMTimeGetSeconds(lastPlayTime_), 6));
-  if (!vodPlayer_) return;
+  if (!vodPlayer_) return isFirst;
   vodPlayer_->setMuted(true);
   vodPlayer_->pause();
+  return isFirst;
 }
 
 void YMRVideoPlayerImpl::resumeVideoPlayer(bool seek) {
@@ -186,7 +195,6 @@ void YMRVideoPlayerImpl::resumeVideoPlayer(bool seek) {
   if (!vodPlayer_) return;
   // Whatever was recorded of it, what comes is a start.
   currentVodPlayerRate_ = 0;
-  vodPlayer_->setMuted(false);
   playVideo();
 }
 

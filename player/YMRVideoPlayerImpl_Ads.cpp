@@ -62,6 +62,13 @@ void YMRVideoPlayerImpl::vastDidLoad(YMRVastModel& model) {
   sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnResponse, currentAdBreak_);
   if (!isAtHand(number)) return;
   ads_ = YMRAdQueue(model);
+  breakStage_ = BreakStage::fetched;
+  goOnWithBreak();
+}
+
+void YMRVideoPlayerImpl::goOnWithBreak() {
+  if (breakStage_ != BreakStage::fetched || isProgrammePausedBeforeBreak()) return;
+  breakStage_ = BreakStage::begun;
   prepareToPlayVastAdModel(false);
 }
 
@@ -138,14 +145,14 @@ void YMRVideoPlayerImpl::startAd() {
   SKLogger::debug(adTag, "initializing player");
   adContainerView_->confWithAdSchedule(adSchedule_);
   const auto number = adNumber_;
-  pauseVideoPlayer();
+  const bool isFirst = pauseVideoPlayer();
   if (!isAtHand(number)) return;
   isPlayingAd_ = true;
   playerState_ = std::make_shared<YMRPlayerStatePlayingAd>();
   adPlayer_ = std::make_unique<YMRAdPlayer>(ad_.mediaFile->url());
   adPlayer_->showIn(*adContainerView_->adPlayerView());
   // Between two ads it stays as it was, so that the programme does not show through.
-  if (!std::exchange(hasOverlayBeenUp_, true)) adContainerView_->awaitPicture();
+  if (isFirst) adContainerView_->awaitPicture();
   addSubViewWithAutolayout(avPlayerVC_->view(), adContainerView_);
   adPlayer_->listen(weak_from_this());
   trackEvent(SKVASTTrackingEventStart);

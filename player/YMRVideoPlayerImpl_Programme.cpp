@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "VAST/SKLogger.h"
+#include "platform/dispatch/Dispatch.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/PerformSelector.h"
@@ -42,8 +43,7 @@ void YMRVideoPlayerImpl::_playWithMediaItem(const std::shared_ptr<YMRMediaItem>&
     self->videoStartPosition_ = startPosition;  // only now: until then the programme before may still be started
     self->playWithAVMediaItem(item);
   };
-  preparation_ =
-      YMRItemPreparation::begin(mediaItem ? mediaItem : std::make_shared<YMRMediaItem>(), asset, didPrepare);
+  preparation_ = YMRItemPreparation::begin(mediaItem ? mediaItem : std::make_shared<YMRMediaItem>(), asset, didPrepare);
 }
 
 void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>& item) {
@@ -94,7 +94,7 @@ void YMRVideoPlayerImpl::observeProgramme(const std::shared_ptr<AVPlayerItem>& i
 void YMRVideoPlayerImpl::start() {
   YMR_ASSERT_MAIN_THREAD();
   const auto self = shared_from_this();
-  if (presentation_ != Presentation::alive || isBreakUnderWay_ || isProgrammeRunning()) return;
+  if (presentation_ != Presentation::alive || isBreakUnderWay() || isProgrammeRunning()) return;
   startPreRoll();
 }
 
@@ -122,6 +122,12 @@ void YMRVideoPlayerImpl::observeValueForKeyPath(const std::string& keyPath, cons
     if (keyPath != "rate" || playerState_ == state || presentation_ != Presentation::alive) break;
   }
   if (vodPlayer_ && object == vodPlayer_->currentItem()) programmeItemDidChange(keyPath);
+  if (breakStage_ == BreakStage::fetched && isVodPlayer(object.get())) {
+    // A break that waited goes on, but not from inside somebody's play().
+    dispatch_async(dispatch_get_main_queue(), [weak = weak_from_this()] {
+      if (const auto self = weak.lock()) self->goOnWithBreak();
+    });
+  }
 }
 
 void YMRVideoPlayerImpl::programmeItemDidChange(const std::string& keyPath) {
@@ -180,16 +186,16 @@ void YMRVideoPlayerImpl::videoDidSeek(const NSNotification& notification) {
 void YMRVideoPlayerImpl::videoPlayDidEnd() {
   const auto player = vodPlayer_;
   if (!player) return;
-  if (isPlayingAd_) {
-    programmeHasEnded_ = true;
+  if (isPlayingAd_) {  // a host kept it running: it goes on where it was stopped for the ad
     player->seekToTime(CMTimeMakeWithSeconds(0, 1'000'000'000), kCMTimeZero, kCMTimeZero);
     return;
   }
   player->pause();
   // The host may have dismissed the player, or started it anew, when it heard of the pause.
   if (vodPlayer_ != player || player->rate() != 0) return;
-  if (isBreakUnderWay_) {  // a mid-roll that came due at the very end still has its turn
+  if (isBreakUnderWay()) {  // a mid-roll that came due at the very end still has its turn
     programmeHasEnded_ = true;
+    goOnWithBreak();
   } else if (adState_ == YMRAdStateMidRoll || adState_ == YMRAdStatePostRoll) {
     startPostRoll();
   } else {

@@ -131,6 +131,48 @@ TEST(AdBreaks, ofUnknownLengthCountNothingDown) {
   }
 }
 
+TEST(AdBreaks, waitForAProgrammeThatSomebodyHasPausedAndDoNotStartIt) {
+  const Lines endings{"videoAdOnComplete", "videoAdOnErrorDesc"};
+  for (const auto* moment : {"videoAdOnRequest", "later", "videoAdOnResponse", "videoAdOnErrorDesc"}) {
+    for (const bool fails : {false, true}) {
+      if (!fails && moment == endings[1]) continue;
+      SCOPED_TRACE(std::string(moment) + (fails ? ", fails" : ""));
+      BreakRig rig;
+      auto slow = BreakRig::pod({"a"}, fails ? "video/webm" : "video/mp4");
+      slow.delay = 2s;
+      rig.midRoll("slow", 3, slow);
+      rig.begin();
+      rig.host.inside[moment] = [&] { rig.hub().vodPlayer()->pause(); };
+      rig.runUntilHeard("videoAdOnRequest:Midroll");
+      if (moment == std::string("later")) rig.loop.advance(500ms), rig.hub().vodPlayer()->pause();
+      rig.loop.advance(60s);
+      EXPECT_LT(rig.player->currentPosition(), 6);
+      EXPECT_EQ(rig.host.count("videoAdOnStart") + rig.host.count(endings[1]), moment == endings[1] ? 1 : 0);
+      rig.hub().vodPlayer()->play();
+      EXPECT_EQ(rig.hub().vodPlayer()->rate(), 1) << "the break comes on a turn of its own";
+      rig.runUntilHeard("videoDidPlayFinished");
+      EXPECT_EQ(rig.host.heardOf(endings).size(), 1u);
+      EXPECT_EQ(rig.tracked("a"), fails ? Lines{"error-401"} : BreakRig::wholeAd());
+    }
+  }
+}
+
+TEST(AdBreaks, behindWhichTheProgrammeEndsHandItBackWhereItStopped) {
+  BreakRig rig;
+  rig.media.script(BreakRig::film("a")).duration = 30;
+  rig.midRoll("mid", 3, BreakRig::pod({"a", "b"}));
+  rig.postRoll("post", BreakRig::pod({"c"}));
+  rig.begin();
+  rig.runUntilHeard("videoAdOnTime 30 1");
+  rig.hub().vodPlayer()->play();  // a host that keeps it running
+  rig.runUntilHeard("videoAdOnPodComplete:Midroll");
+  rig.loop.advance(1s);
+  EXPECT_NEAR(rig.player->currentPosition(), 4, 0.1);
+  EXPECT_EQ(rig.state(), "PlayingVideo");
+  rig.runUntilHeard("videoDidPlayFinished");
+  EXPECT_EQ(rig.tracked("c"), BreakRig::wholeAd());
+}
+
 TEST(AdBreaks, atTheVeryEndAndAtTheVeryBeginningHaveTheirTurn) {
   for (const bool fails : {false, true}) {
     BreakRig rig;
@@ -139,7 +181,13 @@ TEST(AdBreaks, atTheVeryEndAndAtTheVeryBeginningHaveTheirTurn) {
     rig.midRoll("last", 20, film("b"));
     rig.midRoll("very-last", 20, film("c"));
     rig.postRoll("post", BreakRig::pod({"d"}));
+    rig.host.inside["videoAdOnRequest"] = [&] {
+      if (rig.hub().adState() != YMRAdStatePostRoll) return;
+      EXPECT_EQ(rig.state(), "PausedVideo");
+      EXPECT_FALSE(rig.engine().log().muted);
+    };
     ASSERT_TRUE(rig.playToEnd());
+    EXPECT_FALSE(rig.engine().log().muted) << "a host may keep the screen and play it once more";
     for (const auto* ad : {"a", "b", "c"}) EXPECT_EQ(rig.tracked(ad), fails ? Lines{"error-401"} : BreakRig::wholeAd());
     EXPECT_EQ(rig.tracked("d"), BreakRig::wholeAd());
     EXPECT_EQ(rig.host.count("videoOnTime"), fails ? 21 : 22);
