@@ -58,14 +58,15 @@ class YMR_API YMRVideoPlayer {
   void presentWithController(const std::shared_ptr<UIViewController>& controller);
 
   // Loads the programme and starts it when it is ready, with the picture at `startPosition`; in seconds, beyond the
-  // media's ends the nearest end. What can't be played is reported through videoOnError. Called again, the new programme takes the old one's
-  // place when it is ready. The item is not to be changed until then.
+  // media's ends the nearest end. What can't be played is reported through videoOnError. Called again, the new
+  // programme takes the old one's place when it is ready. The item is not to be changed until then.
   void playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, std::int64_t startPosition);
   // The same with an asset of the host's; the item's address is not used.
   void playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
                          std::int64_t startPosition);
-  // Starts the presentation from its beginning. Playing calls it by itself; it is here for hosts that drive the player
-  // themselves. Nothing while the programme runs, or an ad break does.
+  // Starts the presentation from its beginning, after its end too: all is told once more, and the breaks that are left
+  // play. Playing calls it by itself; it is here for hosts that drive the player themselves. Nothing while the
+  // programme runs, or an ad break does.
   void start();
   // Stops everything and takes the player off the screen. playerWillDismiss comes first, playerDidDismiss last. Nothing
   // when it has been called before.

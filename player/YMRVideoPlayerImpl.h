@@ -165,7 +165,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void _playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
                           std::int64_t startPosition);
   void playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>& item);
-  void observeProgramme(const std::shared_ptr<AVPlayerItem>& item);
+  // Observes the programme, of which nothing has been played.
+  void followFromBeginning(const std::shared_ptr<AVPlayerItem>& item);
   void removeObserver();
   void observeValueForKeyPath(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
                               const NSKeyValueChange& change, void* context) override;

@@ -58,12 +58,7 @@ void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>
   const auto player = vodPlayer_;
   loadSubtitle();
   if (vodPlayer_ != player) return;
-  currentMidRollOffsetIndex_ = 0;
-  hasBegun_ = false;
-  programmeHasEnded_ = false;
-  playsWhenActive_ = false;
-  currentVodPlayerRate_ = 0;
-  observeProgramme(item);
+  followFromBeginning(item);
   if (overlayView_) {
     addSubViewWithAutolayout(avPlayerVC_->contentOverlayView(), overlayView_);
     avPlayerVC_->contentOverlayView()->sendSubviewToBack(overlayView_);
@@ -71,7 +66,12 @@ void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>
   start();
 }
 
-void YMRVideoPlayerImpl::observeProgramme(const std::shared_ptr<AVPlayerItem>& item) {
+void YMRVideoPlayerImpl::followFromBeginning(const std::shared_ptr<AVPlayerItem>& item) {
+  currentMidRollOffsetIndex_ = 0;
+  hasBegun_ = false;
+  programmeHasEnded_ = false;
+  playsWhenActive_ = false;
+  currentVodPlayerRate_ = 0;
   const auto weak = weak_from_this();
   vodTimeObserver_ =
       vodPlayer_->addPeriodicTimeObserver(CMTimeMakeWithSeconds(1.0, 1'000'000'000), nullptr, [weak](CMTime time) {
@@ -95,6 +95,8 @@ void YMRVideoPlayerImpl::start() {
   YMR_ASSERT_MAIN_THREAD();
   const auto self = shared_from_this();
   if (presentation_ != Presentation::alive || isBreakUnderWay() || isProgrammeRunning()) return;
+  const bool isAfterItsEnd = vodPlayer_ && !vodTimeObserver_;
+  if (isAfterItsEnd) followFromBeginning(vodPlayer_->currentItem());
   startPreRoll();
 }
 

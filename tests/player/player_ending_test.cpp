@@ -66,18 +66,26 @@ TEST(Ending, aHostThatDoesNotAnswerTheEndSeesThePlayerDismissItself) {
   expectNothingLeft(rig);
 }
 
-TEST(Ending, isPutOffByAHostThatStartsItAnewFromItsLastPause) {
-  PlayerRig rig;
-  rig.host.inside["videoOnPause"] = [&] {
-    rig.host.inside.clear();
-    rig.player->start();
-  };
-  rig.playFilm();
-  rig.loop.advance(65s);
-  EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 0);
-  EXPECT_EQ(rig.state(), "PlayingVideo");
-  rig.loop.advance(60s);
-  EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
+TEST(Ending, isFollowedByAllOfItOnceMoreWhenTheHostStartsItAgain) {
+  for (const auto* moment : {"videoOnPause", "videoDidPlayFinished", "later"}) {
+    SCOPED_TRACE(moment);
+    PlayerRig rig;
+    Lines once;
+    const auto startAgain = [&] {
+      rig.host.inside.clear();
+      once = std::exchange(rig.host.heard, {});
+      rig.player->start();
+    };
+    rig.host.inside[moment] = startAgain;
+    rig.playFilm();
+    rig.loop.advance(65s);
+    if (moment == std::string("later")) startAgain();
+    rig.loop.advance(65s);
+    rig.host.heard.resize(std::min(once.size(), rig.host.heard.size()));
+    EXPECT_EQ(rig.host.heard, once);
+    EXPECT_EQ(rig.host.count("videoDidPlayFinished"), moment == std::string("videoOnPause") ? 0 : 1);
+    EXPECT_EQ(rig.state(), "CompletedVideo");
+  }
 }
 
 TEST(Ending, dismissalReportsThePauseItMakesAndThenIsSilent) {
@@ -132,24 +140,4 @@ TEST(Ending, menuDismissesWhereverThePresentationStands) {
     EXPECT_EQ(rig.host.count("playerDidDismiss"), 1);
     EXPECT_EQ(rig.host.heard.back(), "playerDidDismiss");
   }
-}
-
-TEST(Ending, observersAreThereForTheProgrammeAndGoneAfterItsEnd) {
-  PlayerRig rig;
-  const auto& center = NSNotificationCenter::defaultCenter();
-  rig.playFilm();
-  const auto player = rig.hub().vodPlayer();
-  const auto item = player->currentItem();
-  const auto observed = [&] {
-    int count = player->isObserved("rate");
-    for (const auto* key : {"playbackBufferEmpty", "status", "playbackLikelyToKeepUp"}) count += item->isObserved(key);
-    return count;
-  };
-  EXPECT_EQ(observed(), 4);
-  const auto during = center.observerCount();
-  rig.loop.advance(70s);
-  EXPECT_EQ(center.observerCount(), during - 2);
-  rig.player->dismiss();
-  rig.loop.advance(1s);
-  EXPECT_EQ(observed(), 0);
 }

@@ -176,10 +176,11 @@ TEST(Reentry, aStartAScheduleOrAPauseInsideAnyCallbackKeepsThePresentationGoingT
   };
   for (const auto& [name, act] : acts) {
     SCOPED_TRACE(name);
-    forEachCallback([&act = act](const std::string& callback, Story& story) {
+    forEachCallback([&name = name, &act = act](const std::string& callback, Story& story) {
       story.inside(callback, [&] { act(*story.player); });
       story.run();
-      EXPECT_EQ(story.host.count("videoDidPlayFinished"), callback == "videoOnError" ? 0 : 1);
+      const bool plays = callback == "videoDidPlayFinished" && name == std::string("start");
+      EXPECT_EQ(story.host.count("videoDidPlayFinished"), callback == "videoOnError" ? 0 : plays ? 2 : 1);
       EXPECT_EQ(story.host.count("playerDidDismiss"), 1);
       const char* last = callback == "videoOnError" ? "videoOnTime 14" : "videoOnTime 19";
       EXPECT_THAT(story.host.heard, testing::Contains(last)) << "the programme is no longer followed";
