@@ -91,7 +91,7 @@ void YMRVideoPlayerImpl::followApplication() {
 
 void YMRVideoPlayerImpl::presentWithController(const std::shared_ptr<UIViewController>& controller) {
   YMR_ASSERT_MAIN_THREAD();
-  if (controller) controller->presentViewController(avPlayerVC_, true);
+  if (controller && presentation_ == Presentation::alive) controller->presentViewController(avPlayerVC_, true);
 }
 
 void YMRVideoPlayerImpl::removeObserver() {
@@ -116,7 +116,8 @@ void YMRVideoPlayerImpl::removeObserver() {
 
 void YMRVideoPlayerImpl::dismiss() {
   YMR_ASSERT_MAIN_THREAD();
-  if (presentation_ != Presentation::alive) return;
+  if (presentation_ == Presentation::gone) return takeScreenAway(true);  // a host may have shown it once more
+  if (presentation_ == Presentation::leaving) return;
   const auto self = shared_from_this();
   presentation_ = Presentation::leaving;
   sendToDelegate(delegate_, &YMRVideoPlayerDelegate::playerWillDismiss);
@@ -125,7 +126,7 @@ void YMRVideoPlayerImpl::dismiss() {
   if (vodPlayer_) vodPlayer_->pause();
   if (presentation_ == Presentation::gone) return;
   removeObserver();
-  avPlayerVC_->dismissViewControllerAnimated(true);
+  takeScreenAway(true);
   letGoOfPlayers();
   if (delegateAnswers(delegate_, &YMRVideoPlayerDelegate::playerDidDismiss)) {
     sendToDelegate(delegate_, &YMRVideoPlayerDelegate::playerDidDismiss);
@@ -136,11 +137,17 @@ void YMRVideoPlayerImpl::dismiss() {
 // Nobody can dismiss the player any more, so it must not stay on the screen.
 void YMRVideoPlayerImpl::hostLetGo() {
   YMR_ASSERT_MAIN_THREAD();
-  if (presentation_ == Presentation::gone) return;
+  if (presentation_ == Presentation::gone) return takeScreenAway(false);
   delegate_.reset();
   removeObserver();
-  avPlayerVC_->dismissViewControllerAnimated(false);
+  takeScreenAway(false);
   letGoOfPlayers();
+}
+
+// With what a guest of the host's may have put over it: whoever presents it dismisses everything above.
+void YMRVideoPlayerImpl::takeScreenAway(bool animated) {
+  const auto presenting = avPlayerVC_->presentingViewController();
+  (presenting ? presenting : avPlayerVC_)->dismissViewControllerAnimated(animated);
 }
 
 void YMRVideoPlayerImpl::letGoOfPlayers() {

@@ -161,6 +161,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void followApplication();
   void handleBack(const UIGestureRecognizer& recognizer);
   void hostLetGo();
+  void takeScreenAway(bool animated);
   void letGoOfPlayers();
   void _playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,
                           std::int64_t startPosition);

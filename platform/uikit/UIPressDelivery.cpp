@@ -42,7 +42,9 @@ bool UIPressDelivery::offer(UIView& view, const UIPress& press) {
   UIViewController* controller = view.viewController();
   if (!controller) return false;
   const auto held = std::static_pointer_cast<UIViewController>(controller->weak_from_this().lock());
-  return held && held->pressesBegan(press) && taken({alive, {}, held});
+  if (held && held->pressesBegan(press)) return taken({alive, {}, held});
+  const auto presenting = held && press.type == UIPressTypeMenu ? held->presentingViewController() : nullptr;
+  return presenting && offer(*presenting->view(), press);
 }
 
 bool UIPressDelivery::begin(UIPressType type) {

@@ -23,8 +23,9 @@ class UIPressDelivery final : public QObject {
   // Where presses begin in `window`: what has the focus; without a focus on a visible view, the topmost view. May be
   // null.
   static QQuickItem* firstResponder(QQuickWindow& window);
-  // Offers a press that begins to one view: its recognisers, itself, its view controller. Whether one of them took it;
-  // when that one has offered it to another view from inside, the press is the other's.
+  // Offers a press that begins to one view: its recognisers, itself, its view controller and, for Menu, the view of the
+  // controller that presents that one. Whether one of them took it; when that one has offered it to another view from
+  // inside, the press is the other's.
   static bool offer(UIView& view, const UIPress& press);
 
   // Offers a press that begins to the first responder and what holds it, until one takes it; whether one did.

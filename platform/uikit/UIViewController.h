@@ -13,9 +13,10 @@ class UIWindow;
 // Owns a view and what happens in it; shows others over the whole window. Always held by shared_ptr. Main thread.
 //
 // Kept from the platform: the view is made on first use; a presented controller is held by the one that presents it,
-// covers the window, follows its size and has the presses until it is dismissed. Unlike the platform's, a dismissal
-// frees the place at once, so that the next controller may be presented while the last one fades out. Left out:
-// containment, presentation styles, rotation, notices to the one that is covered.
+// covers the window, follows its size and has the presses until it is dismissed; Menu, when it leaves that, goes to the
+// one that presents it. Unlike the platform's, a dismissal frees the place at once, so that the next controller may be
+// presented while the last one fades out. Left out: containment, presentation styles, rotation, notices to the one that
+// is covered.
 class YMR_API UIViewController : public NSObject {
  public:
   using Completion = std::function<void()>;

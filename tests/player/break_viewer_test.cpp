@@ -90,6 +90,36 @@ TEST(BreakViewer, leavesByMenuFromEveryMomentAsDoesTheHostThatGoes) {
   }
 }
 
+TEST(BreakViewer, isRidOfThePlayerAlsoUnderAGuestOfTheHostsOrWhenThatShowsItOnceMore) {
+  const std::vector<std::pair<const char*, std::function<void(OnScreen&)>>> ways{
+      {"dismiss", [](OnScreen& rig) { rig.player->dismiss(); }},
+      {"menu", [](OnScreen& rig) { rig.window.sendPress(UIPressTypeMenu); }},
+      {"destruction", [](OnScreen& rig) { rig.player.reset(); }},
+  };
+  for (const auto& [way, leave] : ways) {
+    for (const bool hasGuest : {true, false}) {
+      SCOPED_TRACE(std::string(way) + (hasGuest ? ", a guest" : ", once more"));
+      OnScreen rig;
+      rig.begin();
+      const auto root = rig.window.rootViewController();
+      const auto screen = rig.hub().avPlayerVC();
+      if (hasGuest) {
+        screen->presentViewController(std::make_shared<UIViewController>(), false);
+      } else {
+        rig.player->dismiss();
+        rig.player->presentWithController(root);
+        EXPECT_EQ(root->presentedViewController(), nullptr) << "it has had its time";
+        root->presentViewController(screen, false);
+      }
+      rig.loop.advance(1s);
+      leave(rig);
+      rig.loop.advance(1s);
+      EXPECT_EQ(root->presentedViewController(), nullptr);
+      EXPECT_EQ(screen->view()->window(), nullptr);
+    }
+  }
+}
+
 TEST(BreakViewer, outOfSightNothingPlaysAndAfterwardsItGoesOn) {
   for (const auto* moment : {"videoAdOnRequest:Preroll", "videoAdOnStart:Preroll", "videoAdOnTime 8 4", "videoOnTime 2",
                              "videoAdOnRequest:Midroll", "videoAdOnTime 8 7", "videoAdOnComplete:Midroll",
