@@ -196,6 +196,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void breakDidEnd(bool seek);
   void goOnWithProgramme(bool seek);
   void goOnAtEnd();
+  // Nothing when it is there. With `waits` the viewer sees the programme's last picture until there is more to see.
+  void putOverlayOnScreen(bool waits);
   void takeOverlayOffScreen();
   void leaveBreak();
   // Stops the programme for an ad; whether that is the first one of the break on the screen.

@@ -9,6 +9,7 @@
 #include "player/YMRVideoPlayerImpl.h"
 #include "player/states/YMRPlayerStatePausedVideo.h"
 #include "player/states/YMRPlayerStateRules.h"
+#include "ui/Autolayout.h"
 
 namespace {
 
@@ -111,6 +112,9 @@ void YMRVideoPlayerImpl::playVastUrl(const std::optional<NSURL>& url) {
     label->setText(adSchedule_ ? adSchedule_->adLoadingText() : "");
   }
   if (const auto indicator = adContainerView_->loadingIndicator()) indicator->startAnimating();
+  adContainerView_->confWithAdSchedule(adSchedule_);
+  // A mid-roll is fetched while the programme plays; before and after it nothing does.
+  if (currentAdBreak_->roll() != YMRAdRollMid) putOverlayOnScreen(true);
   loadVideoUsingSource(url);
 }
 
@@ -165,6 +169,12 @@ void YMRVideoPlayerImpl::leaveBreak() {
   takeAdOffScreen();
   takeOverlayOffScreen();
   ads_.clear();
+}
+
+void YMRVideoPlayerImpl::putOverlayOnScreen(bool waits) {
+  if (adContainerView_->superview()) return;
+  if (waits) adContainerView_->awaitPicture();
+  addSubViewWithAutolayout(avPlayerVC_->view(), adContainerView_);
 }
 
 void YMRVideoPlayerImpl::takeOverlayOffScreen() {

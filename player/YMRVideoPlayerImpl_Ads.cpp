@@ -13,7 +13,6 @@
 #include "player/YMRVideoPlayerImpl.h"
 #include "player/states/YMRPlayerStatePlayingAd.h"
 #include "player/states/YMRPlayerStateRules.h"
-#include "ui/Autolayout.h"
 
 namespace {
 
@@ -152,8 +151,7 @@ void YMRVideoPlayerImpl::startAd() {
   adPlayer_ = std::make_unique<YMRAdPlayer>(ad_.mediaFile->url());
   adPlayer_->showIn(*adContainerView_->adPlayerView());
   // Between two ads it stays as it was, so that the programme does not show through.
-  if (isFirst) adContainerView_->awaitPicture();
-  addSubViewWithAutolayout(avPlayerVC_->view(), adContainerView_);
+  putOverlayOnScreen(isFirst);
   adPlayer_->listen(weak_from_this());
   trackEvent(SKVASTTrackingEventStart);
   trackEvent(SKVASTTrackingEventCreativeView);
@@ -227,8 +225,8 @@ bool YMRVideoPlayerImpl::endAd(bool seek, bool shouldPassTracking) {
 
 // Nothing that the player of an ad still has to say belongs to that ad any more.
 void YMRVideoPlayerImpl::takeAdOffScreen() {
-  adPlayer_ = nullptr;
   currentQuartile_ = 0;
+  if (!std::exchange(adPlayer_, nullptr)) return;
   adContainerView_->removeFromSuperview();
 }
 

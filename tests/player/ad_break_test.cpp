@@ -131,6 +131,31 @@ TEST(AdBreaks, ofUnknownLengthCountNothingDown) {
   }
 }
 
+TEST(AdBreaks, areAnnouncedWhileTheirTagIsFetchedUnlessTheProgrammePlays) {
+  BreakRig rig;
+  rig.schedule->setAdLoadingText("Soon");
+  rig.schedule->setAdpodCountdownText("%d left, %d of %d");
+  auto slow = BreakRig::pod({"a"});
+  slow.delay = 3s;
+  rig.preRoll("pre", slow);
+  rig.midRoll("mid", 3, slow);
+  rig.postRoll("post", slow);
+  rig.begin();
+  const auto& overlay = rig.hub().adContainerView();
+  for (const std::string roll : {"Preroll", "Midroll", "Postroll"}) {
+    SCOPED_TRACE(roll);
+    rig.runUntilHeard("videoAdOnRequest:" + roll);
+    for (const auto wait : {1s, 2s}) {
+      rig.loop.advance(wait - 50ms);
+      EXPECT_EQ(overlay->superview() && overlay->alpha() == 1, roll != "Midroll");
+      EXPECT_TRUE(isWaiting(rig) && label(rig) == "Soon");
+    }
+    rig.runUntilHeard("videoAdOnComplete:" + roll);
+    EXPECT_EQ(label(rig), "1 left, 1 of 1") << "the text for pods, for want of another";
+    EXPECT_EQ(overlay->superview(), nullptr);
+  }
+}
+
 TEST(AdBreaks, waitForAProgrammeThatSomebodyHasPausedAndDoNotStartIt) {
   const Lines endings{"videoAdOnComplete", "videoAdOnErrorDesc"};
   for (const auto* moment : {"videoAdOnRequest", "later", "videoAdOnResponse", "videoAdOnErrorDesc"}) {
