@@ -75,6 +75,7 @@ TEST(AdBreaks, stopTheProgrammeBetweenAnAdsImpressionAndItsStart) {
   EXPECT_EQ(rig.media.logs(BreakRig::film("a")).front()->source.purpose, MediaPurpose::advertisement);
   const auto ad = rig.hub().currentAdBreak();
   EXPECT_EQ(ad->adTitle(), "Title of a");
+  EXPECT_EQ(ad->adDescription(), "About a");
   EXPECT_TRUE(ad->isPlayed());
   rig.runUntilHeard("videoAdOnComplete:Midroll");
   rig.loop.advance(1s);
@@ -101,8 +102,12 @@ TEST(AdBreaks, showTheLoadingTextUntilTheFirstTickAndThenTheCountdown) {
   EXPECT_EQ(label(rig), "Soon");
   EXPECT_TRUE(isWaiting(rig));
   EXPECT_NE(rig.hub().adContainerView()->superview(), nullptr);
+  rig.host.inside["videoAdOnTime"] = [&] {
+    EXPECT_EQ(label(rig), "9 left");
+    EXPECT_TRUE(isWaiting(rig)) << "until the host has heard of the tick";
+    rig.host.inside.clear();
+  };
   rig.runUntilHeard("videoAdOnTime 8 0");
-  EXPECT_EQ(label(rig), "9 left");
   EXPECT_FALSE(isWaiting(rig));
   rig.runUntilHeard("videoAdOnTime 8 7");
   EXPECT_EQ(label(rig), "2 left");
@@ -154,6 +159,21 @@ TEST(AdBreaks, areAnnouncedWhileTheirTagIsFetchedUnlessTheProgrammePlays) {
     EXPECT_EQ(label(rig), "1 left, 1 of 1") << "the text for pods, for want of another";
     EXPECT_EQ(overlay->superview(), nullptr);
   }
+}
+
+TEST(AdBreaks, thatFailTellTheHostWhyInWords) {
+  BreakRig rig;
+  rig.midRoll("mid", 3, {.status = 404});
+  Lines messages;
+  rig.host.delegate->videoAdOnErrorDesc = [&](const auto&, int, const std::string& text) { messages.push_back(text); };
+  rig.host.inside["videoAdOnRequest"] = [&] {
+    EXPECT_EQ(rig.host.heardOf({"videoOnTime"}).back(), "videoOnTime 2") << "the break comes before its tick";
+  };
+  rig.begin();
+  rig.runUntilHeard("videoOnTime 3");
+  rig.runUntilHeard("videoOnTime 4");
+  EXPECT_THAT(rig.host.heardOf({"videoAdOnError"}), ElementsAre("videoAdOnError:No internet connection"));
+  EXPECT_THAT(messages, ElementsAre("There was a problem requesting ads from the server."));
 }
 
 TEST(AdBreaks, waitForAProgrammeThatSomebodyHasPausedAndDoNotStartIt) {
@@ -267,24 +287,6 @@ TEST(AdBreaks, thatSeeksPassByAreCaughtUpWithOneATick) {
     for (const auto* ad : {"at3", "at5", "at7"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
     rig.loop.advance(60s);
     EXPECT_EQ(rig.host.count("videoDidPlayFinished"), 1);
-  }
-}
-
-TEST(AdBreaks, withNobodyListeningPlayAndTheEndDismissesThePlayer) {
-  for (const bool hasEmptyDelegate : {false, true}) {
-    BreakRig rig;
-    const auto silent = std::make_shared<YMRVideoPlayerDelegate>();
-    rig.player->setDelegate(hasEmptyDelegate ? silent : nullptr);
-    rig.preRoll("pre", BreakRig::pod({"a"}));
-    rig.midRoll("mid", 3, BreakRig::pod({"b"}));
-    rig.postRoll("post", BreakRig::pod({"c"}));
-    rig.begin();
-    rig.loop.advance(60s);
-    for (const auto* ad : {"a", "b", "c"}) EXPECT_EQ(rig.tracked(ad), BreakRig::wholeAd());
-    EXPECT_THAT(rig.host.heard, IsEmpty());
-    EXPECT_EQ(rig.hub().vodPlayer(), nullptr);
-    EXPECT_EQ(rig.media.aliveEngines(), 0);
-    EXPECT_EQ(rig.loop.pendingTimers(), 0u);
   }
 }
 

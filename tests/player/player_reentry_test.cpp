@@ -145,6 +145,7 @@ TEST(Reentry, aDismissalInsideAnyCallbackIsTheOnlyOne) {
       story.run();
       EXPECT_EQ(story.host.count("playerWillDismiss"), 1);
       EXPECT_EQ(story.host.count("playerDidDismiss"), hearsOfItsEnd ? 1 : 0);
+      EXPECT_EQ(story.player->delegate() == nullptr, hearsOfItsEnd);
       EXPECT_TRUE(story.isAdGone());
       // Of what was let go of at the programme's end already.
       EXPECT_LE(std::exchange(complaints, 0), 1);
