@@ -344,26 +344,3 @@ TEST(AdBreaks, beginBeforeTheirProgrammeIsThereWhenTheHostStartsThem) {
   EXPECT_EQ(rig.engine().log().start, 10);
   EXPECT_THAT(rig.engine().log().seeks, IsEmpty()) << "it was made ready there";
 }
-
-TEST(AdBreaks, endWithoutAWordWhenAnotherProgrammeTakesOver) {
-  constexpr const char* second = "http://media.example/second.mp4";
-  for (const auto* moment : {"videoAdOnRequest:Midroll", "videoAdOnTime 8 4"}) {
-    SCOPED_TRACE(moment);
-    BreakRig rig;
-    rig.media.script(second).duration = 20;
-    auto pod = BreakRig::pod({"a", "b"});
-    pod.delay = 500ms;
-    rig.midRoll("mid", 3, pod);
-    rig.begin();
-    rig.runUntilHeard(moment);
-    const auto trackedByNow = rig.tracked();
-    rig.player->playWithMediaItem(PlayerRig::item(second), 0);
-    rig.loop.advance(1s);
-    EXPECT_TRUE(rig.isAdGone());
-    EXPECT_EQ(rig.host.count("videoAdOnPause"), 0);
-    rig.runUntilHeard("videoOnTime 15");
-    EXPECT_EQ(rig.host.count("videoAdOnComplete") + rig.host.count("videoAdOnError"), 0);
-    EXPECT_EQ(rig.tracked(), trackedByNow);
-    EXPECT_EQ(rig.media.aliveEngines(), 1);
-  }
-}

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include "VAST/SKLogger.h"
-#include "platform/foundation/NSNotificationCenter.h"
 #include "tests/player/PlayerRig.h"
 
 using testing::AllOf;
@@ -11,13 +10,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
-
-void pressMenu(PlayerRig& rig) {
-  for (const auto& recognizer : rig.hub().avPlayerVC()->view()->gestureRecognizers()) {
-    const UIPress press{UIPressTypeMenu, false};
-    if (recognizer->pressBegan(press)) recognizer->pressEnded(press);
-  }
-}
 
 void expectNothingLeft(PlayerRig& rig) {
   rig.loop.advance(5s);
@@ -115,29 +107,5 @@ TEST(Ending, aPlayerDestroyedFromWithinItsDismissalSaysNoMore) {
     rig.loop.advance(5s);
     EXPECT_EQ(rig.host.heard.back().find(callback), 0u) << callback;
     EXPECT_EQ(rig.media.aliveEngines(), 0);
-  }
-}
-
-TEST(Ending, menuDismissesWhereverThePresentationStands) {
-  const std::vector<std::pair<const char*, std::function<void(PlayerRig&)>>> table{
-      {"before any programme", [](PlayerRig&) {}},
-      {"while it loads", [](PlayerRig& rig) { rig.player->playWithMediaItem(PlayerRig::item(), 0); }},
-      {"at its start", [](PlayerRig& rig) { rig.playFilm(); }},
-      {"while it is paused", [](PlayerRig& rig) { rig.playFilm(), rig.hub().vodPlayer()->pause(); }},
-      {"during a stall", [](PlayerRig& rig) { rig.playFilm(), rig.loop.advance(3s), rig.engine().stall(); }},
-      {"during a seek", [](PlayerRig& rig) { rig.media.script(PlayerRig::film).seekDelay = 1, rig.playFilm(30); }},
-      {"after its failure", [](PlayerRig& rig) { rig.playFilm(), rig.engine().fail({}), rig.loop.advance(1s); }},
-      {"after its end", [](PlayerRig& rig) { rig.playFilm(), rig.loop.advance(70s); }},
-  };
-  for (const auto& [moment, reach] : table) {
-    SCOPED_TRACE(moment);
-    PlayerRig rig;
-    reach(rig);
-    pressMenu(rig);
-    pressMenu(rig);
-    expectNothingLeft(rig);
-    EXPECT_EQ(rig.host.count("playerWillDismiss"), 1);
-    EXPECT_EQ(rig.host.count("playerDidDismiss"), 1);
-    EXPECT_EQ(rig.host.heard.back(), "playerDidDismiss");
   }
 }
