@@ -2,8 +2,11 @@
 
 #include <sys/socket.h>
 
+#include <memory>
 #include <optional>
 #include <string>
+
+struct nl_sock;
 
 // Where packets to an address would go.
 struct NetworkRoute {
@@ -19,20 +22,24 @@ struct NetworkInterface {
   bool isWWAN = false;
 };
 
+// Whether no router passes packets to an IPv4 or IPv6 address on.
+bool isLinkLocal(const sockaddr& address);
+
 // Asks the kernel (rtnetlink) in the network namespace of the constructing thread. One thread at a time.
 class KernelRoutes {
  public:
   KernelRoutes();
   KernelRoutes(const KernelRoutes&) = delete;
   KernelRoutes& operator=(const KernelRoutes&) = delete;
-  ~KernelRoutes();
 
   // False when the kernel cannot be asked; then nothing is found.
-  bool isOpen() const { return socket_ >= 0; }
+  bool isOpen() const { return socket_ != nullptr; }
   // nil when there is no route, or only one that refuses.
   std::optional<NetworkRoute> routeTo(const sockaddr& address);
   std::optional<NetworkInterface> interface(unsigned index);
+  // One that is up and has an address by which others can reach it; nil when there is none.
+  std::optional<NetworkInterface> interfaceToNeighbours();
 
  private:
-  const int socket_;
+  std::unique_ptr<nl_sock, void (*)(nl_sock*)> socket_;
 };

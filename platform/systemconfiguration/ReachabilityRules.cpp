@@ -23,10 +23,6 @@ bool isUnspecified(const sockaddr& address) {
   return address.sa_family == AF_INET ? v4(address) == INADDR_ANY : IN6_IS_ADDR_UNSPECIFIED(&v6(address));
 }
 
-bool isLinkLocal(const sockaddr& address) {
-  return address.sa_family == AF_INET ? v4(address) >> 16 == 0xA9FE : IN6_IS_ADDR_LINKLOCAL(&v6(address));
-}
-
 SCNetworkReachabilityFlags internetFlags(KernelRoutes& kernel) {
   sockaddr_in address4{};
   address4.sin_family = AF_INET;
