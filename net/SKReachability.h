@@ -22,9 +22,10 @@ enum NetworkStatus : long {
 
 // Whether a host or an address can be reached, and over which kind of network.
 //
-// Every query reads the flags of that moment, waiting for a name's look-up within its bound; flags that cannot be read
-// count as "no". Any thread. Between startNotifier() and stopNotifier() changes are reported on a serial queue of the
-// object's own, and the object keeps itself alive.
+// Every query reads the flags of that moment and never waits: a name's look-up goes on elsewhere, and until its
+// addresses are known any route that they could take counts. Flags that cannot be read count as "no". Any thread.
+// Between startNotifier() and stopNotifier() changes are reported on a serial queue of the object's own, and the object
+// keeps itself alive. A look-up that fails is no change: it is made again.
 class YMR_API SKReachability : public NSObject {
  public:
   using NetworkReachable = std::function<void(const std::shared_ptr<SKReachability>&)>;

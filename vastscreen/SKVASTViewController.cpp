@@ -60,7 +60,6 @@ void SKVASTViewController::setDelegate(const std::weak_ptr<SKVASTViewControllerD
   }
 }
 
-// A first look at a name may take seconds, so it is made elsewhere, and counts unless a change was reported meanwhile.
 void SKVASTViewController::startReachability() {
   reachability_ = SKReachability::reachabilityWithHostname(SKVASTMediaFilePicker::probeHost());
   if (!reachability_) {
@@ -77,13 +76,11 @@ void SKVASTViewController::startReachability() {
     *network = Network::unreachable;
   });
   reachability_->startNotifier();
-  dispatch_async(dispatch_get_global_queue(), [network = network_, reachability = reachability_] {
-    const auto flags = reachability->reachabilityRef()->flags();
-    if (!flags) return;
-    auto unknown = Network::unknown;
-    network->compare_exchange_strong(
-        unknown, reachability->isReachableWithFlags(*flags) ? Network::reachable : Network::unreachable);
-  });
+  const auto flags = reachability_->reachabilityRef()->flags();
+  if (!flags) return;
+  auto unknown = Network::unknown;  // unless a change has been reported meanwhile
+  const bool isReachable = reachability_->isReachableWithFlags(*flags);
+  network_->compare_exchange_strong(unknown, isReachable ? Network::reachable : Network::unreachable);
 }
 
 void SKVASTViewController::addObservers() {

@@ -20,8 +20,8 @@ constexpr std::size_t maximumElements = 1'000'000;
 
 constexpr long statusOfDocument = 200;
 
-// A model's error while nothing has gone wrong.
-SKVASTError nothingYet(std::int32_t depth) {
+// The error of a model that has a document of that depth, while nothing has gone wrong.
+SKVASTError noAdErrorAt(std::int32_t depth) {
   return depth == 0 ? SKVASTErrorNoAd : SKVASTErrorNoAdAfterWrappers;
 }
 
@@ -40,6 +40,10 @@ SKVASTError fetchError(const URLResponse& response) {
   return response.error && response.error->code == NSURLErrorTimedOut ? SKVASTErrorTimeout : SKVASTErrorNoInternet;
 }
 
+std::string reasonFor(const URLResponse& response) {
+  return response.error ? response.error->message : "The server answered " + std::to_string(response.status) + ".";
+}
+
 }  // namespace
 
 struct VASTRequest::Fetch {
@@ -56,6 +60,7 @@ struct VASTRequest::Fetch {
 VASTRequest::VASTRequest(SKVAST2ParserOptions options, std::shared_ptr<YMRVastModel> model,
                          SKVAST2Parser::Completion completion)
     : options_(std::move(options)),
+      loader_(options_.loader ? options_.loader : URLLoader::shared()),
       deadline_(RunLoop::main().now() + options_.timeLimit),
       model_(std::move(model)),
       completion_(std::move(completion)),
@@ -84,7 +89,7 @@ void VASTRequest::checkAndHandleRedirect() {
     if (const auto redirect = model->redirectUrl()) {
       if (getDataWithUrl(*redirect, {model, depth + 1})) return;
     } else if (model->adModels().empty()) {
-      model->setVastError(nothingYet(depth));
+      model->setVastError(noAdErrorAt(depth));
     } else {
       for (const auto& children : {model->standaloneAdModels(), model->adModels()}) {
         std::for_each(children.rbegin(), children.rend(), [&, depth = depth](const auto& child) {
@@ -110,7 +115,7 @@ void VASTRequest::parseRecursivelyWithData(const VASTDocument& document, std::in
     return;
   }
   model->addVASTDocument(document);
-  model->setVastError(nothingYet(depth));
+  model->setVastError(noAdErrorAt(depth));
   unresolved_.push_back({model, depth});
 }
 
@@ -155,9 +160,8 @@ bool VASTRequest::getDataWithUrl(const std::string& text, Unresolved of) {
   fetch->timer = RunLoop::main().schedule(left, [self = shared_from_this(), fetch] {
     dispatch_async(dispatch_get_global_queue(), [self, fetch] { self->goOn(*fetch, timeIsUp()); });
   });
-  const auto loader = options_.loader ? options_.loader : URLLoader::shared();
-  loader->load(std::move(request), dispatch_queue_create("vast fetch"),
-               [self = shared_from_this(), fetch](URLResponse response) { self->goOn(*fetch, std::move(response)); });
+  loader_->load(std::move(request), dispatch_queue_create("vast fetch"),
+                [self = shared_from_this(), fetch](URLResponse response) { self->goOn(*fetch, std::move(response)); });
   return true;
 }
 
@@ -171,17 +175,20 @@ void VASTRequest::goOn(Fetch& fetch, URLResponse response) {
 void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
   // A transfer that broke off after its head counts as no response.
   const long status = response.error ? 0 : response.status;
+  if (status != 0) loader_->noteAnswer();
   std::optional<SKVASTError> error;
   if (status != statusOfDocument) error = fetchError(response);
+  const std::string reason = error ? reasonFor(response) : "";
   if (options_.hopObserver) {
     const auto elapsed = RunLoop::main().now() - fetch.startedAt;
     callHost(tag, [&] {
       options_.hopObserver({fetch.url, fetch.of.depth, status,
-                            std::chrono::duration_cast<std::chrono::milliseconds>(elapsed), error,
-                            response.error ? response.error->message : "", response.body});
+                            std::chrono::duration_cast<std::chrono::milliseconds>(elapsed), error, reason,
+                            response.body});
     });
   }
   if (error) {
+    SKLogger::warning(tag, "No document from " + fetch.url + ": " + reason);
     fetch.of.model->setVastError(*error);
     return;
   }

@@ -8,6 +8,7 @@
 #include "VAST/SKLogger.h"
 #include "net/SKReachability.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/URLLoader.h"
 #include "platform/uikit/values/UIScreen.h"
 
 namespace {
@@ -38,7 +39,10 @@ bool contains(const std::string& text, std::string_view lowerCase) {
 std::shared_ptr<SKVASTMediaFile> SKVASTMediaFilePicker::pick(const Files& files) {
   const SKNetworkType network = networkType();
   SKLogger::debug(tag, "NetworkType: " + std::to_string(network));
-  if (network == SKNetworkTypeNone) return nullptr;
+  if (network == SKNetworkTypeNone) {
+    SKLogger::error(tag, "There is no network: no route leads to " + probeHost() + ", and no server answered lately");
+    return nullptr;
+  }
   Files playable;
   std::copy_if(files.begin(), files.end(), std::back_inserter(playable),
                [](const auto& file) { return isMIMETypeCompatible(*file); });
@@ -54,13 +58,19 @@ std::shared_ptr<SKVASTMediaFile> SKVASTMediaFilePicker::pick(const Files& files)
   return *best;
 }
 
+SKVASTError SKVASTMediaFilePicker::errorOfNone() {
+  return networkType() == SKNetworkTypeNone ? SKVASTErrorNoInternet : SKVASTErrorMediaFileNotCompatible;
+}
+
 SKNetworkType SKVASTMediaFilePicker::networkType() {
   const auto reachability = SKReachability::reachabilityWithHostname(probeHost());
   if (!reachability) return SKNetworkTypeNone;
   // One reading for all questions: they must not be answered about different moments.
   const auto flags = reachability->reachabilityFlags();
-  if (!reachability->isReachableWithFlags(flags)) return SKNetworkTypeNone;
-  return flags & kSCNetworkReachabilityFlagsIsWWAN ? SKNetworkTypeCellular : SKNetworkTypeWiFi;
+  if (reachability->isReachableWithFlags(flags)) {
+    return flags & kSCNetworkReachabilityFlagsIsWWAN ? SKNetworkTypeCellular : SKNetworkTypeWiFi;
+  }
+  return URLLoader::shared()->wasAnsweredLately() ? SKNetworkTypeWiFi : SKNetworkTypeNone;
 }
 
 bool SKVASTMediaFilePicker::isMIMETypeCompatible(const SKVASTMediaFile& file) {

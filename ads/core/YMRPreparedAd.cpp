@@ -15,7 +15,7 @@ YMRPreparedAd YMRPreparedAd::from(const YMRVastModel& model, const Pick& pick) {
   }
   const auto picked = pick(files);
   if (!picked || !picked->url()) {
-    ad.failure = SKVASTErrorMediaFileNotCompatible;
+    ad.failure = picked ? SKVASTErrorMediaFileNotCompatible : SKVASTMediaFilePicker::errorOfNone();
     return ad;
   }
   ad.mediaFile = picked;

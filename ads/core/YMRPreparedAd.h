@@ -28,8 +28,9 @@ struct YMR_API YMRPreparedAd {
   std::shared_ptr<SKVASTMediaFile> mediaFile;  // has a URL; nil exactly when the ad has failed
   std::optional<std::string> title;            // of an ad with a film, as is the description
   std::optional<std::string> description;
-  // SKVASTErrorMediaFileNotCompatible when there were files but none to play; else the model's own error, which counts
-  // as SKVASTErrorNoAd where no step has set one.
+  // When there were files but none to play, SKVASTErrorNoInternet without a network, else
+  // SKVASTErrorMediaFileNotCompatible; without files the model's own error, which counts as SKVASTErrorNoAd where no
+  // step has set one.
   std::optional<SKVASTError> failure;
 
   // Whether the request found nothing, for which a stand-alone ad makes up.

@@ -101,5 +101,7 @@ void CurlURLLoader::load(URLRequest request, const dispatch_queue_t& queue, Comp
 }
 
 bool CurlURLLoader::send(URLRequest request) {
-  return request.url.isHTTP() && sendings_.start(std::move(request), [](const URLResponse&) {});
+  return request.url.isHTTP() && sendings_.start(std::move(request), [this](const URLResponse& response) {
+    if (!response.error) noteAnswer();  // nobody else reads it
+  });
 }

@@ -13,6 +13,18 @@ std::shared_ptr<URLLoader> given;
 
 URLLoader::~URLLoader() = default;
 
+bool URLLoader::wasAnsweredLately() const {
+  constexpr std::chrono::minutes proofLimit{1};
+  const auto at = answeredAt_.load();
+  bool isLate = true;
+  RunLoop::whileInstalled([&](RunLoop& loop) { isLate = at == never || loop.now() - at > proofLimit; });
+  return !isLate;
+}
+
+void URLLoader::noteAnswer() {
+  RunLoop::whileInstalled([this](RunLoop& loop) { answeredAt_ = loop.now(); });
+}
+
 std::shared_ptr<URLLoader> URLLoader::shared() {
   std::lock_guard lock(mutex);
   if (given) return given;

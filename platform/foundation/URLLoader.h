@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -46,8 +47,18 @@ class YMR_API URLLoader {
   // neither http nor https and when ten thousand wait already. Never waits.
   virtual bool send(URLRequest request) = 0;
 
+  // Whether a server has answered over the network within the last minute: proof that there is one, also where no route
+  // leads further than to that server.
+  bool wasAnsweredLately() const;
+  // One has answered just now, for whoever reads answers: the outcome of an ad's request, say.
+  void noteAnswer();
+
   // The loader that everybody uses unless given another; curl's until a test sets one. Never null.
   static std::shared_ptr<URLLoader> shared();
   // nil puts curl's back.
   static void setShared(std::shared_ptr<URLLoader> loader);
+
+ private:
+  static constexpr std::chrono::nanoseconds never = std::chrono::nanoseconds::min();
+  std::atomic<std::chrono::nanoseconds> answeredAt_{never};  // on the run loop's clock
 };

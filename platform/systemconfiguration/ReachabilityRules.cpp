@@ -54,3 +54,8 @@ SCNetworkReachabilityFlags reachabilityFlags(KernelRoutes& kernel, const sockadd
   const auto interface = route ? kernel.interface(route->interface) : std::nullopt;
   return reachabilityFlags(route, interface, isLinkLocal(address));
 }
+
+SCNetworkReachabilityFlags reachabilityFlagsOfAnybody(KernelRoutes& kernel) {
+  if (const auto flags = internetFlags(kernel)) return flags;
+  return reachabilityFlags(NetworkRoute{.isDirect = true}, kernel.interfaceToNeighbours(), false);
+}

@@ -39,17 +39,20 @@ class YMR_API SCNetworkReachability : public std::enable_shared_from_this<SCNetw
   SCNetworkReachability& operator=(const SCNetworkReachability&) = delete;
   virtual ~SCNetworkReachability();
 
-  // A host's name or numeric address, looked up within two seconds when the flags are read. nil for an empty name.
+  // A host's name or numeric address; nil for an empty name. Names are looked up elsewhere, from the first time on that
+  // the flags are read; until addresses are known, any route to the internet or to neighbours is one that they could
+  // take. A look-up that fails changes nothing.
   static SCNetworkReachabilityRef createWithName(const std::string& name);
   // An IPv4 or IPv6 address; nil for another family. 0.0.0.0 and :: stand for the internet.
   static SCNetworkReachabilityRef createWithAddress(const sockaddr& address);
 
-  // The flags at this moment, 0 for a target without a route or a name that is not found; nil when the kernel cannot be
-  // asked.
+  // The flags at this moment, 0 for a target without a route; nil when the kernel cannot be asked. Never waits for a
+  // look-up.
   virtual std::optional<SCNetworkReachabilityFlags> flags() = 0;
   // Replaces the callback; null takes it away. It is skipped when `info` has gone.
   virtual bool setCallback(SCNetworkReachabilityCallBack callback, std::weak_ptr<void> info) = 0;
-  // Begins to watch, with callbacks on `queue`, a serial one, when the flags are other than at the start or the last
-  // callback; nil ends it, but for a callback that runs already. False when the kernel does not tell of changes.
+  // Begins to watch, with callbacks on `queue`, a serial one, when the flags are other than when this was called or at
+  // the last callback; nil ends it, but for a callback that runs already. Names are looked up again when the network
+  // changes, and when that fails until it does not. False when the kernel does not tell of changes.
   virtual bool setDispatchQueue(const dispatch_queue_t& queue) = 0;
 };

@@ -224,15 +224,16 @@ TEST(BreakFaults, anAdThatFailsHasOneEndingAndTheOthersPlay) {
   }
 }
 
-TEST(BreakFaults, withoutANetworkEveryFilmIsIncompatible) {
+TEST(BreakFaults, withoutANetworkEveryAdSaysSo) {
   forEachRoll([&](YMRAdRoll roll) {
     Presentation presentation(roll);
     presentation.net.loader->answer(theTag, BreakRig::pod({"a", "b"}));
     SKVASTMediaFilePicker::setProbeHost("");
     presentation.run();
     EXPECT_EQ(presentation.host.heardOf({"videoAdOnErrorDesc", "videoAdOnComplete", "videoAdOnError"}),
-              (Lines{"videoAdOnErrorDesc 4", "videoAdOnErrorDesc 4"}));
-    EXPECT_EQ(presentation.tracked(), (Lines{"a/error-401", "b/error-401"}));
+              (Lines{"videoAdOnError:No internet connection", "videoAdOnErrorDesc 0",
+                     "videoAdOnError:No internet connection", "videoAdOnErrorDesc 0"}));
+    EXPECT_EQ(presentation.tracked(), (Lines{"a/error-900", "b/error-900"}));
     presentation.expectTheProgrammeCameBack();
   });
 }

@@ -4,10 +4,12 @@
 
 #include "VAST/Parser/SKVAST2Parser.h"
 #include "platform/dispatch/VirtualRunLoop.h"
+#include "tests/VAST/Parser/RecordedLog.h"
 #include "tests/VAST/Parser/VASTTexts.h"
 #include "tests/support/ScriptedURLLoader.h"
 
 using namespace std::chrono_literals;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -119,6 +121,11 @@ TEST_F(Resolution, followsOnlyHTTP) {
   EXPECT_EQ(request("file:///etc/passwd")->getVastError(), 6);
   EXPECT_EQ(request("not a url")->getVastError(), 6) << "a tag that is nil";
   EXPECT_THAT(asked(), IsEmpty());
+  requestTag();
+  EXPECT_FALSE(loader->wasAnsweredLately()) << "a connection that is refused";
+  loader->answer(ads + "gone", {404, "", {}, {}, false});
+  request(ads + "gone");
+  EXPECT_TRUE(loader->wasAnsweredLately()) << "an answer, whatever it is, is proof of a network";
 }
 
 TEST_F(Resolution, resolvesATreeDepthFirstAndOneHopAtATime) {
@@ -148,8 +155,11 @@ TEST_F(Resolution, marksOnlyTheAdWhoseHopFailed) {
   loader->answer(ads + "missing", {404, "", {}, {}, false});
   loader->answer(ads + "silent", {200, "", {}, {}, true});
   loader->answer(ads + "broken", {200, "<VAST>", {}, {}, false});
+  const RecordedLog log(SKLogLevelWarning);
   const auto model = requestTag();
   EXPECT_EQ(model->getVastError(), 0);
+  EXPECT_THAT(log.lines(),
+              Contains("warning VAST-Parser: No document from " + ads + "missing: The server answered 404."));
   EXPECT_THAT(errors(model->adModels()), ElementsAre(6, 7, 2, 0));
   EXPECT_THAT(errors(model->standaloneAdModels()), ElementsAre(6));
   EXPECT_THAT(model->adModels()[3]->mediaFiles(), SizeIs(1));

@@ -2,11 +2,16 @@
 
 #include <gmock/gmock.h>
 
-#include "VAST/SKLogger.h"
+#include "platform/dispatch/VirtualRunLoop.h"
 #include "platform/foundation/NSString.h"
 #include "platform/uikit/values/UIScreen.h"
+#include "tests/VAST/Parser/RecordedLog.h"
+#include "tests/support/NetworkNamespace.h"
+#include "tests/support/ScriptedURLLoader.h"
 #include "tests/support/TurkishLocale.h"
 
+using namespace std::chrono_literals;
+using testing::Contains;
 using testing::ElementsAre;
 
 namespace {
@@ -50,6 +55,9 @@ TEST_F(MediaFilePicker, takesTheAreaNearestToTheScreens) {
       {{1920, 1080}, {}, "nil"},
       // Equally near: the smaller one. 2000 is 1000 away from both 1000 and 3000.
       {{2000, 1}, {file("3000", "1"), file("1000", "1")}, "1000x1"},
+      // Of equal areas the first is taken, and ends the search: no other has a smaller difference than the one before
+      // it.
+      {{200, 1}, {file("50", "2"), file("10", "10"), file("200", "1")}, "50x2"},
       // Without a size the area is 0.
       {{10, 10}, {file("", ""), file("20", "20")}, "x"},
       {{100.9, 1.001}, {file("100", "1"), file("101", "1")}, "101x1"},  // 101.0009 points count as 101
@@ -82,20 +90,28 @@ TEST_F(MediaFilePicker, isTheSameForATurkLikeWhatElseIsReadAndWritten) {
   EXPECT_EQ(stringWithDouble(-1234567.5, 2), "-1234567.50");
 }
 
-TEST_F(MediaFilePicker, withoutANetworkThereIsNothingToPick) {
-  std::vector<std::string> logged;
-  SKLogger::installSink(SKLogLevelDebug, [&](int level, std::string_view tag, std::string_view message) {
-    logged.push_back(std::to_string(level) + " " + std::string(tag) + ": " + std::string(message));
-  });
-  pick({file("640", "360")});
-  SKLogger::installSink(0, nullptr);
-  EXPECT_THAT(logged, ElementsAre("4 VAST - Mediafile Picker: NetworkType: 2",
-                                  "4 VAST - Mediafile Picker: Selected Media File: http://m.example/640x360"));
-  for (const char* unreachable : {"", "no.such.host.invalid"}) {
-    SKVASTMediaFilePicker::setProbeHost(unreachable);
-    EXPECT_EQ(SKVASTMediaFilePicker::networkType(), SKNetworkTypeNone);
-    EXPECT_EQ(pick({file("640", "360")}), "nil");
+TEST_F(MediaFilePicker, onAMachineThatReachesOnlyItsAdServerThereIsANetworkWhileThatAnswers) {
+  const NetworkNamespace network;
+  if (!network.obstacle().empty()) GTEST_SKIP() << network.obstacle();
+  VirtualRunLoop loop;
+  const ScriptedLoaderInPlace net;
+  const RecordedLog log;
+  EXPECT_EQ(pick({file("640", "360")}), "640x360");
+  EXPECT_THAT(log.lines(), ElementsAre("debug VAST - Mediafile Picker: NetworkType: 2",
+                                       "debug VAST - Mediafile Picker: Selected Media File: http://m.example/640x360"));
+  SKVASTMediaFilePicker::setProbeHost("elsewhere.invalid");
+  for (const bool hasNetwork : {false, true, false}) {
+    EXPECT_EQ(SKVASTMediaFilePicker::networkType(), hasNetwork ? SKNetworkTypeWiFi : SKNetworkTypeNone);
+    EXPECT_EQ(pick({file("640", "360")}), hasNetwork ? "640x360" : "nil");
+    EXPECT_EQ(SKVASTMediaFilePicker::errorOfNone(), hasNetwork ? 5 : 6);
+    loop.advance(2min);
+    if (!hasNetwork) net.loader->noteAnswer();
+    if (!hasNetwork) loop.advance(1min);
   }
+  EXPECT_THAT(log.lines(), Contains("error VAST - Mediafile Picker: There is no network: no route leads to "
+                                    "elsewhere.invalid, and no server answered lately"));
+  SKVASTMediaFilePicker::setProbeHost("");
+  EXPECT_EQ(pick({file("640", "360")}), "nil") << "said to be none";
 }
 
 }  // namespace
