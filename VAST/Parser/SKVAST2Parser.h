@@ -26,7 +26,7 @@ struct VASTHop {
   long status = 0;         // 0 when there was no response
   std::chrono::milliseconds elapsed{0};
   std::optional<SKVASTError> error;  // of the fetch itself, 6 or 7; nil when a document came
-  std::string reason;                // why there was no response, for people; empty when there was one
+  std::string reason;                // why no document came, for people; empty when one did
   std::span<const std::byte> body;   // while the observer is called
 };
 

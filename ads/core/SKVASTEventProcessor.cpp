@@ -97,7 +97,9 @@ void SKVASTEventProcessor::sendTrackingRequest(const NSURL& url) {
   request.silence = requestBound;
   request.whole = requestBound;
   request.maximumBytes = answerBound;
-  if (!URLLoader::shared()->send(std::move(request))) ++dropped;
+  if (URLLoader::shared()->send(std::move(request))) return;
+  ++dropped;
+  log("Event processor drops request to url: ", url);
 }
 
 std::uint64_t SKVASTEventProcessor::droppedRequests() {

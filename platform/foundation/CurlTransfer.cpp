@@ -98,6 +98,14 @@ int CurlTransfer::onProgress(void* self, curl_off_t, curl_off_t received, curl_o
   return transfer.isSilent_ ? 1 : 0;
 }
 
+std::string CurlTransfer::redirectedTo() const {
+  long count = 0;
+  const char* url = nullptr;
+  curl_easy_getinfo(handle(), CURLINFO_REDIRECT_COUNT, &count);
+  if (count > 0) curl_easy_getinfo(handle(), CURLINFO_EFFECTIVE_URL, &url);
+  return url ? url : "";
+}
+
 NSError CurlTransfer::failure(CURLcode code) const {
   if (isTooLong_) {
     return {NSURLErrorDomain, NSURLErrorDataLengthExceedsMaximum,
@@ -107,7 +115,18 @@ NSError CurlTransfer::failure(CURLcode code) const {
     return {NSURLErrorDomain, NSURLErrorTimedOut,
             "No data came for " + std::to_string(request_.silence.count()) + " milliseconds."};
   }
-  return {NSURLErrorDomain, errorCode(code), message_[0] ? message_ : curl_easy_strerror(code)};
+  const int known = errorCode(code);
+  std::string reason = message_[0] ? message_ : curl_easy_strerror(code);
+  const std::string to = redirectedTo();
+  if (known == NSURLErrorServerCertificateUntrusted) reason = "The server's certificate is not trusted: " + reason;
+  if (known == NSURLErrorHTTPTooManyRedirects) {
+    reason = "It was redirected more than " + std::to_string(maximumRedirects) + " times, at last to " + to + ".";
+  } else if (known == NSURLErrorUnsupportedURL && !to.empty()) {
+    reason = "The redirect to " + to + " is refused: only http and https are followed.";
+  } else if (!to.empty()) {
+    reason += " (redirected to " + to + ")";
+  }
+  return {NSURLErrorDomain, known, reason};
 }
 
 void CurlTransfer::finish(CURLcode code) {

@@ -28,6 +28,8 @@ class CurlTransfer {
   static int onProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
   void setOptions();
   NSError failure(CURLcode code) const;
+  // Where the last redirect led; empty without one.
+  std::string redirectedTo() const;
 
   const URLRequest request_;
   Done done_;
