@@ -37,13 +37,11 @@ TEST(XMLUtil, turnsNodesIntoDictionariesWithoutExpandingEntities) {
   } rows[] = {
       {"<a>\n x <b/> y\t</a>", "/a", {"a 'xy' [b]"}},
       {"<a> </a>", "/a", {"a ''"}},
-      {"<a/>", "/a", {"a"}},
       {"<a c=' 1 ' b=''/>", "/a", {"a c='1' b=''"}},
       {"<a><![CDATA[ x ]]></a>", "/a", {"a [- ' x ']"}},
       {"<a><![CDATA[]]></a>", "/a", {"a [-]"}},
       {"<a>1<!-- c --><?p q ?>2</a>", "/a", {"a '12' [comment ' c '] [p 'q ']"}},
       {"<a><b>1</b><b><c d='e'>2</c></b></a>", "//b", {"b '1'", "b [c '2' d='e']"}},
-      {"<a b=' 1 '/>", "/a/@b", {"b '1'"}},
       {"<a> 1 </a>", "/a/text()", {"text ' 1 '"}},
       {"<a xmlns='urn:x'><b/></a>", "//b", {}},
       {"<a xmlns:n='urn:x'/>", "/a/namespace::n", {"n 'urn:x'"}},
@@ -60,9 +58,7 @@ TEST(XMLUtil, saysWhyAQueryHasNoResult) {
     const char *document, *query, *line;
   } rows[] = {
       {"", "/a", "error VAST - XML Util: Unable to parse."},
-      {"<a>", "/a", "error VAST - XML Util: Unable to parse."},
       {"<a/>", "///", "error VAST - XML Util: Unable to evaluate XPath."},
-      {"<a/>", "", "error VAST - XML Util: Unable to evaluate XPath."},
       {"<a/>", "count(/a)", "debug VAST - XML Util: Nodes was nil."},
   };
   testing::internal::CaptureStderr();
