@@ -59,7 +59,8 @@ struct YMRVideoPlayerDelegate {
   // An ad, and the last of several ads, has been shown.
   std::function<void(Ad ad)> videoAdOnComplete;
   std::function<void(Ad ad)> videoAdOnPodComplete;
-  // Fetching or playing failed: in words, then with a code (YMRVastError).
+  // Fetching or playing failed: in words, which name the URL when a server or a redirect is to blame for a document
+  // that did not come; then with a code (YMRVastError).
   std::function<void(Ad ad, std::string message)> videoAdOnError;
   std::function<void(Ad ad, int code, std::string message)> videoAdOnErrorDesc;
 };

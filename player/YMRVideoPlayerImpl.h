@@ -229,7 +229,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void adDidPLayToEndTime() override;
   void adItemDidFail(const NSError& error) override;
   // These tell the host; whoever calls them ends the ad.
-  void onVastError(SKVASTError error);
+  void onVastError(SKVASTError error, const std::string& message);
   void onYMRVastError(YMRVastError error);
   // Ends the ad and leads on to the next one, or out of the break. With `shouldPassTracking` it was not completed.
   void adPlayDidEnd(bool seek, bool shouldPassTracking);

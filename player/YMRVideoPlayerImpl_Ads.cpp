@@ -106,7 +106,7 @@ bool YMRVideoPlayerImpl::prepareNextAd() {
     onYMRVastError(YMRVastErrorNoCompatibleAsset);
   } else {
     eventProcessor_->sendVASTError(ad_.errors, ad_.errorCode());
-    onVastError(*ad_.failure);
+    onVastError(*ad_.failure, ad_.message());
   }
   return false;
 }
@@ -185,14 +185,13 @@ void YMRVideoPlayerImpl::adItemDidFail(const NSError& error) {
   SKLogger::error(adTag, "The ad can't be played: " + error.message);
   const auto number = adNumber_;
   eventProcessor_->sendVASTError(ad_.errors, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorPlayback));
-  onVastError(SKVASTErrorPlayback);
+  onVastError(SKVASTErrorPlayback, YMRPlayerErrorHandler::VASTErrorToString(SKVASTErrorPlayback));
   if (isAtHand(number)) adPlayDidEnd(false, true);
 }
 
-void YMRVideoPlayerImpl::onVastError(SKVASTError error) {
+void YMRVideoPlayerImpl::onVastError(SKVASTError error, const std::string& message) {
   const auto number = adNumber_;
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnError, currentAdBreak_,
-                 YMRPlayerErrorHandler::VASTErrorToString(error));
+  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnError, currentAdBreak_, message);
   if (isAtHand(number)) onYMRVastError(YMRPlayerErrorHandler::SKVASTErrorToYMRVastError(error));
 }
 

@@ -10,6 +10,7 @@
 #include "ads/core/SKVASTEventProcessor.h"
 #include "ads/core/SKVASTMediaFilePicker.h"
 #include "ads/core/YMRAdQueue.h"
+#include "ads/core/YMRPlayerErrorHandler.h"
 #include "net/SKReachability.h"
 #include "platform/dispatch/Dispatch.h"
 #include "platform/foundation/MainThread.h"
@@ -179,6 +180,7 @@ void SKVASTViewController::vastDidLoad(YMRVastModel& model) {
   const auto self = own();
   isLoading_ = false;
   std::optional<SKVASTError> failure;  // the first ad's
+  std::string reason;
   for (YMRAdQueue queue(model); !queue.isEmpty();) {
     const auto next = queue.next();
     const auto ad = std::make_shared<Ad>();
@@ -193,13 +195,15 @@ void SKVASTViewController::vastDidLoad(YMRVastModel& model) {
       return callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastReady, self);
     }
     ad->events->sendVASTError(ad->prepared.errors, ad->prepared.errorCode());
-    if (!failure) failure = ad->prepared.failure;
+    if (failure) continue;
+    failure = ad->prepared.failure;
+    reason = ad->prepared.reason;
   }
   SKLogger::error(tag, failure == SKVASTErrorMediaFileNotCompatible
                            ? "Error - VASTMediaFilePicker did not find a compatible mediaFile - VASTViewcontroller "
                              "will not be presented"
                            : "parser error");
-  tellError(failure.value_or(SKVASTErrorNoAd));
+  tellError(failure.value_or(SKVASTErrorNoAd), reason);
 }
 
 void SKVASTViewController::refuseWithoutNetwork() {
@@ -207,6 +211,7 @@ void SKVASTViewController::refuseWithoutNetwork() {
   tellError(SKVASTErrorNoInternet);
 }
 
-void SKVASTViewController::tellError(SKVASTError error) {
+void SKVASTViewController::tellError(SKVASTError error, const std::string& reason) {
+  errorMessage_ = YMRPlayerErrorHandler::messageOf(error, reason);
   callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastError, own(), error);
 }

@@ -100,6 +100,9 @@ class YMR_API SKVASTViewController final : public UIViewController,
   const std::shared_ptr<SKVASTControls>& controls() const { return controls_; }
   // nil: none is installed.
   std::shared_ptr<UIGestureRecognizer> touchGestureRecognizer() const { return nullptr; }
+  // What the delegate's last vastError was, in words, with the URL when a server or a redirect is to blame for a
+  // document that did not come; empty before the first.
+  const std::string& errorMessage() const { return errorMessage_; }
   // Room for twenty values that nobody fills.
   std::vector<double>& videoHangTest() { return videoHangTest_; }
 
@@ -167,7 +170,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // Asks the error URLs of an ad, once in its life.
   static void reportFailure(Ad& ad, const std::string& code);
   void refuseWithoutNetwork();
-  void tellError(SKVASTError error);
+  void tellError(SKVASTError error, const std::string& reason = "");
 
   void adPlayerTick(const CMTime&) override {}
   void adPlayerDidChange(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange&) override {}
@@ -177,6 +180,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
 
   std::weak_ptr<SKVASTViewControllerDelegate> delegate_;
   const std::weak_ptr<UIViewController> viewController_;
+  std::string errorMessage_;
   std::shared_ptr<SKReachability> reachability_;
   // Shared with the blocks that other threads call.
   const std::shared_ptr<std::atomic<Network>> network_;

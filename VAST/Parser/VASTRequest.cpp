@@ -40,6 +40,13 @@ SKVASTError fetchError(const URLResponse& response) {
   return response.error && response.error->code == NSURLErrorTimedOut ? SKVASTErrorTimeout : SKVASTErrorNoInternet;
 }
 
+// Whether nobody was reached, or lost again: not the server's doing, nor its URL's.
+bool isTheNetworks(const URLResponse& response) {
+  constexpr int codes[] = {NSURLErrorTimedOut, NSURLErrorCannotFindHost, NSURLErrorCannotConnectToHost,
+                           NSURLErrorNetworkConnectionLost, NSURLErrorNotConnectedToInternet};
+  return response.error && std::ranges::find(codes, response.error->code) != std::end(codes);
+}
+
 std::string reasonFor(const URLResponse& response) {
   return response.error ? response.error->message : "The server answered " + std::to_string(response.status) + ".";
 }
@@ -188,8 +195,9 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
     });
   }
   if (error) {
-    SKLogger::warning(tag, "No document from " + fetch.url + ": " + reason);
-    fetch.of.model->setVastError(*error);
+    const std::string message = "No document from " + (fetch.url.empty() ? "no URL" : fetch.url) + ": " + reason;
+    SKLogger::warning(tag, message);
+    fetch.of.model->setVastError(*error, isTheNetworks(response) ? "" : message);
     return;
   }
   bytesLeft_ -= std::min(bytesLeft_, response.body.size());

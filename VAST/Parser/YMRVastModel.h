@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "VAST/Parser/VASTDocument.h"
@@ -62,7 +63,13 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
 
   // The outcome of the last step that touched this model; nil when none has.
   const std::optional<SKVASTError>& vastError() const { return vastError_; }
-  void setVastError(SKVASTError error) { vastError_ = error; }
+  void setVastError(SKVASTError error, std::string reason = "") {
+    vastError_ = error;
+    vastErrorReason_ = std::move(reason);
+  }
+  // Why no document came when it was not the network's doing, with its URL, for people: a status, a refused redirect, a
+  // certificate. Empty when the error says it all.
+  const std::string& vastErrorReason() const { return vastErrorReason_; }
   // The same where it is known to be set. Stops the process when it is not.
   SKVASTError getVastError() const;
 
@@ -112,4 +119,5 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
   std::shared_ptr<Queue> parentsStandalone_;  // the parent's list, shared with it and its other children
   std::shared_ptr<Queue> standaloneAdModels_ = std::make_shared<Queue>();
   std::optional<SKVASTError> vastError_;
+  std::string vastErrorReason_;
 };

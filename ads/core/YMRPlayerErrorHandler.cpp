@@ -76,6 +76,10 @@ std::string YMRPlayerErrorHandler::VASTErrorToString(SKVASTError error) {
   return row(error).message;
 }
 
+std::string YMRPlayerErrorHandler::messageOf(SKVASTError error, const std::string& reason) {
+  return reason.empty() ? VASTErrorToString(error) : reason;
+}
+
 std::string YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTError error) {
   return row(error).code;
 }

@@ -13,6 +13,8 @@ class YMR_API YMRPlayerErrorHandler {
   static YMRVastError SKVASTErrorToYMRVastError(SKVASTError error);
   static std::string YMRVastErrorToString(YMRVastError error);
   static std::string VASTErrorToString(SKVASTError error);
+  // The same for people: the model's own reason where it has one, which the error's text would hide.
+  static std::string messageOf(SKVASTError error, const std::string& reason);
   // The code for the error URLs of a VAST document: three digits.
   static std::string VASTErrorToErrorCode(SKVASTError error);
 };

@@ -11,6 +11,7 @@ YMRPreparedAd YMRPreparedAd::from(const YMRVastModel& model, const Pick& pick) {
   const auto files = model.mediaFiles();
   if (files.empty()) {
     ad.failure = model.vastError().value_or(SKVASTErrorNoAd);
+    ad.reason = model.vastErrorReason();
     return ad;
   }
   const auto picked = pick(files);
@@ -26,6 +27,10 @@ YMRPreparedAd YMRPreparedAd::from(const YMRVastModel& model, const Pick& pick) {
 
 bool YMRPreparedAd::foundNothing() const {
   return failure == SKVASTErrorNoAd || failure == SKVASTErrorNoAdAfterWrappers;
+}
+
+std::string YMRPreparedAd::message() const {
+  return YMRPlayerErrorHandler::messageOf(failure.value_or(SKVASTErrorUnknown), reason);
 }
 
 std::string YMRPreparedAd::errorCode() const {

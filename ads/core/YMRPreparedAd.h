@@ -32,9 +32,12 @@ struct YMR_API YMRPreparedAd {
   // SKVASTErrorMediaFileNotCompatible; without files the model's own error, which counts as SKVASTErrorNoAd where no
   // step has set one.
   std::optional<SKVASTError> failure;
+  std::string reason;  // why the ad's document did not come, where the failure's own text would mislead; else empty
 
   // Whether the request found nothing, for which a stand-alone ad makes up.
   bool foundNothing() const;
+  // The failure for people: the reason, or else the text of the error. Only when there is one.
+  std::string message() const;
   // The failure for the error URLs; only when there is one.
   std::string errorCode() const;
 };

@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <utility>
 
-#include "ads/core/YMRPlayerErrorHandler.h"
-
 AdScreenHost::AdScreenHost(Options options, std::function<void()> finished)
     : options_(std::move(options)),
       finished_(std::move(finished)),
@@ -23,7 +21,7 @@ void AdScreenHost::answerCallbacks() {
   };
   delegate_->vastError = [this, print = delegate_->vastError](const Sender& sender, SKVASTError error) {
     print(sender, error);
-    window_.fail(options_.adScreen->absoluteString() + ": " + YMRPlayerErrorHandler::VASTErrorToString(error));
+    window_.fail(options_.adScreen->absoluteString() + ": " + sender->errorMessage());
     if (!isPresented_) finishLater();
   };
   delegate_->vastWillPresentFullScreen = [this, print = delegate_->vastWillPresentFullScreen](const Sender& sender) {

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "ads/YMRAd.h"
-#include "ads/core/YMRPlayerErrorHandler.h"
+#include "vastscreen/SKVASTViewController.h"
 
 namespace {
 
@@ -114,8 +114,8 @@ SKVASTViewControllerDelegate EventPrinter::adScreenDelegate() {
   delegate.vastReady = plain("vastReady");
   delegate.vastWillPresentFullScreen = plain("vastWillPresentFullScreen");
   delegate.vastDidDismissFullScreen = plain("vastDidDismissFullScreen");
-  delegate.vastError = [this](const Sender&, SKVASTError error) {
-    print("vastError", {{"code", error}, {"message", YMRPlayerErrorHandler::VASTErrorToString(error)}});
+  delegate.vastError = [this](const Sender& sender, SKVASTError error) {
+    print("vastError", {{"code", error}, {"message", sender->errorMessage()}});
   };
   delegate.vastOpenBrowseWithUrl = [this](const NSURL& url) {
     print("vastOpenBrowseWithUrl", {{"url", url.absoluteString()}});

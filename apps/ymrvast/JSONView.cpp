@@ -49,6 +49,11 @@ Json mediaFiles(const std::vector<Inspection::MediaFile>& files) {
   return array;
 }
 
+// The model's error, which is set, for people.
+std::string messageOf(const YMRVastModel& model) {
+  return YMRPlayerErrorHandler::messageOf(model.getVastError(), model.vastErrorReason());
+}
+
 Json ads(const std::vector<Inspection::Ad>& list) {
   Json array = Json::array();
   for (const auto& ad : list) {
@@ -59,7 +64,7 @@ Json ads(const std::vector<Inspection::Ad>& list) {
                      {"title", orNull(model.adTitle())},
                      {"description", orNull(model.adDescription())},
                      {"error", orNull(error)},
-                     {"message", error ? YMRPlayerErrorHandler::VASTErrorToString(*error) : "never resolved"},
+                     {"message", error ? messageOf(model) : "never resolved"},
                      {"documents", model.vastDocumentArray().size()},
                      {"impressions", urls(prepared.impressions)},
                      {"errors", urls(prepared.errors)},
@@ -90,7 +95,7 @@ void printJSON(const Inspection& inspection, std::ostream& out) {
   Json all{{"source", inspection.source},
            {"version", orNull(inspection.model->vastVersion())},
            {"error", error},
-           {"message", YMRPlayerErrorHandler::VASTErrorToString(error)},
+           {"message", messageOf(*inspection.model)},
            {"hops", hops(inspection.hops)},
            {"ads", ads(inspection.ads)},
            {"standalone", ads(inspection.standalone)}};

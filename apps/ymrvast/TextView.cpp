@@ -19,8 +19,8 @@ std::string counted(std::size_t count, const char* what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-std::string describe(SKVASTError error) {
-  return "error " + std::to_string(error) + ": " + YMRPlayerErrorHandler::VASTErrorToString(error) + " (VAST code " +
+std::string describe(SKVASTError error, const std::string& reason) {
+  return "error " + std::to_string(error) + ": " + YMRPlayerErrorHandler::messageOf(error, reason) + " (VAST code " +
          YMRPlayerErrorHandler::VASTErrorToErrorCode(error) + ")";
 }
 
@@ -36,7 +36,9 @@ void printHeading(const Inspection& inspection, std::ostream& out) {
   if (inspection.shownCount > 0) {
     out << "The player would show " << counted(inspection.shownCount, "ad") << ".\n";
   } else {
-    out << "The player would show NO ad. The tag's outcome is " << describe(inspection.model->getVastError()) << ".\n";
+    const SKVASTError error = inspection.model->getVastError();
+    out << "The player would show NO ad. The tag's outcome is "
+        << printable(describe(error, inspection.model->vastErrorReason())) << ".\n";
   }
 }
 
@@ -47,8 +49,11 @@ void printHops(const std::vector<Inspection::Hop>& hops, std::ostream& out) {
     out << std::right << std::setw(7) << std::to_string(hop.depth) << std::setw(8)
         << (hop.status ? std::to_string(hop.status) : "-") << std::setw(7) << std::to_string(hop.elapsed.count())
         << " ms" << std::setw(12) << std::to_string(hop.bytes) << "  " << printable(hop.url) << '\n';
-    if (hop.error) out << "         failed with " << describe(*hop.error) << '\n';
-    if (!hop.reason.empty()) out << "         " << printable(hop.reason) << '\n';
+    if (hop.error) {
+      out << "         failed with " << printable(describe(*hop.error, hop.reason)) << '\n';
+    } else if (!hop.reason.empty()) {
+      out << "         " << printable(hop.reason) << '\n';
+    }
   }
 }
 
@@ -95,7 +100,7 @@ void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ost
     if (!model.adID().empty()) printRow(out, "id", model.adID());
     if (model.adSequence()) printRow(out, "sequence", *model.adSequence());
     printRow(out, "chain", counted(model.vastDocumentArray().size(), "document"));
-    if (const auto failure = ad.failure()) printRow(out, "failed", describe(*failure));
+    if (const auto failure = ad.failure()) printRow(out, "failed", describe(*failure, ad.prepared.reason));
     if (!ad.reason.empty()) printRow(out, "", ad.reason);
     if (!model.vastError()) printRow(out, "", "never resolved: stand-alone ads are looked at only beside a pod");
     printFiles(ad, out);

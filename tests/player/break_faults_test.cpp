@@ -11,6 +11,8 @@
 #include "platform/uikit/UIApplication.h"
 #include "tests/player/BreakRig.h"
 
+using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 
 namespace {
@@ -23,7 +25,8 @@ struct DocumentFault {
   const char* name;
   int code;
   std::function<void(BreakRig&)> arrange;
-  Lines tracked{};  // of the ad "a", where there is one
+  Lines tracked{};        // of the ad "a", where there is one
+  std::string says = "";  // to the host, at the end
 };
 
 // A fault of one ad, which ends with `code`, or as if nothing were wrong (-1), or without a word (-2).
@@ -47,8 +50,12 @@ const std::vector<DocumentFault>& documentFaults() {
     return answer;
   };
   static const std::vector<DocumentFault> faults{
-      {"refused", 0, answers({.error = NSURLErrorCannotConnectToHost})},
-      {"404", 0, answers({.status = 404, .body = "nothing"})},
+      {"refused", 0, answers({.error = NSURLErrorCannotConnectToHost}), {}, "Error:No internet connection"},
+      {"404",
+       0,
+       answers({.status = 404, .body = "nothing"}),
+       {},
+       std::string("from ") + theTag + ": The server answered 404."},
       {"204", 0, answers({.status = 204})},
       {"silence", 5, answers({.never = true})},
       {"empty body", 1, body("")},
@@ -59,7 +66,11 @@ const std::vector<DocumentFault>& documentFaults() {
       {"not linear", 3, answers(BreakRig::document({{"a", ""}})), {"error-303"}},
       {"wraps itself", 8, answers(BreakRig::wrapper(theTag))},
       {"wraps nothing", 0, answers(BreakRig::wrapper(BreakRig::tag("gone")))},
-      {"wraps a file", 0, answers(BreakRig::wrapper("file:///etc/passwd"))},
+      {"wraps a file",
+       0,
+       answers(BreakRig::wrapper("file:///etc/passwd")),
+       {},
+       "Error:No document from file:///etc/passwd: Only http and https are fetched."},
       {"hops that take for ever", 5,
        [](BreakRig& rig) {
          rig.media.script(PlayerRig::film).duration = 40;  // else the programme ends first
@@ -180,7 +191,7 @@ TEST(BreakFaults, aDocumentThatBringsNoAdIsOneFailedAd) {
       presentation.run();
       EXPECT_EQ(presentation.host.heardOf({"videoAdOnErrorDesc", "videoAdOnComplete", "videoAdOnStart"}),
                 (Lines{"videoAdOnErrorDesc " + std::to_string(fault.code)}));
-      EXPECT_EQ(presentation.host.count("videoAdOnError"), 1);
+      EXPECT_THAT(presentation.host.heardOf({"videoAdOnError"}), ElementsAre(EndsWith(fault.says)));
       EXPECT_EQ(presentation.tracked("a"), fault.tracked);
       EXPECT_THAT(presentation.media.logs(BreakRig::film("a")), IsEmpty());
       presentation.expectTheProgrammeCameBack();
