@@ -120,17 +120,18 @@ TEST(AdBreaks, showTheLoadingTextUntilTheFirstTickAndThenTheCountdown) {
 }
 
 TEST(AdBreaks, ofUnknownLengthCountNothingDown) {
-  for (const bool hasCountdown : {true, false}) {
+  const std::string single = "%d", pod = "%d, %d of %d";  // which counts one ad as well
+  for (const auto& [format, text] : {std::pair(single, "0"), {pod, "0, 1 of 1"}, {std::string(), "Soon"}}) {
     BreakRig rig;
     rig.schedule->setAdLoadingText("Soon");
-    if (hasCountdown) rig.schedule->setAdCountdownText("%d");
+    format == pod ? rig.schedule->setAdpodCountdownText(pod) : rig.schedule->setAdCountdownText(format);
     rig.preRoll("one", BreakRig::pod({"a"}));
     auto& film = rig.media.script(BreakRig::film("a"));
     film.live = true;
     film.failure = {5, NSError{AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"}};
     rig.begin();
     rig.runUntilHeard("videoAdOnTime nan 3");
-    EXPECT_EQ(label(rig), hasCountdown ? "0" : "Soon");
+    EXPECT_EQ(label(rig), text);
     rig.runUntilHeard("videoOnPlay");
     EXPECT_EQ(rig.host.count("videoAdOnPlayQuartile"), 0);
   }

@@ -133,10 +133,13 @@ TEST(PlayProgram, showsAdsAroundAProgrammeAndReportsThoseThatFail) {
   EXPECT_THAT(asked, ElementsAre(ad("Preroll", 0, missing), ad("Preroll", 0, tag), ad("Midroll", 1, missing),
                                  ad("Postroll", 0, missing)));
   EXPECT_EQ(run.first("videoAdOnStart")["ad"]["title"], "Title of ad");
+  EXPECT_EQ(run.first("videoAdOnStart")["ad"]["description"], "About ad");
   EXPECT_THAT(quartiles, ElementsAre(0, 1, 2));
   EXPECT_EQ(run.count("videoAdOnComplete"), 1u);
   EXPECT_EQ(run.count("videoAdOnError"), 3u);
-  EXPECT_TRUE(run.first("videoAdOnErrorDesc")["code"].is_number_integer()) << run.output;
+  EXPECT_EQ(run.first("videoAdOnError")["message"], "No document from " + missing + ": The server answered 404.");
+  EXPECT_EQ(run.first("videoAdOnErrorDesc")["code"], 0) << run.output;
+  EXPECT_EQ(run.first("videoAdOnErrorDesc")["message"], "There was a problem requesting ads from the server.");
   EXPECT_EQ(run.count("videoDidPlayFinished"), 1u);
   for (const std::string event : {"impression", "start", "midpoint", "complete"}) {
     EXPECT_EQ(server.count("/track/ad/" + event), 1u) << event;
