@@ -2,7 +2,9 @@
 
 #include <utility>
 
+#include "VAST/SKLogger.h"
 #include "platform/foundation/URLLoader.h"
+#include "player/states/YMRPlayerStateRules.h"
 
 namespace {
 
@@ -19,6 +21,10 @@ AVMetadataItem commonItem(const char* key, AVMetadataItem::Value value) {
   item.setKey(key);
   item.setValue(std::move(value));
   return item;
+}
+
+void sayThereIsNoArtwork(const std::string& url, const std::string& reason) {
+  SKLogger::warning(ymrPlayerTag, "No artwork from " + url + ": " + reason);
 }
 
 std::vector<std::byte> pngOf(const UIImage& picture) {
@@ -53,9 +59,10 @@ void YMRItemPreparation::loadAsset() {
 }
 
 void YMRItemPreparation::fetchArtwork() {
-  if (mediaItem_->videoThumbnail() || !mediaItem_->videoThumbnailUrl()) return;
-  const auto url = NSURL::URLWithString(*mediaItem_->videoThumbnailUrl());
-  if (!url) return;
+  const std::string given = mediaItem_->videoThumbnailUrl().value_or("");
+  if (mediaItem_->videoThumbnail() || given.empty()) return;
+  const auto url = NSURL::URLWithString(given);
+  if (!url) return sayThereIsNoArtwork(given, "This is no URL.");
   isFetchingArtwork_ = true;
   URLRequest request{*url};
   request.silence = artworkBound;
@@ -64,10 +71,13 @@ void YMRItemPreparation::fetchArtwork() {
   request.allowsFiles = true;
   // Decoding, which tells a picture from anything else, stays off the main thread.
   URLLoader::shared()->load(
-      std::move(request), dispatch_get_global_queue(), [weak = weak_from_this()](URLResponse response) {
-        const bool isPicture =
-            !response.error && response.status == 200 && UIImage::imageWithData(response.body).has_value();
-        if (!isPicture) response.body.clear();
+      std::move(request), dispatch_get_global_queue(), [weak = weak_from_this(), url](URLResponse response) {
+        std::string reason = response.reason();
+        if (reason.empty() && !UIImage::imageWithData(response.body)) reason = "This is no picture.";
+        if (!reason.empty()) {
+          sayThereIsNoArtwork(url->absoluteString(), reason);
+          response.body.clear();
+        }
         dispatch_async(dispatch_get_main_queue(), [weak, artwork = std::move(response.body)]() mutable {
           if (const auto self = weak.lock()) self->artworkCame(std::move(artwork));
         });

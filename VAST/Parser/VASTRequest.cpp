@@ -47,10 +47,6 @@ bool isTheNetworks(const URLResponse& response) {
   return response.error && std::ranges::find(codes, response.error->code) != std::end(codes);
 }
 
-std::string reasonFor(const URLResponse& response) {
-  return response.error ? response.error->message : "The server answered " + std::to_string(response.status) + ".";
-}
-
 }  // namespace
 
 struct VASTRequest::Fetch {
@@ -185,7 +181,7 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
   if (status != 0) loader_->noteAnswer();
   std::optional<SKVASTError> error;
   if (status != statusOfDocument) error = fetchError(response);
-  const std::string reason = error ? reasonFor(response) : "";
+  const std::string reason = response.reason();
   if (options_.hopObserver) {
     const auto elapsed = RunLoop::main().now() - fetch.startedAt;
     callHost(tag, [&] {

@@ -21,7 +21,9 @@ void AdScreenHost::answerCallbacks() {
   };
   delegate_->vastError = [this, print = delegate_->vastError](const Sender& sender, SKVASTError error) {
     print(sender, error);
-    window_.fail(options_.adScreen->absoluteString() + ": " + sender->errorMessage());
+    const std::string& message = sender->errorMessage();
+    const std::string url = options_.adScreen->absoluteString();
+    window_.fail(message.find(url) == std::string::npos ? url + ": " + message : message);
     if (!isPresented_) finishLater();
   };
   delegate_->vastWillPresentFullScreen = [this, print = delegate_->vastWillPresentFullScreen](const Sender& sender) {

@@ -11,6 +11,11 @@ std::shared_ptr<URLLoader> given;
 
 }  // namespace
 
+std::string URLResponse::reason() const {
+  if (error) return error->message;
+  return status == 200 ? "" : "The server answered " + std::to_string(status) + ".";
+}
+
 URLLoader::~URLLoader() = default;
 
 bool URLLoader::wasAnsweredLately() const {

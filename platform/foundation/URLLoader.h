@@ -26,11 +26,14 @@ struct URLRequest {
 
 // What came back. `error` is set when there is no response, a transfer that broke off included; a status other than 200
 // is a response like any other. `status` is 200 for a file that was read.
-struct URLResponse {
+struct YMR_API URLResponse {
   long status = 0;
   std::vector<std::byte> body;
   std::optional<NSError> error;
   std::chrono::milliseconds elapsed{0};
+
+  // Why this is not what was asked for, for people: the error or the status; empty with status 200.
+  std::string reason() const;
 };
 
 // The one way to the network for all but media: curl in the product, scripted in tests. Any thread.

@@ -5,8 +5,10 @@
 
 #include "platform/avfoundation/AVMetadataItem.h"
 #include "platform/foundation/NSNotificationCenter.h"
+#include "tests/VAST/Parser/RecordedLog.h"
 #include "tests/player/PlayerRig.h"
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -113,13 +115,14 @@ TEST(Programme, tellsThePanelWhatTheHostSaysOfItAndArtworkThatFailsNeverHoldsItU
     double begins;  // seconds after the call at which the programme plays
     bool hasArtwork;
   };
-  const std::string file = pictureFile();
+  const RecordedLog log;
+  const std::string file = pictureFile(), gone = "http://media.example/gone.png";
   const std::vector<Row> table{
       {"http://media.example/a.png", {.body = file}, 0.05, true},
       {"http://media.example/slow.png", {.body = file, .delay = 1500ms}, 1.5, true},
       {"http://media.example/slower.png", {.body = file, .delay = 2500ms}, 2.05, false},
       {"http://media.example/never.png", {.never = true}, 2.05, false},
-      {"http://media.example/gone.png", {.status = 404, .body = file}, 0.05, false},
+      {gone.c_str(), {.status = 404, .body = file}, 0.05, false},
       {"http://media.example/refused.png", {.error = NSURLErrorCannotConnectToHost}, 0.05, false},
       {"http://media.example/page.png", {.body = "<html>Sorry</html>"}, 0.05, false},
       {"http://media.example/empty.png", {}, 0.05, false},
@@ -153,6 +156,9 @@ TEST(Programme, tellsThePanelWhatTheHostSaysOfItAndArtworkThatFailsNeverHoldsItU
       EXPECT_EQ(rig.state(), "PlayingVideo");
     }
   }
+  const std::string without = "warning YMRVideoPlayer: No artwork from ";
+  EXPECT_THAT(log.lines(), Contains(without + gone + ": The server answered 404."));
+  EXPECT_THAT(log.lines(), Contains(without + "poster.png: This is no URL."));
 }
 
 TEST(Programme, aFailureIsReportedOnceAndThePlayerStays) {
