@@ -1,15 +1,8 @@
 #include "platform/foundation/NSScanner.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
-
-namespace {
-
-bool isDigit(char byte) {
-  return byte >= '0' && byte <= '9';
-}
-
-}  // namespace
 
 std::size_t NSScanner::afterSkipping() const {
   if (!skipped_) return location_;
@@ -27,19 +20,16 @@ std::optional<std::string_view> NSScanner::take(std::size_t start, std::size_t e
 
 std::optional<std::int64_t> NSScanner::scanInteger() {
   using Limits = std::numeric_limits<std::int64_t>;
-  std::size_t at = afterSkipping();
-  const bool hasSign = at < string_.size() && (string_[at] == '-' || string_[at] == '+');
-  const bool isNegative = hasSign && string_[at] == '-';
-  if (hasSign) ++at;
-  if (at == string_.size() || !isDigit(string_[at])) return std::nullopt;
-  // Counted downwards, since there is one negative number more.
-  std::int64_t value = 0;
-  for (; at < string_.size() && isDigit(string_[at]); ++at) {
-    const std::int64_t digit = string_[at] - '0';
-    value = value < (Limits::min() + digit) / 10 ? Limits::min() : value * 10 - digit;
-  }
-  location_ = at;
-  return isNegative ? value : -std::max(value, -Limits::max());
+  const std::size_t start = afterSkipping();
+  const bool hasSign = start < string_.size() && (string_[start] == '-' || string_[start] == '+');
+  const bool isNegative = hasSign && string_[start] == '-';
+  const std::size_t digits = start + (hasSign ? 1 : 0);
+  if (digits == string_.size() || string_[digits] < '0' || string_[digits] > '9') return std::nullopt;
+  std::int64_t value = isNegative ? Limits::min() : Limits::max();  // which stays when there are too many digits
+  const char* const first = string_.data() + (isNegative ? start : digits);
+  location_ =
+      static_cast<std::size_t>(std::from_chars(first, string_.data() + string_.size(), value).ptr - string_.data());
+  return value;
 }
 
 bool NSScanner::scanString(std::string_view string) {
