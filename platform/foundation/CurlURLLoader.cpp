@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -40,25 +41,26 @@ URLResponse readFile(const URLRequest& request) {
   const std::string& path = request.url.path();
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (file < 0 && (errno == ENOENT || errno == ENOTDIR || errno == ENXIO)) {
-    return failed(NSURLErrorFileDoesNotExist, path + ": there is no such file.");
+    return failed(NSURLErrorFileDoesNotExist, "There is no such file.");
   }
-  if (file < 0) return failed(NSURLErrorNoPermissionsToReadFile, path + ": " + std::strerror(errno));
+  if (file < 0) return failed(NSURLErrorNoPermissionsToReadFile, std::strerror(errno));
   struct stat status {};
   if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
     return failed(NSURLErrorFileDoesNotExist,
-                  path + (S_ISDIR(status.st_mode) ? ": this is a folder." : ": this is no regular file."));
+                  S_ISDIR(status.st_mode) ? "This is a folder." : "This is no regular file.");
   }
   URLResponse response;
+  response.body.reserve(std::min(static_cast<std::size_t>(status.st_size), request.maximumBytes));
   const auto deadline = RunLoop::main().now() + request.whole;
   char block[64 * 1024];
   while (const ssize_t count = ::read(file, block, sizeof block)) {
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return failed(NSURLErrorResourceUnavailable, path + ": " + std::strerror(errno));
+    if (count < 0) return failed(NSURLErrorResourceUnavailable, std::strerror(errno));
     if (static_cast<std::size_t>(count) > request.maximumBytes - response.body.size()) {
       return failed(NSURLErrorDataLengthExceedsMaximum,
-                    path + ": longer than " + std::to_string(request.maximumBytes) + " bytes.");
+                    "The file is longer than " + std::to_string(request.maximumBytes) + " bytes.");
     }
-    if (RunLoop::main().now() > deadline) return failed(NSURLErrorTimedOut, path + ": reading takes too long.");
+    if (RunLoop::main().now() > deadline) return failed(NSURLErrorTimedOut, "Reading the file takes too long.");
     const auto* bytes = reinterpret_cast<const std::byte*>(block);
     response.body.insert(response.body.end(), bytes, bytes + count);
   }
