@@ -75,18 +75,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const ASBSubtitleNotes notes(text);
   require(notes.count() == subtitles.size());
-  for (const auto& note : notes.notesOnFile()) require(isUTF8(note));
+  const auto onFile = notes.notesOnFile();
+  for (const auto& note : onFile) require(isUTF8(note));
+  const bool isText = notes.kind() == ASBSubtitleKind::subRip || notes.kind() == ASBSubtitleKind::webVTT;
+  ASBNoteSummary summary;
   std::size_t number = 0, shown = 0, line = 1;
   notes.forEach([&](const ASBNotedSubtitle& cue) {
     require(cue.subtitle == subtitles.at(number));
     require(times.size() == 256 ? cue.shows || !shows[number] : cue.shows == shows[number]);
-    require(cue.shows || !cue.notes.empty());  // what does not show has a reason
-    for (const auto& note : cue.notes) require(isUTF8(note));
+    // What does not show has a reason, the file's or its own.
+    require(cue.shows || !(isText ? cue.notes.empty() : onFile.empty()));
+    for (const auto& note : cue.notes) require(isUTF8(note.text) && !note.kind.empty());
+    summary.add(cue.line, cue.notes);
     require(cue.line >= line);
     line = cue.line;
     shown += cue.shows;
     ++number;
   });
   require(number == notes.count() && shown == notes.shownCount());
+  for (const auto& sentence : summary.sentences()) require(isUTF8(sentence));
   return 0;
 }

@@ -13,12 +13,14 @@ std::string written(const Json& value) {
 
 std::string cueOf(const ASBNotedSubtitle& cue) {
   const ASBSubtitle& subtitle = cue.subtitle;
+  Json notes = Json::array();
+  for (const auto& note : cue.notes) notes.push_back(note.text);
   return written({{"index", subtitle.index},
                   {"start", subtitle.startTime},
                   {"stop", subtitle.stopTime},
                   {"text", subtitle.text},
                   {"markup", subtitle.text.find('<') != std::string::npos},
-                  {"notes", cue.notes}});
+                  {"notes", notes}});
 }
 
 }  // namespace
@@ -29,11 +31,15 @@ void printJSON(const Options& options, const ASBSubtitleText& text, const ASBSub
   out << "{\n  \"source\": " << written(options.source)
       << ",\n  \"error\": " << written(text.error ? Json(text.error->message) : Json(nullptr)) << ",\n  \"cues\": [";
   const char* separator = "\n    ";
+  ASBNoteSummary summary;
   notes.forEach([&](const ASBNotedSubtitle& cue) {
+    summary.add(cue.line, cue.notes);
     out << separator << cueOf(cue);
     separator = ",\n    ";
   });
-  out << (notes.count() ? "\n  ]" : "]") << ",\n  \"notes\": " << written(notes.notesOnFile());
+  auto onFile = notes.notesOnFile();
+  for (auto& sentence : summary.sentences()) onFile.push_back(std::move(sentence));
+  out << (notes.count() ? "\n  ]" : "]") << ",\n  \"notes\": " << written(onFile);
   if (options.at) out << ",\n  \"shown\": " << written(shown ? Json(*shown) : Json(nullptr));
   out << "\n}\n";
 }

@@ -17,10 +17,14 @@ std::size_t countOf(std::string_view text, char byte) {
   return static_cast<std::size_t>(std::count(text.begin(), text.end(), byte));
 }
 
+// Those that "\n" does not follow, perhaps behind more of them.
 std::size_t countOfBareReturns(std::string_view text) {
   std::size_t count = 0;
-  for (std::size_t at = 0; (at = text.find('\r', at)) != text.npos; ++at)
-    count += !text.substr(at + 1).starts_with('\n');
+  for (std::size_t at = 0; (at = text.find('\r', at)) != text.npos;) {
+    const std::size_t end = std::min(text.find_first_not_of('\r', at), text.size());
+    if (!text.substr(end).starts_with('\n')) count += end - at;
+    at = end;
+  }
   return count;
 }
 
@@ -51,7 +55,7 @@ std::string timeStampOfSeconds(double seconds) {
   return text.data();
 }
 
-ASBSubtitleNotes::ASBSubtitleNotes(const ASBSubtitleText& text) : text_(text) {
+ASBSubtitleNotes::ASBSubtitleNotes(const ASBSubtitleText& text) : text_(text), kind_(kindOfContent(text.content)) {
   std::vector<bool> hasText;
   std::size_t counted = 0, line = 1;
   ASBSubtitleSourceReader reader(text_.content);
@@ -80,19 +84,36 @@ std::vector<std::string> ASBSubtitleNotes::notesOnFile() const {
     notes.push_back("There is no cue: the file is empty or holds white space only.");
     return notes;
   }
+  if (kind_ == ASBSubtitleKind::binary) {
+    notes.push_back("This is no text but binary data, of which the player makes nothing: choose another file.");
+    return notes;
+  }
+  if (kind_ == ASBSubtitleKind::utf16) {
+    notes.push_back("This looks like UTF-16 (" + std::string(endianOfUTF16(content)) +
+                    ", without a byte-order mark). The player reads UTF-8 and makes nothing of it: save it as UTF-8.");
+    return notes;
+  }
   if (countOf(content, '\0') * 4 > content.size()) {
-    notes.push_back("Much of the file is zero bytes: it looks like UTF-16. Save it as UTF-8.");
-  } else if (content.find("-->") == content.npos) {
+    notes.push_back("Much of the file is zero bytes, as when it was not copied to its end: get it once more.");
+  }
+  if (content.find("-->") == content.npos) {
     notes.push_back("There is no time line, 'hh:mm:ss,mmm --> hh:mm:ss,mmm', so this is no SRT; " + kindOf(content) +
                     ".");
-  } else if (content.starts_with("WEBVTT")) {
-    notes.push_back("This is WebVTT and not SRT: number the cues, and write commas before the milliseconds.");
+  } else if (kind_ == ASBSubtitleKind::webVTT) {
+    notes.push_back(
+        "This is WebVTT and not SRT. The player takes it for SRT all the same, so that most of its times are wrong: "
+        "the "
+        "cue behind the header, a comment or a name starts at 0; milliseconds behind a full stop are lost; where there "
+        "are no hours, minutes count as "
+        "hours and seconds as minutes; and where no number stands above the times, the first field of the start time "
+        "is taken for it. Convert the file to SRT: most editors of subtitles do, and so does ffmpeg.");
   }
   if (const std::size_t bare = countOfBareReturns(content); bare > 0) {
     notes.push_back(
         std::to_string(bare) + (bare == 1 ? " line ends" : " lines end") +
-        " with a bare CR, behind which all is lost up to the next LF; where all lines do, only the first cue "
-        "is left. Save the file with LF or CR LF at the ends of its lines.");
+        " with a bare CR. Behind a line of text that does, all is lost up to the next LF" +
+        (content.find('\n') == content.npos ? ", and there is none, so that only the first cue is left." : ".") +
+        " Save the file with LF or CR LF at the ends of its lines.");
   }
   if (shownCount_ == 0) notes.push_back("No cue ever shows.");
   return notes;
@@ -105,17 +126,21 @@ std::string ASBSubtitleNotes::nameOf(std::size_t cue) const {
          "), which stands later in the file,";
 }
 
-void ASBSubtitleNotes::noteTimes(std::size_t cue, const ASBSubtitle& subtitle, std::vector<std::string>& notes) const {
+void ASBSubtitleNotes::noteShowing(std::size_t cue, const ASBSubtitle& subtitle, ASBNoteList& notes) const {
   const double start = subtitle.startTime, stop = subtitle.stopTime;
   if (stop < start) {
-    notes.push_back("It stops before it starts, so it never shows: check its times.");
+    notes.push_back({"stops before it starts", "It stops before it starts, so it never shows: check its times."});
     return;
   }
   if (stop < 0) {
-    notes.push_back("It is over before the programme starts, so it never shows: check its times.");
+    notes.push_back({"over before the programme starts",
+                     "It is over before the programme starts, so it never shows: check its times."});
     return;
   }
-  if (start < 0) notes.push_back("It starts before the programme does, at " + timeStampOfSeconds(start) + ".");
+  if (start < 0) {
+    notes.push_back(
+        {"starts before the programme", "It starts before the programme does, at " + timeStampOfSeconds(start) + "."});
+  }
   if (subtitle.text.empty()) return;
 
   const auto& share = shares_[cue];
@@ -124,39 +149,45 @@ void ASBSubtitleNotes::noteTimes(std::size_t cue, const ASBSubtitle& subtitle, s
   if (cover && (share.seconds == 0 || hidden > halfAMillisecond)) {
     if (share.seconds == 0) {
       const bool isAlone = cover->from <= std::max(start, 0.0) && cover->to > stop;
-      notes.push_back("It never shows: " + nameOf(cover->cue) + (isAlone ? "" : " and others") +
-                      (isAlone ? " hides it all the time." : " hide it all the time.") +
-                      " Change their times, or join the texts.");
+      notes.push_back({"hidden all the time", "It never shows: " + nameOf(cover->cue) + (isAlone ? "" : " and others") +
+                                                  (isAlone ? " hides it all the time." : " hide it all the time.") +
+                                                  " Change their times, or join the texts."});
     } else {
-      notes.push_back("It is hidden for a part of its time: from " + timeStampOfSeconds(cover->from) + " to " +
-                      timeStampOfSeconds(cover->to) + " " + nameOf(cover->cue) +
-                      " shows in its place. Change their times, or join the texts.");
+      notes.push_back({"hidden for a part of the time",
+                       "It is hidden for a part of its time: from " + timeStampOfSeconds(cover->from) + " to " +
+                           timeStampOfSeconds(cover->to) + " " + nameOf(cover->cue) +
+                           " shows in its place. Change their times, or join the texts."});
     }
   }
   if (share.seconds > 0 && !share.onFullSecond) {
     notes.push_back(
-        "It shows at no full second. The player looks once a second, at the full one, and so misses it unless "
-        "a seek ends here: let it show for a second.");
+        {"shows at no full second",
+         "It shows at no full second. The player looks once a second, at the full one, and so misses it unless "
+         "a seek ends here: let it show for a second."});
   }
 }
 
 void ASBSubtitleNotes::forEach(const std::function<void(const ASBNotedSubtitle&)>& use) const {
+  const bool isText = kind_ != ASBSubtitleKind::binary && kind_ != ASBSubtitleKind::utf16;
   ASBSubtitleSourceReader reader(text_.content);
   for (std::size_t cue = 0; auto source = reader.next(); ++cue) {
     ASBNotedSubtitle noted;
     noted.line = names_[cue].line;
     noted.shows = shares_[cue].seconds > 0;
-    if (isTrail(*source)) {
-      noted.notes.push_back(
-          "The empty lines at the end of the file make this cue, which hides others at 0 s only: end the file with one "
-          "line end.");
-      noted.subtitle = subtitleFromSource(*std::move(source));
-    } else {
+    const bool trails = isTrail(*source);
+    if (isText && !trails) {
       noteNumber(*source, noted.notes);
-      ::noteTimes(*source, noted.notes);
+      noteTimes(*source, noted.notes);
       noteText(*source, noted.notes);
-      noted.subtitle = subtitleFromSource(*std::move(source));
-      noteTimes(cue, noted.subtitle, noted.notes);
+    }
+    noted.subtitle = subtitleFromSource(*std::move(source));
+    if (isText && trails) {
+      noted.notes.push_back({"empty lines at the end",
+                             "The empty lines at the end of the file make this cue, which hides others at 0 s only: "
+                             "end the file with one "
+                             "line end."});
+    } else if (isText) {
+      noteShowing(cue, noted.subtitle, noted.notes);
     }
     use(noted);
   }

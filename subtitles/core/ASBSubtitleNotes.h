@@ -8,6 +8,8 @@
 
 #include "platform/Export.h"
 #include "subtitles/core/ASBSubtitle.h"
+#include "subtitles/core/ASBSubtitleKind.h"
+#include "subtitles/core/ASBSubtitleNote.h"
 #include "subtitles/core/ASBSubtitleText.h"
 #include "subtitles/core/ASBSubtitleTimeline.h"
 
@@ -16,8 +18,7 @@ struct ASBNotedSubtitle {
   ASBSubtitle subtitle;
   std::size_t line = 0;  // of its times in the file, from 1
   bool shows = false;    // whether its text is on the screen at some time from 0 s on
-  std::vector<std::string>
-      notes;  // what is odd, why it does not show and what to do; for people, a sentence or two each
+  ASBNoteList notes;
 };
 
 // Tells what is odd about a file of subtitles. The player itself never asks.
@@ -27,12 +28,15 @@ class YMR_API ASBSubtitleNotes {
  public:
   explicit ASBSubtitleNotes(const ASBSubtitleText& text);
 
+  // What the text looks like, guessed.
+  ASBSubtitleKind kind() const { return kind_; }
   // On the file as a whole; empty when nothing is odd, and for a text that could not be read.
   std::vector<std::string> notesOnFile() const;
   std::size_t count() const { return shares_.size(); }
   // How many show.
   std::size_t shownCount() const { return shownCount_; }
-  // In the order of the file, the same as subtitlesFromSRT() gives.
+  // In the order of the file, the same as subtitlesFromSRT() gives. Where the file is no text, or looks like UTF-16,
+  // that is all there is to say, and the cues have no notes.
   void forEach(const std::function<void(const ASBNotedSubtitle&)>& use) const;
 
  private:
@@ -43,9 +47,10 @@ class YMR_API ASBSubtitleNotes {
   };
 
   std::string nameOf(std::size_t cue) const;
-  void noteTimes(std::size_t cue, const ASBSubtitle& subtitle, std::vector<std::string>& notes) const;
+  void noteShowing(std::size_t cue, const ASBSubtitle& subtitle, ASBNoteList& notes) const;
 
   const ASBSubtitleText& text_;
+  const ASBSubtitleKind kind_;
   ASBSubtitleTimeline timeline_;
   std::vector<ASBSubtitleTimeline::Share> shares_;
   std::vector<Named> names_;

@@ -31,9 +31,10 @@ class TimeNotes {
   void add(bool hasHours) const {
     const bool hasNumbers = stamp_.hour.number || stamp_.minute.number || stamp_.second.number;
     if (text_.empty()) {
-      say("is missing and counts as 0: write " + std::string(form) + " --> " + std::string(form) + ".");
+      say("a time is missing",
+          "is missing and counts as 0: write " + std::string(form) + " --> " + std::string(form) + ".");
     } else if (!hasNumbers && !stamp_.millisecond.number) {
-      say(quoted(text_) + " can't be read and counts as 0: write " + std::string(form) + ".");
+      say("a time can't be read", quoted(text_) + " can't be read and counts as 0: write " + std::string(form) + ".");
     } else {
       addFields(hasHours);
       addValues();
@@ -41,7 +42,9 @@ class TimeNotes {
   }
 
  private:
-  void say(const std::string& predicate) const { notes_.push_back("The " + std::string(name_) + " " + predicate); }
+  void say(std::string_view kind, const std::string& predicate) const {
+    notes_.push_back({kind, "The " + std::string(name_) + " " + predicate});
+  }
 
   std::string value() const { return timeStampOfSeconds(stamp_.seconds()); }
 
@@ -50,32 +53,36 @@ class TimeNotes {
     const bool marksFraction = rest.size() > 1 && !isDigit(rest[0]) && isDigit(rest[1]) && !stamp_.millisecond.number;
     const std::string count = "counts as " + value();
     if (marksFraction && stamp_.second.number) {
-      say(quoted(text_) + " has " + (rest[0] == '.' ? "a full stop" : quoted(rest.substr(0, 1))) +
-          " before its milliseconds, which are lost, so that it " + count + ": write a comma.");
+      say("no comma before the milliseconds, which are lost",
+          quoted(text_) + " has " + (rest[0] == '.' ? "a full stop" : quoted(rest.substr(0, 1))) +
+              " before its milliseconds, which are lost, so that it " + count + ": write a comma.");
     } else if (!stamp_.second.number || (hasHours && !stamp_.hour.number)) {
-      say(quoted(text_) + " lacks a field and " + count + ": write " + std::string(form) + ".");
+      say("a time lacks a field", quoted(text_) + " lacks a field and " + count + ": write " + std::string(form) + ".");
     } else if (stamp_.millisecond.text.size() != 3) {
-      say(quoted(text_) + " has " +
-          (stamp_.millisecond.number ? "milliseconds that are not of three digits; they are counted, not a fraction"
-                                     : "no milliseconds"s) +
-          ", and it " + count + ": write " + std::string(form) + ".");
+      say("milliseconds are not of three digits",
+          quoted(text_) + " has " +
+              (stamp_.millisecond.number ? "milliseconds that are not of three digits; they are counted, not a fraction"
+                                         : "no milliseconds"s) +
+              ", and it " + count + ": write " + std::string(form) + ".");
     }
     if (rest.empty() || marksFraction) return;
-    notes_.push_back(quoted(rest) + " behind the " + std::string(name_) +
-                     " is passed over: position hints have no effect.");
+    notes_.push_back({"something behind a time is passed over", quoted(rest) + " behind the " + std::string(name_) +
+                                                                    " is passed over: position hints have no effect."});
   }
 
   void addValues() const {
     const auto isOff = [](const ASBTimeStamp::Field& field) { return field.number.value_or(0) > 59; };
     const std::string_view read = text_.substr(0, text_.size() - stamp_.rest.size());
     if (read.find_first_of("+-") != read.npos) {
-      say(quoted(text_) + " has a sign, which holds for its one field only; it counts as " + value() +
-          ": leave it out.");
+      say("a time has a sign", quoted(text_) + " has a sign, which holds for its one field only; it counts as " +
+                                   value() + ": leave it out.");
     }
     if (isOff(stamp_.minute) || isOff(stamp_.second)) {
-      say(quoted(text_) + " has more than 59 minutes or seconds and counts as " + value() + ": check it.");
+      say("more than 59 minutes or seconds",
+          quoted(text_) + " has more than 59 minutes or seconds and counts as " + value() + ": check it.");
     }
-    if (stamp_.seconds() >= 100 * 3600) say(quoted(text_) + " is later than any programme lasts: check it.");
+    if (stamp_.seconds() >= 100 * 3600)
+      say("a time is later than any programme lasts", quoted(text_) + " is later than any programme lasts: check it.");
   }
 
   const std::string_view name_, text_;
@@ -114,16 +121,21 @@ void noteMarkup(std::string_view text, ASBNoteList& notes) {
   const Markup markup(text);
   for (std::size_t i = 0; i < markup.kinds.size(); ++i) {
     const std::string name(markup.kinds[i]);
-    if (markup.open[i] > 0) notes.push_back("<" + name + "> is not closed: write </" + name + "> behind it.");
+    if (markup.open[i] > 0)
+      notes.push_back({"a tag is not closed", "<" + name + "> is not closed: write </" + name + "> behind it."});
   }
-  if (markup.hasStray) notes.push_back("A '<' that begins no tag makes markup of the text: write &lt; in its place.");
+  if (markup.hasStray) {
+    notes.push_back(
+        {"a '<' begins no tag", "A '<' that begins no tag makes markup of the text: write &lt; in its place."});
+  }
 }
 
 void noteLost(std::string_view lost, ASBNoteList& notes) {
   const bool isReturn = lost.starts_with('\r');
-  notes.push_back("A text line ends with "s + (isReturn ? "a bare CR" : "a line separator that is no LF") +
-                  "; what follows is lost up to the next LF, " + quoted(lost) +
-                  " for one: save the file with LF or CR LF at the ends of its lines.");
+  notes.push_back({"text is lost behind the end of a line",
+                   "A text line ends with "s + (isReturn ? "a bare CR" : "a line separator that is no LF") +
+                       "; what follows is lost up to the next LF, " + quoted(lost) +
+                       " for one: save the file with LF or CR LF at the ends of its lines."});
 }
 
 }  // namespace
@@ -153,25 +165,30 @@ void noteNumber(const ASBSubtitleSource& source, ASBNoteList& notes) {
   const std::size_t lastLine = start.find_last_of("\r\n", trimmed(start).size());
   if (start.find(byteOrderMark) != start.npos) {
     notes.push_back(
-        "A byte-order mark (U+FEFF) stands within the file, so the number and the start time can't be read: "
-        "remove it. Files that were joined have one each.");
+        {"a byte-order mark stands within the file",
+         "A byte-order mark (U+FEFF) stands within the file, so the number and the start time can't be read: "
+         "remove it. Files that were joined have one each."});
   } else if (source.hasArrow && lastLine != start.npos) {
     notes.push_back(
-        quoted(start.substr(0, lastLine)) +
-        " stands before the times, where only a number should, and spoils the start time: a text ends at its "
-        "first empty line. Remove that line, or what is stray.");
+        {"something stray stands before the times",
+         quoted(start.substr(0, lastLine)) +
+             " stands before the times, where only a number should, and spoils the start time: a text ends at its "
+             "first empty line. Remove that line, or what is stray."});
   } else if (start.starts_with(':')) {
-    notes.push_back("There is no number, so the hours of the start time are taken for it, and it counts as " +
-                    timeStampOfSeconds(ASBTimeStamp(start).seconds()) + ": put a line with a number before the times.");
+    notes.push_back({"no number, for which the hours are taken",
+                     "There is no number, so the hours of the start time are taken for it, and it counts as " +
+                         timeStampOfSeconds(ASBTimeStamp(start).seconds()) +
+                         ": put a line with a number before the times."});
   } else if (!source.index) {
-    notes.push_back("There is no number: put a line with one before the times.");
+    notes.push_back({"no number", "There is no number: put a line with one before the times."});
   }
 }
 
 void noteTimes(const ASBSubtitleSource& source, ASBNoteList& notes) {
   if (!source.hasArrow) {
-    notes.push_back("No '-->' follows, so that all that is left of the file is taken for its start time: write " +
-                    std::string(form) + " --> " + std::string(form) + ".");
+    notes.push_back(
+        {"no '-->'", "No '-->' follows, so that all that is left of the file is taken for its start time: write " +
+                         std::string(form) + " --> " + std::string(form) + "."});
     return;
   }
   TimeNotes("start time", source.startTime, notes).add(!source.startTime.starts_with(':'));
@@ -181,21 +198,24 @@ void noteTimes(const ASBSubtitleSource& source, ASBNoteList& notes) {
 void noteText(const ASBSubtitleSource& source, ASBNoteList& notes) {
   constexpr int mostLines = 4;
   const std::string& text = source.text;
-  if (text.empty()) notes.push_back("It has no text, and hides what stands above it in the file for its time.");
+  if (text.empty()) {
+    notes.push_back({"no text", "It has no text, and hides what stands above it in the file for its time."});
+  }
   if (text.find("-->") != text.npos) {
     notes.push_back(
-        "Its text goes on into the next cue: put an empty line between them, and text under every time line.");
+        {"the text goes on into the next cue",
+         "Its text goes on into the next cue: put an empty line between them, and text under every time line."});
   } else if (std::count(text.begin(), text.end(), '\n') >= mostLines) {
-    notes.push_back("Its text has more than four lines, which cover the picture.");
+    notes.push_back({"more than four lines", "Its text has more than four lines, which cover the picture."});
   }
   if (!source.lost.empty()) noteLost(source.lost, notes);
   if (text.find('<') != text.npos) noteMarkup(text, notes);
   if (text.find("{\\") != text.npos)
-    notes.push_back("Codes in braces, as in {\\an8}, are shown as they stand: remove them.");
+    notes.push_back({"codes in braces", "Codes in braces, as in {\\an8}, are shown as they stand: remove them."});
   const auto isControl = [](unsigned char byte) {
     return (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7f;
   };
   if (std::any_of(text.begin(), text.end(), isControl)) {
-    notes.push_back("Its text has control characters, zero bytes perhaps: remove them.");
+    notes.push_back({"control characters", "Its text has control characters, zero bytes perhaps: remove them."});
   }
 }

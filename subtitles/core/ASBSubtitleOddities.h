@@ -2,12 +2,11 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "subtitles/core/ASBSubtitleNote.h"
 #include "subtitles/core/ASBSubtitleSource.h"
 
-// What is odd about one cue taken by itself, and what to do about it: sentences for people, added to `notes`.
-using ASBNoteList = std::vector<std::string>;
+// What is odd about one cue taken by itself, and what to do about it; added to `notes`.
 void noteNumber(const ASBSubtitleSource& source, ASBNoteList& notes);
 void noteTimes(const ASBSubtitleSource& source, ASBNoteList& notes);
 void noteText(const ASBSubtitleSource& source, ASBNoteList& notes);

@@ -25,7 +25,9 @@ void ASBSubtitleSourceReader::readText(ASBSubtitleSource& source) {
     if (!source.text.empty()) source.text += '\n';
     source.text += stringByTrimmingCharactersInSet(*line, spaces);
     const auto passedOver = scanner_.scanUpToString("\n").value_or("");
-    if (source.lost.empty() && passedOver != "\r") source.lost = passedOver;
+    const bool isText =
+        lengthOfCharactersInSet(passedOver, NSCharacterSet::whitespaceAndNewlineCharacterSet()) < passedOver.size();
+    if (source.lost.empty() && isText) source.lost = passedOver;
     scanner_.scanString("\n");
   }
 }

@@ -18,8 +18,8 @@ struct ASBSubtitleSource {
   bool hasArrow = false;              // whether "-->" was there
   std::string_view stopTime;          // with the rest of its line
   std::string text;
-  std::string_view lost;  // the first thing that stands between the end of a text line and the next "\n", and so is
-                          // passed over; the "\r" of "\r\n" is none
+  std::string_view lost;  // the first text that stands between the end of a text line and the next "\n", and so is
+                          // passed over; white space and further line ends, as in "\r\r\n", are none
 };
 
 // Takes a content apart, cue by cue. One thread; the content must outlive it.

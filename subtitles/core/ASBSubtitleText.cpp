@@ -1,7 +1,5 @@
 #include "subtitles/core/ASBSubtitleText.h"
 
-#include <algorithm>
-#include <array>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -9,9 +7,9 @@
 #include "platform/dispatch/Dispatch.h"
 #include "platform/foundation/URLLoader.h"
 #include "platform/foundation/UTF8.h"
+#include "subtitles/core/ASBSubtitleKind.h"
 
 using namespace std::chrono_literals;
-using namespace std::string_view_literals;
 
 namespace {
 
@@ -19,39 +17,6 @@ constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 ASBSubtitleText failed(NSError error) {
   return {"", std::move(error), false};
-}
-
-// UTF-16 of nearly any text of subtitles has a zero in every other byte.
-std::string_view zerosOfUTF16(std::string_view bytes) {
-  const std::string_view sample = bytes.substr(0, 4096);
-  std::array<std::size_t, 2> zeros{};  // at even and at odd places
-  for (std::size_t i = 0; i < sample.size(); ++i) zeros[i % 2] += sample[i] == '\0';
-  if (zeros[1] * 4 > sample.size() && zeros[0] * 4 < zeros[1])
-    return "UTF-16 (little endian, without a byte-order mark)";
-  if (zeros[0] * 4 > sample.size() && zeros[1] * 4 < zeros[0]) return "UTF-16 (big endian, without a byte-order mark)";
-  return "";
-}
-
-// What text that is not UTF-8 looks like.
-std::string looksOf(std::string_view bytes) {
-  if (bytes.starts_with("\xFF\xFE\0\0"sv) || bytes.starts_with("\0\0\xFE\xFF"sv)) return "UTF-32";
-  if (bytes.starts_with("\xFF\xFE")) return "UTF-16 (little endian)";
-  if (bytes.starts_with("\xFE\xFF")) return "UTF-16 (big endian)";
-  if (bytes.starts_with("\x1F\x8B") || bytes.starts_with("PK\x03\x04")) return "a packed file, which must be unpacked";
-  if (const auto utf16 = zerosOfUTF16(bytes); !utf16.empty()) return std::string(utf16);
-
-  std::size_t good = 0, bad = 0, line = 1, lineOfBad = 0;
-  while (!bytes.empty()) {
-    const UTF8Character character = firstUTF8Character(bytes);
-    line += character.value == '\n';
-    good += character.length > 1;
-    bad += !character.isValid;
-    if (!character.isValid && lineOfBad == 0) lineOfBad = line;
-    bytes.remove_prefix(character.length);
-  }
-  return (good > bad ? "UTF-8 that is damaged, first in line "
-                     : "Latin-1 or another eight-bit encoding, first in line ") +
-         std::to_string(lineOfBad);
 }
 
 ASBSubtitleText textOf(const URLResponse& response) {
@@ -78,7 +43,7 @@ URLRequest requestFor(const NSURL& url) {
 ASBSubtitleText subtitleTextOfBytes(std::string bytes) {
   if (!isUTF8(bytes)) {
     return failed({NSCocoaErrorDomain, NSFileReadInapplicableStringEncodingError,
-                   "The text is not UTF-8: it looks like " + looksOf(bytes) + ". Save it as UTF-8."});
+                   "The text is not UTF-8: it looks like " + looksOfBytes(bytes)});
   }
   const bool hasMark = bytes.starts_with(byteOrderMark);
   if (hasMark) bytes.erase(0, byteOrderMark.size());

@@ -14,6 +14,7 @@ struct Looked {
   std::vector<std::string> file, first;  // notes on the file, and on its first cue
   std::vector<bool> shows;
   std::vector<std::size_t> lines;
+  int others = 0;  // notes on the other cues
 };
 
 Looked look(const std::string& content) {
@@ -21,7 +22,10 @@ Looked look(const std::string& content) {
   const ASBSubtitleNotes notes(text);
   Looked looked{notes.notesOnFile(), {}, {}, {}};
   notes.forEach([&](const ASBNotedSubtitle& cue) {
-    if (looked.shows.empty()) looked.first = cue.notes;
+    for (const auto& note : cue.notes) {
+      if (looked.shows.empty()) looked.first.push_back(note.text);
+      looked.others += !looked.shows.empty();
+    }
     looked.shows.push_back(cue.shows);
     looked.lines.push_back(cue.line);
   });
@@ -81,11 +85,45 @@ TEST(SubtitleNotes, sayWhatIsOddAboutTheFile) {
       {"", "There is no cue"},
       {"\ufeff" + cue("00:00:01,000", "00:00:02,000"), "byte-order mark"},
       {"1\r00:00:01,000 --> 00:00:02,000\rA\r", "3 lines end with a bare CR"},
-      {"1\0\n\0-\0-\0>\0"s, "UTF-16"},
+      {"1\r00:00:01,000 --> 00:00:02,000\nA\n", "1 line ends with a bare CR. Behind"},
+      {std::string(400, '\1'), "no text but binary data"},
       {"WEBVTT\n\n00:01.000 --> 00:02.000\nA", "This is WebVTT"},
       {cue("00:00:02,000", "00:00:01,000"), "No cue ever shows"},
   };
   for (const auto& [content, note] : rows) EXPECT_THAT(look(content).file, Contains(HasSubstr(note))) << content;
+}
+
+TEST(SubtitleNotes, takeLineEndsForLostTextOnlyWhereTextIsLost) {
+  const std::string file = "1#00:00:01,000 --> 00:00:02,000#A#B##2#00:00:02,000 --> 00:00:03,000#C#";
+  for (const std::string end : {"\r\n", "\r\r\n", "\r\r\r\n"}) {
+    std::string content;
+    for (const char letter : file) content += letter == '#' ? end : std::string(1, letter);
+    const auto looked = look(content);
+    EXPECT_THAT(looked.file, IsEmpty()) << end.size();
+    EXPECT_THAT(looked.first, IsEmpty()) << end.size();
+    EXPECT_THAT(looked.shows, ElementsAre(true, true)) << end.size();
+  }
+  EXPECT_THAT(look(cue("00:00:01,000", "00:00:02,000", "A\rB\r")).first, ElementsAre(HasSubstr("next LF, 'B'")));
+}
+
+TEST(SubtitleNotes, sayOnceOfAFileThatItIsUTF16) {
+  std::string content;  // whose marks between the times can be read nevertheless
+  for (const char letter : cue("00:00:01,000", "00:00:02,000")) content += {letter, '\0'};
+  const auto looked = look(content + "--> 1\nA\n\n--> 2\nB");
+  EXPECT_THAT(looked.file, ElementsAre(HasSubstr("UTF-16 (little endian")));
+  EXPECT_THAT(looked.first, IsEmpty());
+  EXPECT_GT(looked.shows.size(), 1u);
+  EXPECT_EQ(looked.others, 0);
+}
+
+TEST(SubtitleNotes, comeToASentenceForEveryKindThatManyCuesHave) {
+  ASBNoteSummary summary;
+  for (std::size_t i = 1; i <= 11; ++i) {
+    ASBNoteList notes{{"no number", "A"}, {"a time", "start"}, {"a time", "stop"}};
+    if (i % 2) notes.erase(notes.begin());
+    summary.add(i * 4, notes);
+  }
+  EXPECT_THAT(summary.sentences(), ElementsAre("11 cues, the first ones in lines 4, 8, 12: a time."));
 }
 
 }  // namespace

@@ -28,6 +28,7 @@ TEST(SubtitleText, dropsOneByteOrderMarkAndSaysWhatOtherEncodingsLookLike) {
       {"1\0\n\0\xe9\0a\0b\0"s, "UTF-16 (little endian, without"},
       {"\0001\0\n\0\xe9\0a"s, "UTF-16 (big endian, without"},
       {"1\n\ncaf\xe9 noir", "Latin-1 or another eight-bit encoding, first in line 3"},
+      {"\x7f\x45\x4c\x46\1\1\0\2\xff"s, "binary data and no text. Choose"},
       {"\u00e9\u00e9\u00e9\n\u00e9\xe9", "UTF-8 that is damaged, first in line 2"},
       {"\xed\xa0\x80", "eight-bit"},  // a surrogate
   };
