@@ -143,6 +143,17 @@ void YMRSubtitleStage::switchSubtitle(std::int32_t index) {
 
 namespace {
 
+std::size_t cuesWithText(const ASBSubtitleList& list) {
+  const auto& cues = list.subtitles();
+  return static_cast<std::size_t>(
+      std::count_if(cues.begin(), cues.end(), [](const ASBSubtitle& cue) { return !cue.text.empty(); }));
+}
+
+void tellOfSuccess(const YMRSubtitleConfig& subtitle, const YMRSubtitle& track, std::size_t cues) {
+  const auto didLoad = subtitle.didLoad();
+  if (didLoad) callHost(ymrPlayerTag, [&] { didLoad(track, cues); });
+}
+
 void tellOfFailure(const YMRSubtitleConfig& subtitle, const YMRSubtitle& track, const NSError& error) {
   const auto loadDidFail = subtitle.loadDidFail();
   if (loadDidFail) callHost(ymrPlayerTag, [&] { loadDidFail(track, error); });
@@ -150,16 +161,17 @@ void tellOfFailure(const YMRSubtitleConfig& subtitle, const YMRSubtitle& track, 
 
 }  // namespace
 
-// The host hears of a failure on a later turn: the programme may be half made now.
+// The host hears of it on a later turn: the programme may be half made now.
 void YMRSubtitleStage::load(const YMRSubtitle& track) {
   std::optional<NSError> error;
   subtitling_->loadSubtitlesAtURL(track.url(), &error);
-  if (!error) return;
-  dispatch_async(dispatch_get_main_queue(),
-                 [weak = weak_from_this(), load = loads_, subtitle = subtitle_, track, error = std::move(*error)] {
-                   const auto self = weak.lock();
-                   if (self && load == self->loads_) tellOfFailure(*subtitle, track, error);
-                 });
+  dispatch_async(dispatch_get_main_queue(), [weak = weak_from_this(), load = loads_, subtitle = subtitle_, track,
+                                             error = std::move(error), list = subtitling_->subtitles()] {
+    const auto self = weak.lock();
+    if (!self || load != self->loads_) return;
+    if (error) return tellOfFailure(*subtitle, track, *error);
+    tellOfSuccess(*subtitle, track, cuesWithText(*list));
+  });
 }
 
 void YMRSubtitleStage::loadInBackground(const YMRSubtitle& track) {
@@ -167,11 +179,15 @@ void YMRSubtitleStage::loadInBackground(const YMRSubtitle& track) {
     const auto self = weak.lock();
     if (!self || load != self->loads_) return;
     if (text.error) return tellOfFailure(*subtitle, track, *text.error);
-    dispatch_async(dispatch_get_global_queue(), [weak, load, content = std::move(text.content)] {
+    // Weakly, since what a configuration holds of the host's must not end on that thread.
+    const auto config = std::weak_ptr(subtitle);
+    dispatch_async(dispatch_get_global_queue(), [weak, load, config, track, content = std::move(text.content)] {
       auto list = std::make_shared<const ASBSubtitleList>(subtitlesFromSRT(content));
-      dispatch_async(dispatch_get_main_queue(), [weak, load, list = std::move(list)] {
+      dispatch_async(dispatch_get_main_queue(), [weak, load, config, track, list = std::move(list)] {
         const auto stage = weak.lock();
-        if (stage && load == stage->loads_) stage->subtitling_->setSubtitles(list);
+        if (!stage || load != stage->loads_) return;
+        stage->subtitling_->setSubtitles(list);
+        if (const auto told = config.lock()) tellOfSuccess(*told, track, cuesWithText(*list));
       });
     });
   };

@@ -46,7 +46,12 @@ class YMR_API YMRVideoPlayer {
   const std::shared_ptr<YMRAdSchedule>& adSchedule() const;
   void setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule);
   // The external subtitle tracks and their look; nil for none, and at first. Looks count at once, tracks with the next
-  // start or switch, so set it before the programme is asked for.
+  // start or switch, so set it before the programme is asked for. nil leaves the track that is shown and its look, and
+  // no other can be switched to. The configuration is held and not copied; several players may have the same one.
+  //
+  // No file is looked at here. When a track is chosen, one that can't be read or is not UTF-8 leaves the track before
+  // it (setLoadDidFail() of the configuration tells); text of another form than SRT is taken for SRT, and shows what
+  // that happens to give.
   const std::shared_ptr<YMRSubtitleConfig>& subtitle() const;
   void setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& subtitle);
   // A view of the host's over the picture and under all that the player draws, filling the screen. Taken up when a

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -31,6 +32,8 @@ class YMR_API YMRSubtitleConfig {
   // A point is a 1080th of the screen's height here, so that text looks the same on every screen.
   const UIFont& subtitleFont() const { return font_; }
   void setSubtitleFont(UIFont font) { font_ = std::move(font); }
+  // Of the text that names no colour of its own; white at first. Markup that asks for white, as <font color="white">
+  // does, gets this colour, too: white is the body's colour, and can't be told from it.
   const UIColor& subtitleTextColor() const { return textColor_; }
   void setSubtitleTextColor(const UIColor& color) { textColor_ = color; }
   const UIColor& subtitleStrokeColor() const { return strokeColor_; }
@@ -44,6 +47,12 @@ class YMR_API YMRSubtitleConfig {
   // when it is there; until then the one before stays, and of several choices the last one counts.
   bool loadsInBackground() const { return loadsInBackground_; }
   void setLoadsInBackground(bool loads) { loadsInBackground_ = loads; }
+
+  // Called on the main thread when a track has taken effect, with how many of its cues have text: 0 of a file that is
+  // empty or no SRT, of which nothing will ever show. Empty, as it starts: nobody is told.
+  using LoadSuccess = std::function<void(const YMRSubtitle& subtitle, std::size_t cues)>;
+  const LoadSuccess& didLoad() const { return didLoad_; }
+  void setDidLoad(LoadSuccess didLoad) { didLoad_ = std::move(didLoad); }
 
   // Called on the main thread when a track could not be read, with why: on a turn of its own, and not when another one
   // was chosen meanwhile or the player dismissed. The player shows nothing of it and goes on with the track before.
@@ -59,5 +68,6 @@ class YMR_API YMRSubtitleConfig {
   UIColor strokeColor_ = UIColor::colorWithWhite(0, 1);
   double strokeWidth_ = 10;
   bool loadsInBackground_ = false;
+  LoadSuccess didLoad_;
   LoadFailure loadDidFail_;
 };

@@ -31,6 +31,10 @@ std::shared_ptr<YMRAdSchedule> adSchedule(const Options& options) {
   return schedule;
 }
 
+void say(const NSURL& url, const std::string& message) {
+  std::fprintf(stderr, "ymrplay: %s: %s\n", printable(url.absoluteString()).c_str(), printable(message).c_str());
+}
+
 // nil without a file. Files are read in the background: a server that hangs costs the text and nothing else.
 std::shared_ptr<YMRSubtitleConfig> subtitleConfig(const Options& options) {
   if (options.subtitles.empty()) return nullptr;
@@ -40,9 +44,9 @@ std::shared_ptr<YMRSubtitleConfig> subtitleConfig(const Options& options) {
   }
   auto config = YMRSubtitleConfig::initWithSubtitles(std::move(tracks));
   config->setLoadsInBackground(true);
-  config->setLoadDidFail([](const YMRSubtitle& track, const NSError& error) {
-    std::fprintf(stderr, "ymrplay: %s: %s\n", printable(track.url().absoluteString()).c_str(),
-                 printable(error.message).c_str());
+  config->setLoadDidFail([](const YMRSubtitle& track, const NSError& error) { say(track.url(), error.message); });
+  config->setDidLoad([](const YMRSubtitle& track, std::size_t cues) {
+    if (cues == 0) say(track.url(), "There are no subtitles in this file.");
   });
   return config;
 }
@@ -68,7 +72,7 @@ void PlayHost::answerCallbacks() {
     print();
     if (std::exchange(hasBegun_, true)) return;
     selectCaption();
-    showSubtitle();  // pressed for before there was a programme, which begins with the first
+    if (subtitle_ > 0) showSubtitle();  // pressed for before there was a programme, which begins with the first
   };
   delegate_->videoDidPlayFinished = [this, print = delegate_->videoDidPlayFinished] {
     print();
@@ -87,14 +91,17 @@ void PlayHost::answerCallbacks() {
 
 void PlayHost::nextSubtitle() {
   const std::size_t files = options_.subtitles.size();
-  if (files == 0) return;
+  if (files == 0) {
+    std::fprintf(stderr, "ymrplay: there are no subtitle files to go through: give some with --subtitle\n");
+    return;
+  }
   subtitle_ = (subtitle_ + 1) % (files + 1);
   if (hasBegun_) showSubtitle();
 }
 
 void PlayHost::showSubtitle() {
   const bool isShown = subtitle_ < options_.subtitles.size();
-  player_->toggleSubtitle(isShown || options_.subtitles.empty());
+  player_->toggleSubtitle(isShown);
   if (isShown) player_->switchSubtitle(static_cast<std::int32_t>(subtitle_));
 }
 

@@ -25,7 +25,8 @@ struct URLRequest {
 };
 
 // What came back. `error` is set when there is no response, a transfer that broke off included; a status other than 200
-// is a response like any other. `status` is 200 for a file that was read.
+// is a response like any other. `status` is 200 for a file that was read. An error's message need not name the URL, and
+// does not name a file: who shows it knows what was asked for.
 struct YMR_API URLResponse {
   long status = 0;
   std::vector<std::byte> body;
