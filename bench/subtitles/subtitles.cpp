@@ -29,9 +29,10 @@ constexpr double interval = 2, shown = 1.8;  // seconds
 void write(const std::string& path, int cues) {
   std::ofstream file(path, std::ios::binary);
   for (int i = 0; i < cues; ++i) {
-    file << i + 1 << '\n'
+    // No empty line after the last one, which would be one cue more.
+    file << (i > 0 ? "\n" : "") << i + 1 << '\n'
          << timeStampOfSeconds(i * interval) << " --> " << timeStampOfSeconds(i * interval + shown)
-         << "\nThis is what number " << i + 1 << " says,\nand <i>this</i> is its second line.\n\n";
+         << "\nThis is what number " << i + 1 << " says,\nand <i>this</i> is its second line.\n";
   }
 }
 
