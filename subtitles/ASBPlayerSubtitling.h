@@ -70,7 +70,9 @@ class YMR_API ASBPlayerSubtitling : public std::enable_shared_from_this<ASBPlaye
 
   // The text that is shown, or would be if it were visible; nil for none. Any thread.
   std::optional<std::string> currentText() const;
-  // CSS declarations of the body of a text with markup; empty before a player was set.
+  // CSS declarations of the body of a text with markup; empty before a player was set. The colour is the label's
+  // textColor(). An outlined label's is white whatever it draws in, so markup that asks for white is drawn in the
+  // label's foreground colour, as the body is.
   const std::string& cssStyle() const { return cssStyle_; }
   // Takes font, colour and alignment of the label for texts with markup; nothing without a label. A plain label shows
   // such texts in that look from then on; one with an outline in its own font and colour, whatever they are by then.

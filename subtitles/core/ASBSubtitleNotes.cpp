@@ -89,8 +89,9 @@ std::vector<std::string> ASBSubtitleNotes::notesOnFile() const {
     return notes;
   }
   if (kind_ == ASBSubtitleKind::utf16) {
-    notes.push_back("This looks like UTF-16 (" + std::string(endianOfUTF16(content)) +
-                    ", without a byte-order mark). The player reads UTF-8 and makes nothing of it: save it as UTF-8.");
+    notes.push_back(
+        "This looks like UTF-16 (" + std::string(endianOfUTF16(content)) +
+        ", without a byte-order mark). The player reads UTF-8 and makes nothing of such text: save it as UTF-8.");
     return notes;
   }
   if (countOf(content, '\0') * 4 > content.size()) {
@@ -101,12 +102,11 @@ std::vector<std::string> ASBSubtitleNotes::notesOnFile() const {
                     ".");
   } else if (kind_ == ASBSubtitleKind::webVTT) {
     notes.push_back(
-        "This is WebVTT and not SRT. The player takes it for SRT all the same, so that most of its times are wrong: "
-        "the "
-        "cue behind the header, a comment or a name starts at 0; milliseconds behind a full stop are lost; where there "
-        "are no hours, minutes count as "
-        "hours and seconds as minutes; and where no number stands above the times, the first field of the start time "
-        "is taken for it. Convert the file to SRT: most editors of subtitles do, and so does ffmpeg.");
+        "This is WebVTT and not SRT. The player takes it for SRT all the same, and times come out wrong: the cue "
+        "behind the header, a comment or a name starts at 0; milliseconds behind a full stop are lost; where there are "
+        "no hours, minutes count as hours and seconds as minutes; and where no number stands above the times, the "
+        "first field of the start time is taken for it. Convert the file to SRT: most editors of subtitles do, and so "
+        "does ffmpeg.");
   }
   if (const std::size_t bare = countOfBareReturns(content); bare > 0) {
     notes.push_back(

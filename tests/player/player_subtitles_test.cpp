@@ -9,12 +9,15 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 constexpr auto first = "http://texts.example/1.srt";
 constexpr auto second = "http://texts.example/2.srt";
 constexpr auto gone = "http://texts.example/gone.srt";
 
 std::string cues(const std::string& name) {
-  return "1\n00:00:02,000 --> 00:00:04,000\n" + name + " two\n\n2\n00:00:04,000 --> 00:00:09,000\n" + name + " four\n";
+  return "1\n00:00:02,000 --> 00:00:04,000\n" + name + " two\n\n2\n00:00:04,000 --> 00:00:09,000\n" + name +
+         " four\n\n";  // and one without text at the end
 }
 
 class Subtitles : public testing::Test {
@@ -30,6 +33,9 @@ class Subtitles : public testing::Test {
     config = YMRSubtitleConfig::initWithSubtitles(std::move(tracks));
     config->setLoadDidFail([this](const YMRSubtitle& track, const NSError& error) {
       failures.push_back(track.url().absoluteString() + " " + std::to_string(error.code));
+    });
+    config->setDidLoad([this](const YMRSubtitle& track, std::size_t count) {
+      loads.push_back(track.url().absoluteString() + " " + std::to_string(count));
     });
     rig.player->setSubtitle(config);
   }
@@ -48,7 +54,7 @@ class Subtitles : public testing::Test {
 
   PlayerRig rig;
   std::shared_ptr<YMRSubtitleConfig> config;
-  std::vector<std::string> failures;
+  std::vector<std::string> failures, loads;
 };
 
 }  // namespace
@@ -65,6 +71,7 @@ TEST_F(Subtitles, showTheFirstTrackWithTheProgrammesTimeAndSwitchAndHide) {
   rig.player->switchSubtitle(1);
   EXPECT_EQ(shown(), "first four") << "until the next tick";
   EXPECT_EQ(shownAt(6), "second four");
+  EXPECT_THAT(loads, testing::ElementsAre(first + " 2"s, second + " 2"s)) << "with how many have text";
   rig.player->toggleSubtitle(false);
   EXPECT_EQ(shown(), "");
   rig.hub().vodPlayer()->seekToTime(CMTimeMake(5, 2));
@@ -86,6 +93,7 @@ TEST_F(Subtitles, readElsewhereTakeEffectWhenTheyAreThereAndTheLastChoiceWins) {
   EXPECT_THAT(failures, testing::IsEmpty()) << "of a choice that was taken back";
   rig.player->switchSubtitle(1);
   EXPECT_EQ(shownAt(3), "second two");
+  EXPECT_THAT(loads, testing::ElementsAre(first + " 2"s, first + " 2"s, second + " 2"s));
   rig.player->switchSubtitle(2);
   rig.player->dismiss();
   rig.loop.advance(1s);
