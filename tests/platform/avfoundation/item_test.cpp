@@ -3,31 +3,6 @@
 
 class Item : public PlayerTest {};
 
-TEST_F(Item, isUnknownUntilALaterTurnWhateverItsAssetHasComeTo) {
-  constexpr const char* gone = "http://example.com/gone";
-  media.script(gone).loadFailure = NSError{NSURLErrorDomain, NSURLErrorCannotConnectToHost, ""};
-  const struct {
-    std::optional<NSURL> url;
-    int error;
-  } rows[] = {{NSURL::URLWithString(programme), 0},
-              {NSURL::URLWithString(gone), NSURLErrorCannotConnectToHost},
-              {std::nullopt, NSURLErrorBadURL}};
-  for (const auto& row : rows) {
-    const auto asset = std::make_shared<AVURLAsset>(row.url);
-    for (const auto itsTime : {1s, 0s}) {  // the second item's asset has come to something before
-      item = AVPlayerItem::playerItemWithAsset(asset);
-      Diary::watch(diary, item, {"status"});
-      player = AVPlayer::playerWithPlayerItem(item);
-      EXPECT_EQ(item->status(), AVPlayerItemStatusUnknown);
-      EXPECT_THAT(diary->lines(), IsEmpty());
-      loop.advance(row.error ? itsTime : 1s);
-      EXPECT_THAT(diary->take(), ElementsAre(row.error ? "status 2" : "status 1"));
-      EXPECT_EQ(item->error().value_or(NSError{}).code, row.error);
-    }
-  }
-  EXPECT_EQ(media.logs(gone).size(), 1u) << "what has failed is not opened again";
-}
-
 TEST_F(Item, tellsChangesOfItsDurationOnce) {
   open();
   EXPECT_TRUE(CMTIME_IS_INVALID(item->duration()));

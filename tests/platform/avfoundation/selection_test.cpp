@@ -7,20 +7,13 @@ class Selection : public PlayerTest {
 
   Selection() {
     auto& script = media.script(programme);
-    script.tracks.push_back(track(Kind::audio, "a", "en", ""));
-    script.tracks.push_back(track(Kind::subtitle, "s1", "de", "Deutsch"));
-    script.tracks.push_back(track(Kind::closedCaption, "c1", "en-US", ""));
-    script.tracks.push_back(track(Kind::subtitle, "s2", "", ""));
-    script.tracks.push_back(track(Kind::closedCaption, "c2", "", ""));
+    script.tracks = {{Kind::video, "v", "", ""},
+                     {Kind::audio, "a", "en", ""},
+                     {Kind::subtitle, "s1", "de", "Deutsch"},
+                     {Kind::closedCaption, "c1", "en-US", ""},
+                     {Kind::subtitle, "s2", "", ""},
+                     {Kind::closedCaption, "c2", "", ""}};
     script.captions = {{"s1", 1, 3, "Guten Tag"}, {"s1", 3, 4, "Tschüss"}, {"c1", 2, 5, "HELLO"}};
-  }
-  static MediaTrack track(Kind kind, const char* identifier, const char* language, const char* title) {
-    MediaTrack made;
-    made.kind = kind;
-    made.identifier = identifier;
-    made.languageTag = language;
-    made.title = title;
-    return made;
   }
   std::shared_ptr<AVMediaSelectionGroup> group() {
     return item->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible);

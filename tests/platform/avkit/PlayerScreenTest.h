@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QKeyEvent>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,15 +32,6 @@ inline AVMetadataItem metadata(const char* key, AVMetadataItem::Value value) {
   item.setKey(key);
   item.setValue(std::move(value));
   return item;
-}
-
-inline MediaTrack track(MediaTrack::Kind kind, std::string identifier, std::string language, std::string title) {
-  MediaTrack track;
-  track.kind = kind;
-  track.identifier = std::move(identifier);
-  track.languageTag = std::move(language);
-  track.title = std::move(title);
-  return track;
 }
 
 // A presented player over scripted media: an hour, grey.
@@ -81,21 +71,12 @@ class PlayerScreenTest : public ScreenTest {
       loop.runUntilIdle();
     }
   }
-  // A key of a keyboard, with its repetitions.
-  void keyDown(int key, bool isRepeat = false) {
-    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, QString(), isRepeat);
-    QCoreApplication::sendEvent(&window, &event);
-  }
-  void keyUp(int key) {
-    QKeyEvent event(QEvent::KeyRelease, key, Qt::NoModifier);
-    QCoreApplication::sendEvent(&window, &event);
-  }
-  void holdKey(int key, RunLoop::Duration duration) {
+  void holdKey(int code, RunLoop::Duration duration) {
     constexpr auto kRepeat = 40ms;
-    keyDown(key);
+    key(code);
     for (RunLoop::Duration held{}; held < duration; held += kRepeat) {
       loop.advance(kRepeat);
-      keyDown(key, true);
+      key(code, QEvent::KeyPress, true);
     }
   }
 

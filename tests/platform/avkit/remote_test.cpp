@@ -85,7 +85,7 @@ TEST_F(RemoteTest, aHeldButtonRunsEverFasterAndSeeksWhenLetGoOrForgotten) {
   play(60);
   holdKey(Qt::Key_Right, 1s);
   const double afterOneSecond = found() - 60;
-  keyUp(Qt::Key_Right);
+  key(Qt::Key_Right, QEvent::KeyRelease);
   press(UIPressTypeDownArrow);
   ASSERT_FALSE(bar().isScrubbing()) << "Down gives it up";
   holdKey(Qt::Key_Right, 3s);
@@ -162,11 +162,11 @@ TEST_F(RemoteTest, aViewOverTheControlsTakesTheRemote) {
   EXPECT_EQ(player->rate(), 1);
   EXPECT_THAT(seeks(), IsEmpty()) << "neither new presses nor the burst that the cover interrupted seek";
   cover->removeFromSuperview();
-  keyDown(Qt::Key_Space);
+  key(Qt::Key_Space);
   EXPECT_EQ(player->rate(), 0);
   screen->view()->addSubview(cover);
-  keyDown(Qt::Key_Space, true);
-  keyUp(Qt::Key_Space);
+  key(Qt::Key_Space, QEvent::KeyPress, true);
+  key(Qt::Key_Space, QEvent::KeyRelease);
   EXPECT_EQ(player->rate(), 0) << "once, although the cover comes before the release";
   press(UIPressTypeMenu);
   EXPECT_FALSE(isPresented()) << "Menu always leaves";

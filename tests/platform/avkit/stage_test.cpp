@@ -14,7 +14,7 @@ class StageTest : public PlayerScreenTest {
   bool isDark(const QRect& area) { return inkOf(snapshot(), area, qRgb(0, 0, 0)).isEmpty(); }
   void addCaptions(std::vector<MediaScript::Caption> captions) {
     auto& script = media.script(kURL);
-    script.tracks.push_back(track(MediaTrack::Kind::subtitle, "s1", "en", "English"));
+    script.tracks.push_back({MediaTrack::Kind::subtitle, "s1", "en", "English"});
     script.captions = std::move(captions);
   }
 };
@@ -126,7 +126,7 @@ TEST_F(StageTest, saysWhereTheProgrammeIs) {
   loop.advance(2s);
   EXPECT_EQ(bar().elapsed(), "0:30:02") << "it moves while it is shown";
 
-  media.script(kURL).tracks = {track(MediaTrack::Kind::audio, "a1", "en", "")};
+  media.script(kURL).tracks = {{MediaTrack::Kind::audio, "a1", "en", ""}};
   information = {metadata(AVMetadataCommonKeyTitle, "The Shipping Forecast")};
   media.script(kURL).live = true;
   play();

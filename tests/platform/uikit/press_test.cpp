@@ -1,5 +1,3 @@
-#include <QKeyEvent>
-
 #include "platform/uikit/UIPressDelivery.h"
 #include "tests/support/ScreenTest.h"
 
@@ -44,12 +42,6 @@ class PressTest : public ScreenTest {
     });
     recognizer->setAllowedPressTypes(std::move(types));
     return recognizer;
-  }
-  // Whether somebody took it.
-  bool key(int code, QEvent::Type type = QEvent::KeyPress, bool repeats = false, QObject* to = nullptr) {
-    QKeyEvent event(type, code, Qt::NoModifier, {}, repeats);
-    QCoreApplication::sendEvent(to ? to : &window, &event);
-    return event.isAccepted();
   }
   void keys(std::initializer_list<int> codes, QEvent::Type type, bool repeats = false) {
     for (const int code : codes) key(code, type, repeats);

@@ -36,10 +36,6 @@ class SliderTest : public ScreenTest {
   }
   // The fingers on the screen, one after the other, from now until touched() goes.
   QTest::QTouchEventSequence touched() { return QTest::touchEvent(&window, screen, true); }
-  void key(int code, QEvent::Type type = QEvent::KeyPress, bool repeats = false) {
-    QKeyEvent event(type, code, Qt::NoModifier, {}, repeats);
-    QCoreApplication::sendEvent(&window, &event);
-  }
   Diary taken() { return std::exchange(diary, {}); }
 
   static inline QPointingDevice* const screen = QTest::createTouchDevice();

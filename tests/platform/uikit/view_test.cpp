@@ -1,4 +1,3 @@
-#include <QPainter>
 #include <stdexcept>
 
 #include "tests/support/ScreenTest.h"
@@ -58,38 +57,6 @@ TEST_F(ViewTest, aViewHasOneSuperviewWhichHoldsIt) {
   for (int time = 0; time < 2; ++time) red->removeFromSuperview();
   red.reset();
   EXPECT_EQ(orphan->frame(), CGRectZero) << "a view's layer outlives it as nothing";
-}
-
-struct CountsDrawing : UIView {
-  CountsDrawing() { setDrawsContent(true); }
-  int draws = 0;
-  void drawRect(QPainter& painter, const CGRect& rect) override {
-    ++draws;
-    painter.fillRect(QRectF(0, 0, rect.size.width / 2, rect.size.height), Qt::yellow);
-  }
-};
-
-TEST_F(ViewTest, contentIsDrawnOnceAndKept) {
-  auto drawn = std::make_shared<CountsDrawing>();
-  drawn->setFrame(CGRectMake(0, 0, 100, 50));
-  view()->addSubview(drawn);
-  EXPECT_EQ(at(20, 20) + at(70, 20), "ffff00000000");
-  drawn->setFrame(CGRectMake(200, 200, 100, 50));
-  drawn->setAlpha(0.5);
-  EXPECT_THAT(at(220, 220), isAbout("7f7f00"));
-  drawn->setHidden(true);
-  drawn->setNeedsDisplay();
-  EXPECT_EQ(at(220, 220), "000000");
-  EXPECT_EQ(drawn->draws, 1) << "neither for moving and fading, nor for nobody";
-  drawn->setHidden(false);
-  snapshot();
-  EXPECT_EQ(drawn->draws, 2);
-  drawn->setFrame(CGRectMake(200, 200, 40, 50));
-  EXPECT_EQ(at(230, 220), "000000");
-  EXPECT_EQ(drawn->draws, 3) << "a new size is a new drawing";
-  drawn->removeFromSuperview();
-  view()->addSubview(drawn);
-  EXPECT_THAT(at(210, 220), isAbout("7f7f00")) << "back in the tree it shows what it had";
 }
 
 TEST_F(ViewTest, aHostsItemIsLentAPlaceAndGivenBack) {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "platform/avfoundation/engine/GstHandles.h"
 #include "platform/avfoundation/engine/PictureConverter.h"
-#include "platform/avfoundation/engine/PictureMemory.h"
 
 namespace {
 
@@ -60,47 +60,6 @@ TEST(DecodedPictures, lookTheSameDrawnByRowsAndAtOnce) {
       EXPECT_EQ(different, 0);
     }
   }
-}
-
-// What a decoder and the screen do with the memory: the decoder writes, hands over a copy and may go on to read.
-TEST(DecodedPictures, areSharedUntilTheirBufferIsUsedAgain) {
-  gst_init(nullptr, nullptr);
-  const GstCapsRef caps(gst_caps_from_string("video/x-raw, format=I420, width=64, height=64, framerate=25/1"));
-  const GstQueryRef query(gst_query_new_allocation(caps.get(), TRUE));
-  offerPictureMemory(query.get());
-  GstBufferPool* offered = nullptr;
-  ASSERT_EQ(gst_query_get_n_allocation_pools(query.get()), 1u);
-  gst_query_parse_nth_allocation_pool(query.get(), 0, &offered, nullptr, nullptr, nullptr);
-  const GstObjectRef<GstBufferPool> pool(offered);
-  ASSERT_TRUE(gst_buffer_pool_set_active(pool.get(), TRUE));
-
-  const auto acquire = [&] {
-    GstBuffer* buffer = nullptr;
-    gst_buffer_pool_acquire_buffer(pool.get(), &buffer, nullptr);
-    return GstMiniObjectRef<GstBuffer>(buffer);
-  };
-  const auto first = [](GstBuffer* buffer) {
-    guint8 byte = 0;
-    gst_buffer_extract(buffer, 0, &byte, 1);
-    return byte;
-  };
-  GstMiniObjectRef<GstBuffer> shown;
-  for (const guint8 number : {1, 2, 3, 4, 5, 6}) {
-    const auto decoded = acquire();
-    GstMapInfo writing, reading;
-    ASSERT_TRUE(gst_buffer_map(decoded.get(), &writing, GST_MAP_READWRITE));
-    std::fill_n(writing.data, writing.size, number);
-    EXPECT_TRUE(!shown || first(shown.get()) == number - 1) << "while the next one is decoded";
-    shown.reset(gst_buffer_copy(decoded.get()));
-    ASSERT_TRUE(gst_buffer_map(shown.get(), &reading, GST_MAP_READ));
-    EXPECT_EQ(reading.data, writing.data) << "nothing has been copied";
-    gst_buffer_unmap(shown.get(), &reading);
-    gst_buffer_unmap(decoded.get(), &writing);
-  }
-  const GstMiniObjectRef<GstBuffer> other(gst_buffer_copy(shown.get()));
-  gst_buffer_memset(other.get(), 0, 9, 1);
-  gst_buffer_pool_set_active(pool.get(), FALSE);
-  EXPECT_EQ(first(shown.get()), 6) << "whoever writes writes to memory of its own";
 }
 
 }  // namespace

@@ -63,24 +63,14 @@ TEST_F(Playback, positionStaysWithinTheMediaWhenThePicturesAreLate) {
   EXPECT_NEAR(furthest, 0.5, 0.1);
 }
 
-TEST_F(Playback, positionFollowsTheClockWhilePlayingAndStandsWhilePaused) {
+TEST_F(Playback, positionNeverGoesBackWhilePlayingAndStandsWhilePaused) {
   ASSERT_TRUE(open("clip.mp4"));
-  ASSERT_TRUE(playTo(0.3));
-  const auto clock = [this] { return std::chrono::duration<double>(loop.now()).count(); };
-  // Between two looks at the clock, since the machine may do something else there.
-  const auto look = [&] {
-    const double before = clock(), place = position();
-    return std::tuple(place, place - clock(), place - before);
-  };
-  auto [previous, least, most] = look();
-  for (int i = 0; i < 50; ++i) {
-    runFor(10ms);
-    const auto [place, low, high] = look();
-    EXPECT_GE(place, previous);
-    EXPECT_LE(low, most + 0.05);
-    EXPECT_GE(high, least - 0.05);
-    previous = place;
-  }
+  engine->setRate(1);
+  double previous = 0;
+  EXPECT_TRUE(runUntil([&] {
+    EXPECT_GE(position(), previous);
+    return (previous = position()) > 0.8;
+  }));
   engine->setRate(0);
   runFor(100ms);
   const double paused = position();
@@ -107,6 +97,27 @@ TEST_F(Playback, picturesSayHowTheyAreToBeShownAndOutliveTheEngine) {
   engine.reset();
   runFor(100ms);
   EXPECT_EQ(numberOf(frame), 0);
+}
+
+// Their memory is the decoder's own, which goes on reading and writing.
+TEST_F(Playback, picturesThatAreHeldStayAsTheyAreWhateverIsDecodedMeanwhile) {
+  struct KeepsAll final : VideoFrameSink {
+    void present(VideoFrame frame) override {
+      const std::lock_guard lock(mutex);
+      frames.push_back(std::move(frame));
+    }
+    std::mutex mutex;
+    std::vector<VideoFrame> frames;
+  };
+  ASSERT_TRUE(open("minute.mp4"));
+  const auto sink = std::make_shared<KeepsAll>();
+  engine->setFrameSink(sink);
+  ASSERT_TRUE(playTo(2));
+  engine.reset();
+  const std::lock_guard lock(sink->mutex);
+  EXPECT_GT(sink->frames.size(), 20u);
+  for (const auto& frame : sink->frames)
+    EXPECT_NEAR(numberOf(frame).value_or(-1), CMTimeGetSeconds(frame.time) * 25, 0.1);
 }
 
 }  // namespace

@@ -30,22 +30,6 @@ TEST_F(Seeking, showsExactlyThePictureOfThePlaceAndLeavesOneThatStandsThereAlone
   }
 }
 
-TEST_F(Seeking, goesOnFromThePlaceWhilePlaying) {
-  for (const char* where : {"clip.mp4", "@clip.mp4", "@hls/low/index.m3u8"}) {
-    SCOPED_TRACE(where);
-    ASSERT_TRUE(open(where));
-    ASSERT_TRUE(playTo(0.2));
-    frames->clear();
-    engine->seek(CMTimeMakeWithSeconds(6, 1000), {});
-    EXPECT_EQ(position(), 6) << "the target, at once";
-    ASSERT_TRUE(playTo(6.5));
-    auto numbers = frames->numbers();
-    std::erase_if(numbers, [](int number) { return number < 50; });  // of before
-    ASSERT_FALSE(numbers.empty());
-    EXPECT_NEAR(numbers.front(), 150, 2);
-  }
-}
-
 TEST_F(Seeking, theLastOfManyWinsAndEachCompletesOnce) {
   for (const char* where : {"clip.mp4", "@clip.mp4"}) {
     SCOPED_TRACE(where);

@@ -15,6 +15,9 @@ TEST_F(Streaming, aPlaylistOfSeveralBitratesSettlesOnOneThatComesInTime) {
   EXPECT_EQ(frames->lastNumber(), 250);
   engine->setRate(1);
   EXPECT_TRUE(runUntil([this] { return frames->last().width == 640; })) << "a quick server is asked for the better";
+  ASSERT_EQ(seek(4), true);
+  EXPECT_EQ(position() >= 4 && position() < 6, true) << position();
+  EXPECT_TRUE(playTo(4.5)) << "and goes on from there";
 }
 
 TEST_F(Streaming, aLivePlaylistHasNoEndAndGoesOn) {
@@ -55,6 +58,23 @@ TEST_F(Streaming, aServerThatStallsInTheMiddleHoldsThePlaybackAndLosesNothing) {
   const auto numbers = frames->numbers();
   EXPECT_TRUE(std::ranges::is_sorted(numbers, std::less_equal{})) << "no picture twice";
   EXPECT_EQ(told.failures.size(), 0u);
+}
+
+TEST_F(Streaming, aServerThatSaysNothingMoreIsAnErrorBeforeTheFirstPictureAndInAProgramme) {
+  MediaEngineSettings::shared().silenceBeforeFirstFrame = 0.5;
+  MediaEngineSettings::shared().silenceOfProgramme = 1;
+  server.on("/silent.mp4", HTTPServer::Reply{.silent = true});
+  EXPECT_FALSE(open("@silent.mp4"));
+  ASSERT_EQ(told.failures.size(), 1u);
+  EXPECT_EQ(told.failures[0].code, AVErrorNoDataReceived);
+  MediaEngineSettings::shared().silenceBeforeFirstFrame = 10;
+  auto reply = fileReply("/minute.mp4");
+  reply.stallAfter = 200'000;
+  server.on("/stall.mp4", reply);
+  ASSERT_TRUE(open("@stall.mp4"));
+  EXPECT_FALSE(playTo(60));
+  ASSERT_EQ(told.failures.size(), 1u);
+  EXPECT_EQ(told.failures[0].code, AVErrorNoDataReceived);
 }
 
 TEST_F(Streaming, whatCanNotGoElsewhereTellsItsLengthRefusesSeeksAndPlaysOn) {

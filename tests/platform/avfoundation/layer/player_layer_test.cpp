@@ -81,20 +81,4 @@ TEST_F(PlayerLayerTest, theLastLayerThatAPlayerWasGivenToShowsIt) {
   EXPECT_EQ(colorAt(snapshot(), 10, 10), "000000");
 }
 
-TEST_F(PlayerLayerTest, keepsAPlayerAliveAndLetsGoOfItWithItself) {
-  std::weak_ptr<AVPlayer> watched;
-  {
-    const auto player = playerOf(redUrl);
-    watched = player;
-    layer->setPlayer(player);
-  }
-  loop.advance(100ms);
-  EXPECT_EQ(centre(), "ff0000");
-  layer->removeFromSuperlayer();
-  layer.reset();
-  EXPECT_TRUE(watched.expired());
-  EXPECT_EQ(media.aliveEngines(), 0);
-  EXPECT_EQ(centre(), "000000");
-}
-
 }  // namespace
