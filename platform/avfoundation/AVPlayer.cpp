@@ -32,7 +32,6 @@ class AVPlayer::Core final : public ItemPlayback::Player, public std::enable_sha
 
   PeriodicTimeObservers& observers() { return *observers_; }
   float rate() const { return rate_; }
-  bool isMuted() const { return isMuted_; }
 
   AVPlayerActionAtItemEnd actionAtItemEnd = AVPlayerActionAtItemEndPause;
 
@@ -169,9 +168,6 @@ void AVPlayer::setRate(float rate) {
   if (core_->setRate(rate)) didChangeValueForKey("rate");
 }
 
-bool AVPlayer::isMuted() const {
-  return core_->isMuted();
-}
 void AVPlayer::setMuted(bool muted) {
   YMR_ASSERT_MAIN_THREAD();
   core_->setMuted(muted);

@@ -48,7 +48,6 @@ class YMR_API AVPlayer : public NSObject {
   void play() { setRate(1); }
   void pause() { setRate(0); }
 
-  bool isMuted() const;
   void setMuted(bool muted);
   AVPlayerActionAtItemEnd actionAtItemEnd() const;
   void setActionAtItemEnd(AVPlayerActionAtItemEnd action);

@@ -42,7 +42,6 @@ class YMR_API NSLayoutConstraint {
   std::shared_ptr<UIView> secondItem() const { return second_.lock(); }
   NSLayoutAttribute firstAttribute() const { return firstAttribute_; }
   NSLayoutAttribute secondAttribute() const { return secondAttribute_; }
-  NSLayoutRelation relation() const { return NSLayoutRelationEqual; }
   double multiplier() const { return multiplier_; }
   double constant() const { return constant_; }
   // Lays the views out anew.

@@ -126,7 +126,6 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
 
   // Whether touches come here; else they go to what lies below. False, as it starts, unlike the platform's: most views
   // of a living room are only looked at.
-  bool isUserInteractionEnabled() const { return takesTouches_; }
   void setUserInteractionEnabled(bool enabled);
   // Fingers, or the mouse's left button, go down inside the view, on the topmost view there that takes touches. What
   // becomes of them comes here too, wherever they go, until they end, or are cancelled: the view is hidden, leaves its

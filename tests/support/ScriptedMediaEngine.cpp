@@ -20,12 +20,6 @@ nanoseconds fromTime(const CMTime& time) {
   return nanoseconds(CMTimeConvertScale(time, 1000000000).value);
 }
 
-// Marks that somebody is being told something, in a log that outlives the engine.
-std::shared_ptr<void> telling(std::shared_ptr<MediaEngineLog> log) {
-  ++log->reportsOnTheStack;
-  return {nullptr, [log](void*) { --log->reportsOnTheStack; }};
-}
-
 }  // namespace
 
 ScriptedMediaEngine::ScriptedMediaEngine(ScriptedMedia* media, MediaScript script, std::shared_ptr<MediaEngineLog> log)
@@ -33,15 +27,12 @@ ScriptedMediaEngine::ScriptedMediaEngine(ScriptedMedia* media, MediaScript scrip
 
 ScriptedMediaEngine::~ScriptedMediaEngine() {
   for (auto* timer : {&loadTimer_, &planTimer_, &seekTimer_, &silenceTimer_, &stallTimer_}) cancel(*timer);
-  log_->destroyed = true;
-  log_->destroyedInsideAReport = log_->reportsOnTheStack > 0;
   if (media_) std::erase(media_->engines_, this);
 }
 
 void ScriptedMediaEngine::report(std::function<void()> report) {
   RunLoop::main().post([this, alive = std::weak_ptr(alive_), report = std::move(report)] {
     if (alive.expired() || failed_) return;
-    const auto mark = telling(log_);
     report();
   });
 }
@@ -165,7 +156,6 @@ void ScriptedMediaEngine::carryOutSeek() {
   });
   tell(events_.bufferingChanged);
   present();
-  const auto mark = telling(log_);
   if (seek.completion) seek.completion(true);
 }
 

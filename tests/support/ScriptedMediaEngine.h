@@ -74,9 +74,6 @@ struct MediaEngineLog {
   std::vector<double> rates;  // every setRate()
   bool muted = false;
   std::optional<std::string> legibleTrack;
-  bool destroyed = false;
-  bool destroyedInsideAReport = false;  // survived here; other engines need not survive it
-  int reportsOnTheStack = 0;
 };
 
 class ScriptedMedia;

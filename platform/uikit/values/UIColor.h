@@ -11,10 +11,8 @@ struct UIColor {
     return {red, green, blue, alpha};
   }
   static constexpr UIColor colorWithWhite(double white, double alpha) { return {white, white, white, alpha}; }
-  static constexpr UIColor clearColor() { return {}; }
   static constexpr UIColor blackColor() { return colorWithWhite(0, 1); }
   static constexpr UIColor whiteColor() { return colorWithWhite(1, 1); }
-  static constexpr UIColor grayColor() { return colorWithWhite(0.5, 1); }
   static constexpr UIColor lightGrayColor() { return colorWithWhite(2.0 / 3, 1); }
   static constexpr UIColor redColor() { return {1, 0, 0, 1}; }
   static constexpr UIColor greenColor() { return {0, 1, 0, 1}; }

@@ -123,4 +123,13 @@ TEST(PlayProgram, showsAdsAroundAProgrammeAndReportsThoseThatFail) {
   EXPECT_EQ(run.first("videoAdOnErrorDesc")["message"], "There was a problem requesting ads from the server.");
   EXPECT_EQ(run.count("videoDidPlayFinished"), 1u);
   EXPECT_EQ(server.count("/track/ad/complete"), 1u);
+
+  const auto alone =
+      runProgram(YMRPLAY, {"--headless", "--events", "--reachability-host", "127.0.0.1", "--ad-screen", tag},
+                 [](const auto& line, int process) {
+                   if (line.find("complete") != line.npos) kill(process, SIGTERM);
+                 });
+  EXPECT_EQ(alone.exitStatus, 0) << alone.errors;
+  EXPECT_EQ(alone.count("vastDidDismissFullScreen"), 1u) << alone.output;
+  EXPECT_EQ(server.count("/track/ad/complete"), 2u);
 }

@@ -51,20 +51,6 @@ TYPED_TEST(OnEveryLoop, workMayWaitForAGroupOfFurtherWork) {
   this->runUntil([&] { return finished == 8; });
 }
 
-TEST(WorkQueues, blocksOfTheGlobalQueueRunSideBySide) {
-  PlainRunLoop loop;
-  std::atomic<int> inside{0}, met{0};
-  const auto began = loop.now();
-  for (int i = 0; i < 3; ++i) {
-    dispatch_async(dispatch_get_global_queue(), [&] {
-      ++inside;
-      while (inside < 3 && loop.now() - began < 10s) std::this_thread::yield();
-      ++met;
-    });
-  }
-  EXPECT_TRUE(loop.runUntil([&] { return met == 3; }, 5s));
-}
-
 TEST(WorkQueues, aLoopThatGoesWaitsForTheBlockAtHandAndDropsTheRest) {
   std::atomic<int> ended{0};
   const auto owned = std::make_shared<int>();
