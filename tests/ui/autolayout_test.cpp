@@ -1,6 +1,5 @@
 #include "ui/Autolayout.h"
 
-#include "platform/uikit/UILabel.h"
 #include "tests/support/ScreenTest.h"
 
 using testing::ElementsAre;
@@ -34,23 +33,6 @@ TEST_F(AutolayoutTest, pinsAllEdgesInOrderWithTheSameInset) {
   resize(1280, 720);
   view()->layoutIfNeeded();
   EXPECT_EQ(subview->frame(), CGRectMake(20, 20, 1240, 680)) << "follows a superview that changes its size";
-}
-
-// As subtitles are set up.
-TEST_F(AutolayoutTest, aSuperviewWithoutSizeFollowsItsLabel) {
-  auto container = std::make_shared<UIView>(CGRectMake(0, 0, 100, 50));
-  auto label = std::make_shared<UILabel>();
-  label->setNumberOfLines(0);
-  addSubViewWithAutolayout(container, label, 20);
-  view()->addSubview(container);
-  container->setTranslatesAutoresizingMaskIntoConstraints(false);
-  for (const char* text : {"Hi.", "A longer line", "Two\nlines"}) {
-    label->setText(text);
-    view()->layoutIfNeeded();
-    const CGSize size = label->intrinsicContentSize();
-    EXPECT_EQ(label->frame(), CGRectMake(20, 20, size.width, size.height)) << text;
-    EXPECT_EQ(container->frame().size, (CGSize{size.width + 40, size.height + 40})) << text;
-  }
 }
 
 TEST_F(AutolayoutTest, hidingZeroesTheFirstHeightThatTheViewItselfHolds) {

@@ -34,23 +34,19 @@ std::vector<nlohmann::json> ProgramRun::events() const {
 
 std::vector<std::string> ProgramRun::eventNames(const std::vector<std::string>& left) const {
   std::vector<std::string> names;
-  for (const auto& event : events()) {
-    const std::string name = event["event"];
-    if (std::find(left.begin(), left.end(), name) == left.end()) names.push_back(name);
-  }
+  for (const auto& event : events()) names.push_back(event["event"]);
+  std::erase_if(names, [&left](const std::string& name) { return std::ranges::count(left, name) > 0; });
   return names;
 }
 
 std::size_t ProgramRun::count(const std::string& event) const {
-  const auto names = eventNames();
-  return static_cast<std::size_t>(std::count(names.begin(), names.end(), event));
+  return static_cast<std::size_t>(std::ranges::count(eventNames(), event));
 }
 
 nlohmann::json ProgramRun::first(const std::string& event) const {
-  for (const auto& one : events()) {
-    if (one["event"] == event) return one;
-  }
-  return nullptr;
+  const auto all = events();
+  const auto found = std::ranges::find_if(all, [&](const auto& one) { return one["event"] == event; });
+  return found == all.end() ? nullptr : *found;
 }
 
 ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,

@@ -11,6 +11,7 @@
 #include "platform/avfoundation/AVPlayer.h"
 #include "platform/dispatch/VirtualRunLoop.h"
 #include "platform/foundation/NSNotificationCenter.h"
+#include "tests/support/Reaction.h"
 #include "tests/support/ScriptedMediaEngine.h"
 
 using namespace std::chrono_literals;
@@ -77,16 +78,6 @@ class Diary final : public NSKeyValueObserver {
   }
 
   std::vector<std::string> lines_;
-};
-
-// Does something each time that it is told of a key.
-struct Reaction final : NSKeyValueObserver {
-  explicit Reaction(std::function<void()> to) : act(std::move(to)) {}
-  void observeValueForKeyPath(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange&,
-                              void*) override {
-    act();
-  }
-  std::function<void()> act;
 };
 
 // A player of one scripted programme of 60 s on virtual time.

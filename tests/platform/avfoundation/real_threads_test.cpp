@@ -30,14 +30,8 @@ TEST(OnRealThreads, ticksOnAQueueMeetSeeksAndTheEndOfThePlayer) {
     player->play();
     ASSERT_TRUE(loop.runUntil([&] { return *ticks > round; }, 10s));
     player->seekToTime(CMTimeMake(round, 1000));
-    if (round % 2) {
-      ASSERT_TRUE(loop.runUntil([&] { return *ticks > 2 * round; }, 10s));
-    }
-    if (round % 3) {
-      dispatch_async(dispatch_get_global_queue(), [last = std::move(player)]() mutable { last.reset(); });
-    } else {
-      player.reset();
-    }
+    if (round % 3) dispatch_async(dispatch_get_global_queue(), [last = player]() mutable { last.reset(); });
+    player.reset();
   }
   EXPECT_TRUE(loop.runUntil([&] { return media.aliveEngines() == 0; }, 10s));
 }

@@ -1,6 +1,7 @@
 // The buttons of the remote: the bar, seeking, playing and pausing, leaving.
 #include "platform/foundation/NSNotificationCenter.h"
 #include "tests/platform/avkit/PlayerScreenTest.h"
+#include "tests/support/Reaction.h"
 
 namespace {
 
@@ -136,16 +137,8 @@ TEST_F(RemoteTest, menuDismissesUntilAnotherRecogniserTakesItsPlace) {
 
 TEST_F(RemoteTest, aHostMayLetGoOfEverythingFromInsideAPress) {
   play();
-  struct Host final : NSKeyValueObserver {
-    std::function<void()> changed;
-    void observeValueForKeyPath(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange&,
-                                void*) override {
-      if (changed) std::exchange(changed, nullptr)();
-    }
-  };
-  const auto host = std::make_shared<Host>();
+  const auto host = std::make_shared<Reaction>([&] { letGo(); });
   player->addObserver(host, "rate");
-  host->changed = [&] { letGo(); };
   press(UIPressTypePlayPause);
   loop.advance(1s);
   EXPECT_FALSE(isPresented());

@@ -105,25 +105,4 @@ TEST_F(LayoutTest, theEarlierOfTwoContradictionsWinsAndWhatIsElsewhereContradict
   EXPECT_EQ(frameOf(fixed), CGRectMake(10, 20, 30, 40)) << "who keeps its frame, keeps it";
 }
 
-struct CountsLayouts : UIView {
-  int layouts = 0;
-  double childWidth = 0;
-  void layoutSubviews() override { ++layouts, childWidth = subviews().at(0)->frame().size.width; }
-};
-
-TEST_F(LayoutTest, subviewsAreLaidOutAfterConstraintsAndOnlyWhenNeeded) {
-  auto a = std::make_shared<CountsLayouts>();
-  constrain(inside(a), Width, 0, a, Width, 0.5);
-  view()->addSubview(a);
-  const std::tuple<CGRect, int, double> rows[] = {{CGRectMake(0, 0, 100, 100), 1, 50},
-                                                  {CGRectMake(5, 5, 100, 100), 1, 50},  // moving is no reason
-                                                  {CGRectMake(5, 5, 80, 100), 2, 40}};
-  for (const auto& [frame, layouts, childWidth] : rows) {
-    a->setFrame(frame);
-    snapshot();  // lays out by itself
-    EXPECT_EQ(a->layouts, layouts);
-    EXPECT_EQ(a->childWidth, childWidth);
-  }
-}
-
 }  // namespace

@@ -129,12 +129,9 @@ TEST_F(SliderTest, keepsItsValueWithinItsLimits) {
   slider->setMaximumValue(-INFINITY);
   EXPECT_EQ(slider->value(), 100);
   slider->setMaximumValue(-5);
-  EXPECT_EQ(slider->minimumValue(), -5);
   EXPECT_EQ(slider->value(), -5);
   mouse(QEvent::MouseButtonPress, 320);
   EXPECT_EQ(slider->value(), -5) << "nowhere to go";
-  slider->setMinimumValue(7);
-  EXPECT_EQ(slider->maximumValue(), 7);
 }
 
 TEST_F(SliderTest, showsItsValueAndWhetherItHasTheKeys) {

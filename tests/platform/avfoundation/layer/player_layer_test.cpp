@@ -1,5 +1,6 @@
 #include "platform/avfoundation/AVPlayer.h"
 #include "platform/avfoundation/layer/AVPlayerLayer.h"
+#include "tests/support/Reaction.h"
 #include "tests/support/ScreenTest.h"
 #include "tests/support/ScriptedMediaEngine.h"
 
@@ -7,15 +8,6 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 namespace {
-
-class NotesReadiness final : public NSKeyValueObserver {
- public:
-  std::vector<bool> values;
-  void observeValueForKeyPath(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange& change,
-                              void*) override {
-    values.push_back(std::any_cast<bool>(change.newValue));
-  }
-};
 
 class PlayerLayerTest : public ScreenTest {
  protected:
@@ -40,8 +32,9 @@ class PlayerLayerTest : public ScreenTest {
 };
 
 TEST_F(PlayerLayerTest, isBlackUntilThePicturesOfEachPlayerAndSaysWhenTheyCome) {
-  const auto observer = std::make_shared<NotesReadiness>();
-  layer->addObserver(observer, "readyForDisplay", NSKeyValueObservingOptionNew | NSKeyValueObservingOptionInitial);
+  std::vector<bool> told;
+  const auto observer = std::make_shared<Reaction>([&] { told.push_back(layer->isReadyForDisplay()); });
+  layer->addObserver(observer, "readyForDisplay", NSKeyValueObservingOptionInitial);
   const auto player = playerOf(redUrl);
   layer->setPlayer(player);
   EXPECT_EQ(layer->player(), player);
@@ -61,7 +54,7 @@ TEST_F(PlayerLayerTest, isBlackUntilThePicturesOfEachPlayerAndSaysWhenTheyCome) 
   EXPECT_EQ(centre(), "0000ff");
   layer->setPlayer(nullptr);
   EXPECT_EQ(centre(), "000000");
-  EXPECT_THAT(observer->values, ElementsAre(false, true, false, true, false));
+  EXPECT_THAT(told, ElementsAre(false, true, false, true, false));
 }
 
 TEST_F(PlayerLayerTest, theLastLayerThatAPlayerWasGivenToShowsIt) {
