@@ -45,9 +45,9 @@ void ScriptedMediaEngine::tell(const std::function<void()>& event) {
 
 void ScriptedMediaEngine::schedule(RunLoop::TimerToken& timer, Nanoseconds delay, Action action) {
   cancel(timer);
-  timer = RunLoop::main().schedule(delay, [this, &timer, action] {
+  timer = RunLoop::main().schedule(delay, [&timer, action = std::move(action)] {
     timer = 0;
-    (this->*action)();
+    action();
   });
 }
 
@@ -62,7 +62,7 @@ void ScriptedMediaEngine::load(const CMTime& start) {
   loading_ = true;
   planSilence();
   if (script_.neverLoads) return;
-  schedule(loadTimer_, fromSeconds(script_.loadDelay), &ScriptedMediaEngine::becomeReady);
+  schedule(loadTimer_, fromSeconds(script_.loadDelay), [this] { becomeReady(); });
 }
 
 void ScriptedMediaEngine::becomeReady() {
@@ -74,7 +74,7 @@ void ScriptedMediaEngine::becomeReady() {
       ready_ = true;
       updateCaption();
     });
-    if (seek_) schedule(seekTimer_, fromSeconds(script_.seekDelay), &ScriptedMediaEngine::carryOutSeek);
+    if (seek_) schedule(seekTimer_, fromSeconds(script_.seekDelay), [this] { carryOutSeek(); });
     present();
     if (const auto ready = events_.ready) ready();
   });
@@ -140,7 +140,7 @@ void ScriptedMediaEngine::seek(const CMTime& time, SeekCompletion completion) {
     }
     seek_ = Seek{target, std::move(completion)};
   });
-  if (ready_ && !failing_) schedule(seekTimer_, fromSeconds(script_.seekDelay), &ScriptedMediaEngine::carryOutSeek);
+  if (ready_ && !failing_) schedule(seekTimer_, fromSeconds(script_.seekDelay), [this] { carryOutSeek(); });
 }
 
 void ScriptedMediaEngine::carryOutSeek() {
@@ -215,24 +215,26 @@ void ScriptedMediaEngine::plan() {
   cancel(planTimer_);
   if (!moves()) return;
   auto next = Nanoseconds::max();
-  Action action = nullptr;
+  Action action;
   const auto consider = [&](Nanoseconds position, Action then) {
     if (position < anchorPosition_ || position >= next) return;
     next = position;
-    action = then;
+    action = std::move(then);
   };
   // What comes first here comes first at the same position, too.
-  if (script_.failure) consider(fromSeconds(script_.failure->position), &ScriptedMediaEngine::reachFailure);
-  for (const auto& stall : script_.stalls) consider(fromSeconds(stall.position), &ScriptedMediaEngine::reachStall);
+  if (script_.failure) consider(fromSeconds(script_.failure->position), [this] { fail(script_.failure->error); });
+  for (const auto& stall : script_.stalls) consider(fromSeconds(stall.position), [this] { reachStall(); });
   for (const auto& caption : script_.captions) {
     for (const double edge : {caption.start, caption.stop}) {
-      if (fromSeconds(edge) > anchorPosition_) consider(fromSeconds(edge), &ScriptedMediaEngine::reachCaption);
+      if (fromSeconds(edge) > anchorPosition_) {
+        consider(fromSeconds(edge), [this] { selectLegibleTrack(log_->legibleTrack); });
+      }
     }
   }
-  if (!script_.live) consider(end(), &ScriptedMediaEngine::reachEnd);
+  if (!script_.live) consider(end(), [this] { reachEnd(); });
   if (!action) return;
   const auto delay = std::ceil(static_cast<double>((next - anchorPosition_).count()) / rate_);
-  schedule(planTimer_, Nanoseconds(static_cast<std::int64_t>(delay)), action);
+  schedule(planTimer_, Nanoseconds(static_cast<std::int64_t>(delay)), std::move(action));
 }
 
 void ScriptedMediaEngine::reachStall() {
@@ -243,7 +245,7 @@ void ScriptedMediaEngine::reachStall() {
   const double seconds = due->seconds;
   script_.stalls.erase(due);
   stall();
-  schedule(stallTimer_, fromSeconds(seconds), &ScriptedMediaEngine::resumeData);
+  schedule(stallTimer_, fromSeconds(seconds), [this] { resumeData(); });
 }
 
 void ScriptedMediaEngine::reachEnd() {
@@ -258,7 +260,9 @@ void ScriptedMediaEngine::planSilence() {
   const auto& settings = MediaEngineSettings::shared();
   const bool begun = ready_ && log_->source.purpose == MediaPurpose::programme;
   const double limit = begun ? settings.silenceOfProgramme : settings.silenceBeforeFirstFrame;
-  schedule(silenceTimer_, fromSeconds(limit), &ScriptedMediaEngine::giveUpWaiting);
+  schedule(silenceTimer_, fromSeconds(limit), [this] {
+    fail({AVFoundationErrorDomain, AVErrorNoDataReceived, "No data came in time"});
+  });
 }
 
 void ScriptedMediaEngine::updateCaption() {

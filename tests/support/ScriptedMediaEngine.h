@@ -119,7 +119,7 @@ class ScriptedMediaEngine final : public MediaEngine {
 
  private:
   using Nanoseconds = std::chrono::nanoseconds;
-  using Action = void (ScriptedMediaEngine::*)();
+  using Action = std::function<void()>;
   struct Seek {
     Nanoseconds target;
     SeekCompletion completion;
@@ -147,12 +147,9 @@ class ScriptedMediaEngine final : public MediaEngine {
 
   // What the plan brings.
   void becomeReady();
-  void reachFailure() { fail(script_.failure->error); }
   void reachStall();
-  void reachCaption() { selectLegibleTrack(log_->legibleTrack); }
   void reachEnd();
   void carryOutSeek();
-  void giveUpWaiting() { fail({AVFoundationErrorDomain, AVErrorNoDataReceived, "No data came in time"}); }
 
   ScriptedMedia* media_;
   MediaScript script_;
