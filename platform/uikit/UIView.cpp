@@ -92,31 +92,14 @@ void UIView::setQmlBackgroundColor(const QColor& color) {
 }
 
 void UIView::addSubview(const std::shared_ptr<UIView>& view) {
-  if (view && view->superview().get() == this) {
-    bringSubviewToFront(view);
-  } else {
-    insertSubview(view, subviews_.size());
-  }
-}
-
-void UIView::insertSubview(const std::shared_ptr<UIView>& view, std::size_t index) {
   YMR_ASSERT_MAIN_THREAD();
+  if (view && view->superview().get() == this) return bringSubviewToFront(view);
   const auto self = weak_from_this().lock();
   if (!view || (self && self->isDescendantOfView(view))) return;
-  if (view->superview() == self && self) {
-    std::erase(subviews_, view);
-  } else {
-    view->detach();
-  }
-  const auto place = subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size()));
-  UIView* above = place == subviews_.end() ? nullptr : place->get();
-  subviews_.insert(place, view);
+  view->detach();
+  subviews_.push_back(view);
   view->setParentItem(this);
-  if (above) {
-    view->stackBefore(above);
-  } else if (childItems().last() != view.get()) {
-    view->stackAfter(childItems().last());
-  }
+  if (childItems().last() != view.get()) view->stackAfter(childItems().last());
   setNeedsSolving();
 }
 

@@ -66,8 +66,6 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   // On top of the others. A view has one superview: it is taken out of the one before. A view that holds this one, or
   // nil, is ignored.
   void addSubview(const std::shared_ptr<UIView>& view);
-  // At `index` from the bottom; beyond the end on top.
-  void insertSubview(const std::shared_ptr<UIView>& view, std::size_t index);
   // Also removes the constraints that outer views hold on it or on what it holds. Nothing when it has no superview.
   void removeFromSuperview();
   void bringSubviewToFront(const std::shared_ptr<UIView>& view);
