@@ -43,7 +43,7 @@ SKVASTError fetchError(const URLResponse& response) {
 // Whether nobody was reached, or lost again: not the server's doing, nor its URL's.
 bool isTheNetworks(const URLResponse& response) {
   constexpr int codes[] = {NSURLErrorTimedOut, NSURLErrorCannotFindHost, NSURLErrorCannotConnectToHost,
-                           NSURLErrorNetworkConnectionLost, NSURLErrorNotConnectedToInternet};
+                           NSURLErrorNetworkConnectionLost};
   return response.error && std::ranges::find(codes, response.error->code) != std::end(codes);
 }
 
