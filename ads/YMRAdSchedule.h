@@ -43,7 +43,8 @@ class YMR_API YMRAdSchedule {
   void setAdLoadingText(std::string text) { adLoadingText_ = std::move(text); }
   // Shown each second of an ad in place of the loading text, which stays when they are empty. Formats with whole
   // numbers for arguments: the seconds left ("Ad · %d s"); and for one of several ads the seconds left, its number from
-  // 1, and their count ("Ad %2$d of %3$d · %1$d s"). "%02d" fills up with zeros; whatever else there is stands as it is.
+  // 1, and their count ("Ad %2$d of %3$d · %1$d s"). "%02d" fills up with zeros; whatever else there is stands as it
+  // is.
   const std::string& adCountdownText() const { return adCountdownText_; }
   void setAdCountdownText(std::string format) { adCountdownText_ = std::move(format); }
   const std::string& adpodCountdownText() const { return adpodCountdownText_; }

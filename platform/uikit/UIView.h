@@ -41,8 +41,8 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   ~UIView() override;
 
   // A view that `item` fills from now on. The item stays its owner's: it may go at any time, which leaves the view
-  // empty, and it is let go of, without a visual parent, when the view goes. The same view for an item that is one. Nil for
-  // nil and for a window's content item, which can't leave its window; see UIViewControllerInWindow().
+  // empty, and it is let go of, without a visual parent, when the view goes. The same view for an item that is one. Nil
+  // for nil and for a window's content item, which can't leave its window; see UIViewControllerInWindow().
   static std::shared_ptr<UIView> wrap(QQuickItem* item);
 
   // Position in the superview (in the window's content when there is none) and size.

@@ -162,19 +162,13 @@ TEST(AdBreaks, areAnnouncedWhileTheirTagIsFetchedUnlessTheProgrammePlays) {
   }
 }
 
-TEST(AdBreaks, thatFailTellTheHostWhyInWords) {
+TEST(AdBreaks, beginBeforeTheTickOfTheirSecondIsReported) {
   BreakRig rig;
   rig.midRoll("mid", 3, {.status = 404});
-  Lines messages;
-  rig.host.delegate->videoAdOnErrorDesc = [&](const auto&, int, const std::string& text) { messages.push_back(text); };
-  rig.host.inside["videoAdOnRequest"] = [&] {
-    EXPECT_EQ(rig.host.heardOf({"videoOnTime"}).back(), "videoOnTime 2") << "the break comes before its tick";
-  };
+  rig.host.inside["videoAdOnRequest"] = [&] { EXPECT_EQ(rig.host.heardOf({"videoOnTime"}).back(), "videoOnTime 2"); };
   rig.begin();
   rig.runUntilHeard("videoOnTime 3");
-  rig.runUntilHeard("videoOnTime 4");
-  EXPECT_THAT(rig.host.heardOf({"videoAdOnError"}), ElementsAre("videoAdOnError:No internet connection"));
-  EXPECT_THAT(messages, ElementsAre("There was a problem requesting ads from the server."));
+  EXPECT_EQ(rig.host.count("videoAdOnRequest"), 1);
 }
 
 TEST(AdBreaks, waitForAProgrammeThatSomebodyHasPausedAndDoNotStartIt) {
