@@ -55,6 +55,7 @@ std::shared_ptr<SKVASTViewController> SKVASTViewController::own() {
 }
 
 void SKVASTViewController::setDelegate(const std::weak_ptr<SKVASTViewControllerDelegate>& delegate) {
+  YMR_ASSERT_MAIN_THREAD();
   delegate_ = delegate;
   for (const auto& ad : {ad_, shown_}) {
     if (ad) ad->events->setDelegate(delegate);

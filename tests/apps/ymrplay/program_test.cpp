@@ -30,7 +30,7 @@ const std::vector<std::string> tickNames{"videoOnTime", "videoOnTimeDuration", "
 }  // namespace
 
 TEST(PlayProgram, playsFromTheStartPositionToTheEnd) {
-  const auto run = play({"--start", "5", sample("clip.mp4")});
+  const auto run = play({"--start", "5", "--log", "error", sample("clip.mp4")});
   EXPECT_EQ(run.exitStatus, 0) << run.errors;
   EXPECT_EQ(run.errors, "");
   EXPECT_THAT(run.eventNames(tickNames),
