@@ -88,7 +88,6 @@ void YMROutlinedLabel::drawTextInRect(QPainter& painter, const CGRect& rect) {
                              .paragraphStyle = paragraphStyle_};
   }
   UILabel::setAttributedText(NSAttributedString(plain, *backgroundAttributes_));
-  drawAttributedString(painter, inTheLookOf(*backgroundAttributes_), rect, drawingContext());
   if (!foregroundAttributes_) {
     foregroundAttributes_ = {.font = font(), .foregroundColor = foregroundColor_, .paragraphStyle = paragraphStyle_};
   }
@@ -97,7 +96,7 @@ void YMROutlinedLabel::drawTextInRect(QPainter& painter, const CGRect& rect) {
     const auto& own = runs_[i].attributes.foregroundColor;
     if (!isOfTheBody(own)) letters.runs[i].attributes.foregroundColor = own;
   }
-  drawAttributedString(painter, letters, rect, drawingContext());
+  drawAttributedStrings(painter, {inTheLookOf(*backgroundAttributes_), letters}, rect, drawingContext());
 }
 
 // In the look that the text will have, whatever has been set on the label since.

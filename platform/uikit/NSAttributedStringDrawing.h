@@ -18,6 +18,9 @@ struct NSStringDrawingContext {
 // where there is more. Main thread.
 YMR_API void drawAttributedString(QPainter& painter, const NSAttributedString& text, const CGRect& rect,
                                   const NSStringDrawingContext& context);
+// The same characters in several looks, one above the other; what they share is laid out once.
+YMR_API void drawAttributedStrings(QPainter& painter, const std::vector<NSAttributedString>& layers, const CGRect& rect,
+                                   const NSStringDrawingContext& context);
 // The size that it takes, in whole points, when wrapped at `width`.
 YMR_API CGSize sizeOfAttributedString(const NSAttributedString& text, double width,
                                       const NSStringDrawingContext& context);

@@ -20,8 +20,10 @@ class UIPresentation : public std::enable_shared_from_this<UIPresentation> {
  private:
   // Whether the controller has not been presented anew since.
   bool isCurrent() const;
+  void endWithoutWindow();
 
   const std::weak_ptr<UIViewController> controller_;
   QPointer<QQuickItem> focusBefore_;
   bool dismissed_ = false;
+  QObject context_;  // of what it hears of the view
 };

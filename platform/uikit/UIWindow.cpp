@@ -50,7 +50,7 @@ UIWindow::UIWindow(std::optional<CGSize> size, UIGraphics graphics)
 
 UIWindow::~UIWindow() {
   disconnect(this, &QWindow::visibilityChanged, this, nullptr);
-  if (root_ && root_->isViewLoaded()) root_->view()->removeFromSuperview();
+  setRootViewController(nullptr);
 }
 
 void UIWindow::tellVisibility() {
@@ -62,6 +62,7 @@ void UIWindow::setRootViewController(std::shared_ptr<UIViewController> controlle
   YMR_ASSERT_MAIN_THREAD();
   if (root_ == controller) return;
   if (const auto former = std::exchange(root_, controller)) {
+    if (former->presentedViewController()) former->dismissViewControllerAnimated(false);
     former->viewWillDisappear(false);
     former->view()->removeFromSuperview();
     former->viewDidDisappear(false);

@@ -28,7 +28,8 @@ class YMR_API UIWindow : public QQuickWindow {
   ~UIWindow() override;
 
   std::shared_ptr<UIViewController> rootViewController() const { return root_; }
-  // Its view fills the window and follows its size.
+  // Its view fills the window and follows its size. What the former one presents is dismissed, as it is when the window
+  // goes; so is what anything else in the window presents, on a later turn, when the window goes.
   void setRootViewController(std::shared_ptr<UIViewController> controller);
   // Shows the window and gives it the keys.
   void makeKeyAndVisible();

@@ -1,8 +1,30 @@
 #include "ads/YMROutlinedLabel.h"
 
+#include <QPaintEngine>
+#include <QPainter>
+#include <QPainterPath>
+
 #include "tests/support/ScreenTest.h"
 
 namespace {
+
+// Notes how wide the shapes are that are drawn on it.
+struct NotesShapes : QPaintDevice, QPaintEngine {
+  NotesShapes() : QPaintEngine(AllFeatures) {}
+  QPaintEngine* paintEngine() const override { return const_cast<NotesShapes*>(this); }
+  int metric(PaintDeviceMetric metric) const override {
+    return metric == PdmDevicePixelRatio ? 1 : metric == PdmDevicePixelRatioScaled ? 0x10000 : 1000;
+  }
+  Type type() const override { return User; }
+  bool begin(QPaintDevice*) override { return true; }
+  bool end() override { return true; }
+  void updateState(const QPaintEngineState&) override {}
+  void drawPixmap(const QRectF&, const QPixmap&, const QRectF&) override {}
+  void drawTextItem(const QPointF&, const QTextItem&) override {}
+  void drawPath(const QPainterPath& path) override { widths.push_back(path.boundingRect().width()); }
+
+  std::vector<double> widths;
+};
 
 // A label of a block that fills its character's box, on black.
 class OutlinedLabelTest : public ScreenTest {
@@ -51,6 +73,19 @@ TEST_F(OutlinedLabelTest, drawsHalfTheOutlineOutsideTheLettersAndNoneOfItInside)
                                                              .foregroundColor = UIColor::greenColor(),
                                                              .paragraphStyle = label->paragraphStyle()}));
   EXPECT_EQ(label->textColor(), UIColor::whiteColor()) << "the label's own colour stays";
+}
+
+// A line of outlined letters as one shape takes a rasteriser time that grows with the square of its length.
+TEST_F(OutlinedLabelTest, drawsALongTextLetterByLetterAndNoMoreOfItThanThereIsRoomFor) {
+  std::string text = "&W";
+  while (text.size() < 1'000'000) text += text;
+  label->setText(text);
+  label->setFont(UIFont::systemFontOfSize(20));
+  NotesShapes shapes;
+  QPainter painter(&shapes);
+  label->drawTextInRect(painter, CGRectMake(0, 0, 400, 200));
+  EXPECT_THAT(shapes.widths, testing::SizeIs(testing::AllOf(testing::Gt(100), testing::Lt(300))));
+  EXPECT_THAT(shapes.widths, testing::Each(testing::Lt(30)));
 }
 
 TEST_F(OutlinedLabelTest, keepsTheLookOfItsFirstTextUntilThatIsCleared) {

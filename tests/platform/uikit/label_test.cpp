@@ -84,6 +84,19 @@ TEST_F(LabelTest, alignsItsTextAsWrittenOrAsToldAndEndsItInAnEllipsis) {
   EXPECT_LT(heights[0], 40);
   EXPECT_GT(heights[1], heights[0] + 15);
   EXPECT_GT(heights[2], heights[1] + 15) << "all of it";
+  label->setNumberOfLines(1);
+  for (const char* piece : {"word ", "\u0627\u0644\u0639\u0631\u0628\u064a\u0629 ", "."}) {
+    std::string text;
+    while (text.size() < 2000) text += piece;
+    label->setText(text);
+    const QImage start = snapshot();
+    for (int doubled = 0; doubled < 10; ++doubled) text += text;
+    label->setText(text);
+    EXPECT_EQ(snapshot(), start) << piece;
+    EXPECT_GT(ink().width(), 180) << "a line is filled, however narrow its letters";
+  }
+
+  label->setNumberOfLines(0);
   label->setText("Text\r\nText\r\n");
   EXPECT_EQ(label->intrinsicContentSize().width, one.width) << "carriage returns are nothing";
   label->setText("Text Text");
