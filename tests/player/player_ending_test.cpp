@@ -4,9 +4,7 @@
 #include "VAST/SKLogger.h"
 #include "tests/player/PlayerRig.h"
 
-using testing::AllOf;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -53,8 +51,7 @@ TEST(Ending, aHostThatDoesNotAnswerTheEndSeesThePlayerDismissItself) {
   rig.loop.advance(70s);
   SKLogger::installSink(SKLogLevelNone, nullptr);
   EXPECT_THAT(rig.host.heardOf(ending), ElementsAre("videoOnPause 60", "playerWillDismiss", "playerDidDismiss"));
-  EXPECT_THAT(errors, ElementsAre(AllOf(HasSubstr("YMRVideoPlayer: "), HasSubstr("playbackBufferEmpty"))))
-      << "the end and the dismissal both remove the observers";
+  EXPECT_THAT(errors, IsEmpty()) << "though the end and the dismissal both take the observers away";
   expectNothingLeft(rig);
 }
 
