@@ -30,6 +30,8 @@ struct NotesAppearing : UIViewController {
 struct PresentationTest : ScreenTest {
   using Controller = std::shared_ptr<NotesAppearing>;
 
+  ~PresentationTest() override { window.setRootViewController(nullptr); }  // which is noted too
+
   UIViewController::Completion noted(const std::string& text) {
     return [this, text] { diary.push_back(text); };
   }
