@@ -33,7 +33,7 @@ class YMRAdPlayer::Watch final : public NSKeyValueObserver, public std::enable_s
     layer_->addObserver(self, "readyForDisplay");
     player_->addObserver(self, "rate", NSKeyValueObservingOptionNew);
     item_->addObserver(self, "status", NSKeyValueObservingOptionNew);
-    // Last, since it is told of at once and may be the end.
+    // Last: this registration calls the listener at once, which may destroy the player of the ad.
     item_->addObserver(self, "playbackLikelyToKeepUp", NSKeyValueObservingOptionInitial | NSKeyValueObservingOptionNew);
   }
 

@@ -31,7 +31,7 @@ class YMR_API YMRAdPlayer {
                                    const NSKeyValueChange& change) = 0;
     // The first picture is there.
     virtual void adPictureDidArrive() = 0;
-    // The film is over. The capital L is given.
+    // The film has played to its end. The spelling, with its capital L, is given and stays.
     virtual void adDidPLayToEndTime() = 0;
     // The item has failed; the last word, after adPlayerDidChange().
     virtual void adItemDidFail(const NSError& error) = 0;

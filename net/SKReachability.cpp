@@ -169,7 +169,7 @@ bool SKReachability::startNotifier() {
 }
 
 void SKReachability::stopNotifier() {
-  std::shared_ptr<SKReachability> last;  // goes without the lock
+  std::shared_ptr<SKReachability> last;  // destroyed after the lock is released: what it owns may call back
   std::lock_guard lock(mutex_);
   if (!reachabilityObject_) return;
   reachabilityRef_->setCallback(nullptr, {});

@@ -196,7 +196,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void breakDidEnd(bool seek);
   void goOnWithProgramme(bool seek);
   void goOnAtEnd();
-  // Nothing when it is there. With `waits` the viewer sees the programme's last picture until there is more to see.
+  // Does nothing while the overlay is on the screen. With `waits` the viewer sees the programme's last picture until
+  // there is more to see.
   void putOverlayOnScreen(bool waits);
   void takeOverlayOffScreen();
   void leaveBreak();
@@ -248,7 +249,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
                             const std::shared_ptr<AVMediaSelectionOption>& didSelectMediaSelectionOption,
                             const std::shared_ptr<AVMediaSelectionGroup>& inMediaSelectionGroup) override;
 
-  // Used by all concerns.
+  // Shared by all of the parts below.
   std::weak_ptr<YMRVideoPlayerDelegate> delegate_;
   std::shared_ptr<AVPlayerViewController> avPlayerVC_;
   std::shared_ptr<AVPlayer> vodPlayer_;
@@ -274,15 +275,15 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   CMTime lastPlayTime_ = kCMTimeZero;
   BreakStage breakStage_ = BreakStage::none;
   bool programmeHasEnded_ = false;  // while a break was under way, before the first of its ads
-  bool playsWhenActive_ = false;    // was handed back out of sight
+  bool playsWhenActive_ = false;    // the programme was to play while the application was out of sight
 
   // For the ads of a break.
   YMRAdQueue ads_;          // still to be played
   YMRPreparedAd ad_;        // taken last
-  unsigned adNumber_ = 0;   // of the fetch or the ad at hand, in the player's life
+  unsigned adNumber_ = 0;   // of the fetch or the ad at hand; counts up in the player's life
   bool vastReady_ = false;  // since the first ad that had a film
   std::shared_ptr<SKVASTEventProcessor> eventProcessor_;
-  // Answers nothing, as this player does of that protocol.
+  // Every function of it is empty: this player reports nothing through that protocol.
   const std::shared_ptr<SKVASTViewControllerDelegate> vastDelegate_ = std::make_shared<SKVASTViewControllerDelegate>();
   std::shared_ptr<YMRAdContainerView> adContainerView_;
   int currentQuartile_ = 0;

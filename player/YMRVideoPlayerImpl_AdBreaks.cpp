@@ -161,7 +161,7 @@ void YMRVideoPlayerImpl::goOnAtEnd() {
   startPostRoll();
 }
 
-// Ends a break with everything that it has, without a word.
+// Ends a break and takes its ads and its overlay away. The host is not told.
 void YMRVideoPlayerImpl::leaveBreak() {
   ++adNumber_;
   breakStage_ = BreakStage::none;
@@ -184,7 +184,7 @@ void YMRVideoPlayerImpl::takeOverlayOffScreen() {
 }
 
 bool YMRVideoPlayerImpl::pauseVideoPlayer() {
-  cancelPreviousPerformRequestsWithTarget(this);  // of a stall
+  cancelPreviousPerformRequestsWithTarget(this);  // the poll of a stalled programme
   playsWhenActive_ = false;
   const auto item = vodPlayer_ ? vodPlayer_->currentItem() : nullptr;
   const bool isFirst = std::exchange(breakStage_, BreakStage::onScreen) != BreakStage::onScreen;
@@ -203,7 +203,7 @@ void YMRVideoPlayerImpl::resumeVideoPlayer(bool seek) {
   if (vodPlayer_ && seek) vodPlayer_->seekToTime(lastPlayTime_, kCMTimeZero, kCMTimeZero);
   playerState_ = std::make_shared<YMRPlayerStatePausedVideo>();
   if (!vodPlayer_) return;
-  // Whatever was recorded of it, what comes is a start.
+  // The states compare with the recorded rate: after a 0 they take the next rate of 1 for a start.
   currentVodPlayerRate_ = 0;
   playVideo();
 }
@@ -222,7 +222,7 @@ void YMRVideoPlayerImpl::playVideo() {
   if (isPlaying) observeValueForKeyPath("rate", player, {}, nullptr);
 }
 
-// The programme is paused by the screen that shows it.
+// Pauses the ad only: the player view controller pauses the programme.
 void YMRVideoPlayerImpl::appDidEnterBackground() {
   if (isPlayingAd_ && adPlayer_) adPlayer_->player()->pause();
 }

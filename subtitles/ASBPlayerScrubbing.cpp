@@ -69,7 +69,7 @@ double ASBPlayerScrubbing::nominalFrameRateForPlayer(const std::shared_ptr<AVPla
 void ASBPlayerScrubbing::setPlayer(const std::shared_ptr<AVPlayer>& player) {
   YMR_ASSERT_MAIN_THREAD();
   const auto alive = weak_from_this().lock();
-  const auto next = player;  // the caller's may be the member
+  const auto next = player;  // a copy, since `player` may be player_ itself, which is set below
   if (const auto previous = player_) {
     previous->pause();
     if (player_ != previous) return;
@@ -90,7 +90,7 @@ void ASBPlayerScrubbing::learnFrameRate() {
 
 void ASBPlayerScrubbing::setupTimeObserver() {
   if (!timeObserver_.expired() || !(nbFramesPerSecond_ > 0) || !player_) return;
-  // Whoever finds its object gone goes as well.
+  // A tick that finds the scrubbing destroyed takes its own observer off the player.
   const auto own = std::make_shared<std::weak_ptr<AVPlayerPeriodicObserver>>();
   const auto tick = [weak = weak_from_this(), player = std::weak_ptr(player_), own](CMTime) {
     if (const auto self = weak.lock()) {

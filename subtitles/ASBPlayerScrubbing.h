@@ -112,11 +112,11 @@ class YMR_API ASBPlayerScrubbing : public NSKeyValueObserver, public std::enable
   std::string timecodeForTimeInterval(double seconds) const;
 
   // The play button: pauses what plays, plays what is paused, and plays again from the start what has ended. `sender`
-  // is not looked at.
+  // is ignored.
   void playPause(const UIView* sender = nullptr);
   // Each phase of a slider's drag: notes at the beginning whether the player plays, and pauses it; then calls
-  // updatePlayer(). The first touch of the event decides; an event without one is none of the phases. `slider` is not
-  // looked at and may be nil.
+  // updatePlayer(). The first touch of the event decides; an event without one is none of the phases. `slider` is
+  // ignored and may be nil.
   void sliderValueChanged(const UISlider* slider, const UIEvent& event);
   // What follows each phase; `dragEnded` when it was the last. Does nothing: where to go, and whether to play on, is
   // the host's to decide.

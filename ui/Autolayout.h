@@ -15,8 +15,8 @@ YMR_API void addSubViewWithAutolayout(const std::shared_ptr<UIView>& superview, 
 // Without an inset.
 YMR_API void addSubViewWithAutolayout(const std::shared_ptr<UIView>& superview, const std::shared_ptr<UIView>& subview);
 
-// Hides the view, lets it clip, and sets its own first height constraint, if it has one, to 0. Constraints that outer
-// views hold on it are not looked at.
+// Hides the view, lets it clip, and sets its own first height constraint, if it has one, to 0. Constraints on it that
+// outer views hold are left alone.
 YMR_API void hideViewAndSetHeightConstraintsZero(const std::shared_ptr<UIView>& view);
 
 // The first of the view's own constraints on a height; nil when there is none.

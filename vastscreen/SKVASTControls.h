@@ -40,7 +40,7 @@ class YMR_API SKVASTControls : public std::enable_shared_from_this<SKVASTControl
   void hideControls();
   bool isShowing() const;
 
-  // What the buttons do. `sender`: the button, not looked at.
+  // What the buttons do. `sender`, the button, is ignored.
   // Pauses the screen when it plays, else resumes it.
   void pausePlay(const UIBarButtonItem* sender = nullptr);
   void info(const UIBarButtonItem* sender = nullptr);
@@ -51,7 +51,7 @@ class YMR_API SKVASTControls : public std::enable_shared_from_this<SKVASTControl
 
   // Sets the progress to played / total, 0 when that is no number, and the text to both, "00:05 / 00:30": minutes and
   // seconds, minutes beyond 99 in as many digits as they take. In seconds; what is no time counts as 0. The first
-  // parameter, the share played so far, is not looked at.
+  // parameter, the share played so far, is ignored.
   void updateProgressBar(double percentagePlayed, double playedSeconds, double totalDuration);
 
   // The parts of the bar.

@@ -180,7 +180,7 @@ void SKVASTViewController::loadVideoUsingSource(const Source& source) {
 void SKVASTViewController::vastDidLoad(YMRVastModel& model) {
   const auto self = own();
   isLoading_ = false;
-  std::optional<SKVASTError> failure;  // the first ad's
+  std::optional<SKVASTError> failure;  // of the first ad, which is the one reported
   std::string reason;
   for (YMRAdQueue queue(model); !queue.isEmpty();) {
     const auto next = queue.next();

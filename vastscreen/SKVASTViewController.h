@@ -103,7 +103,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // What the delegate's last vastError was, in words, with the URL when a server or a redirect is to blame for a
   // document that did not come; empty before the first.
   const std::string& errorMessage() const { return errorMessage_; }
-  // Room for twenty values that nobody fills.
+  // Empty, with memory reserved for twenty values. Nothing in the player writes or reads it.
   std::vector<double>& videoHangTest() { return videoHangTest_; }
 
   // Whether the media-file picker's probe host can be reached, by what is known without waiting: true until it is

@@ -217,7 +217,7 @@ void SKVASTViewController::moviePlayBackDidFinish(const std::optional<NSError>& 
   controls_->toggleToPlayButton(true);
 }
 
-// What was over stays over.
+// An ad that had ended before the application was left does not begin again.
 void SKVASTViewController::applicationDidBecomeActive() {
   if (!isOver_) resume();
 }

@@ -31,7 +31,7 @@ struct VASTHop {
 };
 
 struct SKVAST2ParserOptions {
-  std::shared_ptr<URLLoader> loader;  // nil: everybody's
+  std::shared_ptr<URLLoader> loader;  // nil: URLLoader::shared()
   bool validatesWithSchema = kValidateWithSchema;
   // For the request as a whole; hops that are not resolved by then get the time-out value.
   std::chrono::milliseconds timeLimit{30'000};

@@ -36,7 +36,7 @@ class YMR_API SKVASTModel {
   std::optional<std::vector<SKVASTUrlWithId>> errors();
   std::optional<std::vector<SKVASTUrlWithId>> impressions();
   std::optional<std::vector<SKVASTUrlWithId>> clickTracking();
-  std::optional<SKVASTUrlWithId> clickThrough();  // the first
+  std::optional<SKVASTUrlWithId> clickThrough();  // of several, the first one
   std::optional<std::vector<SKVASTUrlWithId>> resultsForQuery(std::string_view query);
 
   // The URLs by event of all tracking elements inside `Linear`; nil when there is none.

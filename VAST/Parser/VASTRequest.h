@@ -48,7 +48,7 @@ class VASTRequest : public std::enable_shared_from_this<VASTRequest> {
   const RunLoop::Duration deadline_;
   std::shared_ptr<YMRVastModel> model_;
   SKVAST2Parser::Completion completion_;
-  std::vector<Unresolved> unresolved_;  // the last one is next
+  std::vector<Unresolved> unresolved_;  // resolved from its end
   std::size_t bytesLeft_;
   std::size_t elementsLeft_;
 };

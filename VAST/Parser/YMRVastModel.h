@@ -92,7 +92,7 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
   std::map<std::string, std::vector<NSURL>> trackingEvents() const;
   std::vector<SKVASTUrlWithId> impressions() const;
   std::vector<SKVASTUrlWithId> errors() const;
-  std::optional<SKVASTUrlWithId> clickThrough() const;  // the first
+  std::optional<SKVASTUrlWithId> clickThrough() const;  // of several, the first one
   std::vector<SKVASTUrlWithId> clickTracking() const;
 
   // The ads to play, in order: this model alone when it has no pod children, else theirs.

@@ -48,7 +48,7 @@ class YMR_API SKVASTEventProcessor : public NSObject {
   void sendVASTUrlsWithId(const std::vector<SKVASTUrlWithId>& urls);
   // The same with `errorCode` in place of every "[ERRORCODE]" and "%5BERRORCODE%5D".
   void sendVASTError(const std::vector<SKVASTUrlWithId>& urls, const std::string& errorCode);
-  // Requests it, after those before it and at the pace of all; what comes back is not looked at.
+  // Queues the request behind those already queued; the answer is ignored.
   void sendTrackingRequest(const NSURL& url);
 
   // Requests of the process that were dropped because too many waited. Any thread.

@@ -41,7 +41,7 @@ class AVPlayer::Core final : public ItemPlayback::Player, public std::enable_sha
 
   mutable std::mutex itemMutex_;
   std::shared_ptr<AVPlayerItem> item_;
-  ItemPlayback* playback_ = nullptr;  // of item_
+  ItemPlayback* playback_ = nullptr;  // the one of item_
   float rate_ = 0;
   bool isMuted_ = false;
   bool isClosed_ = false;

@@ -91,8 +91,8 @@ class YMR_API AVURLAsset : public NSObject {
   NSError error_;
   std::vector<std::function<void()>> waiters_;
   std::shared_ptr<Loading> loading_;
-  std::shared_ptr<EngineSession> session_;   // loading or loaded, and no item's yet
-  std::weak_ptr<EngineSession> learnsFrom_;  // whose facts are the asset's; an item may have it
+  std::shared_ptr<EngineSession> session_;   // loading or loaded, and not handed to an item yet
+  std::weak_ptr<EngineSession> learnsFrom_;  // tells duration and tracks; perhaps an item's by now
   CMTime duration_;
   std::vector<MediaTrack> tracks_;
   std::shared_ptr<AVMediaSelectionGroup> legibleGroup_;

@@ -87,7 +87,7 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
 
   // True while there is somebody to hear the item, and it has not had its last word.
   bool speaks() const { return hasBegun_ && !isLetGo_ && status_ != AVPlayerItemStatusFailed; }
-  // Tells the key's observers; false when they made an end of it.
+  // Tells the key's observers; false when one of them replaced the item or destroyed the player.
   bool notify(std::string_view key);
   void post(void (ItemPlayback::*action)());
   void becomeReady();
@@ -124,5 +124,5 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
   std::optional<std::string> legibleTrack_;
 
   mutable std::mutex sampleMutex_;
-  mutable CMTime sampled_;  // for other threads
+  mutable CMTime sampled_;  // the time as other threads read it
 };

@@ -48,7 +48,7 @@ class PeriodicTimeObservers : public std::enable_shared_from_this<PeriodicTimeOb
 
   const std::function<Pace()> pace_;
   std::vector<AVPlayerTimeObserverToken> observers_;
-  unsigned items_ = 0;  // how many began: who is calling for one stops when another begins
+  unsigned items_ = 0;  // counts items; a round of calls for one ends when the next begins
   RunLoop::TimerToken timer_ = 0;
   bool isClosed_ = false;
 };

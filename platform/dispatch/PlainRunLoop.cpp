@@ -33,7 +33,7 @@ RunLoop::TimerToken PlainRunLoop::schedule(Duration delay, Block block) {
 }
 
 void PlainRunLoop::cancel(TimerToken token) {
-  Block cancelled;  // goes without the lock
+  Block cancelled;  // destroyed after the lock is released: what it owns may call back
   std::lock_guard lock(mutex_);
   cancelled = timers_.take(token);
 }

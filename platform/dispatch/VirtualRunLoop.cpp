@@ -49,7 +49,7 @@ RunLoop::TimerToken VirtualRunLoop::schedule(Duration delay, Block block) {
 }
 
 void VirtualRunLoop::cancel(TimerToken token) {
-  Block cancelled;  // goes without the lock
+  Block cancelled;  // destroyed after the lock is released: what it owns may call back
   std::lock_guard lock(mutex_);
   cancelled = timers_.take(token);
 }

@@ -3,7 +3,7 @@
 #include "platform/dispatch/BlockedSignals.h"
 
 void WorkerPool::stop() {
-  std::deque<std::function<void()>> dropped;  // what they own goes without the lock
+  std::deque<std::function<void()>> dropped;  // destroyed after the lock is released: what they own may call back
   {
     std::lock_guard lock(mutex_);
     stopping_ = true;

@@ -52,7 +52,7 @@ void NSTimer::invalidate() {
   if (!state_->valid) return;
   state_->valid = false;
   if (RunLoop* loop = RunLoop::mainIfInstalled()) loop->cancel(state_->token);
-  const auto block = std::exchange(state_->block, nullptr);  // goes last: it may own who holds this timer
+  const auto block = std::exchange(state_->block, nullptr);  // destroyed last: it may own the holder of this timer
 }
 
 bool NSTimer::isValid() const {

@@ -57,7 +57,7 @@ class YMR_API URLLoader {
   // One has answered just now, for whoever reads answers: the outcome of an ad's request, say.
   void noteAnswer();
 
-  // The loader that everybody uses unless given another; curl's until a test sets one. Never null.
+  // The loader of all code that is not given one of its own; curl's until a test sets another. Never null.
   static std::shared_ptr<URLLoader> shared();
   // nil puts curl's back.
   static void setShared(std::shared_ptr<URLLoader> loader);

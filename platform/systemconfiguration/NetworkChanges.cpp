@@ -74,7 +74,7 @@ NetworkChanges::Token NetworkChanges::add(Listener listener) {
 }
 
 void NetworkChanges::remove(Token token) {
-  Listener removed;  // goes without the lock
+  Listener removed;  // destroyed after the lock is released: what it owns may call back
   std::lock_guard lock(mutex_);
   const auto found = listeners_.find(token);
   if (found == listeners_.end()) return;

@@ -17,7 +17,7 @@ const ASBSubtitle* ASBSubtitleList::lastSubtitleAtTime(double seconds) const {
 
 void ASBPublishedSubtitles::publish(std::shared_ptr<const ASBSubtitleList> list) {
   std::lock_guard lock(mutex_);
-  list_.swap(list);  // the former list may be long; it goes without the lock
+  list_.swap(list);  // the former list, perhaps a long one, is freed after the lock is released
 }
 
 std::shared_ptr<const ASBSubtitleList> ASBPublishedSubtitles::current() const {

@@ -30,7 +30,7 @@ std::vector<ASBSubtitleTimeline::Share> ASBSubtitleTimeline::shares() const {
   std::vector<Share> shares(count_);
   for (auto stretch = from_.begin(); stretch != from_.end(); ++stretch) {
     if (stretch->second == nobody) continue;
-    const double end = std::next(stretch)->first;  // nobody has the last one
+    const double end = std::next(stretch)->first;  // there is one: the last stretch belongs to no cue
     Share& share = shares[stretch->second];
     share.seconds += end - stretch->first;
     share.onFullSecond |= std::ceil(stretch->first) < end;

@@ -122,7 +122,7 @@ GstPadProbeReturn EndGate::mediaEnds(GstPad* pad) {
     sources_[pad] = true;
     changed_.notify_all();
     changed_.wait_for(lock, patience, [this] { return isReleased_ || areAllTaken(); });
-    // An end that comes while everything stops does the same harm.
+    // While the pipeline is stopped, an end that reaches decodebin3 does the same harm as one that comes too early.
     if (isReleased_) return GST_PAD_PROBE_DROP;
     if (haveMediaEnded()) {
       for (GstPad* text : heldTexts_) texts.emplace_back(gst_pad_get_peer(text));

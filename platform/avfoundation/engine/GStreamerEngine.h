@@ -88,7 +88,7 @@ class GStreamerEngine final : public MediaEngine {
 
   bool isLoaded_ = false;
   bool isOpen_ = false;
-  bool hasPrerolled_ = false;  // somewhere
+  bool hasPrerolled_ = false;  // anywhere in the media
   bool isReady_ = false;       // has prerolled where it is to begin
   bool hasFailed_ = false;     // pipeline_ is gone
   bool hasEnded_ = false;
@@ -98,7 +98,7 @@ class GStreamerEngine final : public MediaEngine {
   double rate_ = 0;
   int restarts_ = 0;
   std::shared_ptr<VideoFrameSink> frameSink_;
-  bool isSinkKept_ = false;  // from pictures of elsewhere
+  bool isSinkKept_ = false;  // frameSink_ is to be connected when the pictures that come are of the place asked for
   MediaFacts facts_;
   std::optional<Seek> current_;
   std::optional<Seek> next_;

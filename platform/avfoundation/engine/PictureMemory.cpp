@@ -80,7 +80,7 @@ std::shared_ptr<Pages> makePages(const std::shared_ptr<SparePages>& spare, std::
 
 bool isShared(const std::shared_ptr<Pages>& pages) {
   if (pages.use_count() > 1) return true;
-  std::atomic_thread_fence(std::memory_order_acquire);  // after the last look at what they showed before
+  std::atomic_thread_fence(std::memory_order_acquire);  // a reader's last access comes before reuse
   return false;
 }
 

@@ -5,7 +5,7 @@
 #include "platform/dispatch/RunLoop.h"
 
 void FrameSlot::present(VideoFrame frame) {
-  std::optional<VideoFrame> missed;  // goes without the lock: its owner may have work to do
+  std::optional<VideoFrame> missed;  // destroyed after the lock is released: freeing a picture may take time
   {
     std::lock_guard lock(mutex_);
     missed = std::exchange(frame_, std::move(frame));

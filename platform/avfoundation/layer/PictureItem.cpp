@@ -7,7 +7,7 @@
 #include "platform/avfoundation/layer/PictureNode.h"
 #include "platform/dispatch/RunLoop.h"
 
-// Who wants to know of pictures on the screen, and which one is on its way there.
+// Follows a picture from the scene graph to the screen, and tells `told` when it is there.
 class PictureItem::Presented : public std::enable_shared_from_this<Presented> {
  public:
   std::function<void(const CMTime&)> told;  // main thread

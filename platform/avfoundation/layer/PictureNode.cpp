@@ -17,8 +17,8 @@ namespace {
 // A frame's pixels as one image.
 class FrameImage {
  public:
-  // Null for rows that are not what they say. Draws the frame when it is not the one of the last
-  // call, where the one before was if nobody has that any more.
+  // Null for a frame whose rows are shorter than its width says. A frame other than that of the last call is drawn,
+  // into the memory of the one before when nobody else holds that.
   const QImage& of(const VideoFrame& frame) {
     if (!frame.isValid() || (!frame.decoded && (!frame.bits || frame.stride < frame.width * 4))) {
       image_ = {};
