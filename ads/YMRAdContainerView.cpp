@@ -17,7 +17,7 @@ static void takeResources() {
 namespace {
 
 // How long an ad may take before the viewer is told that it loads, and how fast that comes up.
-constexpr auto patience = std::chrono::milliseconds(500);
+constexpr auto unseenWaitLimit = std::chrono::milliseconds(500);
 constexpr auto fading = std::chrono::milliseconds(250);
 
 void registerTypes() {
@@ -84,7 +84,7 @@ void YMRAdContainerView::awaitPicture() {
   endWaiting();
   setAlpha(0);
   setPatient(true);
-  performSelectorAfterDelay(this, "waitLonger", patience, [this] {
+  performSelectorAfterDelay(this, "waitLonger", unseenWaitLimit, [this] {
     setPatient(false);
     if (alpha() < 1) animateWithDuration(fading, [this] { setAlpha(1); });
   });

@@ -10,9 +10,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto artworkBound = 5s;        // for the fetch as a whole
-constexpr auto patienceAfterAsset = 2s;  // once the programme itself could begin
-constexpr std::size_t artworkBytes = 8 << 20;
+constexpr auto artworkFetchLimit = 5s;  // for the fetch as a whole
+constexpr auto artworkWaitLimit = 2s;   // once the programme itself could begin
+constexpr std::size_t artworkBytesLimit = 8 << 20;
 
 AVMetadataItem commonItem(const char* key, AVMetadataItem::Value value) {
   AVMutableMetadataItem item;
@@ -65,9 +65,9 @@ void YMRItemPreparation::fetchArtwork() {
   if (!url) return sayThereIsNoArtwork(given, "This is no URL.");
   isFetchingArtwork_ = true;
   URLRequest request{*url};
-  request.silence = artworkBound;
-  request.whole = artworkBound;
-  request.maximumBytes = artworkBytes;
+  request.silenceLimit = artworkFetchLimit;
+  request.timeLimit = artworkFetchLimit;
+  request.bytesLimit = artworkBytesLimit;
   request.allowsFiles = true;
   // Decoding, which tells a picture from anything else, stays off the main thread.
   URLLoader::shared()->load(
@@ -94,8 +94,8 @@ void YMRItemPreparation::finishWhenComplete() {
   if (!isAssetLoaded_) return;
   if (!isFetchingArtwork_) {
     finish();
-  } else if (!patience_) {
-    patience_ = NSTimer::scheduledTimerWithTimeInterval(patienceAfterAsset, false, [weak = weak_from_this()] {
+  } else if (!artworkWait_) {
+    artworkWait_ = NSTimer::scheduledTimerWithTimeInterval(artworkWaitLimit, false, [weak = weak_from_this()] {
       if (const auto self = weak.lock()) self->finish();
     });
   }
@@ -104,7 +104,7 @@ void YMRItemPreparation::finishWhenComplete() {
 void YMRItemPreparation::finish() {
   const auto completion = std::exchange(completion_, nullptr);
   if (!completion) return;
-  patience_ = nullptr;
+  artworkWait_ = nullptr;
   auto item = AVPlayerItem::playerItemWithAsset(asset_);
   if (auto items = metadata(); !items.empty()) item->setExternalMetadata(std::move(items));
   completion(std::move(item));

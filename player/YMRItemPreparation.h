@@ -40,5 +40,5 @@ class YMRItemPreparation : public std::enable_shared_from_this<YMRItemPreparatio
   bool isAssetLoaded_ = false;
   bool isFetchingArtwork_ = false;
   std::vector<std::byte> artwork_;  // fetched; empty without
-  std::shared_ptr<NSTimer> patience_;
+  std::shared_ptr<NSTimer> artworkWait_;
 };

@@ -14,7 +14,7 @@
 namespace {
 
 // A tag of four bytes becomes some 300 in memory.
-constexpr std::size_t maximumElements = 1'000'000;
+constexpr std::size_t elementsLimit = 1'000'000;
 
 std::string qualifiedName(const xmlChar* localName, const xmlChar* prefix) {
   if (!prefix) return std::string(textOf(localName));
@@ -44,7 +44,7 @@ struct Pass {
   static void elementStarts(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar*,
                             int namespaceCount, const xmlChar** namespaces, int attributeCount, int,
                             const xmlChar** attributes) {
-    if (++of(context).elementCount > maximumElements) XMLParserContext::refuse(context);
+    if (++of(context).elementCount > elementsLimit) XMLParserContext::refuse(context);
     XML::Attributes& made = of(context).builder.elementStarts(qualifiedName(name, prefix)).attributes;
     made.reserve(static_cast<std::size_t>(namespaceCount) + static_cast<std::size_t>(attributeCount));
     for (int i = 0; i < namespaceCount; ++i, namespaces += 2) {

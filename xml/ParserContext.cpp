@@ -8,10 +8,10 @@
 
 namespace {
 
-constexpr std::size_t maximumInternalDTD = 16 * 1024;
+constexpr std::size_t internalDTDLimit = 16 * 1024;
 // Lengths of the library's arrays, which double as they grow.
-constexpr int maximumAttributeSlots = 5 * 1024;  // five an attribute
-constexpr int maximumNamespaceSlots = 2 * 512;   // two a namespace
+constexpr int attributeSlotsLimit = 5 * 1024;  // five an attribute
+constexpr int namespaceSlotsLimit = 2 * 512;   // two a namespace
 
 void initializeLibrary() {
   static std::once_flag once;
@@ -27,8 +27,8 @@ struct XMLParserContext::Policy {
     auto& context = *static_cast<XMLParserContext*>(self);
     const xmlParserCtxt& parser = *context.context_;
     if (parser.inSubset != 0) context.lengthOfInternalDTD_ += static_cast<std::size_t>(length);
-    if (parser.maxatts > maximumAttributeSlots || parser.nsMax > maximumNamespaceSlots ||
-        context.lengthOfInternalDTD_ > maximumInternalDTD) {
+    if (parser.maxatts > attributeSlotsLimit || parser.nsMax > namespaceSlotsLimit ||
+        context.lengthOfInternalDTD_ > internalDTDLimit) {
       context.isRefused_ = true;
     }
     if (context.isRefused_) return 0;

@@ -6,7 +6,7 @@
 namespace {
 
 constexpr std::size_t bytesOfBlock = 16 * 1024;
-constexpr std::size_t largestCut = 1024;
+constexpr std::size_t cutLimit = 1024;
 // What a scope holds of its block while it cuts, so that only the end of a block counts its pieces.
 constexpr std::size_t heldByScope = bytesOfBlock;
 
@@ -57,7 +57,7 @@ XMLTreeMemory::Scope::Piece* XMLTreeMemory::Scope::cut(std::size_t size) {
 void* XMLTreeMemory::allocate(std::size_t size) {
   using Piece = Scope::Piece;
   size = (size + sizeof(Piece) + sizeof(Piece) - 1) / sizeof(Piece) * sizeof(Piece);
-  if (current && size <= largestCut) return current->cut(size) + 1;
+  if (current && size <= cutLimit) return current->cut(size) + 1;
   return new (::operator new(size)) Piece{nullptr} + 1;
 }
 

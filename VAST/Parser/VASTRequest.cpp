@@ -15,8 +15,8 @@ constexpr const char* tag = "VAST-Parser";
 
 // What a request may bring in all, so that a server that answers fast cannot fill the machine's memory within the time
 // limit: bytes fetched, and elements of all documents.
-constexpr std::size_t maximumBytes = 64 * 1024 * 1024;
-constexpr std::size_t maximumElements = 1'000'000;
+constexpr std::size_t requestBytesLimit = 64 * 1024 * 1024;
+constexpr std::size_t requestElementsLimit = 1'000'000;
 
 constexpr long statusOfDocument = 200;
 
@@ -67,8 +67,8 @@ VASTRequest::VASTRequest(SKVAST2ParserOptions options, std::shared_ptr<YMRVastMo
       deadline_(RunLoop::main().now() + options_.timeLimit),
       model_(std::move(model)),
       completion_(std::move(completion)),
-      bytesLeft_(maximumBytes),
-      elementsLeft_(maximumElements) {}
+      bytesLeft_(requestBytesLimit),
+      elementsLeft_(requestElementsLimit) {}
 
 void VASTRequest::start(std::optional<NSURL> url) {
   dispatch_async(dispatch_get_global_queue(), [self = shared_from_this(), url = std::move(url)] {
@@ -155,9 +155,9 @@ bool VASTRequest::getDataWithUrl(const std::string& text, Unresolved of) {
     return false;
   }
   URLRequest request{*url};
-  request.silence = std::min(request.silence, left);
-  request.whole = std::min(request.whole, left);
-  request.maximumBytes = std::min(request.maximumBytes, bytesLeft_);
+  request.silenceLimit = std::min(request.silenceLimit, left);
+  request.timeLimit = std::min(request.timeLimit, left);
+  request.bytesLimit = std::min(request.bytesLimit, bytesLeft_);
   // The loader's limits count from when it begins with a fetch; until then it may hold it back. From here on the
   // request may be going on elsewhere.
   fetch->timer = RunLoop::main().schedule(left, [self = shared_from_this(), fetch] {

@@ -13,8 +13,8 @@
 namespace {
 
 constexpr const char* tag = "VAST - Event Processor";
-constexpr std::chrono::milliseconds requestBound{1'000};
-constexpr std::size_t answerBound = 64 * 1024;  // a pixel; nobody reads it
+constexpr std::chrono::milliseconds requestTimeLimit{1'000};
+constexpr std::size_t answerBytesLimit = 64 * 1024;  // a pixel; nobody reads it
 
 std::atomic<std::uint64_t> dropped{0};
 
@@ -94,9 +94,9 @@ void SKVASTEventProcessor::sendTrackingRequest(const NSURL& url) {
   }
   log("Event processor sending request to url: ", url);
   URLRequest request{url};
-  request.silence = requestBound;
-  request.whole = requestBound;
-  request.maximumBytes = answerBound;
+  request.silenceLimit = requestTimeLimit;
+  request.timeLimit = requestTimeLimit;
+  request.bytesLimit = answerBytesLimit;
   if (URLLoader::shared()->send(std::move(request))) return;
   ++dropped;
   log("Event processor drops request to url: ", url);

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr qsizetype longestName = 200;
+constexpr qsizetype nameLimit = 200;
 
 // `tag` is `range`, or a narrower form of it.
 bool isWithin(const std::string& tag, const std::string& range) {
@@ -21,7 +21,7 @@ bool isWithin(const std::string& tag, const std::string& range) {
 
 // An option that the media give no name is called by its language.
 QString nameOf(const AVMediaSelectionOption& option) {
-  const QString name = QString::fromStdString(option.displayName()).simplified().left(longestName);
+  const QString name = QString::fromStdString(option.displayName()).simplified().left(nameLimit);
   const QString tag = QString::fromStdString(option.extendedLanguageTag().value_or(std::string()));
   const QLocale locale(tag);
   if (name != tag || locale.language() == QLocale::C) return name;

@@ -9,14 +9,14 @@
 namespace {
 
 // Larger than any television shows it.
-constexpr int largestArtworkSide = 1280;
+constexpr int artworkSideLimit = 1280;
 // More than the panel can hold; what comes from outside is cut before it is laid out.
-constexpr std::size_t longestText = 4000;
+constexpr std::size_t textBytesLimit = 4000;
 
 QString textOf(const std::vector<AVMetadataItem>& metadata, const char* key) {
   for (const auto& item : AVMetadataItem::metadataItemsFromArray(metadata, key, AVMetadataKeySpaceCommon)) {
     if (const std::string* text = item.stringValue()) {
-      return QString::fromUtf8(text->data(), static_cast<qsizetype>(std::min(text->size(), longestText))).trimmed();
+      return QString::fromUtf8(text->data(), static_cast<qsizetype>(std::min(text->size(), textBytesLimit))).trimmed();
     }
   }
   return {};
@@ -27,8 +27,8 @@ QImage decode(const std::vector<std::byte>& data) {
   if (!picture) return {};
   const QImage pixels(reinterpret_cast<const uchar*>(picture->pixels()), picture->width(), picture->height(),
                       QImage::Format_ARGB32_Premultiplied);
-  if (std::max(pixels.width(), pixels.height()) <= largestArtworkSide) return pixels.copy();
-  return pixels.scaled(largestArtworkSide, largestArtworkSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  if (std::max(pixels.width(), pixels.height()) <= artworkSideLimit) return pixels.copy();
+  return pixels.scaled(artworkSideLimit, artworkSideLimit, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
 }  // namespace

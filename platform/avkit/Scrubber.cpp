@@ -11,7 +11,7 @@ namespace {
 constexpr auto repetition = 160ms;
 constexpr auto commitDelay = 600ms;
 // Longer than any keyboard waits before it repeats. A release that got lost must not hold the seek back for ever.
-constexpr auto forgottenAfter = 1500ms;
+constexpr auto lostReleaseLimit = 1500ms;
 constexpr std::int32_t timescale = 1000;
 
 }  // namespace
@@ -53,7 +53,7 @@ void Scrubber::release() {
 void Scrubber::step(Direction direction) {
   lastStep_ = RunLoop::main().now();
   burst_->step(direction);
-  commitAfter(forgottenAfter);
+  commitAfter(lostReleaseLimit);
   changed_();
 }
 

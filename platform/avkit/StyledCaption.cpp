@@ -6,7 +6,7 @@
 namespace {
 
 // Beyond it a caption is a fault or an attack.
-constexpr qsizetype longestCaption = 600;
+constexpr qsizetype captionLimit = 600;
 
 NSAttributedString attributed(const MediaCaption& caption) {
   if (!caption.isMarkup) return NSAttributedString(caption.text, {});
@@ -19,7 +19,7 @@ NSAttributedString attributed(const MediaCaption& caption) {
 
 QString styledText(const MediaCaption& caption) {
   QString styled;
-  qsizetype room = longestCaption;
+  qsizetype room = captionLimit;
   for (const auto& [text, look] : attributed(caption).runs) {
     const QString characters = QString::fromStdString(text).left(room);
     room -= characters.size();

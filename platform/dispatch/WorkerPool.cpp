@@ -18,7 +18,7 @@ void WorkerPool::run(std::function<void()> block) {
   std::lock_guard lock(mutex_);
   if (stopping_) return;
   blocks_.push_back(std::move(block));
-  if (idle_ < blocks_.size() && threads_.size() < maximumThreads) {
+  if (idle_ < blocks_.size() && threads_.size() < threadsLimit) {
     const BlockedSignals blocked;
     threads_.emplace_back([this] { work(); });
   }

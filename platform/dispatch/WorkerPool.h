@@ -13,7 +13,7 @@
 // Any thread may call run(). stop() waits for running blocks and drops those not begun and those that still come.
 class WorkerPool {
  public:
-  static constexpr std::size_t maximumThreads = 64;
+  static constexpr std::size_t threadsLimit = 64;
 
   WorkerPool() = default;
   ~WorkerPool() { stop(); }

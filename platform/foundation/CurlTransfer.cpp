@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr long maximumRedirects = 10;
+constexpr long redirectsLimit = 10;
 constexpr const char* protocols = "http,https";
 
 int errorCode(CURLcode code) {
@@ -52,19 +52,20 @@ void CurlTransfer::setOptions() {
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, protocols);
   curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, protocols);
   curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
-  curl_easy_setopt(easy, CURLOPT_MAXREDIRS, maximumRedirects);
+  curl_easy_setopt(easy, CURLOPT_MAXREDIRS, redirectsLimit);
   curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");  // a redirect may set a cookie and look for it; it lives no longer
   curl_easy_setopt(easy, CURLOPT_USERAGENT, "YMRPlayer/" YMR_VERSION);
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // a time-out does not wait for the name look-up's thread
-  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS,
-                   static_cast<long>(std::min({request_.connecting, request_.silence, request_.whole}).count()));
-  curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request_.whole.count()));
+  curl_easy_setopt(
+      easy, CURLOPT_CONNECTTIMEOUT_MS,
+      static_cast<long>(std::min({request_.connectingLimit, request_.silenceLimit, request_.timeLimit}).count()));
+  curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request_.timeLimit.count()));
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, message_);
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-  curl_easy_setopt(easy, CURLOPT_NOPROGRESS, request_.silence < request_.whole ? 0L : 1L);
+  curl_easy_setopt(easy, CURLOPT_NOPROGRESS, request_.silenceLimit < request_.timeLimit ? 0L : 1L);
   curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
   curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
   curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
@@ -74,7 +75,7 @@ void CurlTransfer::setOptions() {
 std::size_t CurlTransfer::onBody(char* data, std::size_t, std::size_t count, void* self) {
   auto& transfer = *static_cast<CurlTransfer*>(self);
   auto& body = transfer.response_.body;
-  if (count > transfer.request_.maximumBytes - body.size()) {
+  if (count > transfer.request_.bytesLimit - body.size()) {
     transfer.isTooLong_ = true;
     return 0;
   }
@@ -94,7 +95,7 @@ int CurlTransfer::onProgress(void* self, curl_off_t, curl_off_t received, curl_o
     transfer.bytes_ = bytes;
     transfer.changedAt_ = elapsed;
   }
-  transfer.isSilent_ = std::chrono::microseconds(elapsed - transfer.changedAt_) >= transfer.request_.silence;
+  transfer.isSilent_ = std::chrono::microseconds(elapsed - transfer.changedAt_) >= transfer.request_.silenceLimit;
   return transfer.isSilent_ ? 1 : 0;
 }
 
@@ -109,18 +110,18 @@ std::string CurlTransfer::redirectedTo() const {
 NSError CurlTransfer::failure(CURLcode code) const {
   if (isTooLong_) {
     return {NSURLErrorDomain, NSURLErrorDataLengthExceedsMaximum,
-            "The body is longer than " + std::to_string(request_.maximumBytes) + " bytes."};
+            "The body is longer than " + std::to_string(request_.bytesLimit) + " bytes."};
   }
   if (isSilent_) {
     return {NSURLErrorDomain, NSURLErrorTimedOut,
-            "No data came for " + std::to_string(request_.silence.count()) + " milliseconds."};
+            "No data came for " + std::to_string(request_.silenceLimit.count()) + " milliseconds."};
   }
   const int known = errorCode(code);
   std::string reason = message_[0] ? message_ : curl_easy_strerror(code);
   const std::string to = redirectedTo();
   if (known == NSURLErrorServerCertificateUntrusted) reason = "The server's certificate is not trusted: " + reason;
   if (known == NSURLErrorHTTPTooManyRedirects) {
-    reason = "It was redirected more than " + std::to_string(maximumRedirects) + " times, at last to " + to + ".";
+    reason = "It was redirected more than " + std::to_string(redirectsLimit) + " times, at last to " + to + ".";
   } else if (known == NSURLErrorUnsupportedURL && !to.empty()) {
     reason = "The redirect to " + to + " is refused: only http and https are followed.";
   } else if (!to.empty()) {

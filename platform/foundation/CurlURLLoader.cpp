@@ -13,7 +13,7 @@ namespace {
 // More at once than any break fetches; a later one waits for a place.
 constexpr HostLimits fetchLimits{.atOnce = 64, .perHost = 16, .waiting = 10'000};
 constexpr HostLimits sendLimits{.atOnce = 32, .perHost = 6, .waiting = 10'000};
-constexpr std::chrono::milliseconds lastSendings{2'000};
+constexpr std::chrono::milliseconds lastSendingsLimit{2'000};
 
 URLResponse failed(int code, std::string message) {
   URLResponse response;
@@ -50,15 +50,15 @@ URLResponse readFile(const URLRequest& request) {
                   S_ISDIR(status.st_mode) ? "This is a folder." : "This is no regular file.");
   }
   URLResponse response;
-  response.body.reserve(std::min(static_cast<std::size_t>(status.st_size), request.maximumBytes));
-  const auto deadline = RunLoop::main().now() + request.whole;
+  response.body.reserve(std::min(static_cast<std::size_t>(status.st_size), request.bytesLimit));
+  const auto deadline = RunLoop::main().now() + request.timeLimit;
   char block[64 * 1024];
   while (const ssize_t count = ::read(file, block, sizeof block)) {
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return failed(NSURLErrorResourceUnavailable, std::strerror(errno));
-    if (static_cast<std::size_t>(count) > request.maximumBytes - response.body.size()) {
+    if (static_cast<std::size_t>(count) > request.bytesLimit - response.body.size()) {
       return failed(NSURLErrorDataLengthExceedsMaximum,
-                    "The file is longer than " + std::to_string(request.maximumBytes) + " bytes.");
+                    "The file is longer than " + std::to_string(request.bytesLimit) + " bytes.");
     }
     if (RunLoop::main().now() > deadline) return failed(NSURLErrorTimedOut, "Reading the file takes too long.");
     const auto* bytes = reinterpret_cast<const std::byte*>(block);
@@ -81,7 +81,7 @@ void complete(const dispatch_queue_t& queue, URLLoader::Completion completion, U
 
 CurlURLLoader::CurlURLLoader() : fetches_(fetchLimits), sendings_(sendLimits) {}
 CurlURLLoader::~CurlURLLoader() {
-  sendings_.drain(lastSendings);
+  sendings_.drain(lastSendingsLimit);
 }
 
 void CurlURLLoader::load(URLRequest request, const dispatch_queue_t& queue, Completion completion) {

@@ -17,11 +17,11 @@
 // What is asked of a URL, and within which bounds. A file URL is read; http and https are fetched with GET.
 struct URLRequest {
   NSURL url;
-  std::chrono::milliseconds silence{10'000};     // without a byte: NSURLErrorTimedOut
-  std::chrono::milliseconds whole{20'000};       // from the start of the transfer: NSURLErrorTimedOut
-  std::size_t maximumBytes = 16 * 1024 * 1024;   // of the body, decoded: NSURLErrorDataLengthExceedsMaximum
-  bool allowsFiles = false;                      // whether a file URL may be read at all
-  std::chrono::milliseconds connecting{10'000};  // without a connection: NSURLErrorTimedOut
+  std::chrono::milliseconds silenceLimit{10'000};     // without a byte: NSURLErrorTimedOut
+  std::chrono::milliseconds timeLimit{20'000};        // from the start of the transfer: NSURLErrorTimedOut
+  std::size_t bytesLimit = 16 * 1024 * 1024;          // of the body, decoded: NSURLErrorDataLengthExceedsMaximum
+  bool allowsFiles = false;                           // whether a file URL may be read at all
+  std::chrono::milliseconds connectingLimit{10'000};  // without a connection: NSURLErrorTimedOut
 };
 
 // What came back. `error` is set when there is no response, a transfer that broke off included; a status other than 200

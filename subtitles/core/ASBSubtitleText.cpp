@@ -30,10 +30,10 @@ ASBSubtitleText textOf(const URLResponse& response) {
 
 URLRequest requestFor(const NSURL& url) {
   URLRequest request{url};
-  request.connecting = 3s;
-  request.silence = 5s;
-  request.whole = 10s;
-  request.maximumBytes = 16 * 1024 * 1024;
+  request.connectingLimit = 3s;
+  request.silenceLimit = 5s;
+  request.timeLimit = 10s;
+  request.bytesLimit = 16 * 1024 * 1024;
   request.allowsFiles = true;
   return request;
 }

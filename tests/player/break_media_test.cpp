@@ -24,7 +24,7 @@ class BreakMedia : public testing::Test {
   BreakMedia() {
     SKVASTMediaFilePicker::setProbeHost("127.0.0.1");
     MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
-    MediaEngineSettings::shared().silenceBeforeFirstFrame = 1.5;
+    MediaEngineSettings::shared().firstFrameSilenceLimit = 1.5;
     server.onOthers([](const HTTPServer::Request& request) {
       return HTTPServer::Reply{.status = request.path.rfind("/track/", 0) == 0 ? 200 : 404};
     });

@@ -259,7 +259,7 @@ void ScriptedMediaEngine::planSilence() {
   if (silenceTimer_) return;
   const auto& settings = MediaEngineSettings::shared();
   const bool begun = ready_ && log_->source.purpose == MediaPurpose::programme;
-  const double limit = begun ? settings.silenceOfProgramme : settings.silenceBeforeFirstFrame;
+  const double limit = begun ? settings.programmeSilenceLimit : settings.firstFrameSilenceLimit;
   schedule(silenceTimer_, fromSeconds(limit), [this] {
     fail({AVFoundationErrorDomain, AVErrorNoDataReceived, "No data came in time"});
   });

@@ -81,11 +81,11 @@ class ScriptedURLLoader : public URLLoader {
   }
 
   static std::pair<std::chrono::milliseconds, URLResponse> outcome(const URLRequest& request, const Answer& answer) {
-    const auto bound = std::min(request.silence, request.whole);
+    const auto bound = std::min(request.silenceLimit, request.timeLimit);
     if (answer.never || answer.delay >= bound) return {bound, failed(NSURLErrorTimedOut, bound)};
     if (request.url.isFileURL() && !request.allowsFiles) return {{}, failed(NSURLErrorUnsupportedURL, {})};
     if (answer.error) return {answer.delay, failed(*answer.error, answer.delay)};
-    if (answer.body.size() > request.maximumBytes) {
+    if (answer.body.size() > request.bytesLimit) {
       return {answer.delay, failed(NSURLErrorDataLengthExceedsMaximum, answer.delay)};
     }
     URLResponse response;

@@ -209,7 +209,7 @@ TEST(AdScreen, showsAnAdAndTheControlsAndSaysSoInTheLog) {
 }
 
 TEST(AdScreen, tellsOneErrorOfEachStepThatFailsAndShowsTheNextAd) {
-  MediaEngineSettings::shared().silenceBeforeFirstFrame = 20;  // so that the screen's own bound comes first
+  MediaEngineSettings::shared().firstFrameSilenceLimit = 20;  // so that the screen's own bound comes first
   for (const auto& fault : faults()) {
     SCOPED_TRACE(fault.name);
     Rig rig;

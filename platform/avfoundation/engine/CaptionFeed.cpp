@@ -20,7 +20,7 @@ std::optional<MediaCaption> captionOf(std::string_view bytes, const GstCaps* cap
 }
 
 // A cue is seconds of text. What is longer is not read.
-constexpr gsize maximumBytes = 64 * 1024;
+constexpr gsize cueBytesLimit = 64 * 1024;
 
 }  // namespace
 
@@ -47,7 +47,7 @@ void CaptionFeed::take(GstPad* pad, GstBuffer* buffer) const {
   const GstEventRef segmentEvent(gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0));
   if (!track || !segmentEvent || !GST_BUFFER_PTS_IS_VALID(buffer)) return;
   GstMapInfo bytes;
-  if (gst_buffer_get_size(buffer) > maximumBytes || !gst_buffer_map(buffer, &bytes, GST_MAP_READ)) return;
+  if (gst_buffer_get_size(buffer) > cueBytesLimit || !gst_buffer_map(buffer, &bytes, GST_MAP_READ)) return;
   auto caption = captionOf({reinterpret_cast<const char*>(bytes.data), bytes.size}, caps.get());
   gst_buffer_unmap(buffer, &bytes);
   if (!caption) return;

@@ -69,7 +69,7 @@ std::string captionFromScript(std::string_view event) {
 
 std::string tidyCaption(std::string_view text) {
   std::string tidy;
-  for (std::size_t i = 0; i < text.size() && tidy.size() < maximumCaptionLength;) {
+  for (std::size_t i = 0; i < text.size() && tidy.size() < captionBytesLimit;) {
     if (text[i] == '\r') {
       tidy += '\n';
       i += i + 1 < text.size() && text[i + 1] == '\n' ? 2 : 1;

@@ -9,7 +9,7 @@ void CaptionTimeline::add(const std::string& track, CaptionCue cue) {
   const bool isKnown =
       std::any_of(first, last, [&cue](const auto& entry) { return entry.second.caption == cue.caption; });
   if (isKnown) return;
-  if (cues.size() >= maximumCues) cues.erase(cues.begin());
+  if (cues.size() >= cuesLimit) cues.erase(cues.begin());
   cues.emplace(cue.start, std::move(cue));
 }
 

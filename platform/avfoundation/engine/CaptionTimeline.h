@@ -22,7 +22,7 @@ struct CaptionCue {
 // seek is kept, since a container does not give a cue again that began before the place that was sought. A plain value.
 class CaptionTimeline {
  public:
-  // A cue that is there already is ignored. The oldest goes when a track has `maximumCues`.
+  // A cue that is there already is ignored. The oldest goes when a track has `cuesLimit`.
   void add(const std::string& track, CaptionCue cue);
   // The texts due at `time`, in the order of their starts, a line each; nil when there is none. The texts of a track
   // are of one kind.
@@ -30,7 +30,7 @@ class CaptionTimeline {
   // When captionAt() may next give something else; nil when nothing later is known.
   std::optional<std::int64_t> nextChange(const std::string& track, std::int64_t time) const;
 
-  static constexpr std::size_t maximumCues = 4000;
+  static constexpr std::size_t cuesLimit = 4000;
 
  private:
   using Cues = std::multimap<std::int64_t, CaptionCue>;

@@ -20,7 +20,7 @@ constexpr int tryFactory = 0;
 constexpr int skipFactory = 2;
 
 // Opening a container takes milliseconds.
-constexpr auto patience = std::chrono::seconds(2);
+constexpr auto openingLimit = std::chrono::seconds(2);
 
 }  // namespace
 
@@ -85,7 +85,7 @@ bool ContainerGate::closeUnlessOpened() {
 void ContainerGate::close() {
   std::unique_lock lock(mutex_);
   isClosed_ = true;
-  changed_.wait_for(lock, patience, [this] { return opening_ == 0; });
+  changed_.wait_for(lock, openingLimit, [this] { return opening_ == 0; });
 }
 
 int ContainerGate::selectFactory(GstElement*, GstPad*, GstCaps*, GstElementFactory* factory, gpointer) {

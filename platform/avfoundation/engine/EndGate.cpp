@@ -9,7 +9,7 @@
 namespace {
 
 // A stream's first buffer follows its announcement within milliseconds. What does not come within this may never come.
-constexpr auto patience = std::chrono::seconds(2);
+constexpr auto arrivalLimit = std::chrono::seconds(2);
 
 constexpr auto dataOrEvent =
     static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM);
@@ -121,7 +121,7 @@ GstPadProbeReturn EndGate::mediaEnds(GstPad* pad) {
     std::unique_lock lock(mutex_);
     sources_[pad] = true;
     changed_.notify_all();
-    changed_.wait_for(lock, patience, [this] { return isReleased_ || areAllTaken(); });
+    changed_.wait_for(lock, arrivalLimit, [this] { return isReleased_ || areAllTaken(); });
     // While the pipeline is stopped, an end that reaches decodebin3 does the same harm as one that comes too early.
     if (isReleased_) return GST_PAD_PROBE_DROP;
     if (haveMediaEnded()) {

@@ -7,7 +7,7 @@
 namespace {
 
 // A picture later than this is dropped, and decoders are told to catch up.
-constexpr gint64 maximumLateness = 40 * GST_MSECOND;
+constexpr gint64 latenessLimit = 40 * GST_MSECOND;
 
 // Media time; invalid when there is none.
 CMTime timeOf(GstSample* sample) {
@@ -27,7 +27,7 @@ GstElement* FrameOutlet::makeElement() {
   element_ = shareObject(sink);
   const GstCapsRef caps(gst_caps_from_string(GST_VIDEO_CAPS_MAKE(GST_VIDEO_FORMATS_ALL)));
   g_object_set(sink, "caps", caps.get(), "max-buffers", 1u, "enable-last-sample", FALSE, "qos", TRUE, "max-lateness",
-               maximumLateness, nullptr);
+               latenessLimit, nullptr);
   GstAppSinkCallbacks callbacks{};
   callbacks.new_preroll = &FrameOutlet::newPreroll;
   callbacks.new_sample = &FrameOutlet::newSample;

@@ -15,8 +15,8 @@ constexpr std::int32_t nanoseconds = 1'000'000'000;
 constexpr auto pollInterval = std::chrono::milliseconds(500);
 // A file needs no server to be ready; playbin3 1.22 now and then loses its way while it connects the streams, and a new
 // one then finds it. Twice as long before each further attempt, for slow disks.
-constexpr auto filePatience = std::chrono::seconds(1);
-constexpr int maximumRestarts = 3;
+constexpr auto filePrerollLimit = std::chrono::seconds(1);
+constexpr int restartsLimit = 3;
 // How long a seek may take until one that was asked for later goes ahead of it.
 constexpr auto seekLimit = std::chrono::seconds(1);
 // The end that a container names and the end of its last sample differ by less than this.
@@ -42,8 +42,8 @@ GStreamerEngine::GStreamerEngine(const MediaSource& source)
       silence_([this] {
         const MediaEngineSettings& settings = MediaEngineSettings::shared();
         fail(silenceError(source_.url, isReady_ && source_.purpose == MediaPurpose::programme
-                                           ? settings.silenceOfProgramme
-                                           : settings.silenceBeforeFirstFrame));
+                                           ? settings.programmeSilenceLimit
+                                           : settings.firstFrameSilenceLimit));
       }),
       overtime_([this] { fail(overtimeError(source_.url)); }),
       captions_([this](std::optional<MediaCaption> due) { report(&Events::captionChanged, std::move(due)); }) {}
@@ -106,8 +106,8 @@ void GStreamerEngine::load(const CMTime& start) {
 
 void GStreamerEngine::openPipeline() {
   pipeline_->open();
-  if (!source_.url.isFileURL() || restarts_ == maximumRestarts) return;
-  restartTimer_ = RunLoop::main().schedule(filePatience * (1 << restarts_), [this] {
+  if (!source_.url.isFileURL() || restarts_ == restartsLimit) return;
+  restartTimer_ = RunLoop::main().schedule(filePrerollLimit * (1 << restarts_), [this] {
     restartTimer_ = 0;
     restart();
   });
@@ -145,10 +145,10 @@ void GStreamerEngine::apply() {
   const MediaEngineSettings& settings = MediaEngineSettings::shared();
   const bool isPatient = isReady_ && source_.purpose == MediaPurpose::programme;
   silence_.setWaiting(isOpen_ && (!isReady_ || current_ || starves),
-                      seconds(isPatient ? settings.silenceOfProgramme : settings.silenceBeforeFirstFrame));
+                      seconds(isPatient ? settings.programmeSilenceLimit : settings.firstFrameSilenceLimit));
   if (source_.purpose == MediaPurpose::advertisement && isReady_) {
     const double length = facts_.duration ? static_cast<double>(*facts_.duration) / second : settings.lengthOfUnknownAd;
-    overtime_.setWaiting(rate_ != 0 && !hasEnded_, seconds(length + settings.overtimeOfAd));
+    overtime_.setWaiting(rate_ != 0 && !hasEnded_, seconds(length + settings.adOvertimeLimit));
   }
   captions_.update([this] { return mediaTime(); }, pipelinePlays_);
 }

@@ -113,10 +113,10 @@ class YMR_API MediaEngine {
 
 // Bounds that a host may change before the first engine is made. Seconds.
 struct YMR_API MediaEngineSettings {
-  double silenceBeforeFirstFrame = 10;  // also all of an ad
-  double silenceOfProgramme = 60;       // of a programme that has begun
-  double overtimeOfAd = 30;             // how much longer than it is an ad may take to play, pauses apart
-  double lengthOfUnknownAd = 120;       // what an ad that does not tell its length is taken for
+  double firstFrameSilenceLimit = 10;  // also all of an ad
+  double programmeSilenceLimit = 60;   // of a programme that has begun
+  double adOvertimeLimit = 30;         // how much longer than it is an ad may take to play, pauses apart
+  double lengthOfUnknownAd = 120;      // what an ad that does not tell its length is taken for
   enum class Audio { automatic, none } audio = Audio::automatic;  // none: sound is decoded and thrown away in real time
   // When not empty, where sound goes instead: a sink in GStreamer's launch syntax. For devices that need options, and
   // for listening to what a viewer would hear.

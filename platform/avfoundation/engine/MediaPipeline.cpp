@@ -51,9 +51,9 @@ constexpr std::string_view pictureQueue = "vqueue";
 constexpr const char* playbinFlags = "video+audio+buffering+deinterlace";
 
 // Opening and seeking take milliseconds where the data is there.
-constexpr GstClockTime settlingTime = GST_SECOND;
+constexpr GstClockTime settlingLimit = GST_SECOND;
 // After this a pipeline without streams is not about to have them.
-constexpr GstClockTime glance = GST_SECOND / 5;
+constexpr GstClockTime streamsLimit = GST_SECOND / 5;
 
 }  // namespace
 
@@ -94,7 +94,7 @@ void MediaPipeline::settle() {
   const auto rests = [this](GstClockTime limit) {
     return gst_element_get_state(playbin_.get(), nullptr, nullptr, limit) != GST_STATE_CHANGE_ASYNC;
   };
-  if (!rests(glance) && hasStreams()) rests(settlingTime);
+  if (!rests(streamsLimit) && hasStreams()) rests(settlingLimit);
 }
 
 bool MediaPipeline::hasStreams() const {

@@ -44,7 +44,7 @@ class SparePages {
       spare_.clear();
       size_ = size;
     }
-    if (spare_.size() < mostSpare) {
+    if (spare_.size() < spareLimit) {
       spare_.push_back(pages);
     } else {
       munmap(pages, size);
@@ -52,7 +52,7 @@ class SparePages {
   }
 
  private:
-  static constexpr std::size_t mostSpare = 1;
+  static constexpr std::size_t spareLimit = 1;
 
   std::mutex mutex_;
   std::size_t size_ = 0;  // of each

@@ -8,7 +8,7 @@ namespace {
 
 // The streams announce themselves within a few milliseconds of each other; some, like texts that nobody chose, never
 // do.
-constexpr auto patience = std::chrono::milliseconds(60);
+constexpr auto announcementsLimit = std::chrono::milliseconds(60);
 
 }  // namespace
 
@@ -48,7 +48,7 @@ GstPadProbeReturn StreamStartGate::otherStarts(GstPad*, GstPadProbeInfo* info, g
 void StreamStartGate::hold(unsigned streams) {
   if (comeInTurn_) return;
   std::unique_lock lock(mutex_);
-  changed_.wait_for(lock, patience, [&] { return started_ + 1 >= streams; });
+  changed_.wait_for(lock, announcementsLimit, [&] { return started_ + 1 >= streams; });
 }
 
 void StreamStartGate::noteStarted() {

@@ -20,7 +20,7 @@ class StreamStartGate {
   void admit(GstElement* element);
 
  private:
-  // Returns when all of so many streams but the first have started, or patience is at an end.
+  // Returns when all of so many streams but the first have started, or after `announcementsLimit`.
   void hold(unsigned streams);
   void noteStarted();
   static void padAdded(GstElement* source, GstPad* pad, gpointer self);

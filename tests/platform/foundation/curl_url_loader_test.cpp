@@ -67,7 +67,7 @@ TEST_F(Loader, bringsStatusAndBodyOfWhateverTheServerSays) {
 
   server.on("/packed", HTTPServer::Reply{.body = gzipped(100'000), .headers = {{"Content-Encoding", "gzip"}}});
   URLRequest request{*NSURL::URLWithString(server.url("/packed"))};
-  request.maximumBytes = 100'000;
+  request.bytesLimit = 100'000;
   EXPECT_EQ(text(load(request)), std::string(100'000, '\0')) << "unpacked, up to the limit";
 }
 
@@ -84,9 +84,9 @@ TEST_F(Loader, everyFaultIsAnErrorWithinTheBoundsAndNoResponse) {
   const auto check = [this](const std::string& name, const std::string& url, int code) {
     SCOPED_TRACE(name);
     URLRequest request{*NSURL::URLWithString(url)};
-    request.silence = 400ms;
-    request.whole = 900ms;
-    request.maximumBytes = 100'000;
+    request.silenceLimit = 400ms;
+    request.timeLimit = 900ms;
+    request.bytesLimit = 100'000;
     const auto began = loop.now();
     const URLResponse response = load(request);
     EXPECT_LT(loop.now() - began, 5s);
@@ -129,12 +129,12 @@ TEST_F(Loader, everyFaultIsAnErrorWithinTheBoundsAndNoResponse) {
 TEST_F(Loader, silenceEndsAFetchLongBeforeTheWholeBoundAndDrippingDoesNot) {
   server.on("/slow", HTTPServer::Reply{.body = "0123456789", .stallAfter = 4});
   URLRequest request{*NSURL::URLWithString(server.url("/slow"))};
-  request.silence = 300ms;
-  request.whole = 10s;
+  request.silenceLimit = 300ms;
+  request.timeLimit = 10s;
   EXPECT_THAT(load(request).elapsed, AllOf(Gt(290ms), Lt(5s)));
 
   server.on("/slow", HTTPServer::Reply{.body = "0123456789", .headPause = 10ms, .bodyPause = 100ms});
-  request.silence = 700ms;
+  request.silenceLimit = 700ms;
   const URLResponse response = load(request);
   EXPECT_EQ(text(response), "0123456789");
   EXPECT_GT(response.elapsed, 900ms);
@@ -146,7 +146,7 @@ TEST_F(Loader, readsRegularFilesWhenAllowedTo) {
   const auto read = [&](const std::string& file, bool allowed, std::size_t limit) {
     URLRequest request{NSURL::fileURLWithPath(file)};
     request.allowsFiles = allowed;
-    request.maximumBytes = limit;
+    request.bytesLimit = limit;
     const URLResponse response = load(request);
     return response.error ? std::to_string(response.error->code) : std::to_string(response.status) + text(response);
   };
@@ -173,7 +173,7 @@ TEST_F(Loader, connectingHasABoundOfItsOwn) {
   const int caller = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   ASSERT_EQ(::connect(caller, reinterpret_cast<sockaddr*>(&address), length), 0);
   URLRequest request{*NSURL::URLWithString(url)};
-  request.connecting = 300ms;
+  request.connectingLimit = 300ms;
   const URLResponse response = load(request);
   EXPECT_EQ(response.error.value_or(NSError{}).code, NSURLErrorTimedOut);
   EXPECT_LT(response.elapsed, 5s);

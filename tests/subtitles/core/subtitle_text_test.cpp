@@ -47,10 +47,10 @@ TEST(SubtitleText, waitsForAServerWithinItsBoundsAndTellsTheMainQueueOnce) {
   const auto url = *NSURL::URLWithString(address);
   EXPECT_EQ(readSubtitleText(url).content, "1");
   const URLRequest& request = script.loader->asked().at(0).request;
-  EXPECT_EQ(request.connecting, 3s);
-  EXPECT_EQ(request.silence, 5s);
-  EXPECT_EQ(request.whole, 10s);
-  EXPECT_EQ(request.maximumBytes, 16u << 20);
+  EXPECT_EQ(request.connectingLimit, 3s);
+  EXPECT_EQ(request.silenceLimit, 5s);
+  EXPECT_EQ(request.timeLimit, 10s);
+  EXPECT_EQ(request.bytesLimit, 16u << 20);
 
   script.loader->answer(address, {.never = true});
   script.loader->answer(address, {.status = 404, .body = "<html>"});

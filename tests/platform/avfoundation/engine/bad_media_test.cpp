@@ -192,7 +192,7 @@ TEST_F(AdvertisementGate, opensTheAcceptedContainersOverHTTPOnly) {
 
 // It need not be silent to hold the programme for ever.
 TEST_F(AdvertisementGate, givesUpAnAdThatTakesMuchLongerThanItIs) {
-  MediaEngineSettings::shared().overtimeOfAd = -9.7;
+  MediaEngineSettings::shared().adOvertimeLimit = -9.7;
   ASSERT_TRUE(open("@clip.mp4", MediaPurpose::advertisement));
   runFor(400ms);
   EXPECT_THAT(told.failures, IsEmpty()) << "it waited for its viewer";

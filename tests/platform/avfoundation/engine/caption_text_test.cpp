@@ -19,7 +19,7 @@ TEST(CaptionText, isWhatTheDemuxersMeanByTheBytes) {
                                          "e\n ",
                                          18)),
             "a\nb\nc de");
-  EXPECT_EQ(tidyCaption(std::string(1 << 20, 'w')).size(), maximumCaptionLength);
+  EXPECT_EQ(tidyCaption(std::string(1 << 20, 'w')).size(), captionBytesLimit);
 }
 
 }  // namespace

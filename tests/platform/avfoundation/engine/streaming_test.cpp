@@ -61,13 +61,13 @@ TEST_F(Streaming, aServerThatStallsInTheMiddleHoldsThePlaybackAndLosesNothing) {
 }
 
 TEST_F(Streaming, aServerThatSaysNothingMoreIsAnErrorBeforeTheFirstPictureAndInAProgramme) {
-  MediaEngineSettings::shared().silenceBeforeFirstFrame = 0.5;
-  MediaEngineSettings::shared().silenceOfProgramme = 1;
+  MediaEngineSettings::shared().firstFrameSilenceLimit = 0.5;
+  MediaEngineSettings::shared().programmeSilenceLimit = 1;
   server.on("/silent.mp4", HTTPServer::Reply{.silent = true});
   EXPECT_FALSE(open("@silent.mp4"));
   ASSERT_EQ(told.failures.size(), 1u);
   EXPECT_EQ(told.failures[0].code, AVErrorNoDataReceived);
-  MediaEngineSettings::shared().silenceBeforeFirstFrame = 10;
+  MediaEngineSettings::shared().firstFrameSilenceLimit = 10;
   auto reply = fileReply("/minute.mp4");
   reply.stallAfter = 200'000;
   server.on("/stall.mp4", reply);
