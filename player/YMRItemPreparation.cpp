@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "VAST/SKLogger.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/URLLoader.h"
 #include "player/states/YMRPlayerStateRules.h"
 
@@ -50,12 +51,10 @@ YMRItemPreparation::YMRItemPreparation(std::shared_ptr<YMRMediaItem> mediaItem, 
     : mediaItem_(std::move(mediaItem)), asset_(std::move(asset)), completion_(std::move(completion)) {}
 
 void YMRItemPreparation::loadAsset() {
-  asset_->loadValuesAsynchronouslyForKeys({"playable"}, [weak = weak_from_this()] {
-    const auto self = weak.lock();
-    if (!self) return;
-    self->isAssetLoaded_ = true;
-    self->finishWhenComplete();
-  });
+  asset_->loadValuesAsynchronouslyForKeys({"playable"}, weakly(weak_from_this(), [](YMRItemPreparation& self) {
+                                            self.isAssetLoaded_ = true;
+                                            self.finishWhenComplete();
+                                          }));
 }
 
 void YMRItemPreparation::fetchArtwork() {
@@ -95,9 +94,8 @@ void YMRItemPreparation::finishWhenComplete() {
   if (!isFetchingArtwork_) {
     finish();
   } else if (!artworkWait_) {
-    artworkWait_ = NSTimer::scheduledTimerWithTimeInterval(artworkWaitLimit, false, [weak = weak_from_this()] {
-      if (const auto self = weak.lock()) self->finish();
-    });
+    artworkWait_ = NSTimer::scheduledTimerWithTimeInterval(artworkWaitLimit, false,
+                                                           weakly(weak_from_this(), &YMRItemPreparation::finish));
   }
 }
 

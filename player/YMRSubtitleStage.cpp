@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "ads/YMROutlinedLabel.h"
+#include "platform/dispatch/Weakly.h"
 #include "player/YMRDelegateSend.h"
 #include "subtitles/core/ASBSubtitleReader.h"
 #include "subtitles/core/ASBSubtitleText.h"
@@ -79,9 +80,7 @@ void YMRSubtitleStage::addToPlayerScreen(const std::shared_ptr<AVPlayerViewContr
   subtitling_->setLabel(label_);
 
   placement_ = new SubtitlePlacement(*container_);
-  const auto follow = [weak = weak_from_this()] {
-    if (const auto self = weak.lock()) self->followScreen();
-  };
+  const auto follow = weakly(weak_from_this(), &YMRSubtitleStage::followScreen);
   QObject::connect(overlay.get(), &QQuickItem::widthChanged, placement_, follow);
   QObject::connect(overlay.get(), &QQuickItem::heightChanged, placement_, follow);
   screen->setUnobscuredContentFrameDidChange(follow);
@@ -165,13 +164,13 @@ void tellOfFailure(const YMRSubtitleConfig& subtitle, const YMRSubtitle& track, 
 void YMRSubtitleStage::load(const YMRSubtitle& track) {
   std::optional<NSError> error;
   subtitling_->loadSubtitlesAtURL(track.url(), &error);
-  dispatch_async(dispatch_get_main_queue(), [weak = weak_from_this(), load = loads_, subtitle = subtitle_, track,
-                                             error = std::move(error), list = subtitling_->subtitles()] {
-    const auto self = weak.lock();
-    if (!self || load != self->loads_) return;
-    if (error) return tellOfFailure(*subtitle, track, *error);
-    tellOfSuccess(*subtitle, track, cuesWithText(*list));
-  });
+  dispatch_async(dispatch_get_main_queue(),
+                 weakly(weak_from_this(), [load = loads_, subtitle = subtitle_, track, error = std::move(error),
+                                           list = subtitling_->subtitles()](const YMRSubtitleStage& self) {
+                   if (load != self.loads_) return;
+                   if (error) return tellOfFailure(*subtitle, track, *error);
+                   tellOfSuccess(*subtitle, track, cuesWithText(*list));
+                 }));
 }
 
 void YMRSubtitleStage::loadInBackground(const YMRSubtitle& track) {
@@ -183,12 +182,12 @@ void YMRSubtitleStage::loadInBackground(const YMRSubtitle& track) {
     const auto config = std::weak_ptr(subtitle);
     dispatch_async(dispatch_get_global_queue(), [weak, load, config, track, content = std::move(text.content)] {
       auto list = std::make_shared<const ASBSubtitleList>(subtitlesFromSRT(content));
-      dispatch_async(dispatch_get_main_queue(), [weak, load, config, track, list = std::move(list)] {
-        const auto stage = weak.lock();
-        if (!stage || load != stage->loads_) return;
-        stage->subtitling_->setSubtitles(list);
-        if (const auto told = config.lock()) tellOfSuccess(*told, track, cuesWithText(*list));
-      });
+      dispatch_async(dispatch_get_main_queue(),
+                     weakly(weak, [load, config, track, list = std::move(list)](YMRSubtitleStage& stage) {
+                       if (load != stage.loads_) return;
+                       stage.subtitling_->setSubtitles(list);
+                       if (const auto told = config.lock()) tellOfSuccess(*told, track, cuesWithText(*list));
+                     }));
     });
   };
   readSubtitleText(track.url(), whenRead);

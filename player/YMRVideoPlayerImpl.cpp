@@ -5,6 +5,7 @@
 
 #include "VAST/SKLogger.h"
 #include "ads/core/SKVASTEventProcessor.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/PerformSelector.h"
@@ -47,10 +48,7 @@ void YMRVideoPlayerImpl::setUp() {
 
 // Menu always ends the whole presentation, also during an ad, in place of what the player view controller would do.
 void YMRVideoPlayerImpl::replaceMenuHandling() {
-  const auto menu =
-      std::make_shared<UITapGestureRecognizer>([weak = weak_from_this()](UIGestureRecognizer& recognizer) {
-        if (const auto self = weak.lock()) self->handleBack(recognizer);
-      });
+  const auto menu = std::make_shared<UITapGestureRecognizer>(weakly(weak_from_this(), &YMRVideoPlayerImpl::handleBack));
   menu->setAllowedPressTypes({UIPressTypeMenu});
   auto recognizers = avPlayerVC_->view()->gestureRecognizers();
   const auto own = std::find_if(recognizers.begin(), recognizers.end(), [](const auto& recognizer) {
@@ -68,25 +66,19 @@ void YMRVideoPlayerImpl::handleBack(const UIGestureRecognizer& recognizer) {
 
 // The overlay has the remote to itself while it is over the screen.
 void YMRVideoPlayerImpl::addAdRemote() {
-  const auto toggle = std::make_shared<UITapGestureRecognizer>([weak = weak_from_this()](UIGestureRecognizer&) {
-    const auto self = weak.lock();
-    const auto player = self ? self->adPlayer() : nullptr;
-    if (player) player->setRate(player->rate() == 0 ? 1 : 0);
-  });
+  const auto toggle = std::make_shared<UITapGestureRecognizer>(weakly(weak_from_this(), [](YMRVideoPlayerImpl& self) {
+    if (const auto player = self.adPlayer()) player->setRate(player->rate() == 0 ? 1 : 0);
+  }));
   toggle->setAllowedPressTypes({UIPressTypePlayPause});
   adContainerView_->addGestureRecognizer(toggle);
 }
 
 void YMRVideoPlayerImpl::followApplication() {
-  const auto weak = weak_from_this();
   auto& center = NSNotificationCenter::defaultCenter();
   center.addObserver(&presentation_, UIApplicationDidEnterBackgroundNotification, nullptr,
-                     [weak](const NSNotification&) {
-                       if (const auto self = weak.lock()) self->appDidEnterBackground();
-                     });
-  center.addObserver(&presentation_, UIApplicationDidBecomeActiveNotification, nullptr, [weak](const NSNotification&) {
-    if (const auto self = weak.lock()) self->appDidBecomeActive();
-  });
+                     weakly(weak_from_this(), &YMRVideoPlayerImpl::appDidEnterBackground));
+  center.addObserver(&presentation_, UIApplicationDidBecomeActiveNotification, nullptr,
+                     weakly(weak_from_this(), &YMRVideoPlayerImpl::appDidBecomeActive));
 }
 
 void YMRVideoPlayerImpl::presentWithController(const std::shared_ptr<UIViewController>& controller) {

@@ -7,6 +7,7 @@
 #include "VAST/SKLogger.h"
 #include "ads/core/SKVASTEventProcessor.h"
 #include "ads/core/YMRPlayerErrorHandler.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/NSString.h"
 #include "platform/uikit/UIApplication.h"
 #include "player/YMRDelegateSend.h"
@@ -44,10 +45,10 @@ void YMRVideoPlayerImpl::loadVideoUsingSource(const AdSource& source) {
   const auto number = adNumber_;
   sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnRequest, currentAdBreak_);
   if (!isAtHand(number)) return;
-  const auto didLoad = [weak = weak_from_this(), number](const std::shared_ptr<YMRVastModel>& model) {
-    const auto self = weak.lock();
-    if (self && self->isAtHand(number)) self->vastDidLoad(*model);
-  };
+  const auto didLoad =
+      weakly(weak_from_this(), [number](YMRVideoPlayerImpl& self, const std::shared_ptr<YMRVastModel>& model) {
+        if (self.isAtHand(number)) self.vastDidLoad(*model);
+      });
   if (url) {
     SKVAST2Parser().parseWithUrl(*url, didLoad);
   } else {

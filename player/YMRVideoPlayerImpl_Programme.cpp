@@ -4,6 +4,7 @@
 
 #include "VAST/SKLogger.h"
 #include "platform/dispatch/Dispatch.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/PerformSelector.h"
@@ -37,12 +38,11 @@ void YMRVideoPlayerImpl::_playWithMediaItem(const std::shared_ptr<YMRMediaItem>&
   YMR_ASSERT_MAIN_THREAD();
   if (presentation_ != Presentation::alive) return;
   asset->setStartTime(CMTimeMakeWithSeconds(static_cast<double>(startPosition), 1'000'000'000));
-  const auto didPrepare = [weak = weak_from_this(), startPosition](const std::shared_ptr<AVPlayerItem>& item) {
-    const auto self = weak.lock();
-    if (!self) return;
-    self->videoStartPosition_ = startPosition;  // only now: until then the programme before may still be started
-    self->playWithAVMediaItem(item);
-  };
+  const auto didPrepare =
+      weakly(weak_from_this(), [startPosition](YMRVideoPlayerImpl& self, const std::shared_ptr<AVPlayerItem>& item) {
+        self.videoStartPosition_ = startPosition;  // only now: until then the programme before may still be started
+        self.playWithAVMediaItem(item);
+      });
   preparation_ = YMRItemPreparation::begin(mediaItem ? mediaItem : std::make_shared<YMRMediaItem>(), asset, didPrepare);
 }
 
@@ -73,17 +73,12 @@ void YMRVideoPlayerImpl::followFromBeginning(const std::shared_ptr<AVPlayerItem>
   playsWhenActive_ = false;
   currentVodPlayerRate_ = 0;
   const auto weak = weak_from_this();
-  vodTimeObserver_ =
-      vodPlayer_->addPeriodicTimeObserver(CMTimeMakeWithSeconds(1.0, 1'000'000'000), nullptr, [weak](CMTime time) {
-        if (const auto self = weak.lock()) self->vodPlayerTick(time);
-      });
+  vodTimeObserver_ = vodPlayer_->addPeriodicTimeObserver(CMTimeMakeWithSeconds(1.0, 1'000'000'000), nullptr,
+                                                         weakly(weak, &YMRVideoPlayerImpl::vodPlayerTick));
   auto& center = NSNotificationCenter::defaultCenter();
-  center.addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, item, [weak](const NSNotification&) {
-    if (const auto self = weak.lock()) self->videoPlayDidEnd();
-  });
-  center.addObserver(this, AVPlayerItemTimeJumpedNotification, item, [weak](const NSNotification& notification) {
-    if (const auto self = weak.lock()) self->videoDidSeek(notification);
-  });
+  center.addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, item,
+                     weakly(weak, &YMRVideoPlayerImpl::videoPlayDidEnd));
+  center.addObserver(this, AVPlayerItemTimeJumpedNotification, item, weakly(weak, &YMRVideoPlayerImpl::videoDidSeek));
   const auto self = shared_from_this();
   item->addObserver(self, "playbackBufferEmpty", NSKeyValueObservingOptionNew);
   item->addObserver(self, "status", NSKeyValueObservingOptionNew);
@@ -126,9 +121,7 @@ void YMRVideoPlayerImpl::observeValueForKeyPath(const std::string& keyPath, cons
   if (vodPlayer_ && object == vodPlayer_->currentItem()) programmeItemDidChange(keyPath);
   if (breakStage_ == BreakStage::fetched && isVodPlayer(object.get())) {
     // A break that waited goes on, but not from inside somebody's play().
-    dispatch_async(dispatch_get_main_queue(), [weak = weak_from_this()] {
-      if (const auto self = weak.lock()) self->goOnWithBreak();
-    });
+    dispatch_async(dispatch_get_main_queue(), weakly(weak_from_this(), &YMRVideoPlayerImpl::goOnWithBreak));
   }
 }
 
@@ -155,10 +148,10 @@ void YMRVideoPlayerImpl::handleStalled() {
   if (!item || item->status() == AVPlayerItemStatusFailed || isPlayingAd_) return;
   const double lead = availableDuration() - CMTimeGetSeconds(item->currentTime());
   if (!item->isPlaybackLikelyToKeepUp() && !isLeadEnough(lead)) {
-    performSelectorAfterDelay(this, "handleStalled", std::chrono::milliseconds(500), [weak = weak_from_this()] {
-      const auto self = weak.lock();
-      if (self && self->isProgrammeRunning()) self->handleStalled();
-    });
+    performSelectorAfterDelay(this, "handleStalled", std::chrono::milliseconds(500),
+                              weakly(weak_from_this(), [](YMRVideoPlayerImpl& self) {
+                                if (self.isProgrammeRunning()) self.handleStalled();
+                              }));
   }
   player->play();
 }

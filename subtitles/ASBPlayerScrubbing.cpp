@@ -8,6 +8,7 @@
 
 #include "VAST/SKLogger.h"
 #include "platform/avfoundation/AVMediaFormat.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSString.h"
 #include "platform/uikit/UILabel.h"
@@ -184,11 +185,11 @@ void ASBPlayerScrubbing::playPause(const UIView*) {
   if (player->rate() != 0) return player->pause();
   const auto item = player->currentItem();
   if (!item || CMTimeCompare(player->currentTime(), item->duration()) != 0) return player->play();
-  player->seekToTime(kCMTimeZero, [weak = weak_from_this(), from = std::weak_ptr(player)](bool) {
-    const auto self = weak.lock();
-    const auto sought = from.lock();
-    if (self && sought && self->player_ == sought) sought->play();
-  });
+  player->seekToTime(kCMTimeZero,
+                     weakly(weak_from_this(), [from = std::weak_ptr(player)](const ASBPlayerScrubbing& self) {
+                       const auto sought = from.lock();
+                       if (sought && self.player_ == sought) sought->play();
+                     }));
 }
 
 void ASBPlayerScrubbing::sliderValueChanged(const UISlider*, const UIEvent& event) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/UILabel.h"
 #include "platform/uikit/UIProgressView.h"
@@ -63,9 +64,8 @@ std::shared_ptr<SKVASTControls> SKVASTControls::initWithVASTPlayer(const std::we
 void SKVASTControls::build(const std::shared_ptr<UIView>& view) {
   using Handler = void (SKVASTControls::*)(const UIBarButtonItem*);
   const auto button = [weak = weak_from_this()](UIBarButtonSystemItem kind, Handler handler) {
-    return std::make_shared<UIBarButtonItem>(kind, [weak, handler](UIBarButtonItem& sender) {
-      if (const auto self = weak.lock()) ((*self).*handler)(&sender);
-    });
+    return std::make_shared<UIBarButtonItem>(
+        kind, weakly(weak, [handler](SKVASTControls& self, UIBarButtonItem& sender) { (self.*handler)(&sender); }));
   };
   toolbar_ = std::make_shared<UIToolbar>();
   playbackTime_ = std::make_shared<UILabel>();
@@ -79,9 +79,9 @@ void SKVASTControls::build(const std::shared_ptr<UIView>& view) {
   toolbar_->setItems({pausePlayItem_, fixedSpace(16), std::make_shared<UIBarButtonItem>(time), fixedSpace(42),
                       button(UIBarButtonSystemItemInfo, &SKVASTControls::info), fixedSpace(22),
                       button(UIBarButtonSystemItemStop, &SKVASTControls::stopButtonTouched)});
-  toolbar_->setUsed([weak = weak_from_this()] {
-    if (const auto self = weak.lock(); self && self->isShowing()) self->hideLater();
-  });
+  toolbar_->setUsed(weakly(weak_from_this(), [](SKVASTControls& self) {
+    if (self.isShowing()) self.hideLater();
+  }));
   toolbar_->setHidden(true);
   view->addSubview(toolbar_);
   const auto fit = [bar = toolbar_.get(), view = view.get()] { bar->setFrame(barFrame(view->bounds().size)); };

@@ -13,6 +13,7 @@
 #include "ads/core/YMRPlayerErrorHandler.h"
 #include "net/SKReachability.h"
 #include "platform/dispatch/Dispatch.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "ui/Autolayout.h"
@@ -87,16 +88,12 @@ void SKVASTViewController::startReachability() {
 
 void SKVASTViewController::addObservers() {
   if (std::exchange(isObserving_, true)) return;
-  const auto call = [weak = std::weak_ptr(own())](void (SKVASTViewController::*what)()) {
-    return [weak, what](const NSNotification&) {
-      if (const auto self = weak.lock()) ((*self).*what)();
-    };
-  };
+  const auto weak = std::weak_ptr(own());
   auto& center = NSNotificationCenter::defaultCenter();
   center.addObserver(this, UIApplicationDidBecomeActiveNotification, nullptr,
-                     call(&SKVASTViewController::applicationDidBecomeActive));
+                     weakly(weak, &SKVASTViewController::applicationDidBecomeActive));
   center.addObserver(this, UIApplicationDidEnterBackgroundNotification, nullptr,
-                     call(&SKVASTViewController::applicationDidEnterBackground));
+                     weakly(weak, &SKVASTViewController::applicationDidEnterBackground));
 }
 
 void SKVASTViewController::removeObservers() {
@@ -167,9 +164,9 @@ void SKVASTViewController::loadVideoUsingSource(const Source& source) {
   ad_ = nullptr;
   if (!networkCurrentlyReachable()) return refuseWithoutNetwork();
   isLoading_ = true;
-  const auto didLoad = [weak = std::weak_ptr(self)](const std::shared_ptr<YMRVastModel>& model) {
-    if (const auto screen = weak.lock()) screen->vastDidLoad(*model);
-  };
+  const auto didLoad = weakly(
+      std::weak_ptr(self),
+      [](SKVASTViewController& screen, const std::shared_ptr<YMRVastModel>& model) { screen.vastDidLoad(*model); });
   if (const auto* url = std::get_if<std::optional<NSURL>>(&source)) {
     SKVAST2Parser().parseWithUrl(*url, didLoad);
   } else {

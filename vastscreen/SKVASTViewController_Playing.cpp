@@ -7,6 +7,7 @@
 #include "ads/core/SKVASTEventProcessor.h"
 #include "ads/core/VASTSettings.h"
 #include "ads/core/YMRPlayerErrorHandler.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "vastscreen/SKVASTViewController.h"
 
@@ -57,9 +58,8 @@ void SKVASTViewController::play() {
   view();
   film_->showIn(*picture_);
   film_->listen(self);
-  videoLoadTimeoutTimer_ = NSTimer::scheduledTimerWithTimeInterval(loadTimeout(), false, [weak = std::weak_ptr(self)] {
-    if (const auto screen = weak.lock()) screen->videoLoadDidTimeOut();
-  });
+  videoLoadTimeoutTimer_ = NSTimer::scheduledTimerWithTimeInterval(
+      loadTimeout(), false, weakly(std::weak_ptr(self), &SKVASTViewController::videoLoadDidTimeOut));
   if (!UIApplication::sharedApplication().isInBackground()) film_->player()->play();
   wakefulness_.setAwake(true);
   presentPlayer();

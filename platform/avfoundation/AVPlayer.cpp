@@ -5,6 +5,7 @@
 
 #include "platform/avfoundation/ItemPlayback.h"
 #include "platform/avfoundation/PeriodicTimeObservers.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSException.h"
 
@@ -93,10 +94,9 @@ void AVPlayer::Core::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
 }
 
 void AVPlayer::Core::seek(const CMTime& time, AVPlayer::SeekCompletion completion) {
-  auto unlessClosed = [weak = weak_from_this(), completion = std::move(completion)](bool finished) {
-    const auto self = weak.lock();
-    if (completion && self && !self->isClosed_) completion(finished);
-  };
+  auto unlessClosed = weakly(weak_from_this(), [completion = std::move(completion)](const Core& self, bool finished) {
+    if (completion && !self.isClosed_) completion(finished);
+  });
   if (playback_) return playback_->seek(time, std::move(unlessClosed));
   RunLoop::main().post([unlessClosed = std::move(unlessClosed)] { unlessClosed(false); });
 }

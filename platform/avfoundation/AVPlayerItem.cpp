@@ -4,6 +4,7 @@
 
 #include "platform/avfoundation/AVMediaFormat.h"
 #include "platform/avfoundation/ItemPlayback.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 
 AVPlayerItem::AVPlayerItem(std::shared_ptr<AVURLAsset> asset) : asset_(std::move(asset)) {}
@@ -14,10 +15,8 @@ std::shared_ptr<AVPlayerItem> AVPlayerItem::playerItemWithAsset(std::shared_ptr<
   YMR_ASSERT_MAIN_THREAD();
   if (!asset) asset = std::make_shared<AVURLAsset>(std::nullopt);
   const std::shared_ptr<AVPlayerItem> item(new AVPlayerItem(std::move(asset)));
-  item->playback_ =
-      std::make_shared<ItemPlayback>(item->asset_, item, [weak = std::weak_ptr(item)](std::string_view key) {
-        if (const auto self = weak.lock()) self->didChangeValueForKey(key);
-      });
+  item->playback_ = std::make_shared<ItemPlayback>(item->asset_, item,
+                                                   weakly(std::weak_ptr(item), &AVPlayerItem::didChangeValueForKey));
   return item;
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/avfoundation/AVMediaFormat.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSNotificationCenter.h"
 
@@ -35,9 +36,7 @@ ItemPlayback::ItemPlayback(std::shared_ptr<AVURLAsset> asset, std::weak_ptr<AVPl
     : asset_(std::move(asset)), item_(std::move(item)), notify_(std::move(notify)), sampled_(asset_->startTime()) {}
 
 void ItemPlayback::post(void (ItemPlayback::*action)()) {
-  RunLoop::main().post([weak = weak_from_this(), action] {
-    if (const auto self = weak.lock()) ((*self).*action)();
-  });
+  RunLoop::main().post(weakly(weak_from_this(), action));
 }
 
 bool ItemPlayback::notify(std::string_view key) {
@@ -203,10 +202,9 @@ void ItemPlayback::seek(const CMTime& time, SeekCompletion completion) {
   const bool isStanding = !engineSeeks && standsAt(target);
   supersedeSeek();
   seek_ = Seek{target, std::move(completion), isStanding};
-  const auto finish = [weak = weak_from_this(), number = ++seeks_](bool finished) {
-    const auto self = weak.lock();
-    if (self && self->seek_ && self->seeks_ == number) self->finishSeek(finished);
-  };
+  const auto finish = weakly(weak_from_this(), [number = ++seeks_](ItemPlayback& self, bool finished) {
+    if (self.seek_ && self.seeks_ == number) self.finishSeek(finished);
+  });
   if (!isStanding) {
     isAtEnd_ = false;
     session_->seek(target, finish);

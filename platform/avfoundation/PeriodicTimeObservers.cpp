@@ -5,6 +5,8 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/dispatch/Weakly.h"
+
 using namespace std::chrono_literals;
 
 class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPeriodicObserver> {
@@ -35,10 +37,9 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
       return;
     }
     // Weakly: the observer holds the queue, on which this may be waiting when everything ends.
-    dispatch_async(queue_, [weak = weak_from_this(), time] {
-      const auto self = weak.lock();
-      if (self && !self->isRemoved_) self->block_(time);
-    });
+    dispatch_async(queue_, weakly(weak_from_this(), [time](const AVPlayerPeriodicObserver& self) {
+                     if (!self.isRemoved_) self.block_(time);
+                   }));
   }
 
  private:
@@ -152,9 +153,7 @@ void PeriodicTimeObservers::arm(RunLoop::Duration floor) {
     wait = RunLoop::Duration(static_cast<std::int64_t>(std::ceil(static_cast<double>(away.value) / pace.rate)));
     wait = std::max({wait, pace.isWaiting ? longWait : floor, RunLoop::Duration(1)});
   }
-  timer_ = RunLoop::main().schedule(wait, [weak = weak_from_this()] {
-    if (const auto self = weak.lock()) self->timerFired();
-  });
+  timer_ = RunLoop::main().schedule(wait, weakly(weak_from_this(), &PeriodicTimeObservers::timerFired));
 }
 
 void PeriodicTimeObservers::disarm() {

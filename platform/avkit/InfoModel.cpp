@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/dispatch/RunLoop.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/uikit/UIImage.h"
 
 namespace {
@@ -58,12 +59,10 @@ void InfoModel::readArtwork(const std::vector<std::byte>* data) {
   if (artworkData_.empty()) return;
   decoding_ = std::make_shared<Decoding>(Decoding{this});
   RunLoop::main().performWork([weak = std::weak_ptr(decoding_), bytes = artworkData_] {
-    RunLoop::main().post([weak, picture = decode(bytes)] {
-      const auto decoding = weak.lock();
-      if (!decoding) return;
-      decoding->model->decoding_ = nullptr;
-      decoding->model->artwork_ = picture;
-      Q_EMIT decoding->model->changed();
-    });
+    RunLoop::main().post(weakly(weak, [picture = decode(bytes)](const Decoding& decoding) {
+      decoding.model->decoding_ = nullptr;
+      decoding.model->artwork_ = picture;
+      Q_EMIT decoding.model->changed();
+    }));
   });
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/NSNotificationCenter.h"
 
 namespace {
@@ -45,10 +46,9 @@ void PlaybackWatch::takeItem() {
   item_ = player_->currentItem();
   if (!item_) return;
   for (const auto& [key, change] : itemKeys) item_->addObserver(shared_from_this(), key);
-  NSNotificationCenter::defaultCenter().addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, item_,
-                                                    [weak = weak_from_this()](const NSNotification&) {
-                                                      if (const auto self = weak.lock()) self->changed_(Change::rate);
-                                                    });
+  NSNotificationCenter::defaultCenter().addObserver(
+      this, AVPlayerItemDidPlayToEndTimeNotification, item_,
+      weakly(weak_from_this(), [](PlaybackWatch& self) { self.changed_(Change::rate); }));
 }
 
 void PlaybackWatch::leaveItem() {

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <vector>
 
+#include "platform/dispatch/Weakly.h"
 #include "platform/systemconfiguration/NameLookups.h"
 #include "platform/systemconfiguration/NetworkChanges.h"
 #include "platform/systemconfiguration/ReachabilityRules.h"
@@ -81,11 +82,7 @@ class KernelReachability final : public SCNetworkReachability {
   // object.
   static void hand(const dispatch_queue_t& queue, std::weak_ptr<KernelReachability> weak,
                    std::function<void(KernelReachability&)> use) {
-    RunLoop::whileInstalled([&](RunLoop&) {
-      dispatch_async(queue, [weak = std::move(weak), use = std::move(use)] {
-        if (const auto self = weak.lock()) use(*self);
-      });
-    });
+    RunLoop::whileInstalled([&](RunLoop&) { dispatch_async(queue, weakly(std::move(weak), std::move(use))); });
   }
 
   std::weak_ptr<KernelReachability> weakSelf() {
@@ -124,10 +121,9 @@ class KernelReachability final : public SCNetworkReachability {
     if (found) return look(watch);
     std::lock_guard lock(mutex_);
     if (watch.number != watch_ || round != round_) return;
-    RunLoop::main().schedule(pause, [weak = weakSelf(), watch, round, pause] {
-      const auto self = weak.lock();
-      if (self && self->isCurrent(watch)) self->lookUp(watch, round, std::min(2 * pause, pauseLimit));
-    });
+    RunLoop::main().schedule(pause, weakly(weakSelf(), [watch, round, pause](KernelReachability& self) {
+                               if (self.isCurrent(watch)) self.lookUp(watch, round, std::min(2 * pause, pauseLimit));
+                             }));
   }
 
   bool isCurrent(const Watch& watch) {

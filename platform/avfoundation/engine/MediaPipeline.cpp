@@ -9,6 +9,7 @@
 #include "platform/avfoundation/engine/MediaErrors.h"
 #include "platform/avfoundation/engine/SourceSetup.h"
 #include "platform/avfoundation/engine/StreamTracks.h"
+#include "platform/dispatch/Weakly.h"
 
 namespace {
 
@@ -111,9 +112,7 @@ void MediaPipeline::close(std::shared_ptr<MediaPipeline> pipeline) {
 }
 
 void MediaPipeline::enqueue(std::function<void(MediaPipeline&)> operation) {
-  hop_.perform(queue_, [weak = weak_from_this(), operation = std::move(operation)] {
-    if (const auto self = weak.lock()) operation(*self);
-  });
+  hop_.perform(queue_, weakly(weak_from_this(), std::move(operation)));
 }
 
 void MediaPipeline::open() {

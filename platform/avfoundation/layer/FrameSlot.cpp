@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/dispatch/RunLoop.h"
+#include "platform/dispatch/Weakly.h"
 
 void FrameSlot::present(VideoFrame frame) {
   std::optional<VideoFrame> missed;  // destroyed after the lock is released: freeing a picture may take time
@@ -12,15 +13,13 @@ void FrameSlot::present(VideoFrame frame) {
     if (std::exchange(told_, true)) return;
   }
   RunLoop::whileInstalled([this](RunLoop& loop) {
-    loop.post([weak = weak_from_this()] {
-      const auto slot = weak.lock();
-      if (!slot) return;
+    loop.post(weakly(weak_from_this(), [](FrameSlot& slot) {
       {
-        std::lock_guard lock(slot->mutex_);
-        slot->told_ = false;
+        std::lock_guard lock(slot.mutex_);
+        slot.told_ = false;
       }
-      if (const auto arrived = slot->arrived_) arrived();
-    });
+      if (const auto arrived = slot.arrived_) arrived();
+    }));
   });
 }
 

@@ -6,6 +6,7 @@
 #include "platform/avfoundation/layer/PictureGeometry.h"
 #include "platform/avfoundation/layer/PictureNode.h"
 #include "platform/dispatch/RunLoop.h"
+#include "platform/dispatch/Weakly.h"
 
 // Follows a picture from the scene graph to the screen, and tells `told` when it is there.
 class PictureItem::Presented : public std::enable_shared_from_this<Presented> {
@@ -27,11 +28,9 @@ class PictureItem::Presented : public std::enable_shared_from_this<Presented> {
     }
     if (!time) return;
     RunLoop::whileInstalled([&](RunLoop& loop) {
-      loop.post([weak = weak_from_this(), time = *time] {
-        const auto self = weak.lock();
-        if (!self) return;
-        if (const auto tell = self->told) tell(time);
-      });
+      loop.post(weakly(weak_from_this(), [time = *time](const Presented& self) {
+        if (const auto tell = self.told) tell(time);
+      }));
     });
   }
 

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+// A block for later that does not keep `object` alive. When it is called and the object is still there, it calls `use`,
+// a function or a member function, with the object and what the block was given, or with the object alone where `use`
+// takes no more. The object stays alive for that call; when it has gone, the block does nothing.
+//
+// The block may be copied, called several times and on any thread; it is as safe there as `use` is.
+template <typename Object, typename Use>
+auto weakly(std::weak_ptr<Object> object, Use use) {
+  return
+      [object = std::move(object), use = std::move(use)]<typename... Given>([[maybe_unused]] Given&&... given) -> void {
+        const auto self = object.lock();
+        if (!self) return;
+        if constexpr (std::is_invocable_v<const Use&, Object&, Given...>) {
+          std::invoke(use, *self, std::forward<Given>(given)...);
+        } else {
+          std::invoke(use, *self);
+        }
+      };
+}
