@@ -1,7 +1,6 @@
 #include "platform/avfoundation/PeriodicTimeObservers.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <utility>
 
@@ -9,7 +8,8 @@
 
 using namespace std::chrono_literals;
 
-class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPeriodicObserver> {
+class AVPlayerPeriodicObserver : public ObserverListEntry,
+                                 public std::enable_shared_from_this<AVPlayerPeriodicObserver> {
  public:
   AVPlayerPeriodicObserver(const CMTime& interval, dispatch_queue_t queue, std::function<void(CMTime)> block)
       : interval_(interval), queue_(std::move(queue)), block_(std::move(block)) {}
@@ -28,9 +28,6 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
     next_ = std::max(next_, multiples(position) + 1 - limit);
   }
 
-  void remove() { isRemoved_ = true; }
-  bool isRemoved() const { return isRemoved_; }
-
   void call(const CMTime& time) {
     if (!queue_ || queue_ == dispatch_get_main_queue()) {
       block_(time);
@@ -38,7 +35,7 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
     }
     // Weakly: the observer holds the queue, on which this may be waiting when everything ends.
     dispatch_async(queue_, weakly(weak_from_this(), [time](const AVPlayerPeriodicObserver& self) {
-                     if (!self.isRemoved_) self.block_(time);
+                     if (!self.isRemoved()) self.block_(time);
                    }));
   }
 
@@ -56,7 +53,6 @@ class AVPlayerPeriodicObserver : public std::enable_shared_from_this<AVPlayerPer
   const CMTime interval_;
   const dispatch_queue_t queue_;
   const std::function<void(CMTime)> block_;
-  std::atomic<bool> isRemoved_ = false;
   std::int64_t next_ = 0;
 };
 
@@ -81,23 +77,19 @@ AVPlayerTimeObserverToken PeriodicTimeObservers::add(const CMTime& interval, con
   if (isClosed_ || !block || !CMTIME_IS_NUMERIC(interval) || interval <= kCMTimeZero) return nullptr;
   const auto observer = std::make_shared<AVPlayerPeriodicObserver>(interval, queue, std::move(block));
   observer->countFrom(pace_().position);
-  observers_.push_back(observer);
+  observers_.add(observer);
   arm(0ms);
   return observer;
 }
 
 void PeriodicTimeObservers::remove(const AVPlayerTimeObserverToken& token) {
-  const auto found = std::find(observers_.begin(), observers_.end(), token);
-  if (!token || found == observers_.end()) return;
-  token->remove();
-  observers_.erase(found);
-  if (observers_.empty()) disarm();
+  if (observers_.remove(token) && observers_.entries().empty()) disarm();
 }
 
 void PeriodicTimeObservers::close() {
   isClosed_ = true;
   disarm();
-  for (const auto& observer : std::exchange(observers_, {})) observer->remove();
+  observers_.removeIf([](const auto&) { return true; });
 }
 
 void PeriodicTimeObservers::paceDidChange() {
@@ -107,44 +99,44 @@ void PeriodicTimeObservers::paceDidChange() {
 void PeriodicTimeObservers::restart() {
   ++items_;
   const CMTime start = pace_().position;
-  for (const auto& observer : observers_) observer->countFrom(start);
+  for (const auto& observer : observers_.entries()) observer->countFrom(start);
   arm(0ms);
 }
 
 void PeriodicTimeObservers::timeDidJump() {
   const auto self = shared_from_this();
   const CMTime position = pace_().position;
-  for (const auto& observer : observers_) observer->countAfter(position);
-  const auto snapshot = observers_;
-  for (const auto item = items_; const auto& observer : snapshot) {
-    if (isClosed_ || item != items_ || pace_().isSeeking) return;
-    if (!observer->isRemoved()) observer->call(position);
-  }
-  arm(0ms);
+  for (const auto& observer : observers_.entries()) observer->countAfter(position);
+  bool isOver = false;
+  observers_.callEach([&, item = items_](AVPlayerPeriodicObserver& observer) {
+    isOver = isOver || isClosed_ || item != items_ || pace_().isSeeking;
+    if (!isOver) observer.call(position);
+  });
+  if (!isOver) arm(0ms);
 }
 
 void PeriodicTimeObservers::catchUp() {
   const auto self = shared_from_this();
-  const auto snapshot = observers_;
-  for (const auto item = items_; const auto& observer : snapshot) {
-    while (!isClosed_ && !observer->isRemoved()) {
+  observers_.callEach([&, item = items_](AVPlayerPeriodicObserver& observer) {
+    while (!isClosed_ && item == items_ && !observer.isRemoved()) {
       const Pace pace = pace_();
-      if (item != items_ || pace.isSeeking) return;
-      observer->forgetAllBut(missedLimit, pace.position);
-      const CMTime due = observer->next();
-      if (due > pace.position) break;
-      observer->countOn();
-      observer->call(due);
+      if (pace.isSeeking) return;
+      observer.forgetAllBut(missedLimit, pace.position);
+      const CMTime due = observer.next();
+      if (due > pace.position) return;
+      observer.countOn();
+      observer.call(due);
     }
-  }
+  });
 }
 
 void PeriodicTimeObservers::arm(RunLoop::Duration floor) {
   disarm();
-  if (isClosed_ || observers_.empty()) return;
+  const auto& observers = observers_.entries();
+  if (isClosed_ || observers.empty()) return;
   const Pace pace = pace_();
   if (pace.isSeeking || pace.rate <= 0) return;
-  const auto nearest = std::min_element(observers_.begin(), observers_.end(), [](const auto& left, const auto& right) {
+  const auto nearest = std::min_element(observers.begin(), observers.end(), [](const auto& left, const auto& right) {
     return left->next() < right->next();
   });
   RunLoop::Duration wait = 0ms;

@@ -2,10 +2,10 @@
 
 #include <functional>
 #include <memory>
-#include <vector>
 
 #include "platform/avfoundation/AVPlayer.h"
 #include "platform/dispatch/RunLoop.h"
+#include "platform/foundation/ObserverList.h"
 
 // The periodic observers of a player: calls each with the multiples of its interval that media time reaches.
 //
@@ -47,7 +47,7 @@ class PeriodicTimeObservers : public std::enable_shared_from_this<PeriodicTimeOb
   void timerFired();
 
   const std::function<Pace()> pace_;
-  std::vector<AVPlayerTimeObserverToken> observers_;
+  ObserverList<AVPlayerPeriodicObserver> observers_;
   unsigned items_ = 0;  // counts items; a round of calls for one ends when the next begins
   RunLoop::TimerToken timer_ = 0;
   bool isClosed_ = false;

@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/Export.h"
+#include "platform/foundation/ObserverList.h"
 
 class NSObject;
 
@@ -31,11 +31,11 @@ class YMR_API NSNotificationCenter {
   void removeObserver(const void* observer);
   void postNotificationName(std::string_view name, const std::shared_ptr<NSObject>& object);
   // Registrations in force: a test's way to see that nothing was left behind.
-  std::size_t observerCount() const { return registrations_.size(); }
+  std::size_t observerCount() const { return registrations_.entries().size(); }
 
  private:
   struct Registration;
   NSNotificationCenter();
   ~NSNotificationCenter();
-  std::vector<std::shared_ptr<Registration>> registrations_;
+  ObserverList<Registration> registrations_;
 };

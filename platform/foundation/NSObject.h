@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/Export.h"
+#include "platform/foundation/ObserverList.h"
 
 class NSObject;
 
@@ -60,5 +60,5 @@ class YMR_API NSObject : public std::enable_shared_from_this<NSObject> {
 
  private:
   struct Registration;
-  std::vector<std::shared_ptr<Registration>> registrations_;
+  ObserverList<Registration> registrations_;
 };
