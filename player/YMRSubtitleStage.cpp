@@ -4,9 +4,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "VAST/HostCall.h"
 #include "ads/YMROutlinedLabel.h"
 #include "platform/dispatch/Weakly.h"
-#include "player/YMRDelegateSend.h"
+#include "player/states/YMRPlayerStateHub.h"
 #include "subtitles/core/ASBSubtitleReader.h"
 #include "subtitles/core/ASBSubtitleText.h"
 #include "ui/Autolayout.h"

@@ -10,7 +10,6 @@
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UIApplication.h"
-#include "player/YMRDelegateSend.h"
 #include "player/YMRItemPreparation.h"
 #include "player/YMRSubtitleStage.h"
 #include "player/states/YMRPlayerStateLoadingAd.h"
@@ -106,13 +105,18 @@ void YMRVideoPlayerImpl::removeObserver() {
   cancelPreviousPerformRequestsWithTarget(this);
 }
 
+bool YMRVideoPlayerImpl::hostAnswers(std::function<void()> YMRVideoPlayerDelegate::*callback) const {
+  const auto host = delegate();
+  return host && (*host).*callback;
+}
+
 void YMRVideoPlayerImpl::dismiss() {
   YMR_ASSERT_MAIN_THREAD();
   if (presentation_ == Presentation::gone) return takeScreenAway(true);  // a host may have shown it once more
   if (presentation_ == Presentation::leaving) return;
   const auto self = shared_from_this();
   presentation_ = Presentation::leaving;
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::playerWillDismiss);
+  tell(&YMRVideoPlayerDelegate::playerWillDismiss);
   ads_.clear();
   if (const auto player = adPlayer()) player->pause();
   if (vodPlayer_) vodPlayer_->pause();
@@ -120,8 +124,8 @@ void YMRVideoPlayerImpl::dismiss() {
   removeObserver();
   takeScreenAway(true);
   letGoOfPlayers();
-  if (delegateAnswers(delegate_, &YMRVideoPlayerDelegate::playerDidDismiss)) {
-    sendToDelegate(delegate_, &YMRVideoPlayerDelegate::playerDidDismiss);
+  if (hostAnswers(&YMRVideoPlayerDelegate::playerDidDismiss)) {
+    tell(&YMRVideoPlayerDelegate::playerDidDismiss);
     delegate_.reset();
   }
 }

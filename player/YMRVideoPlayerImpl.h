@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,7 +22,6 @@
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/foundation/NSObject.h"
 #include "player/YMRMediaItem.h"
-#include "player/YMRVideoPlayerDelegate.h"
 #include "player/states/YMRAbstractPlayerState.h"
 #include "player/states/YMRPlayerStateHub.h"
 
@@ -60,7 +60,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
 
   // ---- What a host calls.
 
-  std::shared_ptr<YMRVideoPlayerDelegate> delegate() const { return delegate_.lock(); }
+  std::shared_ptr<YMRVideoPlayerDelegate> delegate() const override { return delegate_.lock(); }
   void setDelegate(std::weak_ptr<YMRVideoPlayerDelegate> delegate) { delegate_ = std::move(delegate); }
   const std::shared_ptr<YMRAdSchedule>& adSchedule() const { return adSchedule_; }
   void setAdSchedule(const std::shared_ptr<YMRAdSchedule>& schedule);
@@ -127,21 +127,6 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   int currentQuartile() const override { return currentQuartile_; }
   void setCurrentQuartile(int quartile) override { currentQuartile_ = quartile; }
 
-  void videoOnPlay() override;
-  void videoOnPlayDuration(double time, double duration) override;
-  void videoOnPause(double time) override;
-  void videoOnPauseDuration(double time, double duration) override;
-  void videoOnTime(double time) override;
-  void videoOnTimeDuration(double time, double duration) override;
-  void videoDidBuffer() override;
-  void videoOnBuffer() override;
-  void videoDidSeekTo(double time) override;
-  void videoAdOnTime(const std::shared_ptr<YMRAd>& ad, double duration, double second) override;
-  void videoAdOnPlayQuartile(const std::shared_ptr<YMRAd>& ad, int quartile, double duration) override;
-  void videoAdOnBuffer(const std::shared_ptr<YMRAd>& ad, double duration, double second) override;
-  void videoAdOnPause(const std::shared_ptr<YMRAd>& ad, double duration, double second) override;
-  void videoAdOnPlay(const std::shared_ptr<YMRAd>& ad, double duration, double second) override;
-
  private:
   enum class Presentation { alive, leaving, gone };
   // How far the break has come that is under way.
@@ -161,6 +146,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void followApplication();
   void handleBack(const UIGestureRecognizer& recognizer);
   void hostLetGo();
+  bool hostAnswers(std::function<void()> YMRVideoPlayerDelegate::*callback) const;
   void takeScreenAway(bool animated);
   void letGoOfPlayers();
   void _playWithMediaItem(const std::shared_ptr<YMRMediaItem>& mediaItem, const std::shared_ptr<AVURLAsset>& asset,

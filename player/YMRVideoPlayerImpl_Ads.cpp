@@ -10,7 +10,6 @@
 #include "platform/dispatch/Weakly.h"
 #include "platform/foundation/NSString.h"
 #include "platform/uikit/UIApplication.h"
-#include "player/YMRDelegateSend.h"
 #include "player/YMRVideoPlayerImpl.h"
 #include "player/states/YMRPlayerStatePlayingAd.h"
 #include "player/states/YMRPlayerStateRules.h"
@@ -43,7 +42,7 @@ void YMRVideoPlayerImpl::loadVideoUsingSource(const AdSource& source) {
   const auto* url = std::get_if<std::optional<NSURL>>(&source);
   SKLogger::debug(adTag, url ? "Starting loadVideoWithURL" : "Starting loadVideoWithData");
   const auto number = adNumber_;
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnRequest, currentAdBreak_);
+  tell(&YMRVideoPlayerDelegate::videoAdOnRequest, currentAdBreak_);
   if (!isAtHand(number)) return;
   const auto didLoad =
       weakly(weak_from_this(), [number](YMRVideoPlayerImpl& self, const std::shared_ptr<YMRVastModel>& model) {
@@ -59,7 +58,7 @@ void YMRVideoPlayerImpl::loadVideoUsingSource(const AdSource& source) {
 void YMRVideoPlayerImpl::vastDidLoad(YMRVastModel& model) {
   SKLogger::debug(adTag, "back from block in loadVideoFromData");
   const auto number = adNumber_;
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnResponse, currentAdBreak_);
+  tell(&YMRVideoPlayerDelegate::videoAdOnResponse, currentAdBreak_);
   if (!isAtHand(number)) return;
   ads_ = YMRAdQueue(model);
   breakStage_ = BreakStage::fetched;
@@ -86,7 +85,7 @@ void YMRVideoPlayerImpl::prepareToPlayVastAdModel(bool seek) {
 bool YMRVideoPlayerImpl::prepareNextAd() {
   const auto number = adNumber_;
   if (ads_.isPod() && ads_.isWhole()) {
-    sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnPodStart, currentAdBreak_);
+    tell(&YMRVideoPlayerDelegate::videoAdOnPodStart, currentAdBreak_);
     if (!isAtHand(number)) return false;
   }
   ad_ = ads_.takeNext();
@@ -116,7 +115,7 @@ bool YMRVideoPlayerImpl::vastReady() {
   SKLogger::debug(adTag, "Sending Impressions requests");
   eventProcessor_->sendVASTUrlsWithId(ad_.impressions);
   const auto number = adNumber_;
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnStart, currentAdBreak_);
+  tell(&YMRVideoPlayerDelegate::videoAdOnStart, currentAdBreak_);
   return isAtHand(number) && playAd();
 }
 
@@ -192,13 +191,13 @@ void YMRVideoPlayerImpl::adItemDidFail(const NSError& error) {
 
 void YMRVideoPlayerImpl::onVastError(SKVASTError error, const std::string& message) {
   const auto number = adNumber_;
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnError, currentAdBreak_, message);
+  tell(&YMRVideoPlayerDelegate::videoAdOnError, currentAdBreak_, message);
   if (isAtHand(number)) onYMRVastError(YMRPlayerErrorHandler::SKVASTErrorToYMRVastError(error));
 }
 
 void YMRVideoPlayerImpl::onYMRVastError(YMRVastError error) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnErrorDesc, currentAdBreak_, static_cast<int>(error),
-                 YMRPlayerErrorHandler::YMRVastErrorToString(error));
+  tell(&YMRVideoPlayerDelegate::videoAdOnErrorDesc, currentAdBreak_, static_cast<int>(error),
+       YMRPlayerErrorHandler::YMRVastErrorToString(error));
 }
 
 void YMRVideoPlayerImpl::adPlayDidEnd(bool seek, bool shouldPassTracking) {
@@ -211,10 +210,10 @@ bool YMRVideoPlayerImpl::endAd(bool seek, bool shouldPassTracking) {
   isPlayingAd_ = false;
   if (!shouldPassTracking) {
     trackEvent(SKVASTTrackingEventComplete);
-    sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnComplete, currentAdBreak_);
+    tell(&YMRVideoPlayerDelegate::videoAdOnComplete, currentAdBreak_);
     if (!isAtHand(number)) return false;
     if (ads_.isPod() && ads_.isEmpty()) {
-      sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnPodComplete, currentAdBreak_);
+      tell(&YMRVideoPlayerDelegate::videoAdOnPodComplete, currentAdBreak_);
       if (!isAtHand(number)) return false;
     }
   }

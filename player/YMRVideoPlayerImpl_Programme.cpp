@@ -8,7 +8,6 @@
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/PerformSelector.h"
-#include "player/YMRDelegateSend.h"
 #include "player/YMRItemPreparation.h"
 #include "player/YMRStallRules.h"
 #include "player/YMRVideoPlayerImpl.h"
@@ -130,7 +129,7 @@ void YMRVideoPlayerImpl::programmeItemDidChange(const std::string& keyPath) {
   const auto item = player->currentItem();
   if (keyPath == "status") {
     if (item->status() != AVPlayerItemStatusFailed) return;
-    sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnError, item->error().value_or(NSError{}));
+    tell(&YMRVideoPlayerDelegate::videoOnError, item->error().value_or(NSError{}));
   } else if (keyPath == "playbackLikelyToKeepUp") {
     if (!hasBegun_ || player->rate() == 0 || item->isPlaybackLikelyToKeepUp()) return;
     if (!isStallToRecover(player->currentTime(), item->duration())) return;
@@ -201,8 +200,8 @@ void YMRVideoPlayerImpl::videoPlayDidEnd() {
 void YMRVideoPlayerImpl::end() {
   playerState_ = std::make_shared<YMRPlayerStateCompletedVideo>();
   removeObserver();
-  if (delegateAnswers(delegate_, &YMRVideoPlayerDelegate::videoDidPlayFinished)) {
-    sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoDidPlayFinished);
+  if (hostAnswers(&YMRVideoPlayerDelegate::videoDidPlayFinished)) {
+    tell(&YMRVideoPlayerDelegate::videoDidPlayFinished);
   } else {
     dismiss();
   }

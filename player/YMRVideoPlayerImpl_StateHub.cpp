@@ -1,6 +1,5 @@
 // What the states read of the presentation, and what they make it do.
 #include "ads/core/SKVASTEventProcessor.h"
-#include "player/YMRDelegateSend.h"
 #include "player/YMRVideoPlayerImpl.h"
 
 namespace {
@@ -67,60 +66,4 @@ double YMRVideoPlayerImpl::itemTime(const NSObject* item) const {
 double YMRVideoPlayerImpl::itemDuration(const NSObject* item) const {
   const auto* playerItem = dynamic_cast<const AVPlayerItem*>(item);
   return CMTimeGetSeconds(playerItem ? playerItem->duration() : CMTime{});
-}
-
-void YMRVideoPlayerImpl::videoOnPlay() {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnPlay);
-}
-
-void YMRVideoPlayerImpl::videoOnPlayDuration(double time, double duration) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnPlayDuration, time, duration);
-}
-
-void YMRVideoPlayerImpl::videoOnPause(double time) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnPause, time);
-}
-
-void YMRVideoPlayerImpl::videoOnPauseDuration(double time, double duration) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnPauseDuration, time, duration);
-}
-
-void YMRVideoPlayerImpl::videoOnTime(double time) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnTime, time);
-}
-
-void YMRVideoPlayerImpl::videoOnTimeDuration(double time, double duration) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnTimeDuration, time, duration);
-}
-
-void YMRVideoPlayerImpl::videoDidBuffer() {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoDidBuffer);
-}
-
-void YMRVideoPlayerImpl::videoOnBuffer() {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoOnBuffer);
-}
-
-void YMRVideoPlayerImpl::videoDidSeekTo(double time) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoDidSeekTo, time);
-}
-
-void YMRVideoPlayerImpl::videoAdOnTime(const std::shared_ptr<YMRAd>& ad, double duration, double second) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnTime, ad, duration, second);
-}
-
-void YMRVideoPlayerImpl::videoAdOnPlayQuartile(const std::shared_ptr<YMRAd>& ad, int quartile, double duration) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnPlayQuartile, ad, quartile, duration);
-}
-
-void YMRVideoPlayerImpl::videoAdOnBuffer(const std::shared_ptr<YMRAd>& ad, double duration, double second) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnBuffer, ad, duration, second);
-}
-
-void YMRVideoPlayerImpl::videoAdOnPause(const std::shared_ptr<YMRAd>& ad, double duration, double second) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnPause, ad, duration, second);
-}
-
-void YMRVideoPlayerImpl::videoAdOnPlay(const std::shared_ptr<YMRAd>& ad, double duration, double second) {
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoAdOnPlay, ad, duration, second);
 }

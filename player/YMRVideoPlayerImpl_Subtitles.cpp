@@ -3,7 +3,6 @@
 
 #include "platform/avfoundation/AVMediaFormat.h"
 #include "platform/foundation/MainThread.h"
-#include "player/YMRDelegateSend.h"
 #include "player/YMRSubtitleStage.h"
 #include "player/YMRVideoPlayerImpl.h"
 #include "subtitles/ASBPlayerScrubbing.h"
@@ -82,6 +81,5 @@ void YMRVideoPlayerImpl::playerViewController(const std::shared_ptr<AVPlayerView
                                               const std::shared_ptr<AVMediaSelectionOption>& option,
                                               const std::shared_ptr<AVMediaSelectionGroup>&) {
   if (!option || option->mediaType() != AVMediaTypeSubtitle) return;
-  sendToDelegate(delegate_, &YMRVideoPlayerDelegate::videoClosedCaptionDidChange,
-                 option->extendedLanguageTag().value_or(""));
+  tell(&YMRVideoPlayerDelegate::videoClosedCaptionDidChange, option->extendedLanguageTag().value_or(""));
 }

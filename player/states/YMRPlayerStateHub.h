@@ -1,14 +1,19 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
-#include <string>
+#include <type_traits>
 
+#include "VAST/HostCall.h"
 #include "platform/coremedia/CMTime.h"
+#include "player/states/YMRVideoPlayerDelegate.h"
 
 class NSObject;
 class YMRAbstractPlayerState;
-class YMRAd;
+
+// The tag of the player's log lines.
+inline constexpr const char* ymrPlayerTag = "YMRVideoPlayer";
 
 // What a player state reads of the player that it belongs to, and what it may make it do. The player implements it;
 // tests put a table in its place. Main thread.
@@ -53,19 +58,12 @@ class YMRPlayerStateHub {
   virtual int currentQuartile() const = 0;  // quartiles of the ad already reported
   virtual void setCurrentQuartile(int quartile) = 0;
 
-  // Tells the host, when it listens. Times and durations in seconds.
-  virtual void videoOnPlay() = 0;
-  virtual void videoOnPlayDuration(double time, double duration) = 0;
-  virtual void videoOnPause(double time) = 0;
-  virtual void videoOnPauseDuration(double time, double duration) = 0;
-  virtual void videoOnTime(double time) = 0;
-  virtual void videoOnTimeDuration(double time, double duration) = 0;
-  virtual void videoDidBuffer() = 0;
-  virtual void videoOnBuffer() = 0;
-  virtual void videoDidSeekTo(double time) = 0;
-  virtual void videoAdOnTime(const std::shared_ptr<YMRAd>& ad, double duration, double second) = 0;
-  virtual void videoAdOnPlayQuartile(const std::shared_ptr<YMRAd>& ad, int quartile, double duration) = 0;
-  virtual void videoAdOnBuffer(const std::shared_ptr<YMRAd>& ad, double duration, double second) = 0;
-  virtual void videoAdOnPause(const std::shared_ptr<YMRAd>& ad, double duration, double second) = 0;
-  virtual void videoAdOnPlay(const std::shared_ptr<YMRAd>& ad, double duration, double second) = 0;
+  // The host's, held weakly by the player; nil for none.
+  virtual std::shared_ptr<YMRVideoPlayerDelegate> delegate() const = 0;
+  // Makes one callback of the host's, when it listens. Times and durations in seconds.
+  template <typename... Parameters>
+  void tell(std::function<void(Parameters...)> YMRVideoPlayerDelegate::*callback,
+            const std::type_identity_t<Parameters>&... arguments) {
+    callDelegate(ymrPlayerTag, std::weak_ptr(delegate()), callback, arguments...);
+  }
 };

@@ -12,7 +12,8 @@ void YMRPlayerStatePausedAd::observeValueForKeyPath(const std::string& keyPath, 
                                                     const NSKeyValueChange&, void*, YMRPlayerStateHub& ymrPlayer) {
   if (keyPath != "rate" || !ymrPlayer.isAdPlayer(object.get()) || ymrPlayer.adPlayerRate() == 0.0f) return;
   ymrPlayer.trackEvent(resumeEvent);
-  ymrPlayer.videoAdOnPlay(ymrPlayer.currentAdBreak(), ymrPlayer.adDuration(), ymrPlayer.adTime());
+  ymrPlayer.tell(&YMRVideoPlayerDelegate::videoAdOnPlay, ymrPlayer.currentAdBreak(), ymrPlayer.adDuration(),
+                 ymrPlayer.adTime());
   if (!ymrPlayer.isCurrent(*this)) return;
   ymrPlayer.setPlayerState(std::make_shared<YMRPlayerStatePlayingAd>());
 }

@@ -13,9 +13,10 @@ void YMRPlayerStatePausedVideo::observeValueForKeyPath(const std::string& keyPat
   const float rate = ymrPlayer.vodPlayerRate();
   if (programmeDidStart(rate, ymrPlayer.currentVodPlayerRate())) {
     SKLogger::debug(ymrPlayerTag, "Video onPlay");
-    ymrPlayer.videoOnPlay();
+    ymrPlayer.tell(&YMRVideoPlayerDelegate::videoOnPlay);
     if (!ymrPlayer.isCurrent(*this)) return;
-    ymrPlayer.videoOnPlayDuration(ymrPlayer.programmeTime(), ymrPlayer.programmeDuration());
+    ymrPlayer.tell(&YMRVideoPlayerDelegate::videoOnPlayDuration, ymrPlayer.programmeTime(),
+                   ymrPlayer.programmeDuration());
     if (!ymrPlayer.isCurrent(*this)) return;
     ymrPlayer.setPlayerState(std::make_shared<YMRPlayerStatePlayingVideo>());
     if (const auto start = ymrPlayer.videoStartPosition(); start != 0) {

@@ -16,10 +16,12 @@ void YMRPlayerStatePlayingAd::observeValueForKeyPath(const std::string& keyPath,
   if (keyPath == "playbackBufferEmpty") {
     if (!ymrPlayer.isPlaybackBufferEmpty(object.get())) return;
     SKLogger::debug(ymrPlayerTag, "Video ad onBuffer");
-    ymrPlayer.videoAdOnBuffer(ymrPlayer.currentAdBreak(), ymrPlayer.adDuration(), ymrPlayer.adTime());
+    ymrPlayer.tell(&YMRVideoPlayerDelegate::videoAdOnBuffer, ymrPlayer.currentAdBreak(), ymrPlayer.adDuration(),
+                   ymrPlayer.adTime());
   } else if (keyPath == "rate" && ymrPlayer.isAdPlayer(object.get()) && ymrPlayer.adPlayerRate() == 0.0f) {
     ymrPlayer.trackEvent(pauseEvent);
-    ymrPlayer.videoAdOnPause(ymrPlayer.currentAdBreak(), ymrPlayer.adDuration(), ymrPlayer.adTime());
+    ymrPlayer.tell(&YMRVideoPlayerDelegate::videoAdOnPause, ymrPlayer.currentAdBreak(), ymrPlayer.adDuration(),
+                   ymrPlayer.adTime());
     if (!ymrPlayer.isCurrent(*this)) return;
     ymrPlayer.setPlayerState(std::make_shared<YMRPlayerStatePausedAd>());
   }
@@ -27,12 +29,13 @@ void YMRPlayerStatePlayingAd::observeValueForKeyPath(const std::string& keyPath,
 
 void YMRPlayerStatePlayingAd::adPlayerPeriodicTimeObserver(const CMTime& time, YMRPlayerStateHub& ymrPlayer) {
   const double second = CMTimeGetSeconds(time);
-  ymrPlayer.videoAdOnTime(ymrPlayer.currentAdBreak(), ymrPlayer.adDuration(), second);
+  ymrPlayer.tell(&YMRVideoPlayerDelegate::videoAdOnTime, ymrPlayer.currentAdBreak(), ymrPlayer.adDuration(), second);
   if (!ymrPlayer.isCurrent(*this)) return;
   const int reported = ymrPlayer.currentQuartile();
   const auto event = quartileEventDue(second, ymrPlayer.adDuration(), reported);
   if (!event) return;
   ymrPlayer.setCurrentQuartile(reported + 1);  // first: the host may pause or end the ad when it hears of this one
   ymrPlayer.trackEvent(*event);
-  ymrPlayer.videoAdOnPlayQuartile(ymrPlayer.currentAdBreak(), reported, ymrPlayer.adDuration());
+  ymrPlayer.tell(&YMRVideoPlayerDelegate::videoAdOnPlayQuartile, ymrPlayer.currentAdBreak(), reported,
+                 ymrPlayer.adDuration());
 }

@@ -18,18 +18,19 @@ void YMRPlayerStatePlayingVideo::observeValueForKeyPath(const std::string& keyPa
 
 void YMRPlayerStatePlayingVideo::bufferRanEmpty(YMRPlayerStateHub& ymrPlayer) {
   SKLogger::debug(ymrPlayerTag, "Video ad onBuffer");
-  ymrPlayer.videoDidBuffer();
+  ymrPlayer.tell(&YMRVideoPlayerDelegate::videoDidBuffer);
   if (!ymrPlayer.isCurrent(*this)) return;
-  ymrPlayer.videoOnBuffer();
+  ymrPlayer.tell(&YMRVideoPlayerDelegate::videoOnBuffer);
 }
 
 void YMRPlayerStatePlayingVideo::rateChanged(YMRPlayerStateHub& ymrPlayer) {
   const float rate = ymrPlayer.vodPlayerRate();
   if (programmeDidStop(rate, ymrPlayer.currentVodPlayerRate())) {
     SKLogger::debug(ymrPlayerTag, "Video onPaused");
-    ymrPlayer.videoOnPause(ymrPlayer.programmeTime());
+    ymrPlayer.tell(&YMRVideoPlayerDelegate::videoOnPause, ymrPlayer.programmeTime());
     if (!ymrPlayer.isCurrent(*this)) return;
-    ymrPlayer.videoOnPauseDuration(ymrPlayer.programmeTime(), ymrPlayer.programmeDuration());
+    ymrPlayer.tell(&YMRVideoPlayerDelegate::videoOnPauseDuration, ymrPlayer.programmeTime(),
+                   ymrPlayer.programmeDuration());
     if (!ymrPlayer.isCurrent(*this)) return;
     ymrPlayer.setPlayerState(std::make_shared<YMRPlayerStatePausedVideo>());
   }
@@ -37,9 +38,9 @@ void YMRPlayerStatePlayingVideo::rateChanged(YMRPlayerStateHub& ymrPlayer) {
 }
 
 void YMRPlayerStatePlayingVideo::vodPlayerPeriodicTimeObserver(const CMTime& time, YMRPlayerStateHub& ymrPlayer) {
-  ymrPlayer.videoOnTime(CMTimeGetSeconds(time));
+  ymrPlayer.tell(&YMRVideoPlayerDelegate::videoOnTime, CMTimeGetSeconds(time));
   if (!ymrPlayer.isCurrent(*this)) return;
-  ymrPlayer.videoOnTimeDuration(CMTimeGetSeconds(time), ymrPlayer.programmeDuration());
+  ymrPlayer.tell(&YMRVideoPlayerDelegate::videoOnTimeDuration, CMTimeGetSeconds(time), ymrPlayer.programmeDuration());
 }
 
 void YMRPlayerStatePlayingVideo::videoDidSeek(const NSNotification& notification, YMRPlayerStateHub& ymrPlayer) {

@@ -16,5 +16,5 @@ void reportProgrammeJump(const NSNotification& notification, YMRPlayerStateHub& 
   const NSObject* item = notification.object.get();
   SKLogger::debug(ymrPlayerTag, "Video did Seek " + stringWithDouble(ymrPlayer.itemTime(item), 6) + " / " +
                                     stringWithDouble(ymrPlayer.itemDuration(item), 6));
-  ymrPlayer.videoDidSeekTo(ymrPlayer.itemTime(item));
+  ymrPlayer.tell(&YMRVideoPlayerDelegate::videoDidSeekTo, ymrPlayer.itemTime(item));
 }

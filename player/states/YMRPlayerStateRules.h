@@ -8,9 +8,6 @@
 
 // What several states share: the rules by which they decide, and the one report that two of them make alike.
 
-// The tag of the player's log lines.
-inline constexpr const char* ymrPlayerTag = "YMRVideoPlayer";
-
 // Whether a programme whose rate was `recorded` has come to a halt. A second report of the same halt is none.
 constexpr bool programmeDidStop(float rate, float recorded) {
   return rate == 0.0f && recorded != 0.0f;

@@ -1,42 +1,17 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
-#include <map>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "platform/dispatch/VirtualRunLoop.h"
 #include "player/YMRVideoPlayer.h"
 #include "player/YMRVideoPlayerImpl.h"
+#include "tests/player/RecordingHost.h"
 #include "tests/support/ScriptedMediaEngine.h"
 #include "tests/support/ScriptedURLLoader.h"
 
 using namespace std::chrono_literals;
-using Lines = std::vector<std::string>;
-
-// A host that answers every callback and writes each down as text: "videoOnPause 12", "videoOnError -11800",
-// "videoAdOnStart:Midroll", "videoAdOnTime 8 3", "videoAdOnErrorDesc 10".
-class RecordingHost {
- public:
-  RecordingHost();
-
-  // What was heard of these callbacks only.
-  Lines heardOf(const std::vector<std::string>& callbacks) const;
-  int count(const std::string& callback) const;
-
-  std::shared_ptr<YMRVideoPlayerDelegate> delegate = std::make_shared<YMRVideoPlayerDelegate>();
-  Lines callbacks;  // the names of all
-  Lines heard;
-  // Runs inside the callback of this name, after it has been written down.
-  std::map<std::string, std::function<void()>> inside;
-
- private:
-  template <typename... Values>
-  void listen(std::function<void(Values...)>& slot, const std::string& name);
-  void hear(const std::string& callback, const std::string& values);
-};
 
 // A player on virtual time: scripted media, a scripted loader, a host that listens; no window.
 class PlayerRig {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdio>
+#include <cmath>
 #include <limits>
 #include <string>
-#include <vector>
 
 #include "platform/foundation/NSObject.h"
 #include "player/states/YMRAbstractPlayerState.h"
+#include "tests/player/RecordingHost.h"
 
 // A player for states that is nothing but a table: what a state reads stands in members, what it does is written down
 // as text, in order: "videoOnPause 12", "track 7", "seek 120", "-> PausedVideo".
@@ -32,7 +32,8 @@ class RecordingHub : public YMRPlayerStateHub {
   std::int64_t startPosition = 0;
   int quartile = 0;
   std::shared_ptr<YMRAbstractPlayerState> state;
-  std::vector<std::string> did;
+  RecordingHost host;
+  Lines& did = host.heard;
 
   template <typename State>
   void begin() {
@@ -63,13 +64,15 @@ class RecordingHub : public YMRPlayerStateHub {
   float vodPlayerRate() const override { return vodRate; }
   double programmeTime() const override { return vodTime; }
   double programmeDuration() const override { return vodDuration; }
-  void seekVodPlayer(const CMTime& time) override { note("seek", {CMTimeGetSeconds(time)}); }
+  void seekVodPlayer(const CMTime& time) override {
+    did.push_back("seek " + std::to_string(std::lround(CMTimeGetSeconds(time))));
+  }
   bool isAdPlayer(const NSObject* object) const override { return object == adPlayer.get(); }
   float adPlayerRate() const override { return adRate; }
   double adTime() const override { return adTimeNow; }
   double adDuration() const override { return adDurationNow; }
   std::shared_ptr<YMRAd> currentAdBreak() const override { return nullptr; }
-  void trackEvent(std::uint32_t event) override { note("track", {static_cast<double>(event)}); }
+  void trackEvent(std::uint32_t event) override { did.push_back("track " + std::to_string(event)); }
   bool isPlaybackBufferEmpty(const NSObject* object) const override {
     return static_cast<const Reporter*>(object)->isBufferEmpty;
   }
@@ -82,42 +85,8 @@ class RecordingHub : public YMRPlayerStateHub {
   int currentQuartile() const override { return quartile; }
   void setCurrentQuartile(int reported) override { quartile = reported; }
 
-  void videoOnPlay() override { note("videoOnPlay", {}); }
-  void videoOnPlayDuration(double time, double duration) override { note("videoOnPlayDuration", {time, duration}); }
-  void videoOnPause(double time) override { note("videoOnPause", {time}); }
-  void videoOnPauseDuration(double time, double duration) override { note("videoOnPauseDuration", {time, duration}); }
-  void videoOnTime(double time) override { note("videoOnTime", {time}); }
-  void videoOnTimeDuration(double time, double duration) override { note("videoOnTimeDuration", {time, duration}); }
-  void videoDidBuffer() override { note("videoDidBuffer", {}); }
-  void videoOnBuffer() override { note("videoOnBuffer", {}); }
-  void videoDidSeekTo(double time) override { note("videoDidSeekTo", {time}); }
-  void videoAdOnTime(const std::shared_ptr<YMRAd>&, double duration, double second) override {
-    note("videoAdOnTime", {duration, second});
-  }
-  void videoAdOnPlayQuartile(const std::shared_ptr<YMRAd>&, int number, double duration) override {
-    note("videoAdOnPlayQuartile", {static_cast<double>(number), duration});
-  }
-  void videoAdOnBuffer(const std::shared_ptr<YMRAd>&, double duration, double second) override {
-    note("videoAdOnBuffer", {duration, second});
-  }
-  void videoAdOnPause(const std::shared_ptr<YMRAd>&, double duration, double second) override {
-    note("videoAdOnPause", {duration, second});
-  }
-  void videoAdOnPlay(const std::shared_ptr<YMRAd>&, double duration, double second) override {
-    note("videoAdOnPlay", {duration, second});
-  }
+  std::shared_ptr<YMRVideoPlayerDelegate> delegate() const override { return host.delegate; }
 
   // "PausedVideo" for a YMRPlayerStatePausedVideo.
   static std::string nameOf(const YMRAbstractPlayerState& state);
-
- private:
-  void note(const std::string& what, std::initializer_list<double> numbers) {
-    std::string line = what;
-    for (const double number : numbers) {
-      char text[32];
-      std::snprintf(text, sizeof text, " %g", number);
-      line += text;
-    }
-    did.push_back(line);
-  }
 };

@@ -12,8 +12,6 @@
 #include "player/states/YMRPlayerStatePlayingVideo.h"
 #include "tests/player/states/RecordingHub.h"
 
-using Lines = std::vector<std::string>;
-
 namespace {
 
 CMTime seconds(double value) {
