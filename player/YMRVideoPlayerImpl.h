@@ -14,7 +14,6 @@
 #include "ads/YMRAdContainerView.h"
 #include "ads/YMRAdPlayer.h"
 #include "ads/YMRAdSchedule.h"
-#include "ads/core/SKVASTViewControllerDelegate.h"
 #include "ads/core/YMRAdQueue.h"
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"
@@ -264,13 +263,10 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   bool playsWhenActive_ = false;    // the programme was to play while the application was out of sight
 
   // For the ads of a break.
-  YMRAdQueue ads_;          // still to be played
-  YMRPreparedAd ad_;        // taken last
-  unsigned adNumber_ = 0;   // of the fetch or the ad at hand; counts up in the player's life
-  bool vastReady_ = false;  // since the first ad that had a film
+  YMRAdQueue ads_;         // still to be played
+  YMRPreparedAd ad_;       // taken last
+  unsigned adNumber_ = 0;  // of the fetch or the ad at hand; counts up in the player's life
   std::shared_ptr<SKVASTEventProcessor> eventProcessor_;
-  // Every function of it is empty: this player reports nothing through that protocol.
-  const std::shared_ptr<SKVASTViewControllerDelegate> vastDelegate_ = std::make_shared<SKVASTViewControllerDelegate>();
   std::shared_ptr<YMRAdContainerView> adContainerView_;
   int currentQuartile_ = 0;
   std::atomic<bool> isPlayingAd_ = false;

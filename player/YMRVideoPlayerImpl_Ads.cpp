@@ -89,10 +89,10 @@ bool YMRVideoPlayerImpl::prepareNextAd() {
     if (!isAtHand(number)) return false;
   }
   ad_ = ads_.takeNext();
-  eventProcessor_ = std::make_shared<SKVASTEventProcessor>(ad_.trackingEvents, vastDelegate_);
+  eventProcessor_ =
+      std::make_shared<SKVASTEventProcessor>(ad_.trackingEvents, std::weak_ptr<SKVASTViewControllerDelegate>());
   if (!ad_.failure) {
     SKLogger::debug(adTag, "Sending vastReady: callback");
-    vastReady_ = true;
     currentAdBreak_->setAdTitle(ad_.title);
     currentAdBreak_->setAdDescription(ad_.description);
     return vastReady();
@@ -121,11 +121,6 @@ bool YMRVideoPlayerImpl::vastReady() {
 
 bool YMRVideoPlayerImpl::playAd() {
   SKLogger::debug(adTag, "playVideo");
-  if (!vastReady_ && vastDelegate_->vastError) {
-    vastDelegate_->vastError(nullptr, SKVASTErrorPlayerNotReady);
-    SKLogger::warning(adTag, "Ignoring call to playVideo before the player has sent vastReady.");
-    return false;
-  }
   const auto number = adNumber_;
   try {
     startAd();
@@ -133,7 +128,6 @@ bool YMRVideoPlayerImpl::playAd() {
   } catch (const std::exception& exception) {
     SKLogger::error(adTag, std::string("Exception - moviePlayer.prepareToPlay: ") + exception.what());
     if (!isAtHand(number)) return false;
-    if (vastDelegate_->vastError) vastDelegate_->vastError(nullptr, SKVASTErrorPlayback);
     if (!ad_.errors.empty()) SKLogger::debug(adTag, "Sending Error requests");
     eventProcessor_->sendVASTError(ad_.errors, playerErrorCode);
     return false;
