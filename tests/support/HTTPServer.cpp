@@ -81,22 +81,21 @@ class HTTPServer::Connection final : public httplib::Stream {
     const auto due = reply.cutAfter ? reply.cutAfter : reply.stallAfter;
     const auto before = std::exchange(sent_, isHead_ ? 0 : sent_ + size);
     if (std::exchange(isHead_, false)) {
-      isBroken_ = !send(bytes, reply.headPause);
+      isBroken_ = !send(bytes);
     } else if (due && before <= *due && *due <= sent_) {
-      isBroken_ = !send(bytes.substr(0, *due - before), reply.bodyPause) || reply.cutAfter ||
-                  !server_.pause(reply.stallFor.value_or(std::chrono::hours(1))) ||
-                  !send(bytes.substr(*due - before), reply.bodyPause);
+      isBroken_ = !send(bytes.substr(0, *due - before)) || reply.cutAfter ||
+                  !server_.pause(reply.stallFor.value_or(std::chrono::hours(1))) || !send(bytes.substr(*due - before));
     } else {
-      isBroken_ = isBroken_ || !send(bytes, reply.bodyPause);
+      isBroken_ = isBroken_ || !send(bytes);
     }
     return isBroken_ ? -1 : static_cast<ssize_t>(size);
   }
 
  private:
-  bool send(std::string_view bytes, std::chrono::milliseconds pause) {
+  bool send(std::string_view bytes) {
     while (!bytes.empty()) {
-      if (!server_.pause(pause)) return false;
-      const auto count = ::send(socket_, bytes.data(), pause.count() ? 1 : bytes.size(), MSG_NOSIGNAL);
+      if (!server_.pause(reply.pause)) return false;
+      const auto count = ::send(socket_, bytes.data(), reply.pause.count() ? 1 : bytes.size(), MSG_NOSIGNAL);
       if (count <= 0) return false;
       bytes.remove_prefix(static_cast<std::size_t>(count));
     }
@@ -130,17 +129,13 @@ HTTPServer::HTTPServer() {
 }
 
 HTTPServer::~HTTPServer() {
-  stop();
-}
-
-void HTTPServer::stop() {
   {
     std::lock_guard lock(mutex_);
-    if (std::exchange(isStopping_, true)) return;
+    isStopping_ = true;
     for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
   }
   changed_.notify_all();
-  httplib::Server::stop();
+  stop();
   thread_.join();
 }
 

@@ -33,14 +33,13 @@ class HTTPServer : httplib::Server {
     std::vector<std::pair<std::string, std::string>> headers{};
     std::string file{};  // served in place of `body`, whole or the range asked for
 
-    // Faults. A pause is before each byte from then on.
-    bool ranges = true;    // otherwise they are not offered, and who asks for one gets the whole
-    bool chunked = false;  // no length is told; the counts below are then of what goes over the wire
-    bool silent = false;   // the request is read, nothing is ever sent
-    std::chrono::milliseconds headPause{0};
-    std::chrono::milliseconds bodyPause{0};
-    std::optional<std::size_t> cutAfter{};                // bytes of the body; then the connection is closed
-    std::optional<std::size_t> stallAfter{};              // bytes of the body; then silence
+    // Faults.
+    bool ranges = true;                       // otherwise they are not offered, and who asks for one gets the whole
+    bool chunked = false;                     // no length is told; the counts below are then of what goes over the wire
+    bool silent = false;                      // the request is read, nothing is ever sent
+    std::chrono::milliseconds pause{0};       // before each byte
+    std::optional<std::size_t> cutAfter{};    // bytes of the body; then the connection is closed
+    std::optional<std::size_t> stallAfter{};  // bytes of the body; then silence
     std::optional<std::chrono::milliseconds> stallFor{};  // the silence ends after this, and the rest follows
     bool endless = false;                                 // `body` again and again, without a length
   };
@@ -74,9 +73,6 @@ class HTTPServer : httplib::Server {
   int connections() const;
   // Waits for at least that many requests; false when they have not come within the bound.
   bool waitForRequests(std::size_t count, std::chrono::milliseconds bound) const;
-
-  // The machine goes away: open connections are cut, new ones refused. Cannot be undone.
-  void stop();
 
   // A URL whose port refuses connections.
   static std::string refusingURL() { return HTTPServer().url("/"); }
