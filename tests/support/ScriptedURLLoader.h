@@ -25,19 +25,15 @@ class ScriptedURLLoader : public URLLoader {
     std::optional<int> error{};  // an NSURLError code in place of a response
     bool never = false;          // accepted, and then silence
   };
-  struct Asked {
-    URLRequest request;
-    RunLoop::Duration at;
-  };
 
   // What `url` gives from now on. Called again, it adds the answer of a further request; the last one stays.
   void answer(const std::string& url, Answer answer) { script_[normalised(url)].push_back(std::move(answer)); }
   void answer(const std::string& url, std::string body) { answer(url, Answer{200, std::move(body), {}, {}, false}); }
 
-  const std::vector<Asked>& asked() const { return asked_; }
+  const std::vector<URLRequest>& asked() const { return asked_; }
   std::vector<std::string> askedURLs() const {
     std::vector<std::string> urls;
-    for (const auto& one : asked_) urls.push_back(one.request.url.absoluteString());
+    for (const auto& one : asked_) urls.push_back(one.url.absoluteString());
     return urls;
   }
   // What was sent without waiting for an answer, in order.
@@ -53,7 +49,7 @@ class ScriptedURLLoader : public URLLoader {
   }
 
   void load(URLRequest request, const dispatch_queue_t& queue, Completion completion) override {
-    asked_.push_back({request, RunLoop::main().now()});
+    asked_.push_back(request);
     auto [after, response] = outcome(request, next(request.url.absoluteString()));
     ++*inFlight_;
     auto owned = std::make_shared<Completion>(std::move(completion));
@@ -104,7 +100,7 @@ class ScriptedURLLoader : public URLLoader {
   }
 
   std::map<std::string, std::vector<Answer>> script_;
-  std::vector<Asked> asked_;
+  std::vector<URLRequest> asked_;
   std::vector<std::string> sent_;
   std::shared_ptr<int> inFlight_ = std::make_shared<int>(0);
 };

@@ -1,13 +1,8 @@
-// From the file to its text: what servers and disks do wrong is an error within the bounds.
+// From the file to its text: what servers do wrong is an error within the bounds.
 #include "subtitles/core/ASBSubtitleText.h"
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
-#include <filesystem>
-#include <fstream>
-
-#include "platform/dispatch/PlainRunLoop.h"
 #include "platform/dispatch/VirtualRunLoop.h"
 #include "tests/support/ScriptedURLLoader.h"
 
@@ -46,11 +41,12 @@ TEST(SubtitleText, waitsForAServerWithinItsBoundsAndTellsTheMainQueueOnce) {
   script.loader->answer(address, {.body = "\ufeff1", .delay = 4s});
   const auto url = *NSURL::URLWithString(address);
   EXPECT_EQ(readSubtitleText(url).content, "1");
-  const URLRequest& request = script.loader->asked().at(0).request;
+  const URLRequest& request = script.loader->asked().at(0);
   EXPECT_EQ(request.connectingLimit, 3s);
   EXPECT_EQ(request.silenceLimit, 5s);
   EXPECT_EQ(request.timeLimit, 10s);
   EXPECT_EQ(request.bytesLimit, 16u << 20);
+  EXPECT_TRUE(request.allowsFiles);
 
   script.loader->answer(address, {.never = true});
   script.loader->answer(address, {.status = 404, .body = "<html>"});
@@ -73,22 +69,6 @@ TEST(SubtitleText, waitsForAServerWithinItsBoundsAndTellsTheMainQueueOnce) {
   EXPECT_EQ(calls, 0);
   loop.advance(20s);
   EXPECT_EQ(calls, 1);
-}
-
-TEST(SubtitleText, readsRegularFilesUpToALimitWhileTheMainThreadIsHeldUp) {
-  PlainRunLoop loop;
-  const std::string path = testing::TempDir() + "subtitles " + std::to_string(::getpid());
-  const auto url = NSURL::fileURLWithPath(path);
-  ::mkfifo(path.c_str(), 0600);  // which nobody writes to
-  EXPECT_EQ(readSubtitleText(url).error.value_or(NSError{}).code, NSURLErrorFileDoesNotExist);
-  std::filesystem::remove(path);
-  std::ofstream(path) << std::string(16 << 20, 'x');
-  EXPECT_EQ(readSubtitleText(url).content.size(), 16u << 20);
-  std::ofstream(path, std::ios::app) << 'x';
-  EXPECT_EQ(readSubtitleText(url).error.value_or(NSError{}).code, NSURLErrorDataLengthExceedsMaximum);
-  std::ofstream(path, std::ios::trunc);
-  EXPECT_FALSE(readSubtitleText(url).error) << "empty";
-  std::filesystem::remove(path);
 }
 
 }  // namespace
