@@ -3,26 +3,6 @@
 
 class Item : public PlayerTest {};
 
-TEST_F(Item, tellsChangesOfItsDurationOnce) {
-  open();
-  EXPECT_TRUE(CMTIME_IS_INVALID(item->duration()));
-  loop.advance(50ms);
-  EXPECT_THAT(diary->take(), ElementsAre("duration 60", "status 1", "playbackLikelyToKeepUp yes"));
-  for (int round = 0; round < 2; ++round) engine().setDuration(61);
-  loop.runUntilIdle();
-  EXPECT_THAT(diary->take(), ElementsAre("duration 61"));
-}
-
-TEST_F(Item, ofALiveStreamHasAnIndefiniteDurationAndNoEnd) {
-  media.script(programme).live = true;
-  openReady();
-  EXPECT_TRUE(CMTIME_IS_INDEFINITE(item->duration()));
-  player->play();
-  loop.advance(3h);
-  EXPECT_EQ(position(), "10800");
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1"));
-}
-
 TEST_F(Item, failsOnceAndForAllAndStopsThePlayerWithoutSayingSo) {
   openReady();
   tickEvery(1);

@@ -1,10 +1,6 @@
-#include <thread>
-
 #include "platform/avfoundation/layer/PictureGeometry.h"
 #include "platform/avfoundation/layer/PictureItem.h"
 #include "tests/support/ScreenTest.h"
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -85,7 +81,6 @@ class PictureTest : public ScreenTest {
     const auto found = letters.find(colorAt(image, x, y));
     return found == letters.end() ? '?' : found->second;
   }
-  std::string centre() { return colorAt(snapshot(), 320, 180); }
 
   std::shared_ptr<FrameSlot> slot = std::make_shared<FrameSlot>();
   std::unique_ptr<PictureItem> item = std::make_unique<PictureItem>();
@@ -147,25 +142,6 @@ TEST_F(PictureTest, aPictureOfTheSameSizeIsShownPixelForPixel) {
   }
 }
 
-TEST_F(PictureTest, isBlackAndOpaqueWithoutAPictureAndShowsNothingOfAFormerSource) {
-  view()->setBackgroundColor(UIColor::whiteColor());
-  EXPECT_EQ(centre(), "000000");
-  show(plain(0xff0000));
-  EXPECT_EQ(centre(), "ff0000");
-  show({});
-  EXPECT_EQ(centre(), "000000") << "there is no picture any more";
-  EXPECT_EQ(item->videoRect(), CGRectZero);
-
-  show(plain(0xff0000));
-  const auto next = std::make_shared<FrameSlot>();
-  item->setSlot(next);
-  show(plain(0xff0000));
-  EXPECT_EQ(centre(), "000000") << "the former one's late picture";
-  next->present(plain(0x0000ff));
-  loop.runUntilIdle();
-  EXPECT_EQ(centre(), "0000ff");
-}
-
 TEST_F(PictureTest, holdsNoMorePicturesThanItShowsAndOneThatWaits) {
   std::vector<std::weak_ptr<const void>> owners;
   const auto present = [&](std::uint32_t color) {
@@ -200,24 +176,6 @@ TEST_F(PictureTest, whatLiesAboveStaysWholeWhenPartsAreDrawnAnew) {
   EXPECT_THAT(colorAt(snapshot(), 400, 200), isAbout("807f00"));
   show(plain(0x0000ff));
   EXPECT_EQ(snapshot(), before);
-}
-
-TEST_F(PictureTest, picturesMayComeFromAnotherThreadWhileItDrawsAndWhenItHasGone) {
-  std::atomic<bool> stop{false};
-  std::thread decoder([&] {
-    for (std::uint32_t i = 0; !stop; ++i) slot->present(plain(i & 1 ? 0xff0000 : 0x0000ff));
-  });
-  for (int i = 0; i < 50; ++i) {
-    loop.runUntilIdle();
-    snapshot();
-    if (i % 10 == 5) item->setSlot(nullptr);
-    if (i % 10 == 9) item->setSlot(slot);
-  }
-  item.reset();
-  loop.runUntilIdle();
-  stop = true;
-  decoder.join();
-  loop.runUntilIdle();
 }
 
 TEST(PictureGeometry, edgesLieOnThePixelsOfADenseScreen) {

@@ -12,6 +12,7 @@ namespace {
 class PlayerLayerTest : public ScreenTest {
  protected:
   PlayerLayerTest() {
+    view()->setBackgroundColor(UIColor::whiteColor());
     media.script(redUrl).colour = 0xff0000;
     media.script(blueUrl).colour = 0x0000ff;
     view()->layer()->addSublayer(layer);
