@@ -7,9 +7,6 @@
 #include "tests/platform/avkit/PlayerScreenTest.h"
 #include "ui/Autolayout.h"
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 namespace {
 
 // A frame of an ad: stripes finer than letters, which text must be read on.
@@ -150,31 +147,6 @@ TEST_F(AdOverlayTest, leavesTheLastPictureAloneUntilTheAdIsThereOrKeepsTheViewer
   overlay->awaitPicture();
   overlay->endWaiting();
   EXPECT_EQ(overlay->alpha(), 1);
-}
-
-TEST_F(AdOverlayTest, takesTheRemoteWhileItIsOnTheScreen) {
-  int toggles = 0;
-  const auto playPause = std::make_shared<UITapGestureRecognizer>([&](UIGestureRecognizer&) { ++toggles; });
-  playPause->setAllowedPressTypes({UIPressTypePlayPause});
-  overlay->addGestureRecognizer(playPause);
-  for (const auto type : {UIPressTypeLeftArrow, UIPressTypeRightArrow, UIPressTypeUpArrow, UIPressTypeDownArrow,
-                          UIPressTypeSelect, UIPressTypePlayPause}) {
-    press(type);
-  }
-  run(2s);
-  EXPECT_EQ(toggles, 1);
-  EXPECT_EQ(player->rate(), 1);
-  EXPECT_THAT(seeks(), IsEmpty());
-  EXPECT_FALSE(screen->showsPlaybackControls());
-
-  overlay->removeFromSuperview();
-  press(UIPressTypePlayPause);
-  EXPECT_EQ(toggles, 1);
-  EXPECT_EQ(player->rate(), 0);
-  addSubViewWithAutolayout(screen->view(), overlay);
-  press(UIPressTypeMenu);
-  loop.advance(1s);
-  EXPECT_EQ(controller->presentedViewController(), nullptr) << "Menu leaves";
 }
 
 }  // namespace

@@ -234,19 +234,3 @@ TEST_F(Resolution, boundsWhatARequestBringsInAll) {
   EXPECT_THAT(errors(requestDocument(vast::document(podOf("many")))->adModels()), ElementsAre(1, 1, 1, 2, 2, 2))
       << "a million elements";
 }
-
-TEST_F(Resolution, harmsNobodyWhenItsHubIsGone) {
-  serve("tag", vast::wrapper(ads + "a", "id='A' sequence='1'") + vast::playable("b", "id='B' sequence='2'"));
-  serve("a", vast::playable("c", "id='C' sequence='1'") + vast::playable("d", "id='D' sequence='2'"));
-  auto hub = std::make_shared<int>(0);
-  std::weak_ptr<YMRVastModel> seen;
-  SKVAST2Parser().parseWithUrl(NSURL::URLWithString(ads + "tag"),
-                               [weak = std::weak_ptr(hub), &seen](std::shared_ptr<YMRVastModel> model) {
-                                 seen = model;
-                                 if (const auto alive = weak.lock()) ++*alive;
-                               });
-  hub.reset();
-  loop.advance(1min);
-  EXPECT_TRUE(seen.expired()) << "nobody keeps the model";
-  EXPECT_THAT(asked(), ElementsAre("tag", "a"));
-}

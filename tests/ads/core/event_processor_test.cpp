@@ -3,12 +3,13 @@
 #include <gmock/gmock.h>
 
 #include "VAST/Parser/YMRVastModel.h"
-#include "VAST/SKLogger.h"
 #include "platform/dispatch/VirtualRunLoop.h"
+#include "tests/VAST/Parser/RecordedLog.h"
 #include "tests/VAST/Parser/VASTTexts.h"
 #include "tests/support/ScriptedURLLoader.h"
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -21,14 +22,6 @@ struct EventProcessor : testing::Test {
   EventProcessor() {
     delegate->vastTrackingEvent = [this](const std::string& event) { told.push_back(event); };
   }
-  ~EventProcessor() override { SKLogger::installSink(0, nullptr); }
-
-  // Starts to keep the log; the lines of one tag.
-  void keepLog() {
-    SKLogger::installSink(SKLogLevelDebug, [this](int level, std::string_view tag, std::string_view message) {
-      if (tag == "VAST - Event Processor") logged.push_back(std::to_string(level) + " " + std::string(message));
-    });
-  }
   std::shared_ptr<SKVASTEventProcessor> processor(SKVASTEventProcessor::TrackingEvents events) {
     return std::make_shared<SKVASTEventProcessor>(std::move(events), delegate);
   }
@@ -36,7 +29,7 @@ struct EventProcessor : testing::Test {
   VirtualRunLoop loop;
   ScriptedLoaderInPlace network;
   const std::shared_ptr<SKVASTViewControllerDelegate> delegate = std::make_shared<SKVASTViewControllerDelegate>();
-  std::vector<std::string> told, logged;
+  std::vector<std::string> told;
 };
 
 TEST_F(EventProcessor, everyEventTellsItsNameAndRequestsItsURLsInOrder) {
@@ -45,16 +38,14 @@ TEST_F(EventProcessor, everyEventTellsItsNameAndRequestsItsURLsInOrder) {
   const std::string one = "http://t.example/1", two = "http://t.example/2";
   for (std::uint32_t value = 0; value < names.size(); ++value) {
     const auto sender = processor({{names[value], {url(one), url(two)}}, {"other", {url("http://t.example/3")}}});
-    keepLog();
+    const RecordedLog log;
     sender->trackEvent(static_cast<SKVASTTrackingEvent>(value));
     EXPECT_EQ(std::exchange(told, {}), std::vector{names[value]});
     EXPECT_THAT(network.loader->sentURLs(), ElementsAre(one, two));
     network.loader->forgetSent();
-    if (names[value] != "resume") logged.clear();
+    const std::string request = "debug VAST - Event Processor: Event processor sending request to url: ";
+    EXPECT_THAT(log.lines(), ElementsAre(request + one, HasSubstr("Sent"), request + two, HasSubstr("Sent")));
   }
-  EXPECT_THAT(logged,
-              ElementsAre("4 Event processor sending request to url: " + one, "4 Sent resume start to url: " + one,
-                          "4 Event processor sending request to url: " + two, "4 Sent resume start to url: " + two));
 }
 
 TEST_F(EventProcessor, requestsWhatCanBeRequestedAndTellsTheRest) {
@@ -63,11 +54,11 @@ TEST_F(EventProcessor, requestsWhatCanBeRequestedAndTellsTheRest) {
     sender->trackEvent(static_cast<SKVASTTrackingEvent>(value));
   EXPECT_THAT(told, ElementsAre("start", "pause", "Unknown", "Unknown"));
   EXPECT_THAT(network.loader->sentURLs(), IsEmpty());
-  keepLog();
+  const RecordedLog log;
   sender->sendVASTUrlsWithId({{"a", url("http://i.example/1")}, {{}, url("http://i.example/2")}, {"c", {}}});
   EXPECT_THAT(network.loader->sentURLs(), ElementsAre("http://i.example/1", "http://i.example/2"));
-  EXPECT_THAT(logged, ElementsAre(testing::_, "4 Sent http request a to url: http://i.example/1", testing::_,
-                                  "4 Sent http request to url: http://i.example/2"));
+  EXPECT_THAT(log.lines(), ElementsAre(testing::_, HasSubstr("Sent http request a to url: http://i.example/1"),
+                                       testing::_, HasSubstr("Sent http request to url: http://i.example/2")));
 }
 
 TEST_F(EventProcessor, theErrorCodeTakesThePlaceOfBothFormsOfItsMacroEverywhere) {
