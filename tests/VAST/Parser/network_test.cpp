@@ -48,7 +48,7 @@ struct Requests : testing::Test {
 TEST_F(Requests, endWithTheErrorThatFitsWithinTheirTime) {
   std::mutex mutex;
   std::map<std::string, std::string> reasons;  // by URL
-  options.timeLimit = 3s;  // room for a checker on a busy machine
+  options.timeLimit = 3s;                      // room for a checker on a busy machine
   options.hopObserver = [&](const VASTHop& hop) {
     const std::lock_guard lock(mutex);
     reasons[hop.url] = hop.reason;
