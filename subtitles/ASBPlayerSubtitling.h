@@ -56,8 +56,8 @@ class YMR_API ASBPlayerSubtitling : public std::enable_shared_from_this<ASBPlaye
   // Reads a track and takes it in place of the one before; waits for it, with the bounds of readSubtitleText(). What
   // can't be read leaves everything as it was and stores why in `error` (may be null), which is not touched otherwise.
   void loadSubtitlesAtURL(const NSURL& url, std::optional<NSError>* error);
-  // Takes the text of a track. There is no wrong text: what does not scan gives odd cues. Sets `error` (may be null) to
-  // nil.
+  // Takes the text of a track, without a byte-order mark. There is no wrong text: what does not scan gives odd cues.
+  // Sets `error` (may be null) to nil.
   void loadSRTContent(std::string_view content, std::optional<NSError>* error);
   // The cues in the order of the file; nil before the first track and after removeSubtitles().
   std::shared_ptr<const ASBSubtitleList> subtitles() const;
