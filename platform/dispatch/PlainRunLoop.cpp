@@ -14,20 +14,16 @@ PlainRunLoop::~PlainRunLoop() {
   uninstall();
 }
 
+// Wakes under the lock: the loop may go as soon as the block has run.
 void PlainRunLoop::post(Block block) {
-  {
-    std::lock_guard lock(mutex_);
-    posted_.emplace_back(now(), std::move(block));
-  }
+  std::lock_guard lock(mutex_);
+  posted_.emplace_back(now(), std::move(block));
   wake_.notify_one();
 }
 
 RunLoop::TimerToken PlainRunLoop::schedule(Duration delay, Block block) {
-  TimerToken token;
-  {
-    std::lock_guard lock(mutex_);
-    token = timers_.add(now() + std::max(delay, Duration::zero()), std::move(block));
-  }
+  std::lock_guard lock(mutex_);
+  const TimerToken token = timers_.add(now() + std::max(delay, Duration::zero()), std::move(block));
   wake_.notify_one();
   return token;
 }
