@@ -62,7 +62,7 @@ ASBSubtitleNotes::ASBSubtitleNotes(const ASBSubtitleText& text) : text_(text), k
   while (auto source = reader.next()) {
     line += countOf(std::string_view(text_.content).substr(counted, source->location - counted), '\n');
     counted = source->location;
-    const ASBSubtitle subtitle = subtitleFromSource(*std::move(source));
+    const ASBSubtitle subtitle = subtitleFromSource(std::move(*source));
     timeline_.add(subtitle.startTime, subtitle.stopTime);
     names_.push_back({subtitle.index, line, subtitle.startTime, subtitle.stopTime});
     hasText.push_back(!subtitle.text.empty());
@@ -180,7 +180,7 @@ void ASBSubtitleNotes::forEach(const std::function<void(const ASBNotedSubtitle&)
       noteTimes(*source, noted.notes);
       noteText(*source, noted.notes);
     }
-    noted.subtitle = subtitleFromSource(*std::move(source));
+    noted.subtitle = subtitleFromSource(std::move(*source));
     if (isText && trails) {
       noted.notes.push_back({"empty lines at the end",
                              "The empty lines at the end of the file make this cue, which hides others at 0 s only: "
