@@ -3,6 +3,7 @@
 #include <deque>
 #include <mutex>
 #include <stdexcept>
+#include <utility>
 
 class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
  public:
@@ -32,10 +33,30 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
       if (draining_) return;
       draining_ = true;
     }
-    RunLoop::main().performWork([self = shared_from_this()] { self->drain(); });
+    takeTurn();
   }
 
-  // One block a turn, so that a busy queue leaves room for the others.
+  // One block a turn, so that a busy queue leaves room for the others. When the loop goes before the turn has come, the
+  // blocks that wait go with it: what holds the queue may be one of them.
+  void takeTurn() {
+    struct Turn {
+      ~Turn() {
+        if (queue) queue->drop();
+      }
+      std::shared_ptr<DispatchQueue> queue;
+    };
+    auto turn = std::make_shared<Turn>();
+    turn->queue = shared_from_this();
+    RunLoop::main().performWork([turn = std::move(turn)] { std::exchange(turn->queue, nullptr)->drain(); });
+  }
+
+  void drop() {
+    std::deque<dispatch_block_t> dropped;  // destroyed after the lock is released: what they own may call back
+    std::lock_guard lock(mutex_);
+    dropped.swap(blocks_);
+    draining_ = false;
+  }
+
   void drain() {
     dispatch_block_t block;
     {
@@ -52,7 +73,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
         return;
       }
     }
-    RunLoop::main().performWork([self = shared_from_this()] { self->drain(); });
+    takeTurn();
   }
 
   const Kind kind_;

@@ -23,7 +23,7 @@ using dispatch_block_t = std::function<void()>;
 YMR_API dispatch_queue_t dispatch_get_main_queue();
 // The concurrent queue of default priority.
 YMR_API dispatch_queue_t dispatch_get_global_queue();
-// A new serial queue. It lives as long as somebody holds it or a block waits on it.
+// A new serial queue. It lives as long as somebody holds it or a block waits on it; blocks that wait go with the loop.
 YMR_API dispatch_queue_t dispatch_queue_create(std::string label);
 
 YMR_API void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block);

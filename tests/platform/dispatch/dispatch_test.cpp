@@ -68,6 +68,12 @@ TEST(WorkQueues, aLoopThatGoesWaitsForTheBlockAtHandAndDropsTheRest) {
   }
   EXPECT_EQ(ended, 1);
   EXPECT_EQ(owned.use_count(), 1) << "blocks that never ran must go";
+  {
+    VirtualRunLoop loop;
+    const auto queue = dispatch_queue_create("test");
+    dispatch_async(queue, [owned, queue] {});
+  }
+  EXPECT_EQ(owned.use_count(), 1) << "those that hold their queue too";
 }
 
 }  // namespace
