@@ -35,7 +35,8 @@ class YMR_API SKVASTMediaFilePicker {
   static bool isMIMETypeCompatible(const SKVASTMediaFile& file);
 
   // The host whose route tells whether there is a network; nothing is sent to it. A device whose ads come from a local
-  // server only need not set it. An empty name means that there is no network, whoever answers.
+  // server only sets it for SKVASTViewController, which looks before it asks anybody. An empty name means that there is
+  // no network, whoever answers.
   static std::string probeHost();
   static void setProbeHost(std::string host);
 };

@@ -22,8 +22,8 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "ads: %s is no URL\n", argv[2]);
     return 2;
   }
-  // No ad is asked for without a network. Whether there is one tells the route to a host in the Internet; a device that
-  // reaches nothing but its own ad server names that one.
+  // No ad is shown without a network. That the ad server has answered tells that there is one; so does a route to this
+  // host, a host in the Internet unless another one is named.
   if (argc == 4) SKVASTMediaFilePicker::setProbeHost(argv[3]);
 
   UIWindow window;
