@@ -4,6 +4,7 @@
 
 #include "VAST/SKLogger.h"
 #include "platform/avfoundation/layer/AVPlayerLayer.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSNotificationCenter.h"
@@ -21,15 +22,15 @@ class YMRAdPlayer::Watch final : public NSKeyValueObserver, public std::enable_s
   void start() {
     const auto self = shared_from_this();
     tick_ = player_->addPeriodicTimeObserver(CMTimeMakeWithSeconds(1.0, 1'000'000'000), nullptr,
-                                             [weak = weak_from_this()](CMTime time) {
-                                               const auto listener = heard(weak.lock());
+                                             weakly(weak_from_this(), [](const Watch& watch, CMTime time) {
+                                               const auto listener = watch.listener_.lock();
                                                if (listener) listener->adPlayerTick(time);
-                                             });
+                                             }));
     NSNotificationCenter::defaultCenter().addObserver(this, AVPlayerItemDidPlayToEndTimeNotification, item_,
-                                                      [weak = weak_from_this()](const NSNotification&) {
-                                                        const auto listener = heard(weak.lock());
+                                                      weakly(weak_from_this(), [](const Watch& watch) {
+                                                        const auto listener = watch.listener_.lock();
                                                         if (listener) listener->adDidPLayToEndTime();
-                                                      });
+                                                      }));
     layer_->addObserver(self, "readyForDisplay");
     player_->addObserver(self, "rate", NSKeyValueObservingOptionNew);
     item_->addObserver(self, "status", NSKeyValueObservingOptionNew);
@@ -60,10 +61,6 @@ class YMRAdPlayer::Watch final : public NSKeyValueObserver, public std::enable_s
   }
 
  private:
-  static std::shared_ptr<Listener> heard(const std::shared_ptr<Watch>& watch) {
-    return watch ? watch->listener_.lock() : nullptr;
-  }
-
   void stopObserving(NSObject& object, const char* key) {
     try {
       object.removeObserver(this, key);

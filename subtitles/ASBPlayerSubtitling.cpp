@@ -5,6 +5,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSString.h"
 #include "platform/uikit/NSHTMLImport.h"
@@ -57,11 +58,10 @@ void ASBPlayerSubtitling::Clock::tick() {
     if (changed) currentText_ = cue ? std::optional(cue->text) : std::nullopt;
   }
   // Player and item, which everybody else may have let go of meanwhile, go where they may end.
-  dispatch_async(dispatch_get_main_queue(),
-                 [engine = engine_, changed, player = std::move(player), item = std::move(item)] {
-                   const auto self = changed ? engine.lock() : nullptr;
-                   if (self) self->updateLabel();
-                 });
+  dispatch_async(dispatch_get_main_queue(), weakly(engine_, [changed, player = std::move(player),
+                                                             item = std::move(item)](ASBPlayerSubtitling& self) {
+                   if (changed) self.updateLabel();
+                 }));
 }
 
 std::shared_ptr<ASBPlayerSubtitling> ASBPlayerSubtitling::init() {
@@ -112,9 +112,7 @@ void ASBPlayerSubtitling::setupTimeObserver() {
   constexpr double shortestInterval = 0.25;
   const double interval = std::max(1 / nbFramesPerSecond_, shortestInterval);
   timeObserver_ = player_->addPeriodicTimeObserver(CMTimeMakeWithSeconds(interval, 1'000'000'000), queue_,
-                                                   [clock = std::weak_ptr(clock_)](CMTime) {
-                                                     if (const auto alive = clock.lock()) alive->tick();
-                                                   });
+                                                   weakly(std::weak_ptr(clock_), &Clock::tick));
 }
 
 void ASBPlayerSubtitling::removeTimeObserver() {

@@ -6,6 +6,7 @@
 #include "platform/avkit/PlaybackWatch.h"
 #include "platform/avkit/PlayerRemote.h"
 #include "platform/avkit/PlayerScreen.h"
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/uikit/UIApplication.h"
@@ -123,11 +124,11 @@ void AVPlayerViewController::loadView() {
         if (const auto delegate = delegate_.lock()) delegate->playerViewController(self, choice.option, choice.group);
       },
       languages_);
-  const auto menu =
-      std::make_shared<UITapGestureRecognizer>([weak = weak_from_this()](UIGestureRecognizer& recognizer) {
-        const auto self = std::static_pointer_cast<UIViewController>(weak.lock());
-        if (self && recognizer.state() == UIGestureRecognizerStateEnded) self->dismissViewControllerAnimated(true);
-      });
+  const auto own = std::static_pointer_cast<UIViewController>(weak_from_this().lock());
+  const auto menu = std::make_shared<UITapGestureRecognizer>(
+      weakly(std::weak_ptr(own), [](UIViewController& self, const UIGestureRecognizer& recognizer) {
+        if (recognizer.state() == UIGestureRecognizerStateEnded) self.dismissViewControllerAnimated(true);
+      }));
   menu->setAllowedPressTypes({UIPressTypeMenu});
   parts_->screen()->addGestureRecognizer(menu);
   setView(parts_->screen());

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 
-struct NSTimer::State {
-  RunLoop::Duration interval;
-  RunLoop::Duration due;
-  bool repeats;
+struct NSTimer::State : std::enable_shared_from_this<State> {
+  void arm();
+  void fire();
+
+  RunLoop::Duration interval{};
+  RunLoop::Duration due{};
+  bool repeats = false;
   std::function<void()> block;
   bool valid = true;
   RunLoop::TimerToken token = 0;
@@ -23,29 +27,33 @@ NSTimer::~NSTimer() {
 std::shared_ptr<NSTimer> NSTimer::scheduledTimerWithTimeInterval(RunLoop::Duration interval, bool repeats,
                                                                  std::function<void()> block) {
   YMR_ASSERT_MAIN_THREAD();
-  interval = std::max<RunLoop::Duration>(interval, std::chrono::microseconds(100));
-  auto state = std::make_shared<State>(State{interval, RunLoop::main().now() + interval, repeats, std::move(block)});
-  arm(state);
+  auto state = std::make_shared<State>();
+  state->interval = std::max<RunLoop::Duration>(interval, std::chrono::microseconds(100));
+  state->due = RunLoop::main().now() + state->interval;
+  state->repeats = repeats;
+  state->block = std::move(block);
+  state->arm();
   return std::shared_ptr<NSTimer>(new NSTimer(std::move(state)));
 }
 
-void NSTimer::arm(const std::shared_ptr<State>& state) {
+void NSTimer::State::arm() {
   RunLoop& loop = RunLoop::main();
-  state->token = loop.schedule(state->due - loop.now(), [weak = std::weak_ptr(state)] {
-    const auto alive = weak.lock();
-    if (!alive || !alive->valid) return;
-    std::function<void()> block;  // taken out of the timer, which the block may let go of
-    if (alive->repeats) {
-      block = alive->block;
-      const auto missed = (RunLoop::main().now() - alive->due) / alive->interval;
-      alive->due += (missed + 1) * alive->interval;
-      arm(alive);
-    } else {
-      block = std::exchange(alive->block, nullptr);
-      alive->valid = false;
-    }
-    block();
-  });
+  token = loop.schedule(due - loop.now(), weakly(weak_from_this(), &State::fire));
+}
+
+void NSTimer::State::fire() {
+  if (!valid) return;
+  std::function<void()> taken;  // out of the timer, which the block may let go of
+  if (repeats) {
+    taken = block;
+    const auto missed = (RunLoop::main().now() - due) / interval;
+    due += (missed + 1) * interval;
+    arm();
+  } else {
+    taken = std::exchange(block, nullptr);
+    valid = false;
+  }
+  taken();
 }
 
 void NSTimer::invalidate() {

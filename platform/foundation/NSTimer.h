@@ -24,6 +24,5 @@ class YMR_API NSTimer {
  private:
   struct State;
   explicit NSTimer(std::shared_ptr<State> state);
-  static void arm(const std::shared_ptr<State>& state);
   std::shared_ptr<State> state_;
 };
