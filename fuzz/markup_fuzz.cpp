@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto text = NSAttributedStringFromHTML(html);
   require(text.has_value());
   const std::string all = text->string();
-  require(isUTF8(all) && all.size() <= 3 * maximumHTMLLength && !all.ends_with('\n'));
+  require(isUTF8(all) && all.size() <= 3 * htmlBytesLimit && !all.ends_with('\n'));
   for (std::size_t i = 0; i < text->runs.size(); ++i) {
     require(!text->runs[i].text.empty());
     require(i == 0 || text->runs[i].attributes != text->runs[i - 1].attributes);

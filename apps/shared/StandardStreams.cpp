@@ -25,7 +25,7 @@ bool flushStandardOutput(const char* program) {
   return false;
 }
 
-Input readInput(const std::string& path, std::size_t maximumMebibytes) {
+Input readInput(const std::string& path, std::size_t mebibytesLimit) {
   const int file = path == "-" ? ::dup(STDIN_FILENO) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   Input input;
   char block[64 * 1024];
@@ -33,8 +33,8 @@ Input readInput(const std::string& path, std::size_t maximumMebibytes) {
   while (file >= 0 && ((count = ::read(file, block, sizeof block)) > 0 || (count < 0 && errno == EINTR))) {
     if (count < 0) continue;
     input.bytes.append(block, static_cast<std::size_t>(count));
-    if (input.bytes.size() <= maximumMebibytes << 20) continue;
-    input.problem = "is longer than " + std::to_string(maximumMebibytes) + " MiB";
+    if (input.bytes.size() <= mebibytesLimit << 20) continue;
+    input.problem = "is longer than " + std::to_string(mebibytesLimit) + " MiB";
     break;
   }
   if (count < 0) input.problem = std::string("cannot be read: ") + std::strerror(errno);

@@ -18,5 +18,5 @@ struct Input {
   std::string problem;  // in place of them: "cannot be read", …
 };
 
-// Reads a file of any kind, or standard input when the path is "-", to its end.
-Input readInput(const std::string& path, std::size_t maximumMebibytes);
+// Reads a file of any kind, or standard input when the path is "-", to its end; more than the limit is a problem.
+Input readInput(const std::string& path, std::size_t mebibytesLimit);

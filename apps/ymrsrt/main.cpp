@@ -17,14 +17,14 @@ constexpr int showsACue = 0;
 constexpr int showsNone = 1;
 constexpr int unreadable = 2;
 constexpr int unwritable = 2;
-constexpr std::size_t maximumMebibytes = 16;  // as the player has it
+constexpr std::size_t mebibytesLimit = 16;  // as the player has it
 
 ASBSubtitleText textOf(const Options& options) {
   if (options.url) {
     const PlainRunLoop loop;
     return readSubtitleText(*options.url);
   }
-  Input input = readInput(options.source, maximumMebibytes);
+  Input input = readInput(options.source, mebibytesLimit);
   if (input.problem.empty()) return subtitleTextOfBytes(std::move(input.bytes));
   return {"", NSError{NSURLErrorDomain, NSURLErrorResourceUnavailable, "Standard input " + input.problem + "."}, false};
 }

@@ -17,7 +17,7 @@ constexpr int showsAnAd = 0;
 constexpr int showsNone = 1;
 constexpr int unreadable = 2;
 constexpr int unwritable = 2;
-constexpr std::size_t maximumMebibytes = 64;
+constexpr std::size_t mebibytesLimit = 64;
 
 }  // namespace
 
@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
   if (!options) return flushStandardOutput("ymrvast") ? exitStatus : unwritable;
   std::optional<VASTDocument> document;
   if (!options->url) {
-    const Input input = readInput(options->source, maximumMebibytes);
+    const Input input = readInput(options->source, mebibytesLimit);
     if (!input.problem.empty()) {
       std::cerr << "ymrvast: " << options->source << ' ' << input.problem << '\n';
       return unreadable;

@@ -12,7 +12,7 @@ namespace {
 // How often a running transfer is looked at although nothing came: the grain of the silence limit.
 constexpr int lookMilliseconds = 100;
 constexpr int idleMilliseconds = 60 * 60 * 1000;
-constexpr long keptConnections = 16;
+constexpr long keptConnectionsLimit = 16;
 
 // What shares connections: scheme, host and port.
 std::string server(const NSURL& url) {
@@ -26,7 +26,7 @@ class CurlTransfers::Multi {
  public:
   Multi() : multi_((curl_global_init(CURL_GLOBAL_DEFAULT), curl_multi_init()), &curl_multi_cleanup) {
     if (!multi_) throw std::bad_alloc();
-    curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, keptConnections);
+    curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, keptConnectionsLimit);
   }
 
   ~Multi() {

@@ -25,7 +25,7 @@ bool takeSign(std::string_view& text) {
   return isNegative;
 }
 
-constexpr std::size_t widestField = 64;
+constexpr std::size_t fieldWidthLimit = 64;  // characters
 
 // One "%…d" of a format that can be honoured, with `rest` behind it.
 struct Conversion {
@@ -39,7 +39,7 @@ struct Conversion {
 std::size_t takeNumber(std::string_view& text) {
   std::size_t number = 0;
   for (; !text.empty() && text.front() >= '0' && text.front() <= '9'; text.remove_prefix(1)) {
-    number = std::min(number * 10 + std::size_t(text.front() - '0'), widestField + 1);
+    number = std::min(number * 10 + std::size_t(text.front() - '0'), fieldWidthLimit + 1);
   }
   return number;
 }
@@ -61,7 +61,7 @@ std::optional<Conversion> conversionAt(std::string_view text) {
   }
   conversion.isZeroPadded = takePrefix(text, "0");
   conversion.width = takeNumber(text);
-  if (conversion.width > widestField || !takePrefix(text, "d")) return std::nullopt;
+  if (conversion.width > fieldWidthLimit || !takePrefix(text, "d")) return std::nullopt;
   conversion.rest = text;
   return conversion;
 }

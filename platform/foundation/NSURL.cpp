@@ -56,9 +56,9 @@ std::size_t plainLength(std::string_view text, PlainCharacter kind) {
 // Whether curl would give back each part as it is given: http or https, a lower-case name, a path without escapes and
 // dots after a slash, no fragment. Most URLs are of this form, and an ad can have a hundred thousand.
 bool isPlain(std::string_view text) {
-  constexpr std::size_t longest = 8 * 1024;
+  constexpr std::size_t plainBytesLimit = 8 * 1024;  // longer ones are few
   const std::size_t schemeLength = text.starts_with("http://") ? 4 : text.starts_with("https://") ? 5 : 0;
-  if (schemeLength == 0 || text.size() > longest) return false;
+  if (schemeLength == 0 || text.size() > plainBytesLimit) return false;
   text.remove_prefix(schemeLength + 3);
   if (text.empty() || text.front() < 'a' || text.front() > 'z') return false;
   text.remove_prefix(plainLength(text, inHost));

@@ -7,10 +7,10 @@
 
 namespace {
 
-constexpr double plainSize = 64;  // pixels; Qt itself keeps pictures of smaller letters
-constexpr int pictureSide = 256;  // pixels; larger letters are few
-constexpr int pictureBytes = 32 << 20;
-constexpr int steps = 4;  // places of a picture in a pixel, along each side
+constexpr double plainLetterLimit = 64;       // pixels; Qt itself keeps pictures of smaller letters
+constexpr int pictureSideLimit = 256;         // pixels; larger letters are few
+constexpr int picturesBytesLimit = 32 << 20;  // of one run
+constexpr int steps = 4;                      // places of a picture in a pixel, along each side
 
 struct Picture {
   QImage image;
@@ -63,7 +63,7 @@ class Letters {
     const QRectF ink = path.boundingRect().adjusted(-outside, -outside, outside, outside);
     const QRect box = inPicture.mapRect(ink).toAlignedRect().adjusted(-1, -1, 1, 1);
     if (!QRect(0, 0, painter_.device()->width(), painter_.device()->height()).intersects(box.translated(pixel))) return;
-    if (box.width() > pictureSide || box.height() > pictureSide) return drawPath(path, at);
+    if (box.width() > pictureSideLimit || box.height() > pictureSideLimit) return drawPath(path, at);
     auto picture =
         std::make_unique<Picture>(Picture{QImage(box.size(), QImage::Format_ARGB32_Premultiplied), box.topLeft()});
     picture->image.fill(Qt::transparent);
@@ -95,7 +95,7 @@ class Letters {
   QPainter& painter_;
   const QTransform transform_;
   const bool bearsPictures_;
-  QCache<quint64, Picture> pictures_{pictureBytes};
+  QCache<quint64, Picture> pictures_{picturesBytesLimit};
 };
 
 void drawOpaque(QPainter& painter, const QGlyphRun& glyphs, const QPointF& origin, const QBrush& filling,
@@ -142,7 +142,7 @@ void drawGlyphs(QPainter& painter, const QGlyphRun& glyphs, const QPointF& origi
   const bool isFilled = filling.style() != Qt::NoBrush;
   const QTransform transform = painter.worldTransform();
   const double pixels = glyphs.rawFont().pixelSize() * std::sqrt(std::abs(transform.determinant()));
-  if (isFilled && !isOutlined && (pixels < plainSize || isColored(glyphs.rawFont()))) {
+  if (isFilled && !isOutlined && (pixels < plainLetterLimit || isColored(glyphs.rawFont()))) {
     QGlyphRun plain = glyphs;
     plain.setFlags({});
     painter.setPen(filling.color());

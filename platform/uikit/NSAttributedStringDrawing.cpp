@@ -13,7 +13,7 @@ namespace {
 
 constexpr QChar ellipsis(0x2026);
 // Longer texts are cut: no screen holds more, and laying text out takes time.
-constexpr qsizetype maximumLength = 4096;
+constexpr qsizetype charactersLimit = 4096;
 
 // How a stretch of characters is drawn.
 struct Look {
@@ -92,8 +92,8 @@ QTextOption optionOf(const NSAttributedString& text, const QString& characters, 
 Content contentOf(const NSAttributedString& text, const NSStringDrawingContext& context) {
   Content content;
   for (const auto& run : text.runs) {
-    if (content.text.size() >= maximumLength) break;
-    const QString characters = charactersOf(run.text, maximumLength - content.text.size());
+    if (content.text.size() >= charactersLimit) break;
+    const QString characters = charactersOf(run.text, charactersLimit - content.text.size());
     if (characters.isEmpty()) continue;
     content.looks.push_back(lookOf(content.text.size(), run.attributes, context));
     const QFont& font = content.looks.back().font;
@@ -164,7 +164,7 @@ Layout layOutStart(const Content& content, const Room& room) {
   const double letter = 0.4 * content.fonts.first().format.font().pixelSize();  // a guess, mostly enough
   const double lines = room.lines > 0 ? room.lines : std::ceil(room.height / (2 * letter));
   const double guess = lines * (room.width / letter + 8);
-  auto length = guess < double(maximumLength) ? std::max<qsizetype>(1, qsizetype(guess)) : maximumLength;
+  auto length = guess < double(charactersLimit) ? std::max<qsizetype>(1, qsizetype(guess)) : charactersLimit;
   for (; length < content.text.size(); length *= 4) {
     Layout layout = layOut(part(content, 0, length), room);
     if (!layout.fits) return layout;
@@ -287,9 +287,9 @@ void drawAttributedStrings(QPainter& painter, const std::vector<NSAttributedStri
 CGSize sizeOfAttributedString(const NSAttributedString& text, double width, const NSStringDrawingContext& context) {
   Content content = contentOf(text, context);
   if (content.text.isEmpty()) return {};
-  constexpr double widest = 1 << 20;  // of Qt's text lines
+  constexpr double lineWidthLimit = 1 << 20;  // of Qt's text lines
   content.option.setAlignment(Qt::AlignLeft);
-  const Room room{std::min(width, widest), std::numeric_limits<double>::infinity(), context.numberOfLines};
+  const Room room{std::min(width, lineWidthLimit), std::numeric_limits<double>::infinity(), context.numberOfLines};
   const Layout layout = fit(content, room);
   return {std::ceil(layout.size.width), std::ceil(layout.size.height)};
 }

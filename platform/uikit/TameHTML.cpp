@@ -143,8 +143,8 @@ class Look {
   void takeFamily(std::string_view value) {
     std::string_view first = trimmed(value.substr(0, value.find(',')));
     if (first.size() > 1 && (first.front() == '\'' || first.front() == '"')) first = first.substr(1, first.size() - 2);
-    constexpr std::size_t longest = 127;
-    if (first.empty() || first.size() > longest || first.find_first_of("\"'&<>\\;{}") != first.npos) return;
+    constexpr std::size_t familyLimit = 127;  // bytes
+    if (first.empty() || first.size() > familyLimit || first.find_first_of("\"'&<>\\;{}") != first.npos) return;
     style_.append("font-family:'").append(first).append("';");
   }
 
@@ -215,8 +215,8 @@ class Tamer {
     if (!isLetter(first)) return true;
     const std::string_view inside = rest.substr(begin, end - begin);
     const std::string_view name = inside.substr(0, inside.find_first_of(" \t\n\r\f/"));
-    constexpr std::size_t longestName = 10;
-    if (name.size() <= longestName) handleTag(lowered(name), inside.substr(name.size()), closes);
+    constexpr std::size_t tagNameLimit = 10;  // no known one is longer
+    if (name.size() <= tagNameLimit) handleTag(lowered(name), inside.substr(name.size()), closes);
     return true;
   }
 
@@ -237,7 +237,7 @@ class Tamer {
   void open(const Element& element, const Look& look) {
     if (!hasText_ && !look.alignment().empty()) alignment_ = look.alignment();
     const bool isStyled = !look.style().empty();
-    if ((!isStyled && element.place != Place::inLine) || open_.size() == maximumHTMLDepth) return;
+    if ((!isStyled && element.place != Place::inLine) || open_.size() == htmlDepthLimit) return;
     open_.push_back(&element);
     body_ += "<span style=\"" + look.style() + "\">";
   }
@@ -286,7 +286,7 @@ class Tamer {
 }  // namespace
 
 std::string tameHTML(std::string_view html) {
-  std::size_t length = std::min(html.size(), maximumHTMLLength);
+  std::size_t length = std::min(html.size(), htmlBytesLimit);
   const auto splits = [html](std::size_t at) { return at < html.size() && (html[at] & 0xC0) == 0x80; };
   for (int i = 0; i < 3 && length > 0 && splits(length); ++i) --length;
   return Tamer(html.substr(0, length)).document();

@@ -19,6 +19,6 @@
 std::string tameHTML(std::string_view html);
 
 // Longer documents are cut: no screen holds more text.
-inline constexpr std::size_t maximumHTMLLength = 16 * 1024;
-// Elements in more others than this change nothing.
-inline constexpr std::size_t maximumHTMLDepth = 32;
+inline constexpr std::size_t htmlBytesLimit = 16 * 1024;
+// How deep elements stand in each other; what stands deeper changes nothing.
+inline constexpr std::size_t htmlDepthLimit = 32;

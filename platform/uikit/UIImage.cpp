@@ -38,11 +38,11 @@ std::optional<UIImage> UIImage::imageWithData(std::span<const std::byte> data) {
   reader.setAutoDetectImageFormat(false);
   reader.setAutoTransform(true);
   const QSize size = reader.size();
-  if (size.width() > maximumSide || size.height() > maximumSide) {
-    reader.setScaledSize(size.scaled(maximumSide, maximumSide, Qt::KeepAspectRatio).expandedTo({1, 1}));
+  if (size.width() > sideLimit || size.height() > sideLimit) {
+    reader.setScaledSize(size.scaled(sideLimit, sideLimit, Qt::KeepAspectRatio).expandedTo({1, 1}));
   }
   const QImage image = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
-  if (image.isNull() || image.width() > maximumSide || image.height() > maximumSide) return std::nullopt;
+  if (image.isNull() || image.width() > sideLimit || image.height() > sideLimit) return std::nullopt;
   std::vector<std::uint32_t> values(std::size_t(image.width()) * std::size_t(image.height()));
   for (int y = 0; y < image.height(); ++y) {
     std::memcpy(values.data() + std::size_t(y) * std::size_t(image.width()), image.constScanLine(y),
@@ -52,7 +52,7 @@ std::optional<UIImage> UIImage::imageWithData(std::span<const std::byte> data) {
 }
 
 std::optional<UIImage> UIImage::imageWithPixels(int width, int height, std::vector<std::uint32_t> pixels) {
-  if (width < 1 || height < 1 || width > maximumSide || height > maximumSide) return std::nullopt;
+  if (width < 1 || height < 1 || width > sideLimit || height > sideLimit) return std::nullopt;
   if (pixels.size() != std::size_t(width) * std::size_t(height)) return std::nullopt;
   return UIImage(std::make_shared<const Pixels>(Pixels{width, height, std::move(pixels)}));
 }

@@ -14,7 +14,7 @@
 class YMR_API UIImage {
  public:
   // The widest and highest picture that is kept; a larger one is made smaller while it is read.
-  static constexpr int maximumSide = 4096;
+  static constexpr int sideLimit = 4096;
 
   // Decodes PNG, JPEG, WebP or BMP; nothing else is tried, whatever the machine's plugins could read. The bytes may be
   // hostile: memory is bounded, nothing is loaded from elsewhere. nil when they are no such picture.

@@ -11,7 +11,7 @@
 namespace {
 
 // Pixels on a side of drawn content; what is larger is drawn coarser.
-constexpr double maximumSide = 8192;
+constexpr double drawnSideLimit = 8192;
 
 // What a view puts into the scene: a background below, drawn content above; both may be missing. A transform without
 // effect: below a plain node the software scene graph loses the place of what is added later.
@@ -62,7 +62,7 @@ void UIView::draw() {
   drawnMargin_ = std::ceil(contentMargin() * wanted) / wanted;
   const double across = rect.size.width + 2 * drawnMargin_;
   const double down = rect.size.height + 2 * drawnMargin_;
-  const double drawn = std::min(wanted, maximumSide / std::max(across, down));
+  const double drawn = std::min(wanted, drawnSideLimit / std::max(across, down));
   content_ = QImage(int(std::ceil(across * drawn)), int(std::ceil(down * drawn)), QImage::Format_ARGB32_Premultiplied);
   if (content_.isNull()) return;
   content_.fill(Qt::transparent);

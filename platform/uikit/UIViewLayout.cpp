@@ -8,7 +8,7 @@
 namespace {
 
 // Views that change each other's layout for ever are given up after this many rounds.
-constexpr int maximumRounds = 16;
+constexpr int roundsLimit = 16;
 
 }  // namespace
 
@@ -67,7 +67,7 @@ void UIView::layoutIfNeeded() {
   if (!top.treeNeedsLayout_ || top.inLayout_) return;
   top.inLayout_ = true;
   const auto done = qScopeGuard([&top] { top.inLayout_ = top.inSolving_ = false; });
-  for (int round = 0; round < maximumRounds && top.treeNeedsLayout_; ++round) {
+  for (int round = 0; round < roundsLimit && top.treeNeedsLayout_; ++round) {
     top.treeNeedsLayout_ = false;
     if (std::exchange(top.needsSolving_, false)) {
       top.inSolving_ = true;

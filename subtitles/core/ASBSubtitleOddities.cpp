@@ -141,10 +141,10 @@ void noteLost(std::string_view lost, ASBNoteList& notes) {
 }  // namespace
 
 std::string quoted(std::string_view text) {
-  constexpr std::size_t most = 40;  // bytes, about
+  constexpr std::size_t quotedBytesLimit = 40;  // bytes, about
   std::string result = "'";
   bool spaced = true;
-  for (text = trimmed(text); !text.empty() && result.size() < most;) {
+  for (text = trimmed(text); !text.empty() && result.size() < quotedBytesLimit;) {
     const std::string_view character = text.substr(0, firstUTF8Character(text).length);
     const bool isSpace =
         NSCharacterSet::whitespaceAndNewlineCharacterSet().characterIsMember(firstUTF8Character(text).value);
@@ -196,7 +196,7 @@ void noteTimes(const ASBSubtitleSource& source, ASBNoteList& notes) {
 }
 
 void noteText(const ASBSubtitleSource& source, ASBNoteList& notes) {
-  constexpr int mostLines = 4;
+  constexpr int linesLimit = 4;
   const std::string& text = source.text;
   if (text.empty()) {
     notes.push_back({"no text", "It has no text, and hides what stands above it in the file for its time."});
@@ -205,7 +205,7 @@ void noteText(const ASBSubtitleSource& source, ASBNoteList& notes) {
     notes.push_back(
         {"the text goes on into the next cue",
          "Its text goes on into the next cue: put an empty line between them, and text under every time line."});
-  } else if (std::count(text.begin(), text.end(), '\n') >= mostLines) {
+  } else if (std::count(text.begin(), text.end(), '\n') >= linesLimit) {
     notes.push_back({"more than four lines", "Its text has more than four lines, which cover the picture."});
   }
   if (!source.lost.empty()) noteLost(source.lost, notes);

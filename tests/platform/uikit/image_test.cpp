@@ -24,7 +24,7 @@ TEST(UIImage, decodesPicturesByTheirFirstBytesMakesHugeOnesSmallerAndTakesNothin
   for (const char* format : {"PNG", "JPEG", "BMP"}) EXPECT_TRUE(decoded(encoded(40, 30, format))) << format;
   const auto wide = decoded(encoded(6000, 30, "PNG"));
   ASSERT_TRUE(wide);
-  EXPECT_EQ(wide->width(), UIImage::maximumSide);
+  EXPECT_EQ(wide->width(), UIImage::sideLimit);
   EXPECT_NEAR(wide->height(), 20, 1);
   const auto png = UIImagePNGRepresentation(*UIImage::imageWithPixels(2, 1, {0xff102030, 0x80400000}));
   const auto again = decoded({png.begin(), png.end()});
