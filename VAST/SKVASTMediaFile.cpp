@@ -1,5 +1,7 @@
 #include "VAST/SKVASTMediaFile.h"
 
+#include <utility>
+
 #include "platform/foundation/NSString.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include <QMatrix4x4>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "VAST/HostCall.h"
 #include "ads/YMROutlinedLabel.h"

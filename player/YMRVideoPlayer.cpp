@@ -1,5 +1,7 @@
 #include "player/YMRVideoPlayer.h"
 
+#include <utility>
+
 #include "platform/foundation/MainThread.h"
 #include "player/YMRVideoPlayerImpl.h"
 

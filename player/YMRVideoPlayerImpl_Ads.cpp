@@ -1,5 +1,7 @@
 // The ads of a break: fetched, chosen, played one after another, and their ends.
 #include <algorithm>
+#include <cmath>
+#include <exception>
 #include <utility>
 #include <variant>
 

@@ -1,5 +1,6 @@
 // External subtitle tracks, and the subtitle and caption renditions that the media carry.
 #include <algorithm>
+#include <utility>
 
 #include "platform/avfoundation/AVMediaFormat.h"
 #include "platform/foundation/MainThread.h"

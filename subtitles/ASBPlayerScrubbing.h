@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 #include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"

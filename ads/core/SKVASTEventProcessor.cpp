@@ -3,6 +3,7 @@
 #include <atomic>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "VAST/HostCall.h"
 #include "VAST/SKLogger.h"

@@ -1,7 +1,9 @@
 #include "ads/core/SKVASTMediaFilePicker.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <mutex>
 #include <string_view>
 

@@ -1,6 +1,7 @@
 #include "apps/ymrplay/EventPrinter.h"
 
 #include <cmath>
+#include <utility>
 
 #include "ads/YMRAd.h"
 #include "vastscreen/SKVASTViewController.h"

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 #include "VAST/SKLogger.h"
 #include "apps/shared/Numbers.h"

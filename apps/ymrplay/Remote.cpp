@@ -1,8 +1,10 @@
 #include "apps/ymrplay/Remote.h"
 
 #include <QKeyEvent>
+#include <chrono>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "platform/uikit/UIWindow.h"
 

@@ -1,5 +1,6 @@
 #include "apps/ymrsrt/TextView.h"
 
+#include <algorithm>
 #include <string>
 
 #include "apps/shared/Printable.h"

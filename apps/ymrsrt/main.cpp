@@ -1,5 +1,6 @@
 #include <iostream>
 #include <optional>
+#include <utility>
 
 #include "apps/shared/Printable.h"
 #include "apps/shared/StandardStreams.h"

@@ -1,6 +1,7 @@
 #include "apps/ymrvast/Inspection.h"
 
 #include <map>
+#include <utility>
 
 #include "VAST/Parser/VASTSchema.h"
 #include "VAST/Parser/VASTXMLUtil.h"

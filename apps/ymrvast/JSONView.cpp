@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <map>
+
 #include "ads/core/YMRPlayerErrorHandler.h"
 
 namespace {

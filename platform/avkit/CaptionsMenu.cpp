@@ -2,6 +2,7 @@
 
 #include <QLocale>
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "platform/avfoundation/AVMediaFormat.h"

@@ -3,6 +3,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "platform/avkit/CaptionsMenu.h"
 #include "platform/avkit/InfoModel.h"

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "platform/avfoundation/layer/AVPlayerLayer.h"
 #include "platform/avkit/ControlsView.h"

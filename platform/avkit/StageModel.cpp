@@ -1,6 +1,7 @@
 #include "platform/avkit/StageModel.h"
 
 #include <chrono>
+#include <optional>
 #include <utility>
 
 #include "platform/avfoundation/AVMediaFormat.h"

@@ -1,5 +1,7 @@
 #include "platform/dispatch/WorkerPool.h"
 
+#include <utility>
+
 #include "platform/dispatch/BlockedSignals.h"
 
 void WorkerPool::stop() {

@@ -1,6 +1,7 @@
 #include "platform/foundation/CurlTransfer.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 

@@ -1,7 +1,9 @@
 #include "platform/foundation/CurlTransfers.h"
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "platform/dispatch/BlockedSignals.h"

@@ -1,5 +1,7 @@
 #include "platform/foundation/NSException.h"
 
+#include <utility>
+
 NSException::NSException(std::string name, std::string reason)
     : name_(std::move(name)), reason_(std::move(reason)), description_(name_ + ": " + reason_) {}
 

@@ -2,6 +2,7 @@
 
 #include <list>
 #include <string>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 

@@ -12,6 +12,7 @@
 #include <sys/time.h>
 
 #include <fstream>
+#include <string_view>
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The addresses of hosts' names, found out on threads of their own: nobody who asks waits for a resolver. What a

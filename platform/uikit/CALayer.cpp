@@ -1,6 +1,7 @@
 #include "platform/uikit/CALayer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/UIView.h"

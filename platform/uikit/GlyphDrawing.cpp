@@ -3,7 +3,9 @@
 #include <QCache>
 #include <QPainter>
 #include <QPainterPath>
+#include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace {
 

@@ -6,7 +6,9 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QGuiApplication>
+#include <chrono>
 #include <optional>
+#include <utility>
 
 #if QT_CONFIG(xcb)
 #include <xcb/xcb.h>

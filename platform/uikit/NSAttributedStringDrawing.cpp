@@ -4,7 +4,13 @@
 #include <QRawFont>
 #include <QTextBoundaryFinder>
 #include <QTextLayout>
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <utility>
 
 #include "platform/uikit/GlyphDrawing.h"
 #include "platform/uikit/QtValues.h"

@@ -2,6 +2,7 @@
 
 #include <QTextBlock>
 #include <QTextDocument>
+#include <utility>
 
 #include "platform/uikit/QtValues.h"
 #include "platform/uikit/TameHTML.h"

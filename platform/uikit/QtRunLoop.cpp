@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QTimerEvent>
 #include <algorithm>
+#include <chrono>
 
 #include "platform/dispatch/DropBlocks.h"
 

@@ -1,6 +1,7 @@
 #include "platform/uikit/UIActivityIndicatorView.h"
 
 #include <QPainter>
+#include <algorithm>
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/QtValues.h"

@@ -1,5 +1,7 @@
 #include "platform/uikit/UIApplication.h"
 
+#include <utility>
+
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/uikit/IdleInhibitor.h"

@@ -1,5 +1,7 @@
 #include "platform/uikit/UIBarButtonItem.h"
 
+#include <utility>
+
 #include "platform/uikit/UIView.h"
 
 UIBarButtonItem::UIBarButtonItem(UIBarButtonSystemItem item, Action action)

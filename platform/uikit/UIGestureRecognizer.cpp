@@ -1,6 +1,7 @@
 #include "platform/uikit/UIGestureRecognizer.h"
 
 #include <algorithm>
+#include <utility>
 
 UIGestureRecognizer::UIGestureRecognizer(Action action) : action_(std::move(action)) {}
 

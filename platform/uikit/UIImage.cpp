@@ -6,6 +6,7 @@
 #include <array>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 struct UIImage::Pixels {
   int width;

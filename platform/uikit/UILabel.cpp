@@ -1,7 +1,10 @@
 #include "platform/uikit/UILabel.h"
 
 #include <QScopeGuard>
+#include <algorithm>
 #include <cmath>
+#include <limits>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/NSAttributedStringDrawing.h"

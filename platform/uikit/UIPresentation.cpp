@@ -1,6 +1,7 @@
 #include "platform/uikit/UIPresentation.h"
 
 #include <QQuickWindow>
+#include <utility>
 
 #include "platform/dispatch/Dispatch.h"
 #include "platform/uikit/UIPressDelivery.h"

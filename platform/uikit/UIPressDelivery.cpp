@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QQuickWindow>
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "platform/uikit/UIViewController.h"

@@ -2,6 +2,8 @@
 
 #include <QHoverEvent>
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 

@@ -1,6 +1,7 @@
 // Toolbars: the plate, the buttons and their glyphs.
 #include <QPainter>
 #include <QPainterPath>
+#include <cstddef>
 
 #include "platform/uikit/UIToolbar.h"
 

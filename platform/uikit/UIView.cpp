@@ -3,6 +3,7 @@
 #include <QQmlEngine>
 #include <QQuickWindow>
 #include <algorithm>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/QtRunLoop.h"

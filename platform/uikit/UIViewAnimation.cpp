@@ -1,6 +1,8 @@
 // Views: animation of alpha.
 #include <QEasingCurve>
 #include <QScopeGuard>
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "platform/foundation/MainThread.h"

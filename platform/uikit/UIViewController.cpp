@@ -1,6 +1,7 @@
 #include "platform/uikit/UIViewController.h"
 
 #include <QQuickWindow>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/UIPresentation.h"

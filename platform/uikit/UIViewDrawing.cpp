@@ -3,7 +3,9 @@
 #include <QQuickWindow>
 #include <QSGImageNode>
 #include <QSGRectangleNode>
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/uikit/QtValues.h"
 #include "platform/uikit/UIView.h"

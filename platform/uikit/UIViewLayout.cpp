@@ -1,5 +1,6 @@
 // Views: constraints and layout.
 #include <QScopeGuard>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/LayoutPass.h"

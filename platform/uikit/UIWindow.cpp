@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QSaveFile>
 #include <QScreen>
+#include <utility>
 
 #include "platform/foundation/MainThread.h"
 #include "platform/uikit/QtRunLoop.h"

@@ -1,5 +1,7 @@
 #include "player/states/YMRPlayerStatePausedAd.h"
 
+#include <cstdint>
+
 #include "player/states/YMRPlayerStatePlayingAd.h"
 
 namespace {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 #include "platform/foundation/NSCharacterSet.h"
 #include "subtitles/core/ASBSubtitleOddities.h"

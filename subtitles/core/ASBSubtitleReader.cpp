@@ -1,5 +1,7 @@
 #include "subtitles/core/ASBSubtitleReader.h"
 
+#include <utility>
+
 #include "subtitles/core/ASBSubtitleSource.h"
 
 std::vector<ASBSubtitle> subtitlesFromSRT(std::string_view content) {

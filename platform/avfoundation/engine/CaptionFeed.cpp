@@ -1,6 +1,7 @@
 #include "platform/avfoundation/engine/CaptionFeed.h"
 
 #include <string_view>
+#include <utility>
 
 #include "platform/avfoundation/engine/CaptionText.h"
 #include "platform/avfoundation/engine/GstHandles.h"

@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/avfoundation/engine/CaptionTimeline.h"
 #include "platform/dispatch/RunLoop.h"

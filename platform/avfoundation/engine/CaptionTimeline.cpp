@@ -1,6 +1,7 @@
 #include "platform/avfoundation/engine/CaptionTimeline.h"
 
 #include <algorithm>
+#include <utility>
 
 void CaptionTimeline::add(const std::string& track, CaptionCue cue) {
   if (cue.end <= cue.start) return;

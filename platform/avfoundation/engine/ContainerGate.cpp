@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <string_view>
+#include <utility>
 
 #include "platform/avfoundation/engine/GstHandles.h"
 

@@ -1,6 +1,7 @@
 #include "platform/avfoundation/engine/DemuxerWatch.h"
 
 #include <algorithm>
+#include <utility>
 
 void DemuxerWatch::admit(GstElement* element) {
   GstElementFactory* factory = gst_element_get_factory(element);

@@ -1,6 +1,7 @@
 #include "platform/avfoundation/engine/FrameOutlet.h"
 
 #include <string_view>
+#include <utility>
 
 #include "platform/avfoundation/engine/PictureMemory.h"
 

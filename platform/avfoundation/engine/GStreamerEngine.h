@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "platform/avfoundation/engine/CaptionPresenter.h"
 #include "platform/avfoundation/engine/MediaEngine.h"

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "platform/dispatch/Dispatch.h"
 #include "platform/dispatch/RunLoop.h"

@@ -1,6 +1,7 @@
 #include "platform/avfoundation/engine/MediaErrors.h"
 
 #include <cmath>
+#include <utility>
 
 #include "platform/avfoundation/engine/GstHandles.h"
 #include "platform/foundation/NSString.h"

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <utility>
 
 #include "platform/avfoundation/engine/GstHandles.h"
 #include "platform/avfoundation/engine/MediaEngine.h"

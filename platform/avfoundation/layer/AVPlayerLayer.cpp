@@ -1,6 +1,7 @@
 #include "platform/avfoundation/layer/AVPlayerLayer.h"
 
 #include <map>
+#include <utility>
 
 #include "platform/avfoundation/AVPlayer.h"
 #include "platform/avfoundation/layer/PictureItem.h"

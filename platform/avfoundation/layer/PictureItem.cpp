@@ -2,6 +2,7 @@
 
 #include <QQuickWindow>
 #include <mutex>
+#include <utility>
 
 #include "platform/avfoundation/layer/PictureGeometry.h"
 #include "platform/avfoundation/layer/PictureNode.h"

@@ -3,6 +3,7 @@
 #include <QQuickItem>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "platform/avfoundation/layer/FrameSlot.h"
 #include "platform/uikit/values/CGGeometry.h"
