@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
 #include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
+#include "platform/foundation/NSString.h"
 #include "platform/uikit/UILabel.h"
 #include "platform/uikit/UIProgressView.h"
 #include "platform/uikit/UIToolbar.h"
@@ -148,7 +148,5 @@ void SKVASTControls::updateProgressBar(double, double playedSeconds, double tota
   const auto whole = [](double seconds) { return seconds > 0 ? int(std::min(seconds, 1e9)) : 0; };
   const int played = whole(playedSeconds);
   const int total = whole(totalDuration);
-  char text[64];
-  std::snprintf(text, sizeof text, "%02d:%02d / %02d:%02d", played / 60, played % 60, total / 60, total % 60);
-  playbackTime_->setText(text);
+  playbackTime_->setText(stringWithFormat("%02d:%02d / %02d:%02d", {played / 60, played % 60, total / 60, total % 60}));
 }

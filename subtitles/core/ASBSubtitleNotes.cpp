@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
 #include "platform/foundation/NSCharacterSet.h"
+#include "platform/foundation/NSString.h"
 #include "subtitles/core/ASBSubtitleOddities.h"
 #include "subtitles/core/ASBSubtitleSource.h"
 
@@ -44,16 +45,16 @@ std::string kindOf(std::string_view content) {
 }  // namespace
 
 std::string timeStampOfSeconds(double seconds) {
-  std::array<char, 64> text{};
   const double milliseconds = std::round(std::abs(seconds) * 1000);
   if (milliseconds > 1e15) {
-    std::snprintf(text.data(), text.size(), "%g s", seconds);
-  } else {
-    const auto whole = static_cast<long long>(milliseconds);
-    std::snprintf(text.data(), text.size(), "%s%02lld:%02lld:%02lld,%03lld", seconds < 0 && whole ? "-" : "",
-                  whole / 3'600'000, whole / 60'000 % 60, whole / 1000 % 60, whole % 1000);
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.begin(), text.end(), seconds, std::chars_format::general, 6).ptr;
+    return std::string(text.begin(), end) + " s";
   }
-  return text.data();
+  const auto whole = static_cast<std::int64_t>(milliseconds);
+  return (seconds < 0 && whole ? "-" : "") +
+         stringWithFormat("%02d:%02d:%02d,%03d",
+                          {whole / 3'600'000, whole / 60'000 % 60, whole / 1000 % 60, whole % 1000});
 }
 
 ASBSubtitleNotes::ASBSubtitleNotes(const ASBSubtitleText& text) : text_(text), kind_(kindOfContent(text.content)) {
