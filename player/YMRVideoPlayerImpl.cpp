@@ -87,7 +87,7 @@ void YMRVideoPlayerImpl::presentWithController(const std::shared_ptr<UIViewContr
 
 void YMRVideoPlayerImpl::removeObserver() {
   try {
-    if (vodPlayer_ && vodTimeObserver_) {  // the first of what follows a programme
+    if (vodPlayer_ && vodTimeObserver_) {  // which comes and goes together with the key-value ones
       if (const auto item = vodPlayer_->currentItem()) {
         for (const auto* key : {"playbackBufferEmpty", "status", "playbackLikelyToKeepUp"}) {
           item->removeObserver(this, key);
