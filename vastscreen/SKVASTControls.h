@@ -54,7 +54,7 @@ class YMR_API SKVASTControls : public std::enable_shared_from_this<SKVASTControl
   // parameter, the share played so far, is ignored.
   void updateProgressBar(double percentagePlayed, double playedSeconds, double totalDuration);
 
-  // The parts of the bar.
+  // The parts of the bar, for tests.
   const std::shared_ptr<UIToolbar>& toolbar() const { return toolbar_; }
   const std::shared_ptr<UIProgressView>& progressView() const { return progressView_; }
   const std::shared_ptr<UILabel>& playbackTime() const { return playbackTime_; }

@@ -61,7 +61,7 @@ YMR_API bool validateXMLDocSyntax(std::span<const std::byte> document);
 // Whether the document keeps the schema's rules. What is wrong with either is logged line by line, then the verdict.
 // The schema is trusted: what it includes is loaded. Locations that the document names are not.
 YMR_API bool validateXMLDocAgainstSchema(std::span<const std::byte> document, std::span<const std::byte> schema);
-// The rules of VAST 2.0.1.
+// The rules of VAST 2.0.1. For tests.
 YMR_API std::span<const std::byte> vastSchema();
 
 // The URL that an element's text stands for: trimmed of white space and line breaks, each "|" written "%7c"; nil when

@@ -49,7 +49,7 @@ class YMR_API NSObject : public std::enable_shared_from_this<NSObject> {
   // Throws NSRangeException when the observer is not registered for the key. Takes a plain pointer, so that an observer
   // can deregister in its destructor.
   void removeObserver(const NSKeyValueObserver* observer, std::string_view keyPath);
-  // True while anybody observes the key.
+  // True while anybody observes the key: a test's way to see that nothing was left behind.
   bool isObserved(std::string_view keyPath) const;
 
  protected:

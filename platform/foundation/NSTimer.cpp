@@ -62,7 +62,3 @@ void NSTimer::invalidate() {
   if (RunLoop* loop = RunLoop::mainIfInstalled()) loop->cancel(state_->token);
   const auto block = std::exchange(state_->block, nullptr);  // destroyed last: it may own the holder of this timer
 }
-
-bool NSTimer::isValid() const {
-  return state_->valid;
-}

@@ -19,7 +19,6 @@ class YMR_API NSTimer {
   ~NSTimer();
 
   void invalidate();
-  bool isValid() const;
 
  private:
   struct State;

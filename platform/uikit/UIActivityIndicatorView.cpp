@@ -42,11 +42,6 @@ void UIActivityIndicatorView::setAnimating(bool animating) {
   Q_EMIT animatingChanged();
 }
 
-void UIActivityIndicatorView::setColor(const UIColor& color) {
-  color_ = color;
-  setNeedsDisplay();
-}
-
 CGSize UIActivityIndicatorView::intrinsicContentSize() const {
   return {176, 176};
 }
@@ -59,7 +54,7 @@ void UIActivityIndicatorView::drawRect(QPainter& painter, const CGRect& rect) {
   painter.drawEllipse(QPointF(), side / 2, side / 2);
   for (int dot = 0; dot < dots; ++dot) {  // the brightest one last
     const double brightness = std::max(0.14, 1 - (dots - 1 - dot) / 9.0);
-    painter.setBrush(toQColor(color_.colorWithAlphaComponent(color_.alpha * brightness)));
+    painter.setBrush(toQColor(UIColor::whiteColor().colorWithAlphaComponent(brightness)));
     painter.drawEllipse(QPointF(0, -side * 0.32), side * 0.04, side * 0.04);
     painter.rotate(360.0 / dots);
   }

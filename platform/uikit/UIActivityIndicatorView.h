@@ -5,8 +5,8 @@
 #include "platform/foundation/NSTimer.h"
 #include "platform/uikit/UIView.h"
 
-// Dots in a ring that turns while something is waited for, on a disc that makes them stand out from a bright picture.
-// Hidden while it does not turn. It goes by the run loop's time, twelve steps a turn, and is drawn once.
+// White dots in a ring that turns while something is waited for, on a disc that makes them stand out from a bright
+// picture. Hidden while it does not turn. It goes by the run loop's time, twelve steps a turn, and is drawn once.
 class YMR_API UIActivityIndicatorView : public UIView {
   Q_OBJECT
   Q_PROPERTY(bool animating READ isAnimating WRITE setAnimating NOTIFY animatingChanged)
@@ -21,9 +21,6 @@ class YMR_API UIActivityIndicatorView : public UIView {
   bool isAnimating() const { return timer_ != nullptr; }
   // Starts or stops.
   void setAnimating(bool animating);
-  // White at first.
-  const UIColor& color() const { return color_; }
-  void setColor(const UIColor& color);
 
   // 176 x 176 points.
   CGSize intrinsicContentSize() const override;
@@ -35,6 +32,5 @@ class YMR_API UIActivityIndicatorView : public UIView {
   void drawRect(QPainter& painter, const CGRect& rect) override;
 
  private:
-  UIColor color_ = UIColor::whiteColor();
   std::shared_ptr<NSTimer> timer_;
 };

@@ -26,11 +26,6 @@ void UIProgressView::setTrackTintColor(const UIColor& color) {
   setNeedsDisplay();
 }
 
-void UIProgressView::setProgressTintColor(const UIColor& color) {
-  progressTintColor_ = color;
-  setNeedsDisplay();
-}
-
 CGSize UIProgressView::intrinsicContentSize() const {
   return {noIntrinsicMetric, 10};
 }
@@ -44,5 +39,5 @@ void UIProgressView::drawRect(QPainter& painter, const CGRect& rect) {
   };
   painter.setPen(Qt::NoPen);
   line(width, height / 2, trackTintColor_);
-  if (progress_ > 0) line(std::max(std::min(height, width), width * progress_), height, progressTintColor_);
+  if (progress_ > 0) line(std::max(std::min(height, width), width * progress_), height, UIColor::whiteColor());
 }

@@ -5,7 +5,8 @@
 // How far something has come: a line that fills from the left. The line is slimmer than what fills it, so that the two
 // are told apart by form as well as by colour. Drawn for the height that the view has. Main thread.
 //
-// Kept from the platform: progress, both tints. Left out: animation, styles, images.
+// Kept from the platform: progress, the track's tint. Left out: the other tint, which is white, animation, styles,
+// images.
 class YMR_API UIProgressView : public UIView {
  public:
   explicit UIProgressView(const CGRect& frame = {});
@@ -17,9 +18,6 @@ class YMR_API UIProgressView : public UIView {
   // Of the part that is not filled: a translucent white at first.
   const UIColor& trackTintColor() const { return trackTintColor_; }
   void setTrackTintColor(const UIColor& color);
-  // Of the part that is: white at first.
-  const UIColor& progressTintColor() const { return progressTintColor_; }
-  void setProgressTintColor(const UIColor& color);
 
   // 10 points high, of no width of its own.
   CGSize intrinsicContentSize() const override;
@@ -30,5 +28,4 @@ class YMR_API UIProgressView : public UIView {
  private:
   double progress_ = 0;
   UIColor trackTintColor_ = UIColor::colorWithWhite(1, 0.25);
-  UIColor progressTintColor_ = UIColor::whiteColor();
 };

@@ -53,11 +53,6 @@ void UIToolbar::setItems(std::vector<std::shared_ptr<UIBarButtonItem>> items) {
   setNeedsLayout();
 }
 
-CGRect UIToolbar::frameOfItem(const std::shared_ptr<UIBarButtonItem>& item) const {
-  const auto place = std::find(items_.begin(), items_.end(), item);
-  return place == items_.end() ? CGRect() : frames_[std::size_t(place - items_.begin())];
-}
-
 void UIToolbar::setFocusedItem(const std::shared_ptr<UIBarButtonItem>& item) {
   YMR_ASSERT_MAIN_THREAD();
   if (item == focused_ || !item || !item->isButton() || !std::count(items_.begin(), items_.end(), item)) return;

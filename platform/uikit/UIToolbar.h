@@ -31,8 +31,6 @@ class YMR_API UIToolbar : public UIView {
   const std::vector<std::shared_ptr<UIBarButtonItem>>& items() const { return items_; }
   // The focus goes to the first button, unless it is on one that stays. nil items are left out.
   void setItems(std::vector<std::shared_ptr<UIBarButtonItem>> items);
-  // Where the item is in the bar, as laid out last; empty for one that is not here.
-  CGRect frameOfItem(const std::shared_ptr<UIBarButtonItem>& item) const;
 
   // nil when there are no buttons.
   std::shared_ptr<UIBarButtonItem> focusedItem() const { return focused_; }

@@ -63,10 +63,6 @@ bool AVPlayerLayer::isReadyForDisplay() const {
   return picture_->hasPicture();
 }
 
-CGRect AVPlayerLayer::videoRect() const {
-  return picture_->videoRect();
-}
-
 void AVPlayerLayer::setPicturePresented(std::function<void(const CMTime&)> presented) {
   YMR_ASSERT_MAIN_THREAD();
   picture_->setPicturePresented(std::move(presented));

@@ -29,8 +29,6 @@ class YMR_API AVPlayerLayer : public CALayer {
 
   // True from the player's first picture on.
   bool isReadyForDisplay() const;
-  // Where the picture is, in the layer's coordinates; zero while there is none.
-  CGRect videoRect() const;
 
   // Called on the main thread after a picture of the player that was not shown before has come to the screen, with its
   // media time. For measuring; empty takes it back.

@@ -73,11 +73,6 @@ double PictureItem::density() const {
   return window() ? window()->effectiveDevicePixelRatio() : 1;
 }
 
-CGRect PictureItem::videoRect() const {
-  const QRectF rect = pictureRect(frame_, boundingRect(), density());
-  return CGRectMake(rect.x(), rect.y(), rect.width(), rect.height());
-}
-
 void PictureItem::setPicturePresented(std::function<void(const CMTime&)> presented) {
   if (!presented_) presented_ = std::make_shared<Presented>();
   presented_->told = std::move(presented);

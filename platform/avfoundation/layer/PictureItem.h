@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "platform/avfoundation/layer/FrameSlot.h"
-#include "platform/uikit/values/CGGeometry.h"
 
 // The item that draws a player's pictures, opaque. Main thread, but for what the scene graph asks for.
 class PictureItem final : public QQuickItem {
@@ -19,7 +18,6 @@ class PictureItem final : public QQuickItem {
   // A picture is there. `changed` is called on the main thread when that changes; empty for nobody.
   bool hasPicture() const { return frame_.isValid(); }
   void setPictureChanged(std::function<void()> changed) { pictureChanged_ = std::move(changed); }
-  CGRect videoRect() const;
   void setPicturePresented(std::function<void(const CMTime&)> presented);
 
  protected:

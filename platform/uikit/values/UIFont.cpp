@@ -3,7 +3,3 @@
 UIFont UIFont::systemFontOfSize(double pointSize, int weight) {
   return {"Noto Sans", pointSize, weight, false};
 }
-
-UIFont UIFont::boldSystemFontOfSize(double pointSize) {
-  return systemFontOfSize(pointSize, weightBold);
-}

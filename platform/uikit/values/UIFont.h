@@ -20,6 +20,5 @@ struct YMR_API UIFont {
 
   // The interface's own typeface.
   static UIFont systemFontOfSize(double pointSize, int weight = weightRegular);
-  static UIFont boldSystemFontOfSize(double pointSize);
   friend bool operator==(const UIFont&, const UIFont&) = default;
 };

@@ -29,8 +29,6 @@ TEST_F(TimersAndPerforms, aTimerFiresOnceOrAtMultiplesOfItsInterval) {
   const auto again = NSTimer::scheduledTimerWithTimeInterval(100ms, true, note("again"));
   loop.advance(350ms);
   EXPECT_THAT(fired, ElementsAre("again@100", "once@150", "again@200", "again@300"));
-  EXPECT_FALSE(once->isValid());
-  EXPECT_TRUE(again->isValid());
 }
 
 TEST(TimersOnABusyLoop, skipTheBeatsThatItMissed) {

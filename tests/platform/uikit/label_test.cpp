@@ -39,7 +39,7 @@ TEST_F(LabelTest, isDrawnAgainOnlyWhenWhatItShowsChanges) {
   EXPECT_EQ(label->draws, draws) << "nothing of that changes the text's picture";
   const std::function<void()> changes[] = {[&] { label->setText("Another text"), label->setText("several changes"); },
                                            [&] { label->setTextColor(UIColor::redColor()); },
-                                           [&] { label->setFont(UIFont::boldSystemFontOfSize(24)); },
+                                           [&] { label->setFont(UIFont::systemFontOfSize(24, UIFont::weightBold)); },
                                            [&] { label->setTextAlignment(NSTextAlignmentRight); },
                                            [&] { label->setNumberOfLines(2); },
                                            [&] { label->setFrame(CGRectMake(50, 60, 200, 40)); }};

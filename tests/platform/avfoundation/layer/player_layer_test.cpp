@@ -44,7 +44,6 @@ TEST_F(PlayerLayerTest, isBlackUntilThePicturesOfEachPlayerAndSaysWhenTheyCome) 
   loop.advance(100ms);
   EXPECT_TRUE(layer->isReadyForDisplay());
   EXPECT_EQ(centre(), "ff0000");
-  EXPECT_EQ(layer->videoRect(), CGRectMake(0, 0, 640, 360));
   const auto blue = playerOf(blueUrl);
   loop.advance(100ms);
   layer->setPlayer(blue);
