@@ -23,7 +23,7 @@ class YMR_API YMRAdContainerView : public UIView {
   Q_PROPERTY(YMROutlinedLabel* timeRemainLabel MEMBER label_)
   Q_PROPERTY(UIView* adPlayerView MEMBER adPlayerView_)
   Q_PROPERTY(UIActivityIndicatorView* loadingIndicator MEMBER indicator_)
-  // Whether wheel and text are kept back, since the ad is likely to come at once.
+  // Whether wheel and text are held back for a moment, since the ad is likely to come at once.
   Q_PROPERTY(bool isPatient MEMBER isPatient_ NOTIFY patienceDidChange)
 
  public:
@@ -33,9 +33,9 @@ class YMR_API YMRAdContainerView : public UIView {
   explicit YMRAdContainerView(QQuickItem* parent = nullptr);
   ~YMRAdContainerView() override;
 
-  // Held by this view alone: never nil, but for one that somebody took out of it.
+  // Held by this view alone: nil only when somebody took it out of the view.
   std::shared_ptr<YMROutlinedLabel> timeRemainLabel() const;
-  // The ad's layer belongs in its layer. It fills the overlay.
+  // Fills the overlay; the ad's layer goes into its layer.
   std::shared_ptr<UIView> adPlayerView() const;
   std::shared_ptr<UIActivityIndicatorView> loadingIndicator() const;
 

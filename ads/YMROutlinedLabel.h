@@ -39,7 +39,8 @@ class YMR_API YMROutlinedLabel : public UILabel {
   // The foreground colour; textColor() stays what it was.
   void setTextColor(const UIColor& color) override { setForegroundColor(color); }
 
-  // nil before the first drawing of a text. Setting one draws the label again, which makes those that are nil.
+  // nil before the first drawing of a text. Setting one draws the label again, and that drawing makes those that are
+  // nil.
   const std::optional<NSParagraphStyle>& paragraphStyle() const { return paragraphStyle_; }
   void setParagraphStyle(std::optional<NSParagraphStyle> style);
   const std::optional<NSTextAttributes>& backgroundAttributes() const { return backgroundAttributes_; }
@@ -49,7 +50,7 @@ class YMR_API YMROutlinedLabel : public UILabel {
 
   // Keeps the look of its runs for later drawings, too.
   void setAttributedText(std::optional<NSAttributedString> text) override;
-  // Leaves attributedText() the outline's: the text, and backgroundAttributes() for all of it.
+  // Afterwards attributedText() is the text as its outline was drawn, with backgroundAttributes() throughout.
   void drawTextInRect(QPainter& painter, const CGRect& rect) override;
 
  protected:

@@ -59,7 +59,8 @@ class YMR_API YMRVideoPlayer {
   const std::shared_ptr<UIView>& overlayView() const;
   void setOverlayView(std::shared_ptr<UIView> view);
 
-  // Shows the player over the window of `controller`, fading in. Without it the programme plays unseen.
+  // Shows the player over the window of `controller`, fading in. Without it the programme plays unseen. Nothing after
+  // dismissal.
   void presentWithController(const std::shared_ptr<UIViewController>& controller);
 
   // Loads the programme and starts it when it is ready, with the picture at `startPosition`; in seconds, beyond the
@@ -73,8 +74,8 @@ class YMR_API YMRVideoPlayer {
   // play. Playing calls it by itself; it is here for hosts that drive the player themselves. Nothing while the
   // programme runs, or an ad break does.
   void start();
-  // Stops everything and takes the player off the screen. playerWillDismiss comes first, playerDidDismiss last. Nothing
-  // when it has been called before.
+  // Stops everything and takes the player off the screen. playerWillDismiss comes first, playerDidDismiss last. Called
+  // once more it tells nobody, and takes the screen off again when the host has shown it after the dismissal.
   void dismiss();
 
   // Seconds of the programme, from its start position on; NaN before it is loaded and after dismissal.

@@ -61,7 +61,8 @@ void YMRVideoPlayerImpl::startPreRoll() {
     playVastUrl(currentAdBreak_->vastUrl());
     return;
   }
-  // Where it was made ready, so that the start leaves it alone; the beginning once that has been left behind.
+  // The programme has been made ready at its start position, which a first start therefore need not seek. A later start
+  // has none and goes to the beginning.
   lastPlayTime_ = CMTimeMakeWithSeconds(static_cast<double>(videoStartPosition_), 1'000'000'000);
   goOnWithProgramme(true);
 }

@@ -41,9 +41,9 @@ class YMR_API ASBPlayerScrubbing : public NSKeyValueObserver, public std::enable
   ASBPlayerScrubbing();
   ASBPlayerScrubbing(const ASBPlayerScrubbing&) = delete;
   ASBPlayerScrubbing& operator=(const ASBPlayerScrubbing&) = delete;
-  // Takes its observation of "duration" back where it is known to be there still: when the item is a live stream.
-  // Leaves everything else as it is; what is left observes nothing, and goes with the item or at the player's next
-  // tick.
+  // Stops observing "duration" when the item is a live stream, the one case in which it surely still does. Does nothing
+  // else: another observation of the item ends with the item, and the player's tick takes itself off when it next
+  // comes.
   ~ASBPlayerScrubbing() override;
   // For who makes it from an interface file: calls setup().
   void awakeFromNib() { setup(); }
@@ -91,7 +91,7 @@ class YMR_API ASBPlayerScrubbing : public NSKeyValueObserver, public std::enable
   // has not loaded.
   static double nominalFrameRateForPlayer(const std::shared_ptr<AVPlayer>& player);
 
-  // What makes the player call playerTimeChanged(); nil when nothing does. Not held.
+  // The player's observer that calls playerTimeChanged(); nil when there is none. Held by the player alone.
   AVPlayerTimeObserverToken timeObserver() const { return timeObserver_.lock(); }
   // Has the player call once a frame, at no lower bound, unless it does so already or nbFramesPerSecond() is not more
   // than 0: media without pictures refresh only when their duration becomes known.

@@ -12,7 +12,7 @@
 #include "subtitles/core/ASBSubtitleReader.h"
 #include "subtitles/core/ASBSubtitleText.h"
 
-// One tick a second finds its text here. Any thread.
+// What a tick, once a second, needs to find the text that is due. Any thread.
 class ASBPlayerSubtitling::Clock {
  public:
   explicit Clock(std::weak_ptr<ASBPlayerSubtitling> engine) : engine_(std::move(engine)) {}

@@ -40,7 +40,7 @@ class YMRVastModel;
 //
 // Every load that is not ignored ends in vastReady or in one vastError. Every play ends in one vastError, or is
 // presented; then it ends in one vastDidDismissFullScreen, with at most one vastError before or right after it. The
-// error URLs of an ad that fails are asked once.
+// error URLs of an ad that fails are requested once.
 //
 // The viewer's remote: Menu closes, Play/Pause acts at once, and each button but Menu brings the controls up. Taps on
 // the picture do nothing: the screen installs no recogniser for them, a host may add its own to view() that calls
@@ -79,10 +79,10 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // Plays a paused ad on, and one that is over from its beginning; begins it when the screen is not there yet. Nothing
   // before play() and while it is playing.
   void resume() override;
-  // Whether its film runs; false while it waits for data at a rate of 0 and without a presentation.
+  // Whether it is to run: true also while it waits for data; false without a presentation.
   bool isPlaying() const override;
-  // The viewer wants to know more: asks the ad's click-tracking URLs and tells the delegate where the click leads, when
-  // the ad says so.
+  // The viewer wants to know more: requests the ad's click-tracking URLs and, when the ad says where a click leads,
+  // tells the delegate.
   void info() override;
   // Ends the presentation; nothing when there is none. A load goes on.
   void close() override;
@@ -100,7 +100,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   const std::shared_ptr<SKVASTControls>& controls() const { return controls_; }
   // nil: none is installed.
   std::shared_ptr<UIGestureRecognizer> touchGestureRecognizer() const { return nullptr; }
-  // What the delegate's last vastError was, in words, with the URL when a server or a redirect is to blame for a
+  // The delegate's last vastError in words, with the URL when a server or a redirect is to blame for a
   // document that did not come; empty before the first.
   const std::string& errorMessage() const { return errorMessage_; }
   // Empty, with memory reserved for twenty values. Nothing in the player writes or reads it.
@@ -109,7 +109,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // Whether the media-file picker's probe host can be reached, by what is known without waiting: true until it is
   // known. Any thread.
   bool networkCurrentlyReachable() const { return *network_ != Network::unreachable; }
-  // What tells of it; nil when the picker's host has no name, which is no network.
+  // Watches that host's route; nil when the picker's host has no name, which counts as no network.
   const std::shared_ptr<SKReachability>& reachability() const { return reachability_; }
 
   // True only when the host supports both landscape orientations.
@@ -129,7 +129,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   enum class Network { unknown, reachable, unreachable };
   enum class Stage { idle, presented, closing };
   using Source = std::variant<std::optional<NSURL>, VASTDocument>;
-  // One that was loaded, and what became of it, however often it is presented.
+  // An ad that was loaded, and what has been told and tracked of it, however often it is presented.
   struct Ad {
     YMRPreparedAd prepared;
     std::optional<NSURL> clickThrough;
@@ -167,7 +167,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // Nothing is reported from here while the ad plays, and no recogniser is made.
   void updatePlayedSeconds() {}
   void setUpTapGestureRecognizer() {}
-  // Asks the error URLs of an ad, once in its life.
+  // Requests the error URLs of an ad, once in its life.
   static void reportFailure(Ad& ad, const std::string& code);
   void refuseWithoutNetwork();
   void tellError(SKVASTError error, const std::string& reason = "");
@@ -198,7 +198,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   unsigned presentation_ = 0;  // counts them
   std::shared_ptr<Ad> shown_;
   std::unique_ptr<YMRAdPlayer> film_;
-  bool isShown_ = false;  // the film, to the viewer
+  bool isShown_ = false;  // the viewer sees the film
   bool hasPicture_ = false;
   bool isOver_ = false;  // the film is at its end
   std::shared_ptr<NSTimer> playbackTimer_;

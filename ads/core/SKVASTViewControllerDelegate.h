@@ -9,8 +9,8 @@
 
 class SKVASTViewController;
 
-// What the stand-alone ad screen tells its host, and a tracking processor whom it serves. Each is optional: an empty
-// function does not answer. Held weakly by who calls it; called on the main thread. What one of them throws is caught
+// What the stand-alone ad screen tells its host, and a tracking processor its owner. Each is optional: an empty
+// function is not called. Held weakly by who calls it; called on the main thread. What one of them throws is caught
 // and logged.
 struct SKVASTViewControllerDelegate {
   using Sender = std::shared_ptr<SKVASTViewController>;
@@ -25,6 +25,6 @@ struct SKVASTViewControllerDelegate {
   std::function<void(const Sender&)> vastDidDismissFullScreen;
   // The viewer wants to know more: where the click leads. To open it is the host's.
   std::function<void(const NSURL&)> vastOpenBrowseWithUrl;
-  // An event is being tracked, by its name in VAST ("start"), also when nobody is to be asked for it.
+  // An event is being tracked, by its name in VAST ("start"), also when the ad has no URL for it.
   std::function<void(const std::string&)> vastTrackingEvent;
 };

@@ -14,7 +14,7 @@ class YMR_API YMRAdQueue {
  public:
   // Empty.
   YMRAdQueue() = default;
-  // What a request came to: its pod, or its only ad.
+  // The ads that a resolved request found: its pod, or its only ad.
   explicit YMRAdQueue(YMRVastModel& request);
 
   bool isEmpty() const { return models_.empty(); }
@@ -28,7 +28,7 @@ class YMR_API YMRAdQueue {
 
   // The ad whose turn is next. Not when empty.
   const std::shared_ptr<YMRVastModel>& next() const { return models_.front(); }
-  // Takes it out, parted from its pod. When it came to nothing, its pod's next stand-alone ad is now next. Not when
+  // Takes it out, parted from its pod. When no ad was found for it, its pod's next stand-alone ad is now next. Not when
   // empty.
   YMRPreparedAd takeNext(const YMRPreparedAd::Pick& pick = SKVASTMediaFilePicker::pick);
   // Parts the ads from their pods and lets go of them.

@@ -34,7 +34,7 @@ struct YMR_API YMRPreparedAd {
   std::optional<SKVASTError> failure;
   std::string reason;  // why the ad's document did not come, where the failure's own text would mislead; else empty
 
-  // Whether the request found nothing, for which a stand-alone ad makes up.
+  // Whether the ad's documents led to no ad at all, so that a stand-alone ad may take its place.
   bool foundNothing() const;
   // The failure for people: the reason, or else the text of the error. Only when there is one.
   std::string message() const;

@@ -36,7 +36,7 @@ class YMR_API CALayer : public NSObject {
   const std::vector<std::shared_ptr<CALayer>>& sublayers() const { return sublayers_; }
 
  protected:
-  // A layer that draws: `item` becomes the layer's own.
+  // For a layer that draws: it shows `item`, which it owns from now on.
   explicit CALayer(std::unique_ptr<QQuickItem> item);
   // What shows the layer; null when the view whose own layer this is has gone.
   QQuickItem* item() const { return item_; }

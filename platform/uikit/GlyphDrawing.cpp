@@ -113,7 +113,7 @@ void drawOpaque(QPainter& painter, const QGlyphRun& glyphs, const QPointF& origi
   painter.restore();
 }
 
-// Through a layer where it lets the ground show, so that where letters overlap it does as much as elsewhere.
+// A translucent colour goes through a layer, so that letters that overlap are no denser there than elsewhere.
 void drawPart(QPainter& painter, const QGlyphRun& glyphs, const QPointF& origin, QBrush filling, QPen outline) {
   const QColor color = filling.style() == Qt::NoBrush ? outline.color() : filling.color();
   if (color.alpha() == 0) return;

@@ -27,7 +27,7 @@ QDBusMessage screenSaverCall(const char* method) {
 void remindServer() {
 #if QT_CONFIG(xcb)
   const auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-  // Off screen there is the interface without a server behind it.
+  // Qt's offscreen platform offers the interface, too, but has no server.
   auto* connection = x11 ? x11->connection() : nullptr;
   if (!connection) return;
   xcb_force_screen_saver(connection, XCB_SCREEN_SAVER_RESET);

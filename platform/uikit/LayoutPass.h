@@ -33,7 +33,7 @@ class LayoutPass {
   void apply(const std::vector<double>& solution) const;
 
   UIView& root_;
-  std::vector<UIView*> views_;  // that constraints mention, and what holds them; outer ones first
+  std::vector<UIView*> views_;  // those that constraints mention, and the views around them; outer ones first
   std::unordered_map<const UIView*, std::size_t> involved_;
   std::vector<NSLayoutConstraint*> constraints_;
   std::vector<Equation> equations_;

@@ -178,7 +178,7 @@ Layout layOutStart(const Content& content, const Room& room) {
   return layOut(content, room);
 }
 
-// The last of the ordered `cuts` that `fits`, from the first, which is taken to.
+// The last of the ordered `cuts` that `fits`; the first one is taken to fit.
 template <typename Fits>
 qsizetype lastThatFits(const std::vector<qsizetype>& cuts, Fits fits) {
   std::size_t good = 0;
@@ -215,7 +215,7 @@ Layout fit(const Content& content, const Room& room) {
   });
   Layout layout = cutAt(cut, room);
   if (layout.fits) return layout;
-  // Letters that change with what stands before them, or fonts of other heights.
+  // Some letters change with what stands before them, and some fonts are higher: then a cut further ahead.
   const qsizetype safe = lastThatFits(cutsOf(seen, 0), [&](qsizetype tried) { return cutAt(tried, room).fits; });
   return safe > 0 ? cutAt(safe, room) : cutAt(0, {room.width, std::numeric_limits<double>::infinity(), 1});
 }

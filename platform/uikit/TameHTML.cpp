@@ -71,7 +71,7 @@ class Look {
 
   // What Qt is to be told; empty for nothing.
   const std::string& style() const { return style_; }
-  // As Qt calls it; empty when nobody said.
+  // By Qt's name for it; empty when the document names none.
   const std::string& alignment() const { return alignment_; }
 
  private:
@@ -104,7 +104,7 @@ class Look {
   }
 
   void takeColor(std::string_view word) {
-    // Six digits without a sign, or with more than one, are as common as they are wrong.
+    // Six digits without a "#", or with several, are wrong but common.
     const auto digits = word.substr(std::min(word.size(), word.find_first_not_of('#')));
     const bool areDigits = digits.find_first_not_of("0123456789abcdef") == digits.npos;
     if (areDigits && (digits.size() == 6 || (digits.size() == 3 && digits != word))) {
@@ -115,7 +115,7 @@ class Look {
     }
   }
 
-  // Qt takes fractions of points only, so that pixels go by that name.
+  // Qt reads fractions of points but not of pixels, so pixels are called points here.
   void takeSize(std::string_view word) {
     double size = 0;
     const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), size);

@@ -39,8 +39,8 @@ class YMR_API UIApplication {
   // turns; the window alone decides.
   UIInterfaceOrientation statusBarOrientation() const;
   // The orientations that the host says it supports, by name ("UIInterfaceOrientationLandscapeLeft" and so on): what
-  // stands under "UISupportedInterfaceOrientations" where a program has a property list. Empty, as it starts: it says
-  // nothing. Nothing turns by it; view controllers ask when they are asked.
+  // stands under "UISupportedInterfaceOrientations" where a program has a property list. Empty, as it starts: the host
+  // says nothing. It turns nothing; view controllers read it to answer shouldAutorotate().
   const std::vector<std::string>& supportedInterfaceOrientations() const { return supportedOrientations_; }
   void setSupportedInterfaceOrientations(std::vector<std::string> names);
 

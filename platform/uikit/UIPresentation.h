@@ -25,5 +25,5 @@ class UIPresentation : public std::enable_shared_from_this<UIPresentation> {
   const std::weak_ptr<UIViewController> controller_;
   QPointer<QQuickItem> focusBefore_;
   bool dismissed_ = false;
-  QObject context_;  // of what it hears of the view
+  QObject context_;  // its connections to the view end with it
 };

@@ -24,8 +24,8 @@ class UIPressDelivery final : public QObject {
   // null.
   static QQuickItem* firstResponder(QQuickWindow& window);
   // Offers a press that begins to one view: its recognisers, itself, its view controller and, for Menu, the view of the
-  // controller that presents that one. Whether one of them took it; when that one has offered it to another view from
-  // inside, the press is the other's.
+  // controller that presents that one. Whether one of them took it. When the one that takes it has itself offered the
+  // press to another view, that view is the one which hears how the press goes on.
   static bool offer(UIView& view, const UIPress& press);
 
   // Offers a press that begins to the first responder and what holds it, until one takes it; whether one did.

@@ -67,7 +67,7 @@ class YMR_API UISlider : public UIView {
   // The knob's centre, in points from the left.
   double place() const;
   void stepTowards(UIPressType arrow);
-  // What the event says of the finger that drags, if it is in that phase.
+  // Follows the finger that drags, if the event has it in that phase.
   void drag(const UIEvent& event, UITouchPhase phase);
   // Calls the host; the last thing that a function does.
   void tell(const UITouch& touch);
@@ -79,7 +79,7 @@ class YMR_API UISlider : public UIView {
   std::optional<double> step_;
   bool continuous_ = true;
   ValueChanged valueChanged_;
-  std::optional<int> finger_;         // what drags: the one
-  std::optional<UIPressType> arrow_;  // or the other
+  std::optional<int> finger_;         // the touch that drags, if one does
+  std::optional<UIPressType> arrow_;  // the button that drags, if one does
   double drawnPlace_ = -1;
 };

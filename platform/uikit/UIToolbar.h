@@ -59,10 +59,10 @@ class YMR_API UIToolbar : public UIView {
   void hoverMoveEvent(QHoverEvent* event) override;
 
  private:
-  // Points of this bar in one of standard height.
+  // What a point of a bar of standard height is in this one.
   double unit() const { return bounds().size.height / standardHeight; }
   std::shared_ptr<UIBarButtonItem> buttonAt(const CGPoint& place) const;
-  // What has become of the touch that went down first; others are not looked at.
+  // Follows the touch that went down first; others do nothing.
   void touched(const UIEvent& event);
   void moveFocus(int step);
   void setPressed(std::shared_ptr<UIBarButtonItem> item);
@@ -75,6 +75,6 @@ class YMR_API UIToolbar : public UIView {
   std::shared_ptr<UIBarButtonItem> focused_;
   std::shared_ptr<UIBarButtonItem> pressed_;
   std::shared_ptr<UIBarButtonItem> heldDown_;  // where the touch went down; pressed_ only while it is over it
-  QPointF pointer_;                            // where it was last seen, in the window
+  QPointF pointer_;                            // where the mouse's was last seen, in the window
   std::function<void()> used_;
 };

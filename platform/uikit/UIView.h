@@ -111,8 +111,8 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
 
   // Draws the content anew before the next picture. Only for views that draw.
   void setNeedsDisplay();
-  // How many times larger than its own points say content is drawn, besides the view's scale and the screen's density;
-  // 1 at first. For a view inside of one that is shown scaled, so that its content is as sharp as if it were not.
+  // By how much larger the content is drawn than its points say, on top of the view's scale and the screen's density; 1
+  // at first. For a view inside of one that is shown scaled, so that its content stays sharp.
   double contentScaleFactor() const { return contentScaleFactor_; }
   void setContentScaleFactor(double factor);
 
@@ -133,7 +133,7 @@ class YMR_API UIView : public QQuickItem, public std::enable_shared_from_this<UI
   virtual void touchesEnded(const UIEvent& event);
   virtual void touchesCancelled(const UIEvent& event);
 
-  // Whose view this is; null for one inside.
+  // The controller whose view this is; null for one that is only inside of another.
   UIViewController* viewController() const { return viewController_; }
 
   // Runs `animations`; what they set of views' alpha is reached over `duration`, slowly at both ends, by the run loop's

@@ -30,7 +30,7 @@ class YMR_API ASBSubtitleList {
 // Where a list that was read on one thread is found by another. Any thread; a list is there whole or not at all.
 class YMR_API ASBPublishedSubtitles {
  public:
-  // nil takes the list away. Who uses the former one may go on with it.
+  // nil takes the list away. Whoever has got the former one may go on using it.
   void publish(std::shared_ptr<const ASBSubtitleList> list);
   // nil until something was published.
   std::shared_ptr<const ASBSubtitleList> current() const;

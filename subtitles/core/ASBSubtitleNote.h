@@ -9,7 +9,7 @@
 
 // One thing that is odd about a cue. A plain value.
 struct ASBSubtitleNote {
-  std::string_view kind;  // a few words that are the same for every cue it is so with; a literal
+  std::string_view kind;  // a few words, the same for every cue that is odd in this way; a literal
   std::string text;       // for people: what it is here, why the cue does not show, what to do; a sentence or two
 };
 using ASBNoteList = std::vector<ASBSubtitleNote>;

@@ -40,7 +40,7 @@ class YMR_API ASBSubtitleNotes {
   void forEach(const std::function<void(const ASBNotedSubtitle&)>& use) const;
 
  private:
-  struct Named {  // what a note on another cue says of it
+  struct Named {  // how a note on another cue names this one
     std::int64_t index;
     std::size_t line;
     double startTime, stopTime;

@@ -6,16 +6,16 @@
 #include <optional>
 #include <vector>
 
-// Which cue the look-up gives when, from 0 s on: where several show at a time it is the one that stands last in the
+// Which cue is on the screen at which time, from 0 s on: where several are due it is the one that stands last in the
 // file. One thread; n log n for n cues.
 class ASBSubtitleTimeline {
  public:
-  // What a cue comes to.
+  // How much of the programme a cue is on the screen.
   struct Share {
-    double seconds = 0;         // how long it is given; an instant is more than 0
-    bool onFullSecond = false;  // whether it is given at a whole number of seconds
+    double seconds = 0;         // in all; more than 0 for a single instant, too
+    bool onFullSecond = false;  // whether it is there at a whole number of seconds, when the player looks
   };
-  // A stretch in which another cue is given.
+  // A stretch in which another cue is on the screen.
   struct Cover {
     std::size_t cue;  // from 0, in the order of the file
     double from, to;
@@ -25,7 +25,7 @@ class ASBSubtitleTimeline {
   void add(double startTime, double stopTime);
   // Of every cue, when all were added.
   std::vector<Share> shares() const;
-  // The first stretch of a cue's time in which a later one is given; nil for none.
+  // The first stretch of a cue's time in which one that stands later in the file is; nil for none.
   std::optional<Cover> firstCover(std::size_t cue, double startTime, double stopTime) const;
 
  private:
