@@ -20,6 +20,8 @@ void handle(void (*handler)(int)) {
   for (const int number : terminating) sigaction(number, &action, nullptr);
 }
 
+// No signalfd: what reads it is the main thread alone, and the second signal must end a process whose main thread is
+// stuck, too.
 extern "C" void onTerminationSignal(int) {
   handle(SIG_DFL);  // the next one, of any kind, ends the process
   const char byte = 0;
