@@ -111,14 +111,15 @@ class DispatchGroup {
   std::size_t count_ = 0;
 };
 
+// Neither queue is ever destroyed: what is static may still ask for it.
 dispatch_queue_t dispatch_get_main_queue() {
-  static const auto queue = std::make_shared<DispatchQueue>(DispatchQueue::Kind::main, "main");
-  return queue;
+  static const auto* queue = new auto(std::make_shared<DispatchQueue>(DispatchQueue::Kind::main, "main"));
+  return *queue;
 }
 
 dispatch_queue_t dispatch_get_global_queue() {
-  static const auto queue = std::make_shared<DispatchQueue>(DispatchQueue::Kind::global, "global");
-  return queue;
+  static const auto* queue = new auto(std::make_shared<DispatchQueue>(DispatchQueue::Kind::global, "global"));
+  return *queue;
 }
 
 dispatch_queue_t dispatch_queue_create(std::string label) {

@@ -5,11 +5,36 @@
 #include <cstdlib>
 #include <mutex>
 #include <shared_mutex>
+#include <utility>
+
+#include "platform/dispatch/TimerQueue.h"
 
 namespace {
 
 std::atomic<RunLoop*> installed{nullptr};
-std::shared_mutex usedElsewhere;  // shared while whileInstalled() uses the loop
+std::atomic<bool> hasBeenInstalled{false};  // any
+std::shared_mutex usedElsewhere;            // shared while whileInstalled() uses the loop
+
+// After the last loop. What is handed over goes before the call returns; nothing is waited for, since nothing comes.
+class RunLoopThatIsOver final : public RunLoop {
+ public:
+  Duration now() const override {
+    return std::chrono::duration_cast<Duration>(std::chrono::steady_clock::now().time_since_epoch());
+  }
+  bool isCurrent() const override { return true; }
+  void post(Block) override {}
+  TimerToken schedule(Duration, Block block) override { return TimerQueue().add({}, std::move(block)); }
+  void cancel(TimerToken) override {}
+  void performWork(Block) override {}
+  void waitUntil(const std::function<bool()>&) override {}
+  void notifyWaiters() override {}
+};
+
+// Never destroyed: what is static may outlive it.
+RunLoop& loopThatIsOver() {
+  static auto* loop = new RunLoopThatIsOver;
+  return *loop;
+}
 
 }  // namespace
 
@@ -19,11 +44,12 @@ RunLoop::~RunLoop() {
 
 RunLoop& RunLoop::main() {
   RunLoop* loop = installed.load(std::memory_order_acquire);
-  if (!loop) {
+  if (loop) return *loop;
+  if (!hasBeenInstalled) {
     std::fputs("RunLoop: no run loop is installed; make a PlainRunLoop or a UIWindow first\n", stderr);
     std::abort();
   }
-  return *loop;
+  return loopThatIsOver();
 }
 
 RunLoop* RunLoop::mainIfInstalled() {
@@ -40,6 +66,7 @@ bool RunLoop::whileInstalled(const std::function<void(RunLoop&)>& use) {
 void RunLoop::install(RunLoop* loop) {
   std::lock_guard lock(usedElsewhere);
   installed.store(loop, std::memory_order_release);
+  if (loop) hasBeenInstalled = true;
 }
 
 void RunLoop::uninstall() {

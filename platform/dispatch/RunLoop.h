@@ -13,8 +13,9 @@
 // in platform/uikit) and VirtualRunLoop (tests; time moves only when the test moves it). No other product code reads a
 // clock or sleeps.
 //
-// Exactly one loop is installed at a time, by the object that made it; it must outlive everything that uses it.
-// Unless a function says otherwise it may be called from any thread.
+// Exactly one loop is installed at a time, by the object that made it. What outlives it finds a loop that is over: it
+// takes everything, drops it at once and calls nobody. Other threads must not be using the loop while it goes; those
+// that may go through whileInstalled(). Unless a function says otherwise it may be called from any thread.
 class YMR_API RunLoop {
  public:
   using Block = std::function<void()>;
@@ -26,7 +27,8 @@ class YMR_API RunLoop {
   RunLoop& operator=(const RunLoop&) = delete;
   virtual ~RunLoop();
 
-  // The installed loop. Stops the process when there is none: a host forgot to make one.
+  // The installed loop, or one that is over when there was one before. Stops the process when there has never been one:
+  // a host forgot to make it.
   static RunLoop& main();
   // The installed loop, or null.
   static RunLoop* mainIfInstalled();

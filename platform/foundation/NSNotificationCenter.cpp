@@ -19,9 +19,10 @@ struct NSNotificationCenter::Registration : ObserverListEntry {
 NSNotificationCenter::NSNotificationCenter() = default;
 NSNotificationCenter::~NSNotificationCenter() = default;
 
+// Never destroyed: observers may be static.
 NSNotificationCenter& NSNotificationCenter::defaultCenter() {
-  static NSNotificationCenter center;
-  return center;
+  static auto* center = new NSNotificationCenter;
+  return *center;
 }
 
 void NSNotificationCenter::addObserver(const void* observer, std::string_view name,

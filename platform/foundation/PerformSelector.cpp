@@ -14,9 +14,10 @@ struct Request {
   RunLoop::TimerToken token;
 };
 
+// Never destroyed: targets may be static.
 std::list<Request>& requests() {
-  static std::list<Request> list;
-  return list;
+  static auto* list = new std::list<Request>;
+  return *list;
 }
 
 void cancelIf(const std::function<bool(const Request&)>& matches) {

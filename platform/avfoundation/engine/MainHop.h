@@ -11,19 +11,23 @@
 // The way from a pipeline's threads to the run loop, for one receiver, that can be cut for good.
 class MainHop {
  public:
-  // Any thread. The block runs on a later turn of the main queue, in the order of posting, unless close() comes first.
+  // Any thread. The block runs on a later turn of the main queue, in the order of posting, unless close() comes first
+  // or the loop goes.
   void post(RunLoop::Block block) {
     std::lock_guard lock(state_->mutex);
     if (state_->closed) return;
-    RunLoop::main().post([state = state_, block = std::move(block)] {
-      if (!state->closed) block();
+    RunLoop::whileInstalled([&](RunLoop& loop) {
+      loop.post([state = state_, block = std::move(block)] {
+        if (!state->closed) block();
+      });
     });
   }
 
   // Any thread. Hands the block to `queue`, unless close() has come before.
   void perform(const dispatch_queue_t& queue, RunLoop::Block block) {
     std::lock_guard lock(state_->mutex);
-    if (!state_->closed) dispatch_async(queue, std::move(block));
+    if (state_->closed) return;
+    RunLoop::whileInstalled([&](RunLoop&) { dispatch_async(queue, std::move(block)); });
   }
 
   // Main thread. No posted block runs from here on, and the run loop is not touched any more.

@@ -9,10 +9,10 @@
 
 namespace {
 
-// Which layer has a player's pictures.
+// Which layer has a player's pictures. Never destroyed: layers may be static.
 std::map<const AVPlayer*, AVPlayerLayer*>& layersOfPlayers() {
-  static std::map<const AVPlayer*, AVPlayerLayer*> layers;
-  return layers;
+  static auto* layers = new std::map<const AVPlayer*, AVPlayerLayer*>;
+  return *layers;
 }
 
 }  // namespace

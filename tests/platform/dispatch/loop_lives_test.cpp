@@ -84,7 +84,16 @@ void goWithBlocksThatPostAsTheyGo() {
 TEST(RunLoopInstallation, aLoopThatGoesTakesItsBlocksAlongWhileItStillStands) {
   goWithBlocksThatPostAsTheyGo<PlainRunLoop>();
   goWithBlocksThatPostAsTheyGo<VirtualRunLoop>();
-  EXPECT_DEATH(RunLoop::main(), "no run loop is installed") << "a host that forgot is told";
+}
+
+TEST(RunLoopInstallation, aHostThatForgotItIsToldAndAnotherThatOutlivesItFindsALoopThatDropsEverything) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // in a process that has had none
+  EXPECT_DEATH(RunLoop::main(), "no run loop is installed");
+  { PlainRunLoop loop; }
+  const auto owned = std::make_shared<int>();
+  RunLoop::main().schedule(1h, [owned] {});
+  dispatch_async(dispatch_queue_create("late"), [owned] { FAIL(); });
+  EXPECT_EQ(owned.use_count(), 1);
 }
 
 TEST(RunLoopInstallation, otherThreadsUseTheLoopOnlyWhileItIsThere) {
