@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "VAST/HostCall.h"
 #include "VAST/SKLogger.h"
 #include "platform/dispatch/Weakly.h"
 #include "platform/foundation/URLLoader.h"
@@ -24,8 +25,14 @@ AVMetadataItem commonItem(const char* key, AVMetadataItem::Value value) {
   return item;
 }
 
-void sayThereIsNoArtwork(const std::string& url, const std::string& reason) {
-  SKLogger::warning(ymrPlayerTag, "No artwork from " + url + ": " + reason);
+// Why what came is no picture; nil when it is one.
+std::optional<NSError> failureOf(const URLResponse& response) {
+  if (response.error) return response.error;
+  if (auto reason = response.reason(); !reason.empty()) {
+    return NSError{NSURLErrorDomain, NSURLErrorBadServerResponse, std::move(reason)};
+  }
+  if (UIImage::imageWithData(response.body)) return std::nullopt;
+  return NSError{NSURLErrorDomain, NSURLErrorCannotDecodeContentData, "This is no picture."};
 }
 
 std::vector<std::byte> pngOf(const UIImage& picture) {
@@ -60,9 +67,13 @@ void YMRItemPreparation::loadAsset() {
 void YMRItemPreparation::fetchArtwork() {
   const std::string given = mediaItem_->videoThumbnailUrl().value_or("");
   if (mediaItem_->videoThumbnail() || given.empty()) return;
-  const auto url = NSURL::URLWithString(given);
-  if (!url) return sayThereIsNoArtwork(given, "This is no URL.");
   isFetchingArtwork_ = true;
+  const auto url = NSURL::URLWithString(given);
+  if (!url) {
+    return dispatch_async(dispatch_get_main_queue(), weakly(weak_from_this(), [](YMRItemPreparation& self) {
+                            self.artworkFailed({NSURLErrorDomain, NSURLErrorBadURL, "This is no URL."});
+                          }));
+  }
   URLRequest request{*url};
   request.silenceLimit = artworkFetchLimit;
   request.timeLimit = artworkFetchLimit;
@@ -70,23 +81,32 @@ void YMRItemPreparation::fetchArtwork() {
   request.allowsFiles = true;
   // Decoding, which tells a picture from anything else, stays off the main thread.
   URLLoader::shared()->load(
-      std::move(request), dispatch_get_global_queue(), [weak = weak_from_this(), url](URLResponse response) {
-        std::string reason = response.reason();
-        if (reason.empty() && !UIImage::imageWithData(response.body)) reason = "This is no picture.";
-        if (!reason.empty()) {
-          sayThereIsNoArtwork(url->absoluteString(), reason);
-          response.body.clear();
-        }
-        dispatch_async(dispatch_get_main_queue(), [weak, artwork = std::move(response.body)]() mutable {
-          if (const auto self = weak.lock()) self->artworkCame(std::move(artwork));
-        });
+      std::move(request), dispatch_get_global_queue(), [weak = weak_from_this()](URLResponse response) {
+        auto failure = failureOf(response);
+        dispatch_async(dispatch_get_main_queue(),
+                       [weak, failure = std::move(failure), body = std::move(response.body)]() mutable {
+                         const auto self = weak.lock();
+                         if (self) failure ? self->artworkFailed(*failure) : self->artworkCame(std::move(body));
+                       });
       });
 }
 
 void YMRItemPreparation::artworkCame(std::vector<std::byte> artwork) {
+  if (!isFetchingArtwork_) return;  // it is too late
   artwork_ = std::move(artwork);
   isFetchingArtwork_ = false;
   finishWhenComplete();
+}
+
+void YMRItemPreparation::artworkFailed(const NSError& error) {
+  if (!isFetchingArtwork_) return;
+  isFetchingArtwork_ = false;
+  artworkWait_ = nullptr;
+  dispatch_async(dispatch_get_main_queue(), weakly(weak_from_this(), &YMRItemPreparation::finishWhenComplete));
+  const std::string url = mediaItem_->videoThumbnailUrl().value_or("");
+  SKLogger::warning(ymrPlayerTag, "No artwork from " + url + ": " + error.message);
+  const auto didFail = mediaItem_->videoThumbnailDidFail();
+  if (didFail) callHost(ymrPlayerTag, [&] { didFail(url, error); });
 }
 
 void YMRItemPreparation::finishWhenComplete() {
@@ -94,8 +114,10 @@ void YMRItemPreparation::finishWhenComplete() {
   if (!isFetchingArtwork_) {
     finish();
   } else if (!artworkWait_) {
-    artworkWait_ = NSTimer::scheduledTimerWithTimeInterval(artworkWaitLimit, false,
-                                                           weakly(weak_from_this(), &YMRItemPreparation::finish));
+    artworkWait_ = NSTimer::scheduledTimerWithTimeInterval(
+        artworkWaitLimit, false, weakly(weak_from_this(), [](YMRItemPreparation& self) {
+          self.artworkFailed({NSURLErrorDomain, NSURLErrorTimedOut, "It did not come in time."});
+        }));
   }
 }
 

@@ -5,14 +5,15 @@
 #include <vector>
 
 #include "platform/avfoundation/AVPlayerItem.h"
+#include "platform/foundation/NSError.h"
 #include "platform/foundation/NSTimer.h"
 #include "player/YMRMediaItem.h"
 
 // The way from a media item to a player item: the asset is loaded and remote artwork fetched side by side, and the
 // player item gets its metadata before anybody else sees it. Main thread.
 //
-// Artwork never holds a programme up for long: what has not come two seconds after the asset has is left out. A failed
-// asset makes an item all the same, which then fails by itself.
+// Artwork never holds a programme up for long: what has not come two seconds after the asset has is left out, which the
+// media item's videoThumbnailDidFail() is told. A failed asset makes an item all the same, which then fails by itself.
 class YMRItemPreparation : public std::enable_shared_from_this<YMRItemPreparation> {
  public:
   using Completion = std::function<void(std::shared_ptr<AVPlayerItem>)>;
@@ -28,8 +29,9 @@ class YMRItemPreparation : public std::enable_shared_from_this<YMRItemPreparatio
   YMRItemPreparation(std::shared_ptr<YMRMediaItem> mediaItem, std::shared_ptr<AVURLAsset> asset, Completion completion);
   void loadAsset();
   void fetchArtwork();
-  // Empty when there is none, or no picture.
   void artworkCame(std::vector<std::byte> artwork);
+  // Goes on without. The host, which is told, may let go of the preparation.
+  void artworkFailed(const NSError& error);
   void finishWhenComplete();
   void finish();
   std::vector<AVMetadataItem> metadata() const;

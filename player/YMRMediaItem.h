@@ -1,11 +1,13 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "platform/Export.h"
+#include "platform/foundation/NSError.h"
 #include "platform/foundation/NSURL.h"
 #include "platform/uikit/UIImage.h"
 
@@ -27,11 +29,18 @@ class YMRMediaItem {
   void setVideoDescription(std::optional<std::string> description) { videoDescription_ = std::move(description); }
 
   // Artwork, and the address (http, https or file) from which it is fetched when there is no picture at hand. A picture
-  // that does not come within a few seconds, or is none, is left out.
+  // that does not come within a few seconds, or is none, is left out; videoThumbnailDidFail() tells.
   const std::optional<UIImage>& videoThumbnail() const { return videoThumbnail_; }
   void setVideoThumbnail(std::optional<UIImage> picture) { videoThumbnail_ = std::move(picture); }
   const std::optional<std::string>& videoThumbnailUrl() const { return videoThumbnailUrl_; }
   void setVideoThumbnailUrl(std::optional<std::string> url) { videoThumbnailUrl_ = std::move(url); }
+
+  // Called on the main thread, once, when the picture of that address can't be shown, with why: on a turn of its own,
+  // and not when another programme was asked for meanwhile or the player dismissed. The programme plays without it.
+  // Empty, as it starts: nobody is told.
+  using ThumbnailFailure = std::function<void(const std::string& url, const NSError& error)>;
+  const ThumbnailFailure& videoThumbnailDidFail() const { return videoThumbnailDidFail_; }
+  void setVideoThumbnailDidFail(ThumbnailFailure didFail) { videoThumbnailDidFail_ = std::move(didFail); }
 
  private:
   std::optional<NSURL> mediaUrl_;
@@ -39,4 +48,5 @@ class YMRMediaItem {
   std::optional<std::string> videoDescription_;
   std::optional<UIImage> videoThumbnail_;
   std::optional<std::string> videoThumbnailUrl_;
+  ThumbnailFailure videoThumbnailDidFail_;
 };

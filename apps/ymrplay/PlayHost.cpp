@@ -8,11 +8,16 @@
 
 namespace {
 
+void say(const std::string& url, const std::string& message) {
+  std::fprintf(stderr, "ymrplay: %s: %s\n", printable(url).c_str(), printable(message).c_str());
+}
+
 std::shared_ptr<YMRMediaItem> mediaItem(const Options& options) {
   auto item = YMRMediaItem::itemWithUrl(options.media);
   if (!options.title.empty()) item->setVideoTitle(options.title);
   if (!options.description.empty()) item->setVideoDescription(options.description);
   if (options.artwork) item->setVideoThumbnailUrl(options.artwork->absoluteString());
+  item->setVideoThumbnailDidFail([](const std::string& url, const NSError& error) { say(url, error.message); });
   return item;
 }
 
@@ -31,10 +36,6 @@ std::shared_ptr<YMRAdSchedule> adSchedule(const Options& options) {
   return schedule;
 }
 
-void say(const NSURL& url, const std::string& message) {
-  std::fprintf(stderr, "ymrplay: %s: %s\n", printable(url.absoluteString()).c_str(), printable(message).c_str());
-}
-
 // nil without a file. Files are read in the background: a server that hangs costs the text and nothing else.
 std::shared_ptr<YMRSubtitleConfig> subtitleConfig(const Options& options) {
   if (options.subtitles.empty()) return nullptr;
@@ -44,9 +45,10 @@ std::shared_ptr<YMRSubtitleConfig> subtitleConfig(const Options& options) {
   }
   auto config = YMRSubtitleConfig::initWithSubtitles(std::move(tracks));
   config->setLoadsInBackground(true);
-  config->setLoadDidFail([](const YMRSubtitle& track, const NSError& error) { say(track.url(), error.message); });
+  config->setLoadDidFail(
+      [](const YMRSubtitle& track, const NSError& error) { say(track.url().absoluteString(), error.message); });
   config->setDidLoad([](const YMRSubtitle& track, std::size_t cues) {
-    if (cues == 0) say(track.url(), "There are no subtitles in this file.");
+    if (cues == 0) say(track.url().absoluteString(), "There are no subtitles in this file.");
   });
   return config;
 }

@@ -19,6 +19,7 @@ inline constexpr int NSURLErrorNetworkConnectionLost = -1005;
 inline constexpr int NSURLErrorHTTPTooManyRedirects = -1007;
 inline constexpr int NSURLErrorResourceUnavailable = -1008;
 inline constexpr int NSURLErrorBadServerResponse = -1011;
+inline constexpr int NSURLErrorCannotDecodeContentData = -1016;
 inline constexpr int NSURLErrorCancelled = -999;
 inline constexpr int NSURLErrorFileDoesNotExist = -1100;
 inline constexpr int NSURLErrorNoPermissionsToReadFile = -1102;

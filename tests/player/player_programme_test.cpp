@@ -141,6 +141,8 @@ TEST(Programme, tellsThePanelWhatTheHostSaysOfItAndArtworkThatFailsNeverHoldsItU
       item->setVideoDescription("Two goats cross a bridge.");
       item->setVideoTitle("Goats");
       item->setVideoThumbnailUrl(row.address);
+      Lines told;
+      item->setVideoThumbnailDidFail([&](const std::string& url, const NSError&) { told.push_back(url); });
       if (hasPicture) item->setVideoThumbnail(picture());
       const auto asked = rig.loop.now();
       rig.player->playWithMediaItem(item, 0);
@@ -152,6 +154,8 @@ TEST(Programme, tellsThePanelWhatTheHostSaysOfItAndArtworkThatFailsNeverHoldsItU
       EXPECT_EQ(metadataOf(rig.hub()), expected);
       EXPECT_TRUE(rig.net.loader->asked().empty() || !hasPicture);
       rig.loop.advance(10s);
+      const bool isLeftOut = !hasPicture && !row.hasArtwork && *row.address;
+      EXPECT_EQ(told, isLeftOut ? Lines{row.address} : Lines{});
       EXPECT_EQ(rig.net.loader->inFlight(), 0);
       EXPECT_EQ(rig.state(), "PlayingVideo");
     }

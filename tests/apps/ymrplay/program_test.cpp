@@ -62,10 +62,11 @@ TEST(PlayProgram, obeysTheKeysOfTheRemoteAndTerminationSignals) {
 }
 
 TEST(PlayProgram, reportsMediaThatFailOnce) {
-  const auto run = play({sample("nothing-of-that-name.mp4")});
+  const auto run = play({"--artwork", sample("ad.mp4"), sample("nothing-of-that-name.mp4")});
   EXPECT_EQ(run.exitStatus, 1);
   EXPECT_GT(run.first("videoOnError").value("message", "").size(), 10u);
-  EXPECT_THAT(run.errors, HasSubstr("ymrplay: "));
+  EXPECT_THAT(run.errors, HasSubstr("nothing-of-that-name.mp4: "));
+  EXPECT_THAT(run.errors, HasSubstr("/ad.mp4: This is no picture.\n"));
   EXPECT_THAT(run.eventNames({"videoOnPlay", "videoOnPlayDuration"}),
               ElementsAre("videoOnError", "playerWillDismiss", "playerDidDismiss"));
 }
