@@ -1,5 +1,7 @@
 #include "platform/avfoundation/AVPlayer.h"
 
+#include <glib.h>
+
 #include <mutex>
 #include <utility>
 
@@ -8,6 +10,7 @@
 #include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/NSString.h"
 
 // What outlives the player for the rest of the turn in which it is destroyed from inside one of its own calls.
 class AVPlayer::Core final : public ItemPlayback::Player, public std::enable_shared_from_this<Core> {
@@ -75,7 +78,6 @@ void AVPlayer::Core::setItem(const std::shared_ptr<AVPlayerItem>& item) {
 }
 
 bool AVPlayer::Core::setRate(float rate) {
-  if (!(rate > 0)) rate = 0;
   if (rate == rate_ || (playback_ && playback_->status() == AVPlayerItemStatusFailed)) return false;
   rate_ = rate;
   if (playback_) playback_->setRate(rate);
@@ -165,6 +167,10 @@ float AVPlayer::rate() const {
 
 void AVPlayer::setRate(float rate) {
   YMR_ASSERT_MAIN_THREAD();
+  if (rate != 0 && rate != 1) {
+    const std::string text = stringWithDouble(rate, 2);
+    return g_warning("AVPlayer plays at the rates 0 and 1; %s is refused", text.c_str());
+  }
   if (core_->setRate(rate)) didChangeValueForKey("rate");
 }
 

@@ -28,7 +28,7 @@ using AVPlayerTimeObserverToken = std::shared_ptr<AVPlayerPeriodicObserver>;
 // is destroyed nobody is called any more. Anything may be called, destruction included, from inside whatever it calls.
 //
 // Kept from the platform: rate, mute, exact seeking, end action, periodic observers. Left out: queues of items, volume,
-// boundary observers, external playback, rates below 0 (they count as 0), waiting to minimise stalls.
+// boundary observers, external playback, rates other than 0 and 1, waiting to minimise stalls.
 class YMR_API AVPlayer : public NSObject {
  public:
   using SeekCompletion = std::function<void(bool finished)>;
@@ -42,7 +42,8 @@ class YMR_API AVPlayer : public NSObject {
   // Lets go of the present item and takes the new one (or none) with the rate, mute and frame sink that are set.
   void replaceCurrentItemWithPlayerItem(const std::shared_ptr<AVPlayerItem>& item);
 
-  // 0 holds, 1 plays. While the item waits for data the rate stays what was asked for. A failed item's stays 0.
+  // 0 holds, 1 plays. While the item waits for data the rate stays what was asked for. A failed item's stays 0. There
+  // is no playing faster, slower or backwards: any other rate is refused with a warning of GLib's, and changes nothing.
   float rate() const;
   void setRate(float rate);
   void play() { setRate(1); }

@@ -28,7 +28,7 @@ TEST_F(PeriodicObservers, tickAtEachMultipleOfMediaTimeWhilePlayingAndOnlyThen) 
     float rate;
     RunLoop::Duration duration;
     std::vector<int> ticks;
-  } rows[] = {{1, 3s, {0, 1, 2, 3}}, {0, 5s, {}}, {2, 1750ms, {4, 5, 6}}, {0.5, 1s, {7}}};
+  } rows[] = {{1, 3s, {0, 1, 2, 3}}, {0, 5s, {}}, {1, 3500ms, {4, 5, 6}}, {1, 500ms, {7}}};
   for (const auto& row : rows) {
     player->setRate(row.rate);
     loop.advance(row.duration);

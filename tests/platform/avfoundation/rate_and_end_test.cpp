@@ -4,10 +4,10 @@
 
 class RateAndEnd : public PlayerTest {};
 
-TEST_F(RateAndEnd, rateIsHeardInsideTheCallWhenItChanges) {
+TEST_F(RateAndEnd, rateIsHeardInsideTheCallWhenItChangesAndIsNeverAnotherThanZeroAndOne) {
   open();
-  for (const float rate : {1.0f, 1.0f, 2.0f, -1.0f, 0.0f, 0.5f, std::nanf("")}) player->setRate(rate);
-  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "rate 2", "rate 0", "rate 0.5", "rate 0"));
+  for (const float rate : {2.0f, 1.0f, 1.0f, 2.0f, -1.0f, 0.5f, std::nanf(""), 0.0f}) player->setRate(rate);
+  EXPECT_THAT(diary->take(), ElementsAre("rate 1", "rate 0"));
 }
 
 TEST_F(RateAndEnd, endPausesBeforeItIsPostedWithoutSayingSoOrDoesNothing) {
