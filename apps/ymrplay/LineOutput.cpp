@@ -15,7 +15,7 @@
 namespace {
 
 constexpr std::size_t waitingLimit = 1 << 20;  // bytes
-constexpr auto patience = std::chrono::seconds(1);
+constexpr auto readerLimit = std::chrono::seconds(1);
 
 }  // namespace
 
@@ -54,11 +54,12 @@ void LineOutput::Shared::write(const std::shared_ptr<Shared>& self) {
         isWriting = false;
         waiting.clear();
         changed.notify_all();
-        if (auto* loop = RunLoop::mainIfInstalled()) {
-          loop->post([self, why = std::string(std::strerror(error))] {
+        lock.unlock();
+        RunLoop::whileInstalled([&self, error](RunLoop& loop) {
+          loop.post([self, why = std::string(std::strerror(error))] {
             if (const auto tell = std::exchange(self->broken, nullptr)) tell(why);
           });
-        }
+        });
         return;
       }
       done += static_cast<std::size_t>(count);
@@ -98,7 +99,7 @@ bool LineOutput::finish() {
   const auto isOver = [this] { return shared_->isBroken || shared_->isDone(); };
   for (std::size_t before = 0; !isOver(); before = shared_->written) {
     const bool moved =
-        shared_->changed.wait_for(lock, patience, [&] { return isOver() || shared_->written != before; });
+        shared_->changed.wait_for(lock, readerLimit, [&] { return isOver() || shared_->written != before; });
     if (!moved) break;
   }
   return !shared_->isBroken && shared_->isDone() && !shared_->hasLeftOut;
