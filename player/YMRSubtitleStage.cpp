@@ -58,7 +58,21 @@ class SubtitlePlacement final : public QQuickTransform {
 YMRSubtitleStage::YMRSubtitleStage() : subtitling_(ASBPlayerSubtitling::init()) {}
 
 YMRSubtitleStage::~YMRSubtitleStage() {
+  leaveScreen();
+}
+
+void YMRSubtitleStage::leaveScreen() {
   if (const auto screen = screen_.lock()) screen->setUnobscuredContentFrameDidChange({});
+  screen_.reset();
+}
+
+void YMRSubtitleStage::letGoOfViews() {
+  leaveScreen();
+  subtitling_->setContainerView(nullptr);
+  subtitling_->setLabel(nullptr);
+  if (container_) container_->removeFromSuperview();
+  container_ = nullptr;
+  label_ = nullptr;
 }
 
 void YMRSubtitleStage::addToPlayerScreen(const std::shared_ptr<AVPlayerViewController>& screen) {
@@ -113,7 +127,7 @@ int YMRSubtitleStage::linesAbove(double bottom) const {
 
 void YMRSubtitleStage::setSubtitle(const std::shared_ptr<YMRSubtitleConfig>& subtitle) {
   subtitle_ = subtitle;
-  if (!subtitle) return;
+  if (!subtitle || !label_) return;
   label_->setFont(subtitle->subtitleFont());
   label_->setTextColor(subtitle->subtitleTextColor());
   label_->setStrokeWidth(subtitle->subtitleStrokeWidth());

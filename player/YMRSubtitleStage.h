@@ -36,11 +36,14 @@ class YMRSubtitleStage : public std::enable_shared_from_this<YMRSubtitleStage> {
   void toggleSubtitle(bool visible) { subtitling_->setVisible(visible); }
   // What is being read in the background is dropped.
   void stopLoading() { ++loads_; }
+  // For the end of the application: nothing is shown any more.
+  void letGoOfViews();
 
  private:
   void load(const YMRSubtitle& track);
   void loadInBackground(const YMRSubtitle& track);
   void followScreen();
+  void leaveScreen();
   // How many lines there is room for when the container ends at `bottom`, in its points.
   int linesAbove(double bottom) const;
 

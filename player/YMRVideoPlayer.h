@@ -29,6 +29,12 @@ class YMRVideoPlayerImpl;
 //
 // Main thread. Everything here may be called from inside a callback, and so may the player be destroyed, which ends the
 // presentation at once and without a word. A second programme needs a second player once this one has been dismissed.
+//
+// It may outlive the QGuiApplication, as a static player does. The end of that is the end of the presentation, and just
+// as silent: media, timers and views go, what is being fetched reaches nobody, and playerDidDismiss is not told, since
+// what a host's callbacks refer to has often gone by then. Who wants to hear of it dismisses before, for instance when
+// QCoreApplication::aboutToQuit is emitted. From then on calls do nothing, and the player may be destroyed at any time.
+// Windows, and views that a host holds, are Qt's and have to go before the application.
 class YMR_API YMRVideoPlayer {
  public:
   YMRVideoPlayer();

@@ -78,6 +78,8 @@ void YMRVideoPlayerImpl::followApplication() {
                      weakly(weak_from_this(), &YMRVideoPlayerImpl::appDidEnterBackground));
   center.addObserver(&presentation_, UIApplicationDidBecomeActiveNotification, nullptr,
                      weakly(weak_from_this(), &YMRVideoPlayerImpl::appDidBecomeActive));
+  center.addObserver(&avPlayerVC_, UIApplicationWillTerminateNotification, nullptr,
+                     weakly(weak_from_this(), &YMRVideoPlayerImpl::applicationWillTerminate));
 }
 
 void YMRVideoPlayerImpl::presentWithController(const std::shared_ptr<UIViewController>& controller) {
@@ -133,6 +135,7 @@ void YMRVideoPlayerImpl::dismiss() {
 // Nobody can dismiss the player any more, so it must not stay on the screen.
 void YMRVideoPlayerImpl::hostLetGo() {
   YMR_ASSERT_MAIN_THREAD();
+  NSNotificationCenter::defaultCenter().removeObserver(&avPlayerVC_);
   if (presentation_ == Presentation::gone) return takeScreenAway(false);
   delegate_.reset();
   removeObserver();
@@ -140,8 +143,20 @@ void YMRVideoPlayerImpl::hostLetGo() {
   letGoOfPlayers();
 }
 
+// Nothing more has its turn, and no view may outlive Qt.
+void YMRVideoPlayerImpl::applicationWillTerminate() {
+  hostLetGo();
+  delegate_.reset();
+  if (avPlayerVC_->isViewLoaded()) avPlayerVC_->view()->removeFromSuperview();
+  subtitleStage_->letGoOfViews();
+  adContainerView_ = nullptr;
+  overlayView_ = nullptr;
+  avPlayerVC_ = nullptr;
+}
+
 // With what a guest of the host's may have put over it: whoever presents it dismisses everything above.
 void YMRVideoPlayerImpl::takeScreenAway(bool animated) {
+  if (!avPlayerVC_) return;
   const auto presenting = avPlayerVC_->presentingViewController();
   (presenting ? presenting : avPlayerVC_)->dismissViewControllerAnimated(animated);
 }

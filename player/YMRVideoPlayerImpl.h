@@ -53,7 +53,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
                                          public YMRPlayerStateHub,
                                          public YMRAdPlayer::Listener {
  public:
-  // The presentation ends, in silence, as soon as nobody outside holds what this returns, even from inside a callback.
+  // The presentation ends, in silence, as soon as nobody outside holds what this returns, even from inside a callback,
+  // and with the application object.
   static std::shared_ptr<YMRVideoPlayerImpl> init();
   ~YMRVideoPlayerImpl() override;
 
@@ -84,13 +85,13 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   std::string currentClosedCaption() const;
   void disableAutoClosedCaptionOptions();
 
-  // The player on the screen. Never nil.
+  // The player on the screen. nil only after the end of the application object, as all that has views.
   const std::shared_ptr<AVPlayerViewController>& avPlayerVC() const { return avPlayerVC_; }
   // The programme's player; nil before a programme is ready and after dismissal.
   const std::shared_ptr<AVPlayer>& vodPlayer() const { return vodPlayer_; }
   // The ad's player, a new one for every ad; nil while none is on screen.
   std::shared_ptr<AVPlayer> adPlayer() const { return adPlayer_ ? adPlayer_->player() : nullptr; }
-  // What lies over the screen during an ad. Never nil.
+  // What lies over the screen during an ad. nil only after the end of the application object.
   const std::shared_ptr<YMRAdContainerView>& adContainerView() const { return adContainerView_; }
   // The engine of the external subtitles, and what counts the time for labels; both follow the programme's player and
   // keep it after dismissal, without an item. Never nil.
@@ -145,6 +146,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void followApplication();
   void handleBack(const UIGestureRecognizer& recognizer);
   void hostLetGo();
+  void applicationWillTerminate();
   bool hostAnswers(std::function<void()> YMRVideoPlayerDelegate::*callback) const;
   void takeScreenAway(bool animated);
   void letGoOfPlayers();

@@ -74,7 +74,7 @@ std::string YMRVideoPlayerImpl::currentClosedCaption() const {
 }
 
 void YMRVideoPlayerImpl::disableAutoClosedCaptionOptions() {
-  avPlayerVC_->setAllowedSubtitleOptionLanguages(getClosedCaptionLanguageList());
+  if (avPlayerVC_) avPlayerVC_->setAllowedSubtitleOptionLanguages(getClosedCaptionLanguageList());
 }
 
 // Only subtitles are reported; closed captions and "off" deliberately are not.

@@ -31,6 +31,9 @@ std::shared_ptr<SKVASTViewController> SKVASTViewController::initWithDelegate(
       new SKVASTViewController(std::move(delegate), std::move(viewController)));
   screen->startReachability();
   screen->addObservers();
+  NSNotificationCenter::defaultCenter().addObserver(
+      &screen->stage_, UIApplicationWillTerminateNotification, nullptr,
+      weakly(std::weak_ptr(screen), &SKVASTViewController::applicationWillTerminate));
   return screen;
 }
 
@@ -48,6 +51,7 @@ SKVASTViewController::SKVASTViewController(std::weak_ptr<SKVASTViewControllerDel
 
 SKVASTViewController::~SKVASTViewController() {
   removeObservers();
+  NSNotificationCenter::defaultCenter().removeObserver(&stage_);
   if (reachability_) reachability_->stopNotifier();
 }
 
@@ -101,7 +105,28 @@ void SKVASTViewController::removeObservers() {
   NSNotificationCenter::defaultCenter().removeObserver(this);
 }
 
+// As when it is destroyed; besides, no view may outlive Qt.
+void SKVASTViewController::applicationWillTerminate() {
+  const auto self = own();
+  const auto presenter = presentingViewController();
+  stage_ = Stage::over;
+  setDelegate({});
+  removeObservers();
+  if (reachability_) reachability_->stopNotifier();
+  stopTimers();
+  film_ = nullptr;
+  wakefulness_.setAwake(false);
+  if (presenter) presenter->dismissViewControllerAnimated(false);
+  if (isViewLoaded()) view()->removeFromSuperview();
+  setView(nullptr);
+  controls_ = nullptr;
+  indicator_ = nullptr;
+  picture_ = nullptr;
+  shown_ = ad_ = nullptr;
+}
+
 void SKVASTViewController::loadView() {
+  if (stage_ == Stage::over) return UIViewController::loadView();
   const auto root = std::make_shared<UIView>();
   root->setBackgroundColor(UIColor::blackColor());
   picture_ = std::make_shared<UIView>();
@@ -122,6 +147,7 @@ void SKVASTViewController::loadView() {
 }
 
 void SKVASTViewController::viewDidLoad() {
+  if (stage_ == Stage::over) return;
   controls_ = SKVASTControls::initWithVASTPlayer(own());
   setUpTapGestureRecognizer();
 }
@@ -158,6 +184,7 @@ void SKVASTViewController::loadVideoWithData(const VASTDocument& document) {
 
 void SKVASTViewController::loadVideoUsingSource(const Source& source) {
   YMR_ASSERT_MAIN_THREAD();
+  if (stage_ == Stage::over) return;
   if (isLoading_) return SKLogger::warning(tag, "Ignoring loadVideo because a load is in progress.");
   const auto self = own();
   addObservers();
@@ -177,6 +204,7 @@ void SKVASTViewController::loadVideoUsingSource(const Source& source) {
 void SKVASTViewController::vastDidLoad(YMRVastModel& model) {
   const auto self = own();
   isLoading_ = false;
+  if (stage_ == Stage::over) return;
   std::optional<SKVASTError> failure;  // of the first ad, which is the one reported
   std::string reason;
   for (YMRAdQueue queue(model); !queue.isEmpty();) {

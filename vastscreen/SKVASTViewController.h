@@ -36,7 +36,9 @@ class YMRVastModel;
 // picture. Out of sight it is paused, and resumed when it is seen again, unless it is over.
 //
 // Main thread. Always held by shared_ptr: by the host and, while it is presented, by who presents it. Destroyed before
-// that, it is silent. The host may do anything from inside each of its callbacks.
+// that, it is silent. So it is at the end of the QGuiApplication, which it may outlive: load and presentation end
+// without a word and untracked, from then on calls do nothing, and it may be destroyed at any time. The host may do
+// anything from inside each of its callbacks.
 //
 // Every load that is not ignored ends in vastReady or in one vastError. Every play ends in one vastError, or is
 // presented; then it ends in one vastDidDismissFullScreen, with at most one vastError before or right after it. The
@@ -127,7 +129,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
 
  private:
   enum class Network { unknown, reachable, unreachable };
-  enum class Stage { idle, presented, closing };
+  enum class Stage { idle, presented, closing, over };
   using Source = std::variant<std::optional<NSURL>, VASTDocument>;
   // An ad that was loaded, and what has been told and tracked of it, however often it is presented.
   struct Ad {
@@ -148,6 +150,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   void removeObservers();
   void applicationDidBecomeActive();
   void applicationDidEnterBackground();
+  void applicationWillTerminate();
 
   void loadVideoUsingSource(const Source& source);
   void vastDidLoad(YMRVastModel& model);

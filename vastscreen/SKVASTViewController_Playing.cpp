@@ -30,6 +30,7 @@ RunLoop::Duration loadTimeout() {
 
 void SKVASTViewController::play() {
   YMR_ASSERT_MAIN_THREAD();
+  if (stage_ == Stage::over) return;
   const auto self = own();
   if (!ad_) {
     SKLogger::warning(tag, "Ignoring call to playVideo before the player has sent vastReady.");

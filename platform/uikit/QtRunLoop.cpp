@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "platform/dispatch/DropBlocks.h"
+#include "platform/uikit/UIApplication.h"
 
 namespace {
 
@@ -25,10 +26,16 @@ QtRunLoop::~QtRunLoop() {
 }
 
 void QtRunLoop::installIfNeeded() {
-  if (!QCoreApplication::instance() || mainIfInstalled()) return;
   static QtRunLoop* loop;
-  loop = new QtRunLoop;
-  qAddPostRoutine([] { delete std::exchange(loop, nullptr); });
+  static bool followsApplication;
+  if (!QCoreApplication::instance()) return;
+  if (!mainIfInstalled()) loop = new QtRunLoop;
+  if (std::exchange(followsApplication, true)) return;
+  qAddPostRoutine([] {
+    followsApplication = false;
+    UIApplication::sharedApplication().terminate();
+    delete std::exchange(loop, nullptr);
+  });
 }
 
 void QtRunLoop::post(Block block) {

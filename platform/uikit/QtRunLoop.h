@@ -19,7 +19,8 @@ class YMR_API QtRunLoop final : public QObject, public ThreadedRunLoop {
   ~QtRunLoop() override;
 
   // Makes one, which lives as long as the QCoreApplication, when none of any form is installed and there is a
-  // QCoreApplication. Main thread.
+  // QCoreApplication. Whatever the form, the end of the QCoreApplication is told from then on: see
+  // UIApplicationWillTerminateNotification. Main thread.
   static void installIfNeeded();
 
   void post(Block block) override;

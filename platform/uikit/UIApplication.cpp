@@ -40,6 +40,11 @@ void UIApplication::setSupportedInterfaceOrientations(std::vector<std::string> n
   supportedOrientations_ = std::move(names);
 }
 
+void UIApplication::terminate() {
+  NSNotificationCenter::defaultCenter().postNotificationName(UIApplicationWillTerminateNotification, nullptr);
+  setIdleTimerDisabled(false);
+}
+
 void UIApplication::setVisible(bool visible) {
   YMR_ASSERT_MAIN_THREAD();
   if (inBackground_ == !visible) return;

@@ -14,6 +14,10 @@ inline constexpr const char* UIApplicationDidEnterBackgroundNotification =
 // It is to be seen again. Losing and getting the focus alone is neither. Object: nil.
 inline constexpr const char* UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";
 
+// The application object (QGuiApplication) is being destroyed. What plays or shows something ends now, for good and in
+// silence, with its views: the run loop and Qt's things go right after. Object: nil.
+inline constexpr const char* UIApplicationWillTerminateNotification = "UIApplicationWillTerminateNotification";
+
 // How an interface stands, with the platform's numbers.
 enum UIInterfaceOrientation {
   UIInterfaceOrientationPortrait = 1,
@@ -46,6 +50,8 @@ class YMR_API UIApplication {
 
   // For windows and tests: whether the program is to be seen. Posts a notification when that changes.
   void setVisible(bool visible);
+  // For the run loop: the application object goes.
+  void terminate();
 
  private:
   UIApplication();
