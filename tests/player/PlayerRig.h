@@ -8,6 +8,7 @@
 #include "player/YMRVideoPlayer.h"
 #include "player/YMRVideoPlayerImpl.h"
 #include "tests/player/RecordingHost.h"
+#include "tests/support/ScreenTest.h"
 #include "tests/support/ScriptedMediaEngine.h"
 #include "tests/support/ScriptedURLLoader.h"
 
@@ -28,6 +29,7 @@ class PlayerRig {
   // "PausedVideo" for a YMRPlayerStatePausedVideo.
   std::string state();
 
+  QGuiApplication& application = screenApplication();  // which views need
   VirtualRunLoop loop;
   ScriptedMedia media;
   ScriptedLoaderInPlace net;

@@ -24,9 +24,9 @@ const std::string theTag = BreakRig::tag("break");
 struct DocumentFault {
   const char* name;
   int code;
-  std::function<void(BreakRig&)> arrange;
-  Lines tracked{};        // of the ad "a", where there is one
+  ScriptedURLLoader::Answer answer;
   std::string says = "";  // to the host, at the end
+  Lines tracked{};        // of the ad "a", where there is one
 };
 
 // A fault of one ad, which ends with `code`, or as if nothing were wrong (-1), or without a word (-2).
@@ -36,94 +36,60 @@ struct AdFault {
   const char* name;
   int code;
   Lines tracked;
-  std::function<void(BreakRig&, const std::string& ad)> arrange;
-  std::string type = "video/mp4";  // of its film
+  MediaScript film;
+  std::string type = "video/mp4";
 };
 
+// The hop of a chain that takes for ever: as slow as may be, and leads to the next.
+ScriptedURLLoader::Answer slowHop(int next) {
+  auto answer = BreakRig::wrapper(BreakRig::tag(std::to_string(next)));
+  answer.delay = 9900ms;
+  return answer;
+}
+
 const std::vector<DocumentFault>& documentFaults() {
-  static const auto answers = [](ScriptedURLLoader::Answer answer) {
-    return [answer = std::move(answer)](BreakRig& rig) { rig.net.loader->answer(theTag, answer); };
-  };
-  static const auto body = [](std::string text) { return answers({.body = std::move(text)}); };
-  static const auto slow = [](ScriptedURLLoader::Answer answer) {
-    answer.delay = 9900ms;
-    return answer;
-  };
   static const std::vector<DocumentFault> faults{
-      {"refused", 0, answers({.error = NSURLErrorCannotConnectToHost}), {}, "Error:No internet connection"},
-      {"404",
-       0,
-       answers({.status = 404, .body = "nothing"}),
-       {},
-       std::string("from ") + theTag + ": The server answered 404."},
-      {"204", 0, answers({.status = 204})},
-      {"silence", 5, answers({.never = true})},
-      {"empty body", 1, body("")},
-      {"a page", 1, body("<html><body>Welcome<br></body></html>")},
-      {"cut short", 1, body(BreakRig::pod({"a"}).body.substr(0, 300))},
-      {"no ad", 3, body("<VAST version=\"3.0\"></VAST>")},
-      {"an empty ad", 3, body("<VAST version=\"3.0\"><Ad id=\"a\"/></VAST>")},
-      {"not linear", 3, answers(BreakRig::document({{"a", ""}})), {"error-303"}},
-      {"wraps itself", 8, answers(BreakRig::wrapper(theTag))},
-      {"wraps nothing", 0, answers(BreakRig::wrapper(BreakRig::tag("gone")))},
-      {"wraps a file",
-       0,
-       answers(BreakRig::wrapper("file:///etc/passwd")),
-       {},
+      {"refused", 0, {.error = NSURLErrorCannotConnectToHost}, "Error:No internet connection"},
+      {"404", 0, {.status = 404, .body = "nothing"}, "from " + theTag + ": The server answered 404."},
+      {"silence", 5, {.never = true}},
+      {"empty body", 1, {}},
+      {"a page", 1, {.body = "<html><body>Welcome<br></body></html>"}},
+      {"cut short", 1, {.body = BreakRig::pod({"a"}).body.substr(0, 300)}},
+      {"no ad", 3, {.body = "<VAST version=\"3.0\"></VAST>"}},
+      {"an empty ad", 3, {.body = "<VAST version=\"3.0\"><Ad id=\"a\"/></VAST>"}},
+      {"not linear", 3, BreakRig::document({{"a", ""}}), "", {"error-303"}},
+      {"wraps itself", 8, BreakRig::wrapper(theTag)},
+      {"wraps a file", 0, BreakRig::wrapper("file:///etc/passwd"),
        "Error:No document from file:///etc/passwd: Only http and https are fetched."},
-      {"hops that take for ever", 5,
-       [](BreakRig& rig) {
-         rig.media.script(PlayerRig::film).duration = 40;  // else the programme ends first
-         for (int hop = 0; hop < 4; ++hop) {
-           rig.net.loader->answer(hop ? BreakRig::tag(std::to_string(hop)) : theTag,
-                                  slow(BreakRig::wrapper(BreakRig::tag(std::to_string(hop + 1)))));
-         }
-       }},
+      {"hops that take for ever", 5, slowHop(1)},
   };
   return faults;
 }
 
 const std::vector<AdFault>& adFaults() {
-  static const Lines begun{"impression", "start", "creativeView"};
-  static const auto with = [](Lines first, const Lines& more) {
-    first.insert(first.end(), more.begin(), more.end());
-    return first;
-  };
-  static const auto script = [](std::function<void(MediaScript&)> change) {
-    return [change = std::move(change)](BreakRig& rig, const std::string& ad) {
-      change(rig.media.script(BreakRig::film(ad)));
-    };
+  static const auto begun = [](const Lines& more) {
+    Lines all{"impression", "start", "creativeView"};
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
   };
   static const std::vector<AdFault> faults{
-      {"nothing", AdFault::none, BreakRig::wholeAd(), script([](MediaScript&) {})},
-      {"a type nobody plays", 4, {"error-401"}, script([](MediaScript&) {}), "application/x-mpegURL"},
-      {"no linear creative", 3, {"error-303"}, script([](MediaScript&) {}), ""},
-      {"no player", AdFault::silent, {"impression", "error-400"}, script([](MediaScript& film) {
-         film.cannotBeMade = true;
-       })},
-      {"does not load", 10, with(begun, {"error-402"}), script([](MediaScript& film) { film.loadFailure = broken; })},
-      {"never loads", 10, with(begun, {"error-402"}), script([](MediaScript& film) { film.neverLoads = true; })},
-      {"loads late", AdFault::none, BreakRig::wholeAd(), script([](MediaScript& film) { film.loadDelay = 9; })},
-      {"breaks at once", 10, with(begun, {"error-402"}), script([](MediaScript& film) {
-         film.failure = {0, broken};
-       })},
-      {"breaks in the middle", 10, with(begun, {"firstQuartile", "error-402"}), script([](MediaScript& film) {
-         film.failure = {4.5, broken};
-       })},
-      {"breaks at its end", 10, with(begun, {"firstQuartile", "midpoint", "thirdQuartile", "error-402"}),
-       script([](MediaScript& film) {
-         film.failure = {8, broken};
-       })},
-      {"waits for data", AdFault::none, BreakRig::wholeAd(), script([](MediaScript& film) {
-         film.stalls = {{4, 5}};
-       })},
-      {"runs dry", 10, with(begun, {"firstQuartile", "error-402"}), script([](MediaScript& film) {
-         film.stalls = {{4.5, 1000}};
-       })},
-      {"one picture", AdFault::none, with(begun, {"complete"}),
-       script([](MediaScript& film) { film.duration = 0.04; })},
-      {"is shorter than declared", AdFault::none, BreakRig::wholeAd(),
-       script([](MediaScript& film) { film.duration = 3.2; })},
+      {"nothing", AdFault::none, BreakRig::wholeAd(), {.duration = 8}},
+      {"a type nobody plays", 4, {"error-401"}, {}, "application/x-mpegURL"},
+      {"no linear creative", 3, {"error-303"}, {}, ""},
+      {"no player", AdFault::silent, {"impression", "error-400"}, {.cannotBeMade = true}},
+      {"does not load", 10, begun({"error-402"}), {.loadFailure = broken}},
+      {"never loads", 10, begun({"error-402"}), {.neverLoads = true}},
+      {"loads late", AdFault::none, BreakRig::wholeAd(), {.duration = 8, .loadDelay = 9}},
+      {"breaks at once", 10, begun({"error-402"}), {.duration = 8, .failure = {{0, broken}}}},
+      {"breaks in the middle", 10, begun({"firstQuartile", "error-402"}), {.duration = 8, .failure = {{4.5, broken}}}},
+      {"breaks at its end",
+       10,
+       begun({"firstQuartile", "midpoint", "thirdQuartile", "error-402"}),
+       {.duration = 8, .failure = {{8, broken}}}},
+      {"waits for data", AdFault::none, BreakRig::wholeAd(), {.duration = 8, .stalls = {{4, 5}}}},
+      {"runs dry", 10, begun({"firstQuartile", "error-402"}), {.duration = 8, .stalls = {{4.5, 1000}}}},
+      {"one picture", AdFault::none, begun({"complete"}), {.duration = 0.04}},
+      {"is shorter than declared", AdFault::none, BreakRig::wholeAd(), {.duration = 3.2}},
   };
   return faults;
 }
@@ -187,7 +153,11 @@ TEST(BreakFaults, aDocumentThatBringsNoAdIsOneFailedAd) {
     SCOPED_TRACE(fault.name);
     forEachRoll([&](YMRAdRoll roll) {
       Presentation presentation(roll);
-      fault.arrange(presentation);
+      presentation.media.script(PlayerRig::film).duration = 40;  // so that no chain of hops outlasts it
+      presentation.net.loader->answer(theTag, fault.answer);
+      for (int hop = 1; hop < 4; ++hop) {
+        presentation.net.loader->answer(BreakRig::tag(std::to_string(hop)), slowHop(hop + 1));
+      }
       presentation.run();
       EXPECT_EQ(presentation.host.heardOf({"videoAdOnErrorDesc", "videoAdOnComplete", "videoAdOnStart"}),
                 (Lines{"videoAdOnErrorDesc " + std::to_string(fault.code)}));
@@ -219,7 +189,7 @@ TEST(BreakFaults, anAdThatFailsHasOneEndingAndTheOthersPlay) {
             }
           }
           presentation.net.loader->answer(theTag, BreakRig::document(ads));
-          fault.arrange(presentation, names[which]);
+          presentation.media.script(BreakRig::film(names[which])) = fault.film;
           presentation.run();
           EXPECT_EQ(presentation.host.heardOf({"videoAdOnErrorDesc", "videoAdOnComplete"}), endings);
           for (std::size_t each = 0; each < count; ++each) {

@@ -1,7 +1,7 @@
 // How a presentation ends: by itself, by the host, by the viewer.
 #include <gmock/gmock.h>
 
-#include "VAST/SKLogger.h"
+#include "tests/VAST/Parser/RecordedLog.h"
 #include "tests/player/PlayerRig.h"
 
 using testing::ElementsAre;
@@ -41,17 +41,13 @@ TEST(Ending, aHostThatAnswersTheEndKeepsThePlayerUntilItDismissesIt) {
 }
 
 TEST(Ending, aHostThatDoesNotAnswerTheEndSeesThePlayerDismissItself) {
-  Lines errors;
-  SKLogger::installSink(SKLogLevelError, [&](int, std::string_view tag, std::string_view message) {
-    errors.push_back(std::string(tag) + ": " + std::string(message));
-  });
+  const RecordedLog log(SKLogLevelError);
   PlayerRig rig;
   rig.host.delegate->videoDidPlayFinished = nullptr;
   rig.playFilm();
   rig.loop.advance(70s);
-  SKLogger::installSink(SKLogLevelNone, nullptr);
   EXPECT_THAT(rig.host.heardOf(ending), ElementsAre("videoOnPause 60", "playerWillDismiss", "playerDidDismiss"));
-  EXPECT_THAT(errors, IsEmpty()) << "though the end and the dismissal both take the observers away";
+  EXPECT_THAT(log.lines(), IsEmpty()) << "though the end and the dismissal both take the observers away";
   expectNothingLeft(rig);
 }
 

@@ -120,12 +120,9 @@ TEST(Programme, tellsThePanelWhatTheHostSaysOfItAndArtworkThatFailsNeverHoldsItU
   const std::vector<Row> table{
       {"http://media.example/a.png", {.body = file}, 0.05, true},
       {"http://media.example/slow.png", {.body = file, .delay = 1500ms}, 1.5, true},
-      {"http://media.example/slower.png", {.body = file, .delay = 2500ms}, 2.05, false},
       {"http://media.example/never.png", {.never = true}, 2.05, false},
       {gone.c_str(), {.status = 404, .body = file}, 0.05, false},
-      {"http://media.example/refused.png", {.error = NSURLErrorCannotConnectToHost}, 0.05, false},
       {"http://media.example/page.png", {.body = "<html>Sorry</html>"}, 0.05, false},
-      {"http://media.example/empty.png", {}, 0.05, false},
       {"http://media.example/huge.png", {.body = std::string((8 << 20) + 1, 'x')}, 0.05, false},
       {"file:///srv/poster.png", {.body = file}, 0.05, true},
       {"poster.png", {.body = file}, 0.05, false},
@@ -170,32 +167,22 @@ TEST(Programme, aFailureIsReportedOnceAndThePlayerStays) {
   struct Row {
     const char* what;
     int code;
-    std::function<void(MediaScript&)> script;  // of media that are played
+    MediaScript film;
     std::function<void(YMRVideoPlayer&)> play;
   };
   const std::vector<Row> table{
       {"no address", NSURLErrorBadURL, {}, [](auto& to) { to.playWithMediaItem(YMRMediaItem::itemWithUrl({}), 0); }},
       {"no item", NSURLErrorBadURL, {}, [](auto& to) { to.playWithMediaItem(nullptr, 5); }},
       {"no asset", NSURLErrorBadURL, {}, [](auto& to) { to.playWithMediaItem(PlayerRig::item(), nullptr, 0); }},
-      {"does not load", AVErrorFileFailedToParse, [&](auto& film) { film.loadFailure = broken; }, {}},
-      {"is never there", AVErrorNoDataReceived, [](auto& film) { film.neverLoads = true; }, {}},
-      {"breaks at 5 s",
-       AVErrorFileFailedToParse,
-       [&](auto& film) {
-         film.failure = {5, broken};
-       },
-       {}},
-      {"falls silent",
-       AVErrorNoDataReceived,
-       [](auto& film) {
-         film.stalls = {{5, 1000}};
-       },
-       {}},
+      {"does not load", AVErrorFileFailedToParse, {.loadFailure = broken}, {}},
+      {"is never there", AVErrorNoDataReceived, {.neverLoads = true}, {}},
+      {"breaks at 5 s", AVErrorFileFailedToParse, {.failure = {{5, broken}}}, {}},
+      {"falls silent", AVErrorNoDataReceived, {.stalls = {{5, 1000}}}, {}},
   };
   for (const auto& row : table) {
     SCOPED_TRACE(row.what);
     PlayerRig rig;
-    if (row.script) row.script(rig.media.script(PlayerRig::film));
+    rig.media.script(PlayerRig::film) = row.film;
     row.play ? row.play(*rig.player) : rig.player->playWithMediaItem(PlayerRig::item(), 0);
     rig.loop.advance(120s);
     EXPECT_THAT(rig.host.heardOf({"videoOnError", "videoDidPlayFinished", "playerWillDismiss"}),

@@ -47,12 +47,12 @@ TEST(Stall, isPolledEveryHalfSecondUntilMoreThanTenSecondsAreBuffered) {
     PlayerRig rig;
     rig.playFilm();
     rig.loop.advance(5s);
-    rig.engine().setBuffering(true, false, lead);
+    rig.engine().setBuffering(true, lead);
     rig.loop.runUntilIdle();
     const auto timers = rig.loop.pendingTimers();  // the poll's is one of them
     rig.loop.advance(1s);
     EXPECT_EQ(rig.loop.pendingTimers(), timers);
-    rig.engine().setBuffering(true, false, 10.001);
+    rig.engine().setBuffering(true, 10.001);
     rig.loop.advance(499ms);
     EXPECT_EQ(rig.loop.pendingTimers(), timers);
     rig.loop.advance(1ms);
@@ -69,7 +69,7 @@ TEST(Stall, doesNotStartWhatSomebodyHasPaused) {
     const auto pause = [&] { rig.hub().vodPlayer()->pause(); };
     if (moment == std::string("before it")) pause();
     rig.host.inside[moment] = pause;
-    rig.engine().setBuffering(true, false, 0);
+    rig.engine().setBuffering(true, 0);
     rig.loop.advance(200ms);
     if (moment == std::string("between two polls")) pause();
     rig.loop.advance(5s);

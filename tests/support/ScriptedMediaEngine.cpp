@@ -56,7 +56,6 @@ void ScriptedMediaEngine::cancel(RunLoop::TimerToken& timer) {
 }
 
 void ScriptedMediaEngine::load(const CMTime& start) {
-  ++log_->loads;
   log_->start = CMTimeGetSeconds(start);
   anchorPosition_ = std::clamp(fromTime(start), Nanoseconds::zero(), end());
   loading_ = true;
@@ -99,9 +98,8 @@ void ScriptedMediaEngine::setStalled(bool stalled) {
   tell(events_.bufferingChanged);
 }
 
-void ScriptedMediaEngine::setBuffering(bool empty, bool likelyToKeepUp, double lead) {
+void ScriptedMediaEngine::setBuffering(bool empty, double lead) {
   saysEmpty_ = empty;
-  saysLikelyToKeepUp_ = likelyToKeepUp;
   script_.bufferedLead = lead;
   tell(events_.bufferingChanged);
 }
@@ -151,7 +149,6 @@ void ScriptedMediaEngine::carryOutSeek() {
     anchorPosition_ = seek.target;
     seek_.reset();
     stalled_ = ended_ = saysEmpty_ = false;
-    saysLikelyToKeepUp_ = true;
     updateCaption();
   });
   tell(events_.bufferingChanged);

@@ -31,22 +31,22 @@ struct MediaScript {
   bool live = false;  // endless; the duration is indefinite
   std::vector<MediaTrack> tracks = {{MediaTrack::Kind::video, "video", {}, {}, 25, 16, 9}};
 
-  double loadDelay = 0.05;             // from load() to ready, or to the failure to load
-  std::optional<NSError> loadFailure;  // fails instead of becoming ready
-  bool cannotBeMade = false;           // making the engine throws
-  bool neverLoads = false;             // silence: fails with AVErrorNoDataReceived at the silence limit
+  double loadDelay = 0.05;               // from load() to ready, or to the failure to load
+  std::optional<NSError> loadFailure{};  // fails instead of becoming ready
+  bool cannotBeMade = false;             // making the engine throws
+  bool neverLoads = false;               // silence: fails with AVErrorNoDataReceived at the silence limit
 
   struct Failure {
     double position;
     NSError error;
   };
-  std::optional<Failure> failure;  // fails when the position gets there
+  std::optional<Failure> failure{};  // fails when the position gets there
 
   struct Stall {
     double position;
     double seconds;  // longer than the silence limit: fails instead of going on
   };
-  std::vector<Stall> stalls;  // data run out at the position; each happens once
+  std::vector<Stall> stalls{};  // data run out at the position; each happens once
 
   double bufferedLead = 30;  // how far ahead of the position data are there, outside a stall
   double seekDelay = 0;      // from seek() to its being carried out
@@ -57,7 +57,7 @@ struct MediaScript {
     std::string text;
     bool isMarkup = false;
   };
-  std::vector<Caption> captions;  // shown from start (inclusive) to stop (exclusive) while the track is selected
+  std::vector<Caption> captions{};  // shown from start (inclusive) to stop (exclusive) while the track is selected
 
   std::uint32_t colour = 0x00808080;  // of the pictures, 0x00RRGGBB
 };
@@ -67,7 +67,6 @@ struct MediaEngineLog {
   explicit MediaEngineLog(MediaSource of) : source(std::move(of)) {}
 
   const MediaSource source;
-  int loads = 0;
   double start = 0;           // where it was to begin
   std::vector<double> seeks;  // targets as given, superseded ones included
   int flushes = 0;            // seeks that were carried out
@@ -93,8 +92,8 @@ class ScriptedMediaEngine final : public MediaEngine {
   // Data run out until resumeData(); the silence limit applies.
   void stall() { setStalled(true); }
   void resumeData() { setStalled(false); }
-  // Says what the three buffering questions answer, until the next stall or seek.
-  void setBuffering(bool empty, bool likelyToKeepUp, double lead);
+  // Says whether the buffer is empty, until the next seek, and how far it reaches.
+  void setBuffering(bool empty, double lead);
   void setDuration(double seconds);
   void setTracks(std::vector<MediaTrack> tracks);
   // Puts the position there without a seek, as if the time between had been played; while playing, the end is reported.
@@ -111,7 +110,7 @@ class ScriptedMediaEngine final : public MediaEngine {
   bool isLive() const override { return script_.live; }
   std::vector<CMTimeRange> bufferedRanges() const override;
   bool isBufferEmpty() const override { return stalled_ || saysEmpty_; }
-  bool isLikelyToKeepUp() const override { return ready_ && !stalled_ && saysLikelyToKeepUp_; }
+  bool isLikelyToKeepUp() const override { return ready_ && !isBufferEmpty(); }
   std::vector<MediaTrack> tracks() const override;
   void selectLegibleTrack(const std::optional<std::string>& identifier) override;
   void setMuted(bool muted) override { log_->muted = muted; }
@@ -165,7 +164,6 @@ class ScriptedMediaEngine final : public MediaEngine {
   bool stalled_ = false;
   bool ended_ = false;
   bool saysEmpty_ = false;
-  bool saysLikelyToKeepUp_ = true;
   double rate_ = 0;
   std::optional<Seek> seek_;
   std::optional<MediaCaption> caption_;
