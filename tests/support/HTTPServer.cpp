@@ -65,17 +65,7 @@ class HTTPServer::Connection final : public httplib::Stream {
   void get_remote_ip_and_port(std::string&, int&) const override {}
   void get_local_ip_and_port(std::string&, int&) const override {}
 
-  ssize_t read(char* to, size_t size) override {
-    if (unread_.empty()) {
-      const auto count = ::recv(socket_, block_, sizeof block_, 0);
-      if (count <= 0) return count;
-      unread_ = {block_, static_cast<std::size_t>(count)};
-    }
-    const auto count = unread_.copy(to, size);
-    unread_.remove_prefix(count);
-    return static_cast<ssize_t>(count);
-  }
-
+  ssize_t read(char* to, size_t size) override { return ::recv(socket_, to, size, 0); }
   ssize_t write(const char* from, size_t size) override {
     const std::string_view bytes(from, size);
     const auto due = reply.cutAfter ? reply.cutAfter : reply.stallAfter;
@@ -104,8 +94,6 @@ class HTTPServer::Connection final : public httplib::Stream {
 
   HTTPServer& server_;
   const int socket_;
-  char block_[4096];
-  std::string_view unread_;
   bool isHead_ = false;
   bool isBroken_ = false;
   std::size_t sent_ = 0;  // of the body
@@ -160,11 +148,7 @@ bool HTTPServer::process_and_close_socket(socket_t socket) {
 }
 
 HTTPServer::Reply HTTPServer::replyTo(httplib::Request& request) {
-  const Request asked{request.method,
-                      request.target,
-                      request.target.substr(0, request.target.find('?')),
-                      {request.headers.begin(), request.headers.end()},
-                      std::chrono::steady_clock::now()};
+  const Request asked{{request}, std::chrono::steady_clock::now()};
   Handler handler;
   {
     std::lock_guard lock(mutex_);

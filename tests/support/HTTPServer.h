@@ -18,11 +18,7 @@
 // The library reads requests, makes answers and cuts ranges out of them; the faults are in what sends them.
 class HTTPServer : httplib::Server {
  public:
-  struct Request {
-    std::string method;
-    std::string target;  // path and query, as sent
-    std::string path;
-    std::map<std::string, std::string, httplib::detail::ci> headers;  // names in any case
+  struct Request : httplib::Request {  // the path has no query; the target is both, as sent
     std::chrono::steady_clock::time_point at;
   };
 
@@ -58,9 +54,6 @@ class HTTPServer : httplib::Server {
   }
   void onFile(const std::string& path, std::string file, std::string type) {
     on(path, Reply{.type = std::move(type), .file = std::move(file)});
-  }
-  void onRedirect(const std::string& path, std::string location) {
-    on(path, Reply{.status = 302, .headers = {{"Location", std::move(location)}}});
   }
   // For every path that has nothing of its own.
   void onOthers(Handler handler) { on("", std::move(handler)); }
