@@ -3,12 +3,10 @@
 #include <gmock/gmock.h>
 
 #include "platform/dispatch/VirtualRunLoop.h"
-#include "platform/foundation/NSString.h"
 #include "platform/uikit/values/UIScreen.h"
 #include "tests/VAST/Parser/RecordedLog.h"
 #include "tests/support/NetworkNamespace.h"
 #include "tests/support/ScriptedURLLoader.h"
-#include "tests/support/TurkishLocale.h"
 
 using namespace std::chrono_literals;
 using testing::Contains;
@@ -28,16 +26,10 @@ struct MediaFilePicker : testing::Test {
     SKVASTMediaFilePicker::setProbeHost("127.0.0.1");
     UIScreen::mainScreen().setSize({1920, 1080});
   }
-  ~MediaFilePicker() override {
-    SKVASTMediaFilePicker::setProbeHost(host);
-    UIScreen::mainScreen().setSize({1920, 1080});
-  }
   static std::string pick(const SKVASTMediaFilePicker::Files& files) {
     const auto picked = SKVASTMediaFilePicker::pick(files);
     return picked ? picked->url()->path().substr(1) : "nil";
   }
-
-  const std::string host = SKVASTMediaFilePicker::probeHost();
 };
 
 TEST_F(MediaFilePicker, takesTheAreaNearestToTheScreens) {
@@ -80,14 +72,6 @@ TEST_F(MediaFilePicker, takesOnlyTypesThatThePlayerPlays) {
     EXPECT_EQ(pick({file("1", "1", type)}), "nil") << type;
   }
   EXPECT_EQ(pick({file("1", "1", std::nullopt)}), "nil");
-}
-
-TEST_F(MediaFilePicker, isTheSameForATurkLikeWhatElseIsReadAndWritten) {
-  const TurkishLocale locale;
-  if (!locale.isThere()) GTEST_SKIP() << "no Turkish here";
-  EXPECT_EQ(pick({file("1", "1", "VIDEO/QUICKTIME")}), "1x1");
-  EXPECT_EQ(NSURL::URLWithString("HTTP://INFO.EXAMPLE/I")->absoluteString(), "http://info.example/I");
-  EXPECT_EQ(stringWithDouble(-1234567.5, 2), "-1234567.50");
 }
 
 TEST_F(MediaFilePicker, onAMachineThatReachesOnlyItsAdServerThereIsANetworkWhileThatAnswers) {
