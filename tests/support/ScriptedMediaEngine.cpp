@@ -69,10 +69,7 @@ void ScriptedMediaEngine::becomeReady() {
   if (script_.loadFailure) return fail(*script_.loadFailure);
   report([this] {
     if (ready_ || failing_) return;
-    change([this] {
-      ready_ = true;
-      updateCaption();
-    });
+    change([this] { ready_ = true; });
     if (seek_) schedule(seekTimer_, fromSeconds(script_.seekDelay), [this] { carryOutSeek(); });
     present();
     if (const auto ready = events_.ready) ready();
@@ -114,11 +111,14 @@ void ScriptedMediaEngine::setTracks(std::vector<MediaTrack> tracks) {
   tell(events_.tracksChanged);
 }
 
-void ScriptedMediaEngine::skipTo(double seconds) {
-  change([&] {
-    anchorPosition_ = std::min(fromSeconds(seconds), end());
-    updateCaption();
+void ScriptedMediaEngine::setCaption(std::optional<MediaCaption> due) {
+  report([this, due = std::move(due)] {
+    if (const auto changed = events_.captionChanged) changed(due);
   });
+}
+
+void ScriptedMediaEngine::skipTo(double seconds) {
+  change([&] { anchorPosition_ = std::min(fromSeconds(seconds), end()); });
   if (moves() && anchorPosition_ == end()) reachEnd();
 }
 
@@ -149,7 +149,6 @@ void ScriptedMediaEngine::carryOutSeek() {
     anchorPosition_ = seek.target;
     seek_.reset();
     stalled_ = ended_ = saysEmpty_ = false;
-    updateCaption();
   });
   tell(events_.bufferingChanged);
   present();
@@ -174,11 +173,6 @@ std::vector<CMTimeRange> ScriptedMediaEngine::bufferedRanges() const {
 
 std::vector<MediaTrack> ScriptedMediaEngine::tracks() const {
   return ready_ ? script_.tracks : std::vector<MediaTrack>{};
-}
-
-void ScriptedMediaEngine::selectLegibleTrack(const std::optional<std::string>& identifier) {
-  log_->legibleTrack = identifier;
-  change([this] { updateCaption(); });
 }
 
 void ScriptedMediaEngine::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
@@ -221,13 +215,6 @@ void ScriptedMediaEngine::plan() {
   // What comes first here comes first at the same position, too.
   if (script_.failure) consider(fromSeconds(script_.failure->position), [this] { fail(script_.failure->error); });
   for (const auto& stall : script_.stalls) consider(fromSeconds(stall.position), [this] { reachStall(); });
-  for (const auto& caption : script_.captions) {
-    for (const double edge : {caption.start, caption.stop}) {
-      if (fromSeconds(edge) > anchorPosition_) {
-        consider(fromSeconds(edge), [this] { selectLegibleTrack(log_->legibleTrack); });
-      }
-    }
-  }
   if (!script_.live) consider(end(), [this] { reachEnd(); });
   if (!action) return;
   const auto delay = std::ceil(static_cast<double>((next - anchorPosition_).count()) / rate_);
@@ -259,19 +246,6 @@ void ScriptedMediaEngine::planSilence() {
   const double limit = begun ? settings.programmeSilenceLimit : settings.firstFrameSilenceLimit;
   schedule(silenceTimer_, fromSeconds(limit), [this] {
     fail({AVFoundationErrorDomain, AVErrorNoDataReceived, "No data came in time"});
-  });
-}
-
-void ScriptedMediaEngine::updateCaption() {
-  std::optional<MediaCaption> due;
-  for (const auto& caption : script_.captions) {
-    const bool isDue = fromSeconds(caption.start) <= anchorPosition_ && anchorPosition_ < fromSeconds(caption.stop);
-    if (ready_ && caption.track == log_->legibleTrack && isDue) due = MediaCaption{caption.text, caption.isMarkup};
-  }
-  if (due == caption_) return;
-  caption_ = due;
-  report([this, due] {
-    if (const auto changed = events_.captionChanged) changed(due);
   });
 }
 

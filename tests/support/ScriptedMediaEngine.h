@@ -51,14 +51,6 @@ struct MediaScript {
   double bufferedLead = 30;  // how far ahead of the position data are there, outside a stall
   double seekDelay = 0;      // from seek() to its being carried out
 
-  struct Caption {
-    std::string track;  // identifier
-    double start, stop;
-    std::string text;
-    bool isMarkup = false;
-  };
-  std::vector<Caption> captions{};  // shown from start (inclusive) to stop (exclusive) while the track is selected
-
   std::uint32_t colour = 0x00808080;  // of the pictures, 0x00RRGGBB
 };
 
@@ -96,6 +88,8 @@ class ScriptedMediaEngine final : public MediaEngine {
   void setBuffering(bool empty, double lead);
   void setDuration(double seconds);
   void setTracks(std::vector<MediaTrack> tracks);
+  // Says that this text is due now, or none.
+  void setCaption(std::optional<MediaCaption> due);
   // Puts the position there without a seek, as if the time between had been played; while playing, the end is reported.
   void skipTo(double seconds);
 
@@ -112,7 +106,7 @@ class ScriptedMediaEngine final : public MediaEngine {
   bool isBufferEmpty() const override { return stalled_ || saysEmpty_; }
   bool isLikelyToKeepUp() const override { return ready_ && !isBufferEmpty(); }
   std::vector<MediaTrack> tracks() const override;
-  void selectLegibleTrack(const std::optional<std::string>& identifier) override;
+  void selectLegibleTrack(const std::optional<std::string>& identifier) override { log_->legibleTrack = identifier; }
   void setMuted(bool muted) override { log_->muted = muted; }
   void setFrameSink(std::shared_ptr<VideoFrameSink> sink) override;
 
@@ -140,7 +134,6 @@ class ScriptedMediaEngine final : public MediaEngine {
   void change(const std::function<void()>& change);
   void plan();
   void planSilence();
-  void updateCaption();
   void present();
   void setStalled(bool stalled);
 
@@ -166,7 +159,6 @@ class ScriptedMediaEngine final : public MediaEngine {
   bool saysEmpty_ = false;
   double rate_ = 0;
   std::optional<Seek> seek_;
-  std::optional<MediaCaption> caption_;
   Nanoseconds anchorPosition_{0};
   Nanoseconds anchorTime_;
   RunLoop::TimerToken loadTimer_ = 0, planTimer_ = 0, seekTimer_ = 0, silenceTimer_ = 0, stallTimer_ = 0;

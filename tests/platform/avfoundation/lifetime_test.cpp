@@ -1,4 +1,3 @@
-#include "platform/avfoundation/AVMediaFormat.h"
 #include "tests/platform/avfoundation/PlayerTest.h"
 
 class Lifetime : public PlayerTest {};
@@ -31,6 +30,10 @@ TEST_F(Lifetime, whoDestroysThePlayerFromInsideACallHearsNothingMore) {
       {"jump", [&] { onNotification(AVPlayerItemTimeJumpedNotification); }},
       {"end", [&] { onNotification(AVPlayerItemDidPlayToEndTimeNotification); }},
       {"tick", [&] { player->addPeriodicTimeObserver(seconds(3), nullptr, [&](CMTime) { destroy(); }); }},
+      {"tick aside",
+       [&] {
+         player->addPeriodicTimeObserver(seconds(3), dispatch_queue_create("aside"), [&](CMTime) { destroy(); });
+       }},
       {"completion", [&] { completion = [&](bool) { destroy(); }; }},
       {"failure",
        [&] {
@@ -46,10 +49,6 @@ TEST_F(Lifetime, whoDestroysThePlayerFromInsideACallHearsNothingMore) {
     script = {};
     script.duration = 20;
     script.stalls = {{5, 1}};
-    auto& text = script.tracks.emplace_back();
-    text.kind = MediaTrack::Kind::subtitle;
-    text.identifier = "s";
-    script.captions = {{"s", 1, 2, "text"}};
     if (place == std::string("failure")) script.failure = {8, {AVFoundationErrorDomain, AVErrorUnknown, ""}};
     destroyed = false;
     completion = noted();
@@ -61,9 +60,7 @@ TEST_F(Lifetime, whoDestroysThePlayerFromInsideACallHearsNothingMore) {
     player->play();
     for (int step = 0; step < 300 && !destroyed; ++step) {
       loop.advance(100ms);
-      if (!item || step > 0) continue;
-      const auto group = item->asset()->mediaSelectionGroupForMediaCharacteristic(AVMediaCharacteristicLegible);
-      item->selectMediaOption(group->options()[0], group);
+      if (item && step == 10) engine().setCaption(MediaCaption{"text"});
     }
     EXPECT_TRUE(destroyed) << "never came there";
     loop.advance(30s);

@@ -12,11 +12,6 @@ class StageTest : public PlayerScreenTest {
   // Of the picture's, off the spinner and the bar.
   std::string corner() { return colorAt(snapshot(), 20, 20); }
   bool isDark(const QRect& area) { return inkOf(snapshot(), area, qRgb(0, 0, 0)).isEmpty(); }
-  void addCaptions(std::vector<MediaScript::Caption> captions) {
-    auto& script = media.script(kURL);
-    script.tracks.push_back({MediaTrack::Kind::subtitle, "s1", "en", "English"});
-    script.captions = std::move(captions);
-  }
 };
 
 TEST_F(StageTest, isBlackWithTheSpinnerUntilTheRateFirstLeavesZero) {
@@ -79,21 +74,15 @@ TEST_F(StageTest, theHostsOverlayLiesOverThePictureAndUnderTheBarWhateverTheSize
 }
 
 TEST_F(StageTest, drawsTheCaptionThatIsDueAndLiftsItOverTheBar) {
-  addCaptions({{"s1", 10, 20, "Nobody has seen\na single bird."},
-               {"s1", 30, 40, "<img src=x> & so"},
-               {"s1", 40, 50, "<font color=#ff0000>red</font>\n<i>sl</i>ant &lt;b&gt;<img src=x>", true},
-               {"s1", 50, 60, std::string(1000000, 'w')}});
   play(5);
   const auto captionArea = [this] { return inkOf(snapshot(), QRect(100, 0, 440, 340), qRgb(0x80, 0x80, 0x80)); };
-  const auto captionAt = [this](double position) {
-    engine().skipTo(position);
+  const auto drawn = [this](std::optional<MediaCaption> due) {
+    engine().setCaption(std::move(due));
     run(100ms);
     return stage().caption();
   };
-  item->selectMediaOption(group()->options()[0], group());
-  EXPECT_EQ(captionAt(7), "");
   EXPECT_TRUE(captionArea().isEmpty());
-  EXPECT_EQ(captionAt(12), "Nobody has seen<br>a single bird.");
+  EXPECT_EQ(drawn({{"Nobody has seen\na single bird."}}), "Nobody has seen<br>a single bird.");
   const QRect low = captionArea();
   EXPECT_GT(low.top(), 180);
   EXPECT_NEAR(low.center().x(), 320, 3);
@@ -101,15 +90,15 @@ TEST_F(StageTest, drawsTheCaptionThatIsDueAndLiftsItOverTheBar) {
   EXPECT_LT(captionArea().top(), low.top() - 20);
   loop.advance(4s);
 
-  EXPECT_EQ(captionAt(32), "&lt;img src=x&gt; &amp; so") << "not markup";
-  EXPECT_EQ(captionAt(42), "<font color=\"#ff0000\">red</font><br><i>sl</i>ant &lt;b&gt;");
+  EXPECT_EQ(drawn({{"<img src=x> & so"}}), "&lt;img src=x&gt; &amp; so") << "not markup";
+  EXPECT_EQ(drawn({{"<font color=#ff0000>red</font>\n<i>sl</i>ant &lt;b&gt;<img src=x>", true}}),
+            "<font color=\"#ff0000\">red</font><br><i>sl</i>ant &lt;b&gt;");
   const QImage red = snapshot();
   EXPECT_TRUE(std::ranges::any_of(std::views::iota(0, 640 * 360),
                                   [&red](int at) { return red.pixel(at % 640, at / 640) == qRgb(255, 0, 0); }));
-  EXPECT_THAT(captionAt(52).size(), testing::AllOf(testing::Gt(0), testing::Lt(1000)));
+  EXPECT_THAT(drawn({{std::string(1000000, 'w')}}).size(), testing::AllOf(testing::Gt(0), testing::Lt(1000)));
   EXPECT_EQ(corner(), kGrey);
-  item->selectMediaOption(nullptr, group());
-  EXPECT_EQ(captionAt(53), "");
+  EXPECT_EQ(drawn({}), "");
 }
 
 TEST_F(StageTest, saysWhereTheProgrammeIs) {
