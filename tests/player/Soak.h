@@ -12,6 +12,8 @@
 #include <optional>
 #include <string>
 
+#include "ads/core/SKVASTMediaFilePicker.h"
+#include "platform/avfoundation/engine/MediaEngine.h"
 #include "tests/player/AdDocument.h"
 #include "tests/support/HTTPServer.h"
 #include "tests/support/ScreenTest.h"
@@ -56,37 +58,51 @@ class AdServerProcess {
   std::string tag_;
 };
 
-// Rounds of something, which may not leave more and more memory, threads and descriptors behind once the first rounds
-// are over. With the environment variable of this name there are as many as it says, and the cost of a round is
-// printed; else half a hundred, which say little of memory.
-class Soak {
- public:
-  explicit Soak(const char* variable) : asked_(std::getenv(variable)) {}
-
-  int rounds() const { return asked_ ? std::atoi(asked_) : 50; }
-
-  void roundIsOver() {
-    if (++done_ < settled()) return;
-    // What was taken down by other threads may still be going.
-    int patience = first_ ? 300 : 100;
-    runEventsUntil([&] {
-      last_ = Belongings::now();
-      return --patience < 0 || (first_ && last_.threads <= first_->threads && last_.files <= first_->files);
-    });
-    if (!first_) first_ = last_;
-    EXPECT_LE(last_.threads, first_->threads + 3);
-    EXPECT_LE(last_.files, first_->files + 3);
+// Rounds of something with real media in a window, which may not leave more and more memory, threads and descriptors
+// behind once the first rounds are over.
+class Soak : public testing::Test {
+ protected:
+  Soak() {
+    SKVASTMediaFilePicker::setProbeHost("127.0.0.1");
+    MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
+    window.setRootViewController(root);
+    window.makeKeyAndVisible();
   }
+  ~Soak() override { MediaEngineSettings::shared() = {}; }
 
-  void isOver() const {
-    const double bytes = static_cast<double>(last_.memory - first_->memory) / (rounds() - settled());
-    std::cout << rounds() << " rounds: " << bytes << " bytes more a round from the " << settled() << "th on; threads "
-              << first_->threads << " to " << last_.threads << ", descriptors " << first_->files << " to "
-              << last_.files << ", heap " << first_->memory / 1024 << " to " << last_.memory / 1024 << " KiB\n";
+  // With the environment variable of this name there are as many rounds as it says, and the cost of one is printed;
+  // else half a hundred, which say little of memory.
+  void run(const char* variable, const std::function<void(int number)>& round) {
+    const char* const asked = std::getenv(variable);
+    const int rounds = asked ? std::atoi(asked) : 50, settled = asked ? 50 : 20;
+    std::optional<Belongings> first;
+    Belongings last{};
+    for (int number = 0; number < rounds; ++number) {
+      SCOPED_TRACE(number);
+      ASSERT_NO_FATAL_FAILURE(round(number));
+      if (number + 1 < settled) continue;
+      // What was taken down by other threads may still be going.
+      runEventsUntil([&, patience = first ? 300 : 100]() mutable {
+        last = Belongings::now();
+        return --patience < 0 || (first && last.threads <= first->threads && last.files <= first->files);
+      });
+      if (!first) first = last;
+      EXPECT_LE(last.threads, first->threads + 3);
+      EXPECT_LE(last.files, first->files + 3);
+    }
+    const double bytes = static_cast<double>(last.memory - first->memory) / (rounds - settled);
+    std::cout << rounds << " rounds: " << bytes << " bytes more a round from the " << settled << "th on; threads "
+              << first->threads << " to " << last.threads << ", descriptors " << first->files << " to " << last.files
+              << ", heap " << first->memory / 1024 << " to " << last.memory / 1024 << " KiB\n";
 #ifdef NDEBUG
-    EXPECT_LT(bytes, asked_ ? 1000 : 50'000);
+    EXPECT_LT(bytes, asked ? 1000 : 50'000);
 #endif
   }
+
+  QGuiApplication& application = screenApplication();
+  const AdServerProcess ads;
+  UIWindow window{CGSize{320, 180}, screenGraphics()};
+  const std::shared_ptr<UIViewController> root = std::make_shared<UIViewController>();
 
  private:
   // Of this process.
@@ -100,13 +116,4 @@ class Soak {
       return {static_cast<std::ptrdiff_t>(mallinfo2().uordblks), entries("/proc/self/task"), entries("/proc/self/fd")};
     }
   };
-
-  int settled() const {
-    return asked_ ? 50 : 20;
-  }
-
-  const char* const asked_;
-  int done_ = 0;
-  std::optional<Belongings> first_;
-  Belongings last_{};
 };

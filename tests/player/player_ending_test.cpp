@@ -101,4 +101,15 @@ TEST(Ending, aPlayerDestroyedFromWithinItsDismissalSaysNoMore) {
     EXPECT_EQ(rig.host.heard.back().find(callback), 0u) << callback;
     EXPECT_EQ(rig.media.aliveEngines(), 0);
   }
+  PlayerRig rig;
+  const std::string artwork = "http://media.example/never.png";
+  rig.net.loader->answer(artwork, {.never = true});
+  const auto item = PlayerRig::item();
+  item->setVideoThumbnailUrl(artwork);
+  rig.player->playWithMediaItem(item, 0);
+  rig.player.reset();
+  EXPECT_EQ(rig.media.aliveEngines(), 0);
+  rig.loop.advance(40s);  // fetches are not taken back
+  EXPECT_THAT(rig.host.heard, IsEmpty());
+  EXPECT_EQ(rig.loop.pendingTimers() + rig.net.loader->asked().size(), 1u) << "the artwork";
 }

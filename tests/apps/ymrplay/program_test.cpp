@@ -100,10 +100,16 @@ TEST(PlayProgram, showsAdsAroundAProgrammeAndReportsThoseThatFail) {
   HTTPServer server;
   server.onOthers([](const HTTPServer::Request&) { return HTTPServer::Reply(); });
   server.on("/404", HTTPServer::Reply{.status = 404});
-  server.onFile("/film/ad.mp4", sample("ad.mp4"), "video/mp4");
-  server.on("/tag", adDocument({{"ad"}}, {server.url("/film"), server.url("/track")}), "application/xml");
-  const std::string tag = server.url("/tag"), missing = server.url("/404");
-  const auto run = play({"--preroll", missing, "--preroll", tag, "--midroll", "1=" + missing, "--postroll", missing,
+  for (const std::string film : {"ad", "page", "truncated"}) {
+    server.onFile("/film/" + film + ".mp4", sample(film + ".mp4"), "video/mp4");
+  }
+  const AdPlaces places{server.url("/film"), server.url("/track")};
+  server.on("/tag", adDocument({{"ad"}}, places), "application/xml");
+  server.on("/pod",
+            adDocument({{"page", "video/mp4", "1"}, {"truncated", "video/mp4", "2"}, {"ad", "video/mp4", "3"}}, places),
+            "application/xml");
+  const std::string tag = server.url("/tag"), pod = server.url("/pod"), missing = server.url("/404");
+  const auto run = play({"--preroll", missing, "--preroll", pod, "--midroll", "1=" + missing, "--postroll", missing,
                          sample("clip.webm")});
   EXPECT_EQ(run.exitStatus, 0) << run.errors;
   std::vector<nlohmann::json> asked;
@@ -114,16 +120,20 @@ TEST(PlayProgram, showsAdsAroundAProgrammeAndReportsThoseThatFail) {
     return nlohmann::json{
         {"roll", roll}, {"offset", offset}, {"vastUrl", url}, {"title", nullptr}, {"description", nullptr}};
   };
-  EXPECT_THAT(asked, ElementsAre(ad("Preroll", 0, missing), ad("Preroll", 0, tag), ad("Midroll", 1, missing),
+  EXPECT_THAT(asked, ElementsAre(ad("Preroll", 0, missing), ad("Preroll", 0, pod), ad("Midroll", 1, missing),
                                  ad("Postroll", 0, missing)));
-  EXPECT_EQ(run.first("videoAdOnStart")["ad"]["title"], "Title of ad");
-  EXPECT_EQ(run.first("videoAdOnStart")["ad"]["description"], "About ad");
-  EXPECT_EQ(run.count("videoAdOnError"), 3u);
+  EXPECT_EQ(run.first("videoAdOnComplete")["ad"]["title"], "Title of ad");
+  EXPECT_EQ(run.first("videoAdOnComplete")["ad"]["description"], "About ad");
+  EXPECT_EQ(run.count("videoAdOnErrorDesc"), 5u);
   EXPECT_EQ(run.first("videoAdOnError")["message"], "No document from " + missing + ": The server answered 404.");
   EXPECT_EQ(run.first("videoAdOnErrorDesc")["code"], 0) << run.output;
   EXPECT_EQ(run.first("videoAdOnErrorDesc")["message"], "There was a problem requesting ads from the server.");
   EXPECT_EQ(run.count("videoDidPlayFinished"), 1u);
   EXPECT_EQ(server.count("/track/ad/complete"), 1u);
+  for (const std::string bad : {"page", "truncated"}) {
+    EXPECT_EQ(server.count("/track/" + bad + "/error-402"), 1u) << bad;
+    EXPECT_EQ(server.count("/track/" + bad + "/complete"), 0u) << bad;
+  }
 
   const auto alone =
       runProgram(YMRPLAY, {"--headless", "--events", "--reachability-host", "127.0.0.1", "--ad-screen", tag},

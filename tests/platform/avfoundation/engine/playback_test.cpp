@@ -99,6 +99,26 @@ TEST_F(Playback, picturesSayHowTheyAreToBeShownAndOutliveTheEngine) {
   EXPECT_EQ(numberOf(frame), 0);
 }
 
+// The media library does not like to be taken down while it opens, seeks or ends; the end of the test waits for all of
+// them.
+TEST_F(Playback, mayBeBrokenOffAtAnyMoment) {
+  constexpr const char* clips[]{"half.mp4", "@half.mp4", "titled.mp4", "@clip.mkv", "captions.mov", "@oneframe.mp4"};
+  for (int round = 0; round < 62; ++round) {
+    SCOPED_TRACE(round);
+    make(clips[round % std::size(clips)]);
+    engine->load(kCMTimeZero);
+    if (round % 4 > 0) {
+      ASSERT_TRUE(runUntil([this] { return told.ready > 0; }));
+      engine->seek(CMTimeMakeWithSeconds(CMTimeGetSeconds(engine->duration()) - 0.3, 1000), {});
+    }
+    if (round % 4 > 1) engine->setRate(1);
+    if (round % 4 == 0 || round % 4 == 2) runFor(std::chrono::milliseconds(round));
+    if (round % 4 == 3) {
+      EXPECT_TRUE(runUntil([this] { return told.ended > 0; })) << "at " << position();
+    }
+  }
+}
+
 // Their memory is the decoder's own, which goes on reading and writing.
 TEST_F(Playback, picturesThatAreHeldStayAsTheyAreWhateverIsDecodedMeanwhile) {
   struct KeepsAll final : VideoFrameSink {
