@@ -4,26 +4,18 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <fstream>
 #include <sstream>
 
-namespace {
-
-[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments, int output,
-                         int errors) {
-  if (!std::freopen("/dev/null", "r", stdin)) _exit(127);
-  dup2(output, 1);
-  dup2(errors, 2);
-  close(output);
-  alarm(60);  // which lasts when another program takes over
-  std::vector<char*> words{const_cast<char*>(program.c_str())};
-  for (const auto& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
-  words.push_back(nullptr);
-  execv(program.c_str(), words.data());
-  _exit(127);
+TemporaryFolder::TemporaryFolder(const std::string& name)
+    : folder(std::filesystem::temp_directory_path() / (name + std::to_string(getpid()))) {
+  std::filesystem::create_directories(folder);
 }
 
-}  // namespace
+std::string TemporaryFolder::file(const std::string& name, const std::string& content) const {
+  std::ofstream(folder / name, std::ios::binary) << content;
+  return (folder / name).string();
+}
 
 std::vector<nlohmann::json> ProgramRun::events() const {
   std::vector<nlohmann::json> list;
@@ -51,29 +43,32 @@ nlohmann::json ProgramRun::first(const std::string& event) const {
 
 ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
                       const std::function<void(const std::string&, int)>& onLine) {
-  int output[2];
-  std::FILE* const errors = std::tmpfile();
-  if (!errors || pipe(output) != 0) return {};
-  const pid_t process = fork();
-  if (process == 0) become(program, arguments, output[1], fileno(errors));
-  close(output[1]);
-
-  ProgramRun run;
-  char block[4096];
-  std::size_t lineStart = 0;
-  for (ssize_t got; (got = read(output[0], block, sizeof block)) > 0;) {
-    run.output.append(block, static_cast<std::size_t>(got));
-    for (std::size_t feed; onLine && (feed = run.output.find('\n', lineStart)) != std::string::npos;) {
-      onLine(run.output.substr(lineStart, feed - lineStart), process);
-      lineStart = feed + 1;
-    }
+  const TemporaryFolder temporary("errors-of-");
+  const std::string errors = temporary.file("errors", "");
+  // A shell that says which process it is and becomes the program.
+  std::string command = "echo $$; exec timeout --foreground --signal KILL 60";
+  auto words = arguments;
+  words.insert(words.begin(), program);
+  for (auto& word : words) {
+    for (std::size_t at = 0; (at = word.find('\'', at)) != std::string::npos; at += 4) word.replace(at, 1, R"('\'')");
+    command += " '" + word + "'";
   }
-  close(output[0]);
-  int status = 0;
-  waitpid(process, &status, 0);
+  std::FILE* const output = popen((command + " </dev/null 2>'" + errors + "'").c_str(), "re");
+  ProgramRun run;
+  char* line = nullptr;
+  std::size_t capacity = 0;
+  int process = 0;
+  for (ssize_t length; (length = getline(&line, &capacity, output)) > 0;) {
+    const std::string text(line, static_cast<std::size_t>(length));
+    if (process != 0) run.output += text;
+    if (process != 0 && onLine) onLine(text.substr(0, text.find('\n')), process);
+    if (process == 0) process = std::stoi(text);
+  }
+  std::free(line);
+  const int status = pclose(output);
   run.exitStatus = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-  std::rewind(errors);
-  while (const std::size_t got = std::fread(block, 1, sizeof block, errors)) run.errors.append(block, got);
-  std::fclose(errors);
+  std::ostringstream said;
+  said << std::ifstream(errors).rdbuf();
+  run.errors = said.str();
   return run;
 }

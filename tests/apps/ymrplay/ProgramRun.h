@@ -1,9 +1,23 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
+
+// A folder of this process's own, while it lives.
+struct TemporaryFolder {
+  explicit TemporaryFolder(const std::string& name = "program-test-");
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() { std::filesystem::remove_all(folder); }
+
+  // Writes one and returns where it is.
+  std::string file(const std::string& name, const std::string& content) const;
+
+  const std::filesystem::path folder;
+};
 
 // One run of a program: what it printed and how it ended.
 struct ProgramRun {

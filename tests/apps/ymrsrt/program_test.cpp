@@ -1,8 +1,6 @@
 // The inspector of subtitles as people and scripts use it.
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "tests/apps/ymrplay/ProgramRun.h"
@@ -15,22 +13,10 @@ using testing::Not;
 
 namespace {
 
-struct SubtitleProgram : testing::Test {
-  ~SubtitleProgram() override { std::filesystem::remove_all(folder); }
-
-  static std::filesystem::path newFolder() {
-    const auto path = std::filesystem::temp_directory_path() / ("ymrsrt-test-" + std::to_string(getpid()));
-    std::filesystem::create_directories(path);
-    return path;
-  }
-  std::string file(const std::string& name, const std::string& content) {
-    std::ofstream(folder / name, std::ios::binary) << content;
-    return (folder / name).string();
-  }
+struct SubtitleProgram : testing::Test, TemporaryFolder {
   ProgramRun run(const std::vector<std::string>& arguments) { return runProgram(YMRSRT, arguments); }
   ProgramRun shell(const std::string& command) { return runProgram("/bin/sh", {"-c", command, YMRSRT, film}); }
 
-  const std::filesystem::path folder = newFolder();
   const std::string film = file("film.srt",
                                 "1\n00:00:01,000 --> 00:00:04,000\nGood  morning\n<i>all</i>\n\n"
                                 "2\n00:00:05,1 --> 00:00:09,007\n\x1b]0;x\x07\xc2\x9b\u00e9\n");

@@ -1,8 +1,6 @@
 // The inspector as people and scripts use it: real files, real HTTP on loopback.
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "tests/VAST/Parser/VASTTexts.h"
@@ -16,7 +14,7 @@ using testing::HasSubstr;
 
 namespace {
 
-struct VastProgram : testing::Test {
+struct VastProgram : testing::Test, TemporaryFolder {
   ProgramRun run(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {"--reachability-host", "127.0.0.1"});
     return runProgram(YMRVAST, arguments);
@@ -30,22 +28,11 @@ struct VastProgram : testing::Test {
     return json::parse(ended.output, nullptr, false);
   }
 
-  std::string file(const std::string& name, const std::string& content) {
-    const auto path = folder / name;
-    std::ofstream(path, std::ios::binary) << content;
-    return path.string();
-  }
-
   std::string serve(const std::string& path, const std::string& content) {
     server.on(path, vast::document(content), "application/xml");
     return server.url(path);
   }
 
-  VastProgram() { std::filesystem::create_directories(folder); }
-  ~VastProgram() override { std::filesystem::remove_all(folder); }
-
-  const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / ("ymrvast-test-" + std::to_string(getpid()));
   HTTPServer server;
 };
 
