@@ -8,7 +8,6 @@
 #include <algorithm>
 
 #include "ads/core/SKVASTMediaFilePicker.h"
-#include "platform/uikit/UIApplication.h"
 #include "tests/player/BreakRig.h"
 
 using testing::ElementsAre;

@@ -16,16 +16,11 @@ TEST(Captions, areListedChosenByTheirExactTagAndReportedWhenTheViewerChooses) {
   };
   expectNone();
   using Kind = MediaTrack::Kind;
-  for (const auto& [kind, identifier, tag] : {std::tuple(Kind::subtitle, "a", "en"),
-                                              {Kind::closedCaption, "b", "de-CH"},
-                                              {Kind::subtitle, "c", ""},
-                                              {Kind::subtitle, "d", "en"}}) {
-    MediaTrack track;
-    track.kind = kind;
-    track.identifier = identifier;
-    track.languageTag = tag;
-    rig.media.script(PlayerRig::film).tracks.push_back(track);
-  }
+  rig.media.script(PlayerRig::film).tracks = {{Kind::video, "v", "", ""},
+                                              {Kind::subtitle, "a", "en", ""},
+                                              {Kind::closedCaption, "b", "de-CH", ""},
+                                              {Kind::subtitle, "c", "", ""},
+                                              {Kind::subtitle, "d", "en", ""}};
   rig.playFilm();
   rig.loop.advance(1s);
   EXPECT_THAT(rig.player->getClosedCaptionLanguageList(), ElementsAre("en", "de-CH", "en"));

@@ -10,7 +10,6 @@
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

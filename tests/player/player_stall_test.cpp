@@ -6,21 +6,14 @@
 
 using testing::ElementsAre;
 
-namespace {
-
-CMTime seconds(double value) {
-  return CMTimeMakeWithSeconds(value, 1'000'000'000);
-}
-
-}  // namespace
-
 TEST(Stall, isRecoveredBetweenTheProgrammesEnds) {
-  EXPECT_FALSE(isStallToRecover(kCMTimeZero, seconds(60)));
-  EXPECT_TRUE(isStallToRecover(seconds(0.001), seconds(60)));
-  EXPECT_TRUE(isStallToRecover(seconds(59.999), seconds(60)));
-  EXPECT_FALSE(isStallToRecover(seconds(60), seconds(60)));
-  EXPECT_TRUE(isStallToRecover(seconds(5), kCMTimeIndefinite));
-  EXPECT_TRUE(isStallToRecover(seconds(5), kCMTimeInvalid));
+  const CMTime minute = CMTimeMake(60, 1);
+  EXPECT_FALSE(isStallToRecover(kCMTimeZero, minute));
+  EXPECT_TRUE(isStallToRecover(CMTimeMake(1, 1000), minute));
+  EXPECT_TRUE(isStallToRecover(CMTimeMake(59'999, 1000), minute));
+  EXPECT_FALSE(isStallToRecover(minute, minute));
+  EXPECT_TRUE(isStallToRecover(minute, kCMTimeIndefinite));
+  EXPECT_TRUE(isStallToRecover(minute, kCMTimeInvalid));
 }
 
 TEST(Stall, isReportedAndGoesOnWithItsData) {

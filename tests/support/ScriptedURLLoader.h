@@ -76,27 +76,18 @@ class ScriptedURLLoader : public URLLoader {
     return answer;
   }
 
+  // After how long, and what.
   static std::pair<std::chrono::milliseconds, URLResponse> outcome(const URLRequest& request, const Answer& answer) {
+    const auto failed = [](std::chrono::milliseconds after, int code) {
+      return std::pair(after, URLResponse{0, {}, NSError{NSURLErrorDomain, code, "scripted failure"}, after});
+    };
     const auto bound = std::min(request.silenceLimit, request.timeLimit);
-    if (answer.never || answer.delay >= bound) return {bound, failed(NSURLErrorTimedOut, bound)};
-    if (request.url.isFileURL() && !request.allowsFiles) return {{}, failed(NSURLErrorUnsupportedURL, {})};
-    if (answer.error) return {answer.delay, failed(*answer.error, answer.delay)};
-    if (answer.body.size() > request.bytesLimit) {
-      return {answer.delay, failed(NSURLErrorDataLengthExceedsMaximum, answer.delay)};
-    }
-    URLResponse response;
-    response.status = answer.status;
+    if (answer.never || answer.delay >= bound) return failed(bound, NSURLErrorTimedOut);
+    if (request.url.isFileURL() && !request.allowsFiles) return failed({}, NSURLErrorUnsupportedURL);
+    if (answer.error) return failed(answer.delay, *answer.error);
+    if (answer.body.size() > request.bytesLimit) return failed(answer.delay, NSURLErrorDataLengthExceedsMaximum);
     const auto* bytes = reinterpret_cast<const std::byte*>(answer.body.data());
-    response.body.assign(bytes, bytes + answer.body.size());
-    response.elapsed = answer.delay;
-    return {answer.delay, std::move(response)};
-  }
-
-  static URLResponse failed(int code, std::chrono::milliseconds elapsed) {
-    URLResponse response;
-    response.error = NSError{NSURLErrorDomain, code, "scripted failure"};
-    response.elapsed = elapsed;
-    return response;
+    return {answer.delay, {answer.status, {bytes, bytes + answer.body.size()}, {}, answer.delay}};
   }
 
   std::map<std::string, std::vector<Answer>> script_;

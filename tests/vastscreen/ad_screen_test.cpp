@@ -67,14 +67,7 @@ struct Rig {
     return lines;
   }
   // The tracking requests of an ad in order: "start", "error-402".
-  Lines tracked(const std::string& ad = "a") const {
-    const std::string tracker = "http://track.example/" + ad + "/";
-    Lines lines;
-    for (const auto& url : net.loader->sentURLs()) {
-      if (url.rfind(tracker, 0) == 0) lines.push_back(url.substr(tracker.size()));
-    }
-    return lines;
-  }
+  Lines tracked(const std::string& ad = "a") const { return trackingAmong(net.loader->sentURLs(), ad); }
   void letGo() {
     screen.reset();
     root->dismissViewControllerAnimated(false);
@@ -117,8 +110,8 @@ struct Fault {
 
 const std::vector<Fault>& faults() {
   static const auto body = [](const std::string& text) { return [text](Rig& rig) { rig.answer({.body = text}); }; };
-  static const auto film = [](std::function<void(MediaScript&)> change) {
-    return [change](Rig& rig) { change(rig.media.script("http://media.example/a.mp4")); };
+  static const auto film = [](MediaScript script) {
+    return [script](Rig& rig) { rig.media.script("http://media.example/a.mp4") = script; };
   };
   static const auto wraps = [](const std::string& url) {
     return body(vast::document(vast::wrapper(url, "", "<Error>http://track.example/a/[ERRORCODE]</Error>")));
@@ -145,18 +138,14 @@ const std::vector<Fault>& faults() {
          rig.root->presentViewController(std::make_shared<UIViewController>(), false);
          rig.inside["vastError"] = [&rig] { rig.root->dismissViewControllerAnimated(false); };
        }},
-      {"no player", {"vastReady", "vastError 9"}, {"error-400"}, film([](auto& it) { it.cannotBeMade = true; })},
-      {"does not load", seen, {"error-402", "close"}, film([](auto& it) { it.loadFailure = broken; })},
-      {"breaks in the middle", seen, begun, film([](auto& it) {
-         it.failure = {4, broken};
-       })},
-      {"runs dry", seen, begun, film([](auto& it) {
-         it.stalls = {{4.5, 1000}};
-       })},
+      {"no player", {"vastReady", "vastError 9"}, {"error-400"}, film({.cannotBeMade = true})},
+      {"does not load", seen, {"error-402", "close"}, film({.loadFailure = broken})},
+      {"breaks in the middle", seen, begun, film({.duration = 6, .failure = {{4, broken}}})},
+      {"runs dry", seen, begun, film({.duration = 6, .stalls = {{4.5, 1000}}})},
       {"is late with its first picture",
        {"vastReady", "vastWillPresentFullScreen", "vastDidDismissFullScreen", "vastError 7"},
        {"impression", "start", "close", "error-900"},
-       film([](auto& it) { it.loadDelay = 12; })},
+       film({.duration = 6, .loadDelay = 12})},
   };
   return faults;
 }
