@@ -5,7 +5,6 @@
 #include "platform/foundation/NSException.h"
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

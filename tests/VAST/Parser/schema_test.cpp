@@ -57,13 +57,16 @@ const std::string wrapper = R"(<VAST version="2.0.1"><Ad id="w"><Wrapper><AdSyst
    <Creative><CompanionAds><Companion width="1" height="1"/></CompanionAds></Creative>
    <Creative><NonLinearAds/></Creative></Creatives></Wrapper></Ad></VAST>)";
 
+// One of the two with something replaced.
+struct Changed {
+  const std::string& document;
+  const char *from, *to;
+};
+
 }  // namespace
 
 TEST(Schema, takesWhatTheStandardAllows) {
-  const struct {
-    const std::string& document;
-    const char *from, *to;
-  } rows[] = {
+  const Changed rows[] = {
       {inLine, "", ""},
       {wrapper, "", ""},
       {inLine, "<Description>D</Description>", ""},
@@ -83,10 +86,7 @@ TEST(Schema, takesWhatTheStandardAllows) {
 }
 
 TEST(Schema, refusesWhatTheStandardForbids) {
-  const struct {
-    const std::string& document;
-    const char *from, *to;
-  } rows[] = {
+  const Changed rows[] = {
       {inLine, "<VAST version=\"2.0\"", "<VAST"},
       {inLine, "<InLine>", "<InLine id=\"1\">"},
       {inLine, "<AdTitle>T</AdTitle>", ""},

@@ -95,31 +95,4 @@ TEST_F(EventProcessor, countsWhatTheLoaderHasNoRoomFor) {
   EXPECT_EQ(SKVASTEventProcessor::droppedRequests(), before + 2);
 }
 
-TEST_F(EventProcessor, aDelegateMayBeMissingSilentThrowingOrLetGoOfTheProcessor) {
-  const SKVASTEventProcessor::TrackingEvents events{{"start", {url("http://t.example/")}}};
-  auto sender = processor(events);
-  const auto requestsOne = [&] {
-    network.loader->forgetSent();
-    sender->trackEvent(SKVASTTrackingEventStart);
-    return network.loader->sentURLs().size() == 1;
-  };
-  sender->setDelegate(std::make_shared<SKVASTViewControllerDelegate>());  // gone at once
-  EXPECT_TRUE(requestsOne());
-  sender->setDelegate(delegate);
-  delegate->vastTrackingEvent = nullptr;
-  EXPECT_TRUE(requestsOne());
-  delegate->vastTrackingEvent = [](const std::string&) { throw 7; };
-  EXPECT_TRUE(requestsOne());
-  delegate->vastTrackingEvent = [&](const std::string&) {
-    sender->setTrackingEvents({});
-    delegate->vastTrackingEvent = nullptr;
-    sender.reset();
-  };
-  const std::weak_ptr<SKVASTEventProcessor> weak = sender;
-  network.loader->forgetSent();
-  sender->trackEvent(SKVASTTrackingEventStart);
-  EXPECT_TRUE(weak.expired());
-  EXPECT_THAT(network.loader->sentURLs(), IsEmpty()) << "the table was empty when its turn came";
-}
-
 }  // namespace

@@ -1,6 +1,4 @@
 // Tracks one event for each URL given and ends at once, as a host does that is closed after an ad.
-#include <cstdlib>
-
 #include "ads/core/SKVASTEventProcessor.h"
 #include "platform/dispatch/PlainRunLoop.h"
 

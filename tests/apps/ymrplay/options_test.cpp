@@ -70,7 +70,6 @@ TEST(PlayOptions, sayWhatIsWrongAndEndWithTwo) {
       {"a.mp4 --key -1=menu", "at least 0"},
       {"a.mp4 --snapshot 1=", "nothing after"},
       {"a.mp4 --preroll tag.xml", "is not a URL"},
-      {"a.mp4 --postroll ftp://a.example/1", "over http and https only"},
       {"a.mp4 --midroll 2.5=http://a.example/1", "whole seconds"},
       {"a.mp4 --midroll 4294967296=http://a.example/1", "no programme is that long"},
       {"a.mp4 --midroll 5=file:///tag.xml", "over http and https only"}};

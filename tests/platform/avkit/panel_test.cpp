@@ -1,6 +1,5 @@
 // The panel: what the host tells of the programme, and the captions menu.
-#include <QBuffer>
-
+#include "platform/uikit/UIImage.h"
 #include "tests/platform/avkit/PlayerScreenTest.h"
 
 namespace {
@@ -14,13 +13,10 @@ std::vector<std::byte> bytesOf(std::string_view text) {
   return {first, first + text.size()};
 }
 
-std::vector<std::byte> redPNG(int width, int height) {
-  QImage image(width, height, QImage::Format_RGB32);
-  image.fill(Qt::red);
-  QBuffer file;
-  file.open(QIODevice::WriteOnly);
-  image.save(&file, "PNG");
-  return bytesOf({file.data().constData(), static_cast<std::size_t>(file.size())});
+std::vector<std::byte> redPNG() {
+  const std::vector<std::uint32_t> red(640 * 360, 0xffff0000);
+  const auto file = UIImagePNGRepresentation(*UIImage::imageWithPixels(640, 360, red));
+  return bytesOf(std::string(file.begin(), file.end()));
 }
 
 Texts texts(const QStringList& list) {
@@ -151,7 +147,7 @@ TEST_F(PanelTest, choosingSelectsAndTellsTheDelegate) {
 TEST_F(PanelTest, showsTextAsItStandsAndTheArtwork) {
   information = {metadata(AVMetadataCommonKeyTitle, " <b>Bold</b>\n<img src='file:///etc/passwd'> "),
                  metadata(AVMetadataCommonKeyDescription, std::string(100000, 'x')),
-                 metadata(AVMetadataCommonKeyArtwork, redPNG(640, 360))};
+                 metadata(AVMetadataCommonKeyArtwork, redPNG())};
   play();
   EXPECT_EQ(controls().info()->title(), "<b>Bold</b> <img src='file:///etc/passwd'>");
   EXPECT_LT(controls().info()->description().size(), 10000);
@@ -167,7 +163,7 @@ TEST_F(PanelTest, showsTextAsItStandsAndTheArtwork) {
     play();
     EXPECT_FALSE(panel().hasPages());
   }
-  item->setExternalMetadata({metadata(AVMetadataCommonKeyArtwork, redPNG(64, 36))});
+  item->setExternalMetadata({metadata(AVMetadataCommonKeyArtwork, redPNG())});
   for (const auto& next : {std::shared_ptr<AVPlayer>(), player, std::shared_ptr<AVPlayer>()}) screen->setPlayer(next);
   loop.advance(1s);
   EXPECT_TRUE(controls().info()->isEmpty()) << "artwork that comes too late";

@@ -1,7 +1,6 @@
 // The buttons of the remote: the bar, seeking, playing and pausing, leaving.
 #include "platform/foundation/NSNotificationCenter.h"
 #include "tests/platform/avkit/PlayerScreenTest.h"
-#include "tests/support/Reaction.h"
 
 namespace {
 
@@ -132,15 +131,6 @@ TEST_F(RemoteTest, menuDismissesUntilAnotherRecogniserTakesItsPlace) {
   screen->view()->setGestureRecognizers(recognizers);
   press(UIPressTypeDownArrow);
   press(UIPressTypeMenu);
-  EXPECT_FALSE(isPresented());
-}
-
-TEST_F(RemoteTest, aHostMayLetGoOfEverythingFromInsideAPress) {
-  play();
-  const auto host = std::make_shared<Reaction>([&] { letGo(); });
-  player->addObserver(host, "rate");
-  press(UIPressTypePlayPause);
-  loop.advance(1s);
   EXPECT_FALSE(isPresented());
 }
 

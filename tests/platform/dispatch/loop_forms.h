@@ -13,8 +13,6 @@
 // goes under a screen.
 template <typename Loop>
 struct OnEveryLoop : testing::Test {
-  using Milliseconds = std::chrono::milliseconds;
-
   // Runs the loop until `done`; a failure of the test when that does not come about.
   template <typename Done>
   void runUntil(Done done) {

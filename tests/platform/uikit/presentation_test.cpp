@@ -154,22 +154,4 @@ TEST_F(PresentationTest, endsFromTheTopDownWhenTheRootIsReplacedOrTheWindowGoes)
   }
 }
 
-TEST_F(PresentationTest, nothingIsLeftOfControllersAndWindowsThatAreLetGo) {
-  const std::weak_ptr<UIViewController> watched = red;
-  const std::weak_ptr<UIView> watchedView = red->view();
-  controller->presentViewController(std::exchange(red, nullptr), true, noted("presented"));
-  run(1s);
-  EXPECT_FALSE(watched.expired()) << "held by the one that presents it";
-  controller->dismissViewControllerAnimated(true);
-  run(1s);
-  EXPECT_TRUE(watched.expired());
-  EXPECT_TRUE(watchedView.expired());
-
-  controller->presentViewController(std::exchange(green, nullptr), true);
-  window.setRootViewController(nullptr);
-  controller.reset();
-  run(1s);
-  EXPECT_EQ(centre(), "000000");
-}
-
 }  // namespace

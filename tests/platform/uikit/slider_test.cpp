@@ -24,7 +24,6 @@ class SliderTest : public ScreenTest {
                       std::to_string(std::lround(changed.value())));
       EXPECT_EQ(changed.isTracking(), event.allTouches()[0].phase() < UITouchPhaseEnded);
       place = event.allTouches()[0].locationInView(*view());
-      if (act) act();
     });
     view()->addSubview(slider);
   }
@@ -41,7 +40,6 @@ class SliderTest : public ScreenTest {
   static inline QPointingDevice* const screen = QTest::createTouchDevice();
   Diary diary;
   CGPoint place;
-  std::function<void()> act;
   std::shared_ptr<UISlider> slider = std::make_shared<UISlider>(CGRectMake(102, 155, 436, 50));
 };
 

@@ -44,6 +44,8 @@ TEST_F(PlayerLayerTest, isBlackUntilThePicturesOfEachPlayerAndSaysWhenTheyCome) 
   loop.advance(100ms);
   EXPECT_TRUE(layer->isReadyForDisplay());
   EXPECT_EQ(centre(), "ff0000");
+  resize(800, 450);
+  EXPECT_EQ(colorAt(snapshot(), 790, 440), "ff0000");
   const auto blue = playerOf(blueUrl);
   loop.advance(100ms);
   layer->setPlayer(blue);
