@@ -95,4 +95,14 @@ TEST_F(EventProcessor, countsWhatTheLoaderHasNoRoomFor) {
   EXPECT_EQ(SKVASTEventProcessor::droppedRequests(), before + 2);
 }
 
+TEST_F(EventProcessor, aDelegateMayLetGoOfTheProcessorAndItsTable) {
+  auto sender = processor({{"start", {url("http://t.example/")}}});
+  delegate->vastTrackingEvent = [&](const std::string&) {
+    sender->setTrackingEvents({});
+    sender.reset();
+  };
+  sender->trackEvent(SKVASTTrackingEventStart);
+  EXPECT_THAT(network.loader->sentURLs(), IsEmpty()) << "the table was empty when its turn came";
+}
+
 }  // namespace

@@ -86,7 +86,6 @@ TEST_F(ViewTest, alphaIsAnimatedByTheRunLoopsTimeUntilItIsOvertaken) {
   red.reset();
   run(2s);
   EXPECT_THAT(finished, ElementsAre(true, false, false)) << "done, overtaken, without its view";
-
   EXPECT_EQ(loop.pendingTimers(), 0u);
 }
 
