@@ -1,5 +1,6 @@
 #include "platform/uikit/UIWindow.h"
 
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QSaveFile>
@@ -96,8 +97,10 @@ QImage UIWindow::snapshot() {
 }
 
 bool UIWindow::writeSnapshot(const std::string& path) {
-  QSaveFile file(QString::fromStdString(path));  // in the place of one that is there only when it is whole
-  file.setDirectWriteFallback(true);             // a device, or a folder where nothing can be made
+  const QString name = QString::fromStdString(path);
+  if (const QFileInfo there(name); there.exists() && !there.isFile()) return false;  // a device is not to be replaced
+  QSaveFile file(name);               // in the place of one that is there only when it is whole
+  file.setDirectWriteFallback(true);  // a folder where nothing can be made
   return file.open(QIODevice::WriteOnly) && snapshot().save(&file, "PNG") && file.commit();
 }
 

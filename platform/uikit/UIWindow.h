@@ -37,7 +37,8 @@ class YMR_API UIWindow : public QQuickWindow {
   // What the window shows, video included, in pixels; laid out and drawn for it. An empty picture when it can't be
   // drawn.
   QImage snapshot();
-  // Writes a PNG; false when that fails, which leaves no half of one.
+  // Writes a PNG, in the place of a file that is there; false when that fails, which leaves no half of one. Nothing is
+  // written to a pipe or a device.
   bool writeSnapshot(const std::string& path);
 
   // Presses and lets go of a button; see UIPressSend().

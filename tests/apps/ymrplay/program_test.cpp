@@ -1,15 +1,18 @@
 // The player program as people and scripts use it: real media, real time, a real server, no display.
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/stat.h>
 
 #include <QImage>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 
 #include "tests/apps/ymrplay/ProgramRun.h"
 #include "tests/player/AdDocument.h"
 #include "tests/support/HTTPServer.h"
 
+using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -89,11 +92,14 @@ TEST(PlayProgram, writesThePicturesItWasAskedForOrSaysWhichNot) {
   std::remove(file.c_str());
   EXPECT_EQ(picture.size(), QSize(640, 360));
   EXPECT_NE(picture.pixelColor(320, 60), QColor(Qt::black)) << "the programme fills the middle";
-  for (const std::string snapshot : {"0.1=/nowhere/at/all.png", "50=late.png"}) {
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  for (const std::string& snapshot : {"0.1=/nowhere/at/all.png"s, "50=late.png"s, "0.1=" + file}) {
     const auto failed = play({"--snapshot", snapshot, sample("half.mp4")});
     EXPECT_EQ(failed.exitStatus, 1);
     EXPECT_THAT(failed.errors, HasSubstr(snapshot.substr(snapshot.find('=') + 1)));
   }
+  EXPECT_TRUE(std::filesystem::is_fifo(file));
+  std::remove(file.c_str());
 }
 
 TEST(PlayProgram, showsAdsAroundAProgrammeAndReportsThoseThatFail) {
