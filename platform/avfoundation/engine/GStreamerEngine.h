@@ -63,6 +63,8 @@ class GStreamerEngine final : public MediaEngine {
 
   void begin(Seek seek);
   void sendSeek(std::int64_t time);
+  // The pipeline has prerolled where the seek under way led it: looks whether it shows what was asked for.
+  void arrived();
   // Tells of its end, and goes on to the next one.
   void finishSeek(bool finished);
   void complete(SeekCompletion& completion, bool finished);
