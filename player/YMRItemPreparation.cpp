@@ -68,6 +68,7 @@ void YMRItemPreparation::fetchArtwork() {
   const std::string given = mediaItem_->videoThumbnailUrl().value_or("");
   if (mediaItem_->videoThumbnail() || given.empty()) return;
   isFetchingArtwork_ = true;
+  artworkUrl_ = given;
   const auto url = NSURL::URLWithString(given);
   if (!url) {
     return dispatch_async(dispatch_get_main_queue(), weakly(weak_from_this(), [](YMRItemPreparation& self) {
@@ -103,10 +104,9 @@ void YMRItemPreparation::artworkFailed(const NSError& error) {
   isFetchingArtwork_ = false;
   artworkWait_ = nullptr;
   dispatch_async(dispatch_get_main_queue(), weakly(weak_from_this(), &YMRItemPreparation::finishWhenComplete));
-  const std::string url = mediaItem_->videoThumbnailUrl().value_or("");
-  SKLogger::warning(ymrPlayerTag, "No artwork from " + url + ": " + error.message);
+  SKLogger::warning(ymrPlayerTag, "No artwork from " + artworkUrl_ + ": " + error.message);
   const auto didFail = mediaItem_->videoThumbnailDidFail();
-  if (didFail) callHost(ymrPlayerTag, [&] { didFail(url, error); });
+  if (didFail) callHost(ymrPlayerTag, [&] { didFail(artworkUrl_, error); });
 }
 
 void YMRItemPreparation::finishWhenComplete() {

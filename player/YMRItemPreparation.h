@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/avfoundation/AVPlayerItem.h"
@@ -41,6 +42,7 @@ class YMRItemPreparation : public std::enable_shared_from_this<YMRItemPreparatio
   Completion completion_;
   bool isAssetLoaded_ = false;
   bool isFetchingArtwork_ = false;
+  std::string artworkUrl_;          // as it was given, when the fetch began
   std::vector<std::byte> artwork_;  // fetched; empty without
   std::shared_ptr<NSTimer> artworkWait_;
 };
