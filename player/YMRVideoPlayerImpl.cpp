@@ -78,6 +78,7 @@ void YMRVideoPlayerImpl::followApplication() {
                      weakly(weak_from_this(), &YMRVideoPlayerImpl::appDidEnterBackground));
   center.addObserver(&presentation_, UIApplicationDidBecomeActiveNotification, nullptr,
                      weakly(weak_from_this(), &YMRVideoPlayerImpl::appDidBecomeActive));
+  // By another key, since it is followed after dismissal, too: the views are there until the host lets go.
   center.addObserver(&avPlayerVC_, UIApplicationWillTerminateNotification, nullptr,
                      weakly(weak_from_this(), &YMRVideoPlayerImpl::applicationWillTerminate));
 }
@@ -89,7 +90,7 @@ void YMRVideoPlayerImpl::presentWithController(const std::shared_ptr<UIViewContr
 
 void YMRVideoPlayerImpl::removeObserver() {
   try {
-    if (vodPlayer_ && vodTimeObserver_) {  // which comes and goes together with the key-value ones
+    if (vodPlayer_ && vodTimeObserver_) {  // the tick comes and goes together with the key-value observers
       if (const auto item = vodPlayer_->currentItem()) {
         for (const auto* key : {"playbackBufferEmpty", "status", "playbackLikelyToKeepUp"}) {
           item->removeObserver(this, key);

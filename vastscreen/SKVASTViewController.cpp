@@ -31,6 +31,7 @@ std::shared_ptr<SKVASTViewController> SKVASTViewController::initWithDelegate(
       new SKVASTViewController(std::move(delegate), std::move(viewController)));
   screen->startReachability();
   screen->addObservers();
+  // By another key than what close() removes: it is followed for the screen's whole life.
   NSNotificationCenter::defaultCenter().addObserver(
       &screen->stage_, UIApplicationWillTerminateNotification, nullptr,
       weakly(std::weak_ptr(screen), &SKVASTViewController::applicationWillTerminate));

@@ -23,6 +23,7 @@ class RunLoopThatIsOver final : public RunLoop {
   }
   bool isCurrent() const override { return true; }
   void post(Block) override {}
+  // The token is that of no timer, nor will a later loop give it to one.
   TimerToken schedule(Duration, Block block) override { return TimerQueue().add({}, std::move(block)); }
   void cancel(TimerToken) override {}
   void performWork(Block) override {}
