@@ -13,22 +13,17 @@ GstClockTime levelOf(GstElement* demuxer) {
 
 }  // namespace
 
-void BufferWatch::admit(GstElement* element, GstElement* parent) {
-  const bool isQueueOfStreams = factoryName(element) == "multiqueue" && factoryName(parent) == "urisourcebin";
-  GObjectClass* type = G_OBJECT_GET_CLASS(element);
-  const bool isAdaptiveDemuxer = g_object_class_find_property(type, "current-level-time-video") != nullptr;
-  if (!isQueueOfStreams && !isAdaptiveDemuxer) return;
-  if (isAdaptiveDemuxer) {
+void BufferWatch::admit(GstElement* demuxer, bool isAdaptive) {
+  if (isAdaptive) {
     std::lock_guard lock(mutex_);
-    adaptiveDemuxer_ = shareObject(element);
+    adaptiveDemuxer_ = shareObject(demuxer);
   }
-  g_signal_connect(element, "pad-added", G_CALLBACK(padAdded), this);
-  g_signal_connect(element, "pad-removed", G_CALLBACK(padRemoved), this);
+  g_signal_connect(demuxer, "pad-added", G_CALLBACK(padAdded), this);
+  g_signal_connect(demuxer, "pad-removed", G_CALLBACK(padRemoved), this);
 }
 
-void BufferWatch::padAdded(GstElement* element, GstPad* pad, gpointer self) {
-  const bool isAdaptiveDemuxer = factoryName(element) != "multiqueue";
-  if ((GST_PAD_DIRECTION(pad) == GST_PAD_SRC) == isAdaptiveDemuxer) static_cast<BufferWatch*>(self)->watch(pad);
+void BufferWatch::padAdded(GstElement*, GstPad* pad, gpointer self) {
+  if (GST_PAD_IS_SRC(pad)) static_cast<BufferWatch*>(self)->watch(pad);
 }
 
 void BufferWatch::padRemoved(GstElement*, GstPad* pad, gpointer data) {

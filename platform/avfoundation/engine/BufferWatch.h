@@ -8,15 +8,16 @@
 
 #include "platform/avfoundation/engine/GstHandles.h"
 
-// How far the media is here already, in media time: notes what enters the queue between the network and the decoders.
+// How far the media is here already, in media time: notes what leaves the demuxer for the queue in front of the
+// decoders.
 //
-// A queue that holds parsed streams tells by its pads. An adaptive demuxer keeps its segments to itself: there it is
-// what it has handed out plus the level that it reports, since its answer to the buffering query has no ranges.
+// An adaptive demuxer keeps its segments to itself: there it is what it has handed out plus the level that it reports,
+// since its answer to the buffering query has no ranges.
 //
-// admit() is called for each element that joins the pipeline. Destroyed after the pipeline.
+// admit() once, before the demuxer runs. Destroyed after the pipeline.
 class BufferWatch {
  public:
-  void admit(GstElement* element, GstElement* parent);
+  void admit(GstElement* demuxer, bool isAdaptive);
   // The media time in nanoseconds up to which every picture and sound is here. Nothing when none is, or not known. When
   // all streams have come to their end it is GST_CLOCK_TIME_NONE. Any thread.
   std::optional<GstClockTime> bufferedEnd() const;

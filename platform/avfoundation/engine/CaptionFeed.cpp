@@ -25,12 +25,12 @@ constexpr gsize cueBytesLimit = 64 * 1024;
 
 }  // namespace
 
-void CaptionFeed::admit(GstElement* element) {
-  if (factoryName(element) == "urisourcebin") g_signal_connect(element, "pad-added", G_CALLBACK(padAdded), this);
+void CaptionFeed::admit(GstElement* demuxer) {
+  g_signal_connect(demuxer, "pad-added", G_CALLBACK(padAdded), this);
 }
 
 void CaptionFeed::padAdded(GstElement*, GstPad* pad, gpointer self) {
-  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, &CaptionFeed::probe, self, nullptr);
+  if (GST_PAD_IS_SRC(pad)) gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, &CaptionFeed::probe, self, nullptr);
 }
 
 GstPadProbeReturn CaptionFeed::probe(GstPad* pad, GstPadProbeInfo* info, gpointer self) {

@@ -14,13 +14,13 @@
 // Takes the cues of every legible track out of the parsed streams, before they reach the decoders. So texts never take
 // part in prerolling, and choosing a track changes nothing in a pipeline that plays.
 //
-// admit() is called for each element that joins the pipeline. `found` is called on streaming threads, ahead of the time
+// admit() once, before the demuxer runs. `found` is called on streaming threads, ahead of the time
 // at which a cue is due. Destroyed after the pipeline.
 class CaptionFeed {
  public:
   using Found = std::function<void(const std::string& track, CaptionCue cue)>;
   explicit CaptionFeed(Found found) : found_(std::move(found)) {}
-  void admit(GstElement* element);
+  void admit(GstElement* demuxer);
 
  private:
   static void padAdded(GstElement* element, GstPad* pad, gpointer self);

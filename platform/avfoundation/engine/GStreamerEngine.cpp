@@ -1,6 +1,7 @@
 #include "platform/avfoundation/engine/GStreamerEngine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "platform/avfoundation/engine/MediaErrors.h"
@@ -11,15 +12,10 @@ namespace {
 constexpr std::int64_t second = 1'000'000'000;
 constexpr std::int32_t nanoseconds = 1'000'000'000;
 constexpr auto pollInterval = std::chrono::milliseconds(500);
-// A file needs no server to be ready; playbin3 1.22 now and then loses its way while it connects the streams, and a new
-// one then finds it. Twice as long before each further attempt, for slow disks.
-constexpr auto filePrerollLimit = std::chrono::seconds(1);
-constexpr int restartsLimit = 3;
 // The end that a container names and the end of its last sample differ by less than this.
 constexpr std::int64_t endTolerance = second / 2;
 // Media of which more than this is missing at the end have been cut off.
 constexpr std::int64_t missingLimit = second;
-
 RunLoop::Duration seconds(double count) {
   return std::chrono::duration_cast<RunLoop::Duration>(std::chrono::duration<double>(count));
 }
@@ -45,7 +41,7 @@ GStreamerEngine::GStreamerEngine(const MediaSource& source)
 GStreamerEngine::~GStreamerEngine() {
   YMR_ASSERT_MAIN_THREAD();
   hop_.close();
-  for (const RunLoop::TimerToken timer : {pollTimer_, overdueTimer_, restartTimer_}) {
+  for (const RunLoop::TimerToken timer : {pollTimer_, overdueTimer_}) {
     if (timer) RunLoop::main().cancel(timer);
   }
   if (pipeline_) MediaPipeline::close(std::move(pipeline_));
@@ -78,11 +74,7 @@ MediaPipeline::Events GStreamerEngine::pipelineEvents() {
     finishSeek(false);
   };
   events.ended = [this] { ended(); };
-  events.failed = [this](const NSError& error) {
-    const bool mayHaveLostItsWay =
-        !hasPrerolled_ && source_.url.isFileURL() && error.code == AVErrorUnknown && restarts_ == 0;
-    mayHaveLostItsWay ? restart() : fail(error);
-  };
+  events.failed = [this](const NSError& error) { fail(error); };
   events.buffered = [this](bool isFilled) { buffered(isFilled); };
   events.factsChanged = [this](MediaFacts facts) { factsChanged(std::move(facts)); };
   events.captionFound = [this](const std::string& track, CaptionCue cue) { captionFound(track, std::move(cue)); };
@@ -95,31 +87,7 @@ void GStreamerEngine::load(const CMTime& start) {
   isLoaded_ = true;
   if (start > kCMTimeZero && !next_) seek(start, {});
   if (!mayOpen(source_)) return fail(unsupportedSchemeError(source_.url));
-  openPipeline();
-}
-
-void GStreamerEngine::openPipeline() {
   pipeline_->open();
-  if (!source_.url.isFileURL() || restarts_ == restartsLimit) return;
-  restartTimer_ = RunLoop::main().schedule(filePrerollLimit * (1 << restarts_), [this] {
-    restartTimer_ = 0;
-    restart();
-  });
-}
-
-void GStreamerEngine::restart() {
-  ++restarts_;
-  for (RunLoop::TimerToken* timer : {&restartTimer_, &pollTimer_}) {
-    if (*timer) RunLoop::main().cancel(std::exchange(*timer, 0));
-  }
-  MediaPipeline::close(std::move(pipeline_));
-  isOpen_ = false;
-  isFilled_ = true;
-  pipelinePlays_ = false;
-  pipeline_ = std::make_shared<MediaPipeline>(source_, MediaEngineSettings::shared(), pipelineEvents());
-  pipeline_->sound().setMuted(isMuted_);
-  openPipeline();
-  apply();
 }
 
 void GStreamerEngine::setRate(double rate) {
@@ -150,7 +118,6 @@ void GStreamerEngine::apply() {
 void GStreamerEngine::prerolled(std::uint64_t flushes) {
   if (!hasPrerolled_) {
     hasPrerolled_ = true;
-    if (restartTimer_) RunLoop::main().cancel(std::exchange(restartTimer_, 0));
     silence_.reset();
     next_ ? begin(*std::exchange(next_, std::nullopt)) : becomeReady();
     apply();
@@ -196,7 +163,7 @@ void GStreamerEngine::fail(const NSError& error) {
   hasFailed_ = true;
   silence_.reset();
   overtime_.reset();
-  for (RunLoop::TimerToken* timer : {&pollTimer_, &overdueTimer_, &restartTimer_}) {
+  for (RunLoop::TimerToken* timer : {&pollTimer_, &overdueTimer_}) {
     if (*timer) RunLoop::main().cancel(std::exchange(*timer, 0));
   }
   MediaPipeline::close(std::move(pipeline_));
@@ -251,7 +218,6 @@ void GStreamerEngine::selectLegibleTrack(const std::optional<std::string>& ident
 
 void GStreamerEngine::setMuted(bool muted) {
   YMR_ASSERT_MAIN_THREAD();
-  isMuted_ = muted;
   if (pipeline_) pipeline_->sound().setMuted(muted);
 }
 

@@ -10,7 +10,7 @@
 #include "platform/avfoundation/engine/MediaPipeline.h"
 #include "platform/avfoundation/engine/SilenceWatch.h"
 
-// The product's engine, on GStreamer's playbin3. This class decides what the pipeline should do; MediaPipeline does it.
+// The product's engine, on GStreamer. This class decides what the pipeline should do; MediaPipeline does it.
 //
 // What it holds to: the pipeline plays only when the rate says so, the media is ready, no seek is under way, the queues
 // are filled and the end has not come. One seek is under way at a time, and the last one asked for meanwhile is next.
@@ -48,9 +48,6 @@ class GStreamerEngine final : public MediaEngine {
   };
 
   MediaPipeline::Events pipelineEvents();
-  void openPipeline();
-  // Puts a new pipeline in the place of one that does not become ready.
-  void restart();
   void prerolled(std::uint64_t flushes);
   void becomeReady();
   void ended();
@@ -63,7 +60,7 @@ class GStreamerEngine final : public MediaEngine {
 
   void begin(Seek seek);
   void sendSeek(std::int64_t time);
-  // The pipeline has prerolled where the seek under way led it: looks whether it shows what was asked for.
+  // The pipeline has prerolled where current_ sent it: with a picture, or to look further back for one.
   void arrived();
   // Tells of its end, and goes on to the next one.
   void finishSeek(bool finished);
@@ -97,9 +94,7 @@ class GStreamerEngine final : public MediaEngine {
   bool hasEnded_ = false;
   bool isFilled_ = true;
   bool pipelinePlays_ = false;
-  bool isMuted_ = false;
   double rate_ = 0;
-  int restarts_ = 0;
   std::shared_ptr<VideoFrameSink> frameSink_;
   bool isSinkKept_ = false;  // frameSink_ is to be connected when the pictures that come are of the place asked for
   MediaFacts facts_;
@@ -108,7 +103,6 @@ class GStreamerEngine final : public MediaEngine {
   mutable std::int64_t floor_ = 0;  // the position never falls below what it was, but for a seek
   std::optional<GstClockTime> lastBufferedEnd_;
   RunLoop::TimerToken pollTimer_ = 0;
-  RunLoop::TimerToken restartTimer_ = 0;
   RunLoop::TimerToken overdueTimer_ = 0;  // of a seek: when current_ takes too long, next_ begins in its place
   SilenceWatch silence_;
   SilenceWatch overtime_;  // of an ad, from its first picture on

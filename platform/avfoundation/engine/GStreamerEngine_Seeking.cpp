@@ -1,5 +1,4 @@
 // The engine's seeks: one under way, the newest that was asked for meanwhile next.
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>

@@ -12,7 +12,8 @@ std::optional<std::string> load() {
     const GErrorRef error(failure);
     return "GStreamer (" + std::string(error ? error->message : "no reason given") + ")";
   }
-  for (const char* needed : {"playbin3", "appsink", "videoconvert", "volume", "fakesink"}) {
+  for (const char* needed :
+       {"parsebin", "multiqueue", "deinterlace", "audioconvert", "audioresample", "appsink", "volume", "fakesink"}) {
     const GstObjectRef<GstElementFactory> factory(gst_element_factory_find(needed));
     if (!factory) return "GStreamer's element " + std::string(needed);
   }

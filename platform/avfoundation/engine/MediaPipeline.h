@@ -11,31 +11,18 @@
 
 #include "platform/avfoundation/engine/BufferWatch.h"
 #include "platform/avfoundation/engine/CaptionFeed.h"
-#include "platform/avfoundation/engine/ContainerGate.h"
 #include "platform/avfoundation/engine/DemuxerWatch.h"
-#include "platform/avfoundation/engine/EndGate.h"
 #include "platform/avfoundation/engine/FrameOutlet.h"
 #include "platform/avfoundation/engine/MainHop.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
+#include "platform/avfoundation/engine/MediaFacts.h"
+#include "platform/avfoundation/engine/MediaGraph.h"
 #include "platform/avfoundation/engine/PipelineListener.h"
 #include "platform/avfoundation/engine/RangeWatch.h"
 #include "platform/avfoundation/engine/SoundOutlet.h"
-#include "platform/avfoundation/engine/StreamStartGate.h"
 #include "platform/dispatch/Dispatch.h"
 
-// What is known of the media. Times are media time in nanoseconds.
-struct MediaFacts {
-  std::optional<std::int64_t> duration;
-  // False when the duration is guessed from what has come, or the sum of what a playlist says.
-  bool saysItsLength = true;
-  // Some elements take a seek all the same, and lose their way or their server.
-  bool isSeekable = true;
-  std::int64_t seekableStart = 0;
-  std::optional<std::int64_t> seekableEnd;
-  std::vector<MediaTrack> tracks;
-};
-
-// One playbin3 with everything that is plugged into it, from its making to its end.
+// One pipeline, a MediaGraph with everything that watches it, from its making to its end.
 //
 // What changes the pipeline (open, setPlaying, seek, close, …) may be called on the main thread only and returns at
 // once: it is carried out in order on a queue of the pipeline's own, because each of these can wait for a device or a
@@ -107,15 +94,18 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   void selectStreams(const std::string& legible);
   void replaceSound();
   void refreshFacts();
-  // Sound without the pictures that belong to it is no programme.
-  void failWithoutPictures();
+
+  // Streaming threads, called by the graph.
+  bool mayOpen(const std::string& typeName);
+  void watch(GstElement* demuxer, bool isAdaptive);
+  void undecodable(GstStreamType type, GstCaps* caps);
 
   std::optional<GstClockTime> fromOrigin(std::optional<GstClockTime> time) const;
 
   static void elementAdded(GstBin* bin, GstBin* subBin, GstElement* element, gpointer self);
-  static void sourceSetUp(GstElement* playbin, GstElement* source, gpointer self);
   static GstPadProbeReturn countFlush(GstPad* pad, GstPadProbeInfo* info, gpointer self);
-  void configureBuffering(GstElement* element);
+  GstElement* makeSource();
+  MediaGraph::Hooks graphHooks();
 
   const MediaSource source_;
   const MediaEngineSettings settings_;
@@ -125,17 +115,14 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
 
   FrameOutlet frames_;
   SoundOutlet sound_;
-  ContainerGate gate_;
-  StreamStartGate starts_;
   DemuxerWatch demuxers_;
-  EndGate ends_;
   RangeWatch ranges_;
   BufferWatch buffers_;
   CaptionFeed captions_;
 
-  GstElementRef playbin_;   // set once, on the queue, before the first event
-  bool wasReady_ = false;   // on the queue
-  bool isPlaying_ = false;  // what the pipeline was last told; on the queue
+  std::unique_ptr<MediaGraph> graph_;  // set once, on the queue, before the first event
+  bool wasReady_ = false;              // on the queue
+  bool isPlaying_ = false;             // what the pipeline was last told; on the queue
   std::atomic<bool> clockRuns_{false};
   std::atomic<bool> hasFailed_{false};  // its state is left alone
   std::atomic<std::uint64_t> flushes_{0};

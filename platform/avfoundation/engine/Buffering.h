@@ -1,0 +1,37 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include "platform/avfoundation/engine/MediaEngine.h"
+
+// How much of the media is held ready between the source and the decoders.
+
+// Parsed data: bounds for each stream, and when playback waits for more.
+struct QueueLimits {
+  guint bytes;
+  GstClockTime time;     // at least so much, however the streams are interleaved
+  bool tellsItsLevel;    // playback waits when it runs dry
+  double highWatermark;  // shares of `time`: playback may start, and must stop
+  double lowWatermark;
+};
+
+constexpr guint mebibyte = 1024 * 1024;
+
+constexpr GstClockTime aheadTime(MediaPurpose purpose) {
+  return (purpose == MediaPurpose::programme ? 40 : 20) * GST_SECOND;
+}
+
+constexpr guint queueBytes(MediaPurpose purpose) {
+  return (purpose == MediaPurpose::programme ? 64 : 16) * mebibyte;
+}
+
+// The bytes are at hand; the streams need only room to be apart from each other.
+constexpr QueueLimits limitsOfFile(MediaPurpose purpose) {
+  return {queueBytes(purpose), GST_SECOND / 4, false, 1, 0};
+}
+
+// What is parsed is all that is held.
+constexpr QueueLimits limitsOfStream(MediaPurpose purpose) {
+  return purpose == MediaPurpose::programme ? QueueLimits{queueBytes(purpose), aheadTime(purpose), true, 0.05, 0.01}
+                                            : QueueLimits{queueBytes(purpose), aheadTime(purpose), true, 0.02, 0.005};
+}
