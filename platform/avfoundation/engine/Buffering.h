@@ -35,3 +35,13 @@ constexpr QueueLimits limitsOfStream(MediaPurpose purpose) {
   return purpose == MediaPurpose::programme ? QueueLimits{queueBytes(purpose), aheadTime(purpose), true, 0.05, 0.01}
                                             : QueueLimits{queueBytes(purpose), aheadTime(purpose), true, 0.02, 0.005};
 }
+
+// What is parsed is a little of what is held: the rest waits as bytes.
+constexpr QueueLimits limitsOfBytes(MediaPurpose purpose) {
+  constexpr GstClockTime parsed = 2 * GST_SECOND;
+  return purpose == MediaPurpose::programme ? QueueLimits{queueBytes(purpose), parsed, true, 0.8, 0.2}
+                                            : QueueLimits{queueBytes(purpose), parsed, true, 0.2, 0.05};
+}
+
+// Bytes are held ready for aheadTime() at the media's average rate, but never fewer.
+constexpr double leastAheadBytes = 2 * mebibyte;

@@ -180,9 +180,11 @@ void GStreamerEngine::poll() {
   pollTimer_ = RunLoop::main().schedule(pollInterval, [this] {
     poll();
     if (!hasPrerolled_) return pipeline_->lookForSilentFailure();
-    const auto end = source_.url.isFileURL() ? std::nullopt : pipeline_->bufferedEnd();
-    if (end != lastBufferedEnd_) report(&Events::bufferingChanged);
+    const auto end = source_.isLocal() ? std::nullopt : pipeline_->bufferedEnd();
+    const bool isFull = pipeline_->isFull();
+    if (end != lastBufferedEnd_ || isFull != wasFull_) report(&Events::bufferingChanged);
     lastBufferedEnd_ = end;
+    wasFull_ = isFull;
   });
 }
 
@@ -258,7 +260,7 @@ CMTime GStreamerEngine::duration() const {
 }
 
 bool GStreamerEngine::isLive() const {
-  return isReady_ && !facts_.duration && !source_.url.isFileURL();
+  return isReady_ && !facts_.duration && !source_.isLocal();
 }
 
 std::vector<CMTimeRange> GStreamerEngine::bufferedRanges() const {
@@ -266,11 +268,14 @@ std::vector<CMTimeRange> GStreamerEngine::bufferedRanges() const {
   if (!isReady_ || hasFailed_) return {};
   std::int64_t start = 0;
   std::optional<std::int64_t> end = facts_.duration;
-  if (!source_.url.isFileURL()) {
+  if (!source_.isLocal()) {
     start = mediaTime();
     const auto buffered = pipeline_->bufferedEnd();
     if (!buffered) return {};
-    if (GST_CLOCK_TIME_IS_VALID(*buffered)) end = static_cast<std::int64_t>(*buffered);
+    if (GST_CLOCK_TIME_IS_VALID(*buffered)) {
+      const auto time = static_cast<std::int64_t>(*buffered);
+      end = std::min(time, std::max(end.value_or(time), start));
+    }
   }
   if (!end || *end <= start) return {};
   return {{CMTimeMake(start, nanoseconds), CMTimeMake(*end - start, nanoseconds)}};
@@ -281,7 +286,7 @@ bool GStreamerEngine::isBufferEmpty() const {
 }
 
 bool GStreamerEngine::isLikelyToKeepUp() const {
-  return isReady_ && (isFilled_ || hasEnded_);
+  return isReady_ && (isFilled_ || hasEnded_ || (pipeline_ && pipeline_->isFull()));
 }
 
 bool GStreamerEngine::hasVideo() const {

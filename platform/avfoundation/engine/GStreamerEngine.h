@@ -102,6 +102,7 @@ class GStreamerEngine final : public MediaEngine {
   std::optional<Seek> next_;
   mutable std::int64_t floor_ = 0;  // the position never falls below what it was, but for a seek
   std::optional<GstClockTime> lastBufferedEnd_;
+  bool wasFull_ = false;
   RunLoop::TimerToken pollTimer_ = 0;
   RunLoop::TimerToken overdueTimer_ = 0;  // of a seek: when current_ takes too long, next_ begins in its place
   SilenceWatch silence_;

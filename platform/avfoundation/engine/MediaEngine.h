@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/Export.h"
+#include "platform/avfoundation/bytes/MediaBytes.h"
 #include "platform/avfoundation/engine/MediaCaption.h"
 #include "platform/avfoundation/engine/VideoFrame.h"
 #include "platform/coremedia/CMTime.h"
@@ -23,6 +24,12 @@ enum class MediaPurpose {
 struct MediaSource {
   NSURL url;
   MediaPurpose purpose = MediaPurpose::programme;
+  // Where its bytes come from; nil when the engine opens the URL itself, as it does the segments of a playlist. Of one
+  // engine alone: its end interrupts them for good.
+  std::shared_ptr<MediaBytes> bytes = nullptr;
+
+  // A file, all of which is at hand.
+  bool isLocal() const { return url.isFileURL() && !bytes; }
 };
 
 // One stream of the media.

@@ -56,8 +56,7 @@ NSError resourceError(int code, const NSURL& url, const std::string& detail) {
       return urlError(NSURLErrorCannotConnectToHost, "The server " + nameOf(url) + " can't be reached.");
     case GST_RESOURCE_ERROR_READ:
     case GST_RESOURCE_ERROR_SEEK:
-      return urlError(url.isFileURL() ? NSURLErrorResourceUnavailable : NSURLErrorNetworkConnectionLost,
-                      "Reading " + nameOf(url) + " failed.");
+      return readingError(url);
     default:
       return mediaError(AVErrorUnknown, nameOf(url) + " can't be played: " + detail);
   }
@@ -121,6 +120,11 @@ NSError mediaErrorFromMessage(GstMessage* message, const NSURL& url, const Media
     return missingDecoderError(url, context.missingCodec);
   }
   return mediaError(AVErrorUnknown, nameOf(url) + " can't be played: " + error->message);
+}
+
+NSError readingError(const NSURL& url) {
+  return urlError(url.isFileURL() ? NSURLErrorResourceUnavailable : NSURLErrorNetworkConnectionLost,
+                  "Reading " + nameOf(url) + " failed.");
 }
 
 NSError unsupportedSchemeError(const NSURL& url) {

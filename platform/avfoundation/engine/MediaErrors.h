@@ -19,6 +19,8 @@ struct MediaErrorContext {
 // What an error message of the pipeline means for the media at `url`.
 NSError mediaErrorFromMessage(GstMessage* error, const NSURL& url, const MediaErrorContext& context);
 
+// Its bytes can't be read, or no further.
+NSError readingError(const NSURL& url);
 NSError unsupportedSchemeError(const NSURL& url);
 // The bytes are of no container or not of one that may be opened; `typeName` is the media type found, or empty.
 NSError unrecognizedFormatError(const NSURL& url, const std::string& typeName);

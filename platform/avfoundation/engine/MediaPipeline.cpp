@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/avfoundation/engine/BytesSource.h"
 #include "platform/avfoundation/engine/ContainerPolicy.h"
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
@@ -32,6 +33,7 @@ MediaPipeline::MediaPipeline(MediaSource source, const MediaEngineSettings& sett
       events_(std::move(events)),
       queue_(dispatch_queue_create("pipeline")),
       sound_([this] { enqueue(&MediaPipeline::replaceSound); }),
+      bytes_(source_.bytes ? std::make_shared<ReadAhead>(source_.bytes, source_.purpose) : nullptr),
       captions_([this](const std::string& track, CaptionCue cue) {
         hop_.post([this, track, cue = std::move(cue)] { events_.captionFound(track, cue); });
       }) {}
@@ -65,6 +67,7 @@ bool MediaPipeline::hasStreams() const {
 void MediaPipeline::close(std::shared_ptr<MediaPipeline> pipeline) {
   pipeline->hop_.close();
   pipeline->frames_.close();
+  if (pipeline->bytes_ && !pipeline->isOpen_) pipeline->bytes_->setInterrupted(true);
   // A queue that is dropped with its blocks must not be held by one of them.
   const dispatch_queue_t queue = std::move(pipeline->queue_);
   dispatch_async(queue, [last = std::move(pipeline)]() mutable { last.reset(); });
@@ -83,29 +86,44 @@ void MediaPipeline::build() {
     hop_.post([this, missing] { events_.failed(missingLibraryError(missing)); });
   };
   if (const auto missing = loadGStreamer()) return fail(*missing);
+  hop_.post([this] { events_.opened(); });
+  if (bytes_ && !openBytes()) return;
   GstElement* source = makeSource();
   GstElement* pictures = frames_.makeElement();
   GstElement* sound = sound_.makeElement(settings_);
   if (!source || !pictures || !sound) return fail("one of GStreamer's elements");
-  const bool isFile = source_.url.isFileURL();
-  graph_ = std::make_unique<MediaGraph>(isFile ? limitsOfFile(source_.purpose) : limitsOfStream(source_.purpose),
-                                        pictures, sound, graphHooks());
+  graph_ = std::make_unique<MediaGraph>(queueLimits(), pictures, sound, graphHooks());
   PipelineListener::connect(graph_->pipeline(), this);
   g_signal_connect(graph_->pipeline(), "deep-element-added", G_CALLBACK(elementAdded), this);
   for (GstPad* pad : {frames_.pad(), sound_.pad()}) {
     gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_FLUSH, &MediaPipeline::countFlush, this, nullptr);
   }
   graph_->open(source);
-  hop_.post([this] { events_.opened(); });
   applyState();
 }
 
+bool MediaPipeline::openBytes() {
+  const MediaBytes::Outcome outcome = bytes_->open();
+  isOpen_ = true;
+  if (outcome == MediaBytes::Outcome::failed) {
+    const NSError error = bytes_->failure().value_or(readingError(source_.url));
+    hop_.post([this, error] { events_.failed(error); });
+  }
+  return outcome == MediaBytes::Outcome::done;
+}
+
 GstElement* MediaPipeline::makeSource() {
+  if (bytes_) return makeBytesSource(bytes_);
   GstElement* source = gst_element_make_from_uri(GST_URI_SRC, uriOf(source_.url).c_str(), nullptr, nullptr);
   if (!source) return nullptr;
   setUpSource(source, source_.url);
   ranges_.admit(source);
   return source;
+}
+
+QueueLimits MediaPipeline::queueLimits() const {
+  if (bytes_) return limitsOfBytes(source_.purpose);
+  return source_.isLocal() ? limitsOfFile(source_.purpose) : limitsOfStream(source_.purpose);
 }
 
 MediaGraph::Hooks MediaPipeline::graphHooks() {
@@ -226,6 +244,7 @@ void MediaPipeline::refreshFacts() {
     streams = shareObject(streams_.get());
   }
   MediaFacts facts = factsOf(graph_->pipeline(), streams.get());
+  if (bytes_) bytes_->setDuration(facts.duration.value_or(0));
   facts.saysItsLength = !isTransportStream_ && !buffers_.isAdaptive();
   hop_.post([this, facts = std::move(facts)] { events_.factsChanged(facts); });
 }
@@ -247,6 +266,10 @@ void MediaPipeline::failed(GstMessage* message) {
   if (sound_.contains(GST_MESSAGE_SRC(message))) return enqueue(&MediaPipeline::replaceSound);
   if (graph_->keepsToItself(message)) return;
   hasFailed_ = true;
+  if (const auto failure = isBytesSource(GST_MESSAGE_SRC(message)) ? bytes_->failure() : std::nullopt) {
+    hop_.post([this, error = *failure] { events_.failed(error); });
+    return;
+  }
   MediaErrorContext context{.httpStatus = httpStatus_};
   {
     std::lock_guard lock(mutex_);
@@ -334,6 +357,11 @@ std::optional<std::int64_t> MediaPipeline::mediaTime() const {
   if (!GST_CLOCK_TIME_IS_VALID(running)) return std::nullopt;
   return static_cast<std::int64_t>(running) - static_cast<std::int64_t>(segment->base) +
          static_cast<std::int64_t>(segment->offset) + static_cast<std::int64_t>(segment->time) - origin_;
+}
+
+std::optional<GstClockTime> MediaPipeline::bufferedEnd() const {
+  const auto parsed = fromOrigin(buffers_.bufferedEnd());
+  return parsed && GST_CLOCK_TIME_IS_VALID(*parsed) && bytes_ ? *parsed + bytes_->timeAhead() : parsed;
 }
 
 std::optional<GstClockTime> MediaPipeline::fromOrigin(std::optional<GstClockTime> time) const {

@@ -19,6 +19,7 @@
 #include "platform/avfoundation/engine/MediaGraph.h"
 #include "platform/avfoundation/engine/PipelineListener.h"
 #include "platform/avfoundation/engine/RangeWatch.h"
+#include "platform/avfoundation/engine/ReadAhead.h"
 #include "platform/avfoundation/engine/SoundOutlet.h"
 #include "platform/dispatch/Dispatch.h"
 
@@ -66,9 +67,11 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   // The media time that is due now; nothing before the first preroll and while a flush is under way.
   std::optional<std::int64_t> mediaTime() const;
   // See BufferWatch; in media time.
-  std::optional<GstClockTime> bufferedEnd() const { return fromOrigin(buffers_.bufferedEnd()); }
+  std::optional<GstClockTime> bufferedEnd() const;
   std::optional<GstClockTime> reachedEnd() const { return fromOrigin(buffers_.reachedEnd()); }
   std::optional<std::int64_t> lastPicture() const { return fromOrigin(buffers_.lastPicture()); }
+  // As many bytes are here as there is room for, or as there are.
+  bool isFull() const { return bytes_ && bytes_->isFull(); }
 
  private:
   void prerolled() override;
@@ -105,6 +108,9 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   static void elementAdded(GstBin* bin, GstBin* subBin, GstElement* element, gpointer self);
   static GstPadProbeReturn countFlush(GstPad* pad, GstPadProbeInfo* info, gpointer self);
   GstElement* makeSource();
+  QueueLimits queueLimits() const;
+  // Waits for the resource's answer. False when it has failed, or nobody wants it any more.
+  bool openBytes();
   MediaGraph::Hooks graphHooks();
 
   const MediaSource source_;
@@ -117,10 +123,12 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   SoundOutlet sound_;
   DemuxerWatch demuxers_;
   RangeWatch ranges_;
+  const std::shared_ptr<ReadAhead> bytes_;  // nil when the pipeline opens the URL itself
+  std::atomic<bool> isOpen_{false};         // bytes_ are
   BufferWatch buffers_;
   CaptionFeed captions_;
 
-  std::unique_ptr<MediaGraph> graph_;  // set once, on the queue, before the first event
+  std::unique_ptr<MediaGraph> graph_;  // set once, on the queue, before anything prerolls
   bool wasReady_ = false;              // on the queue
   bool isPlaying_ = false;             // what the pipeline was last told; on the queue
   std::atomic<bool> clockRuns_{false};

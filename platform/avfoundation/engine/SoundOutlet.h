@@ -19,7 +19,7 @@ class SoundOutlet {
   SoundOutlet(const SoundOutlet&) = delete;
   SoundOutlet& operator=(const SoundOutlet&) = delete;
 
-  // For playbin's audio-sink; the outlet's. Null when a plugin is missing.
+  // For the pipeline; the outlet's. Null when a plugin is missing.
   GstElement* makeElement(const MediaEngineSettings& settings);
   // The pad that all sound passes. The outlet's; null before makeElement().
   GstPad* pad() const { return pad_.get(); }

@@ -6,7 +6,7 @@
 
 #include "platform/foundation/NSURL.h"
 
-// Makes playbin's source behave as the process's other HTTP client does: its name, the environment's proxies, no
+// Makes the library's source behave as the process's other HTTP client does: its name, the environment's proxies, no
 // certificate unchecked, and patience that leaves giving up to the engine. Any thread.
 void setUpSource(GstElement* source, const NSURL& url);
 

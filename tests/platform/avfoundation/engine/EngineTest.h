@@ -119,11 +119,12 @@ class EngineTest : public testing::Test {
     return NSURL::fileURLWithPath(sample(where));
   }
 
-  void make(const std::string& where, MediaPurpose purpose = MediaPurpose::programme) {
+  void make(const std::string& where, MediaPurpose purpose = MediaPurpose::programme,
+            std::shared_ptr<MediaBytes> bytes = nullptr) {
     engine.reset();
     told = {};
     frames->clear();
-    engine = MediaEngine::make({urlOf(where), purpose});
+    engine = MediaEngine::make({urlOf(where), purpose, std::move(bytes)});
     MediaEngine::Events events;
     events.ready = [this] { ++told.ready; };
     events.failed = [this](NSError error) { told.failures.push_back(std::move(error)); };
@@ -133,8 +134,9 @@ class EngineTest : public testing::Test {
     engine->setFrameSink(frames);
   }
   // Makes and loads; false when it has failed, or has not become ready in time.
-  bool open(const std::string& where, MediaPurpose purpose = MediaPurpose::programme, double start = 0) {
-    make(where, purpose);
+  bool open(const std::string& where, MediaPurpose purpose = MediaPurpose::programme, double start = 0,
+            std::shared_ptr<MediaBytes> bytes = nullptr) {
+    make(where, purpose, std::move(bytes));
     engine->load(CMTimeMakeWithSeconds(start, 1'000'000'000));
     loop.runUntil([this] { return told.ready > 0 || !told.failures.empty(); }, soon);
     return told.ready > 0;
