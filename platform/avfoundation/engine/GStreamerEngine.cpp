@@ -182,6 +182,7 @@ void GStreamerEngine::poll() {
     if (!hasPrerolled_) return pipeline_->lookForSilentFailure();
     const auto end = source_.isLocal() ? std::nullopt : pipeline_->bufferedEnd();
     const bool isFull = pipeline_->isFull();
+    if (end != lastBufferedEnd_) pipeline_->lookForFacts();
     if (end != lastBufferedEnd_ || isFull != wasFull_) report(&Events::bufferingChanged);
     lastBufferedEnd_ = end;
     wasFull_ = isFull;

@@ -58,6 +58,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   void fetchLegibleTrack(const std::string& identifier);
   // Looks whether the media has been given up without an error; to be asked now and then before the first preroll.
   void lookForSilentFailure();
+  // Asks for the facts again: what comes piece by piece gets longer without a word.
+  void lookForFacts() { enqueue(&MediaPipeline::refreshFacts); }
   // The last call on the main thread: no event comes any more, and the pipeline stops and goes when it can.
   static void close(std::shared_ptr<MediaPipeline> pipeline);
 
