@@ -1,10 +1,8 @@
 #pragma once
 
-#include <curl/curl.h>
-
 #include <functional>
-#include <memory>
 
+#include "platform/foundation/CurlHandle.h"
 #include "platform/foundation/URLLoader.h"
 
 // One GET on an easy handle of its own: the options that bound it, and what came back. The thread that drives the
@@ -17,7 +15,7 @@ class CurlTransfer {
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
-  CURL* handle() const { return easy_.get(); }
+  CURL* handle() const { return handle_.get(); }
   const NSURL& url() const { return request_.url; }
   // Reports the outcome; once.
   void finish(CURLcode code);
@@ -28,8 +26,6 @@ class CurlTransfer {
   static int onProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
   void setOptions();
   NSError failure(CURLcode code) const;
-  // Where the last redirect led; empty without one.
-  std::string redirectedTo() const;
 
   const URLRequest request_;
   Done done_;
@@ -38,6 +34,5 @@ class CurlTransfer {
   bool isSilent_ = false;
   curl_off_t bytes_ = -1;     // received and sent when last looked at
   curl_off_t changedAt_ = 0;  // microseconds into the transfer
-  char message_[CURL_ERROR_SIZE] = "";
-  std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy_;
+  CurlHandle handle_;
 };

@@ -1,12 +1,11 @@
 #include "platform/foundation/CurlTransfers.h"
 
 #include <algorithm>
-#include <new>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "platform/dispatch/BlockedSignals.h"
+#include "platform/foundation/CurlMulti.h"
 #include "platform/foundation/CurlTransfer.h"
 
 namespace {
@@ -14,7 +13,6 @@ namespace {
 // How often a running transfer is looked at although nothing came: the grain of the silence limit.
 constexpr int lookMilliseconds = 100;
 constexpr int idleMilliseconds = 60 * 60 * 1000;
-constexpr long keptConnectionsLimit = 16;
 
 // What shares connections: scheme, host and port.
 std::string server(const NSURL& url) {
@@ -26,19 +24,14 @@ std::string server(const NSURL& url) {
 // The easy handles in flight and what drives them.
 class CurlTransfers::Multi {
  public:
-  Multi() : multi_((curl_global_init(CURL_GLOBAL_DEFAULT), curl_multi_init()), &curl_multi_cleanup) {
-    if (!multi_) throw std::bad_alloc();
-    curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, keptConnectionsLimit);
-  }
-
   ~Multi() {
-    for (const auto& transfer : active_) curl_multi_remove_handle(multi_.get(), transfer->handle());
+    for (const auto& transfer : active_) multi_.remove(transfer->handle());
   }
 
-  void wakeUp() { curl_multi_wakeup(multi_.get()); }
+  void wakeUp() { multi_.wakeUp(); }
 
   void add(std::unique_ptr<CurlTransfer> transfer) {
-    if (!transfer->handle() || curl_multi_add_handle(multi_.get(), transfer->handle()) != CURLM_OK) {
+    if (!multi_.add(transfer->handle())) {
       failed_.push_back(std::move(transfer));
     } else {
       active_.push_back(std::move(transfer));
@@ -50,28 +43,18 @@ class CurlTransfers::Multi {
     std::vector<std::pair<std::unique_ptr<CurlTransfer>, CURLcode>> ended;
     for (auto& transfer : failed_) ended.emplace_back(std::move(transfer), CURLE_OUT_OF_MEMORY);
     failed_.clear();
-    int running = 0;
-    curl_multi_perform(multi_.get(), &running);
-    int left = 0;
-    while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
-      if (message->msg != CURLMSG_DONE) continue;
-      const CURLcode code = message->data.result;
-      ended.emplace_back(take(message->easy_handle), code);
-    }
-    if (ended.empty()) {
-      curl_multi_poll(multi_.get(), nullptr, 0, active_.empty() ? idleMilliseconds : lookMilliseconds, nullptr);
-    }
+    for (const auto& [easy, code] : multi_.perform()) ended.emplace_back(take(easy), code);
+    if (ended.empty()) multi_.wait({}, active_.empty() ? idleMilliseconds : lookMilliseconds);
     return ended;
   }
 
   std::vector<std::unique_ptr<CurlTransfer>> takeAll() {
-    for (const auto& transfer : active_) curl_multi_remove_handle(multi_.get(), transfer->handle());
+    for (const auto& transfer : active_) multi_.remove(transfer->handle());
     return std::move(active_);
   }
 
  private:
   std::unique_ptr<CurlTransfer> take(CURL* easy) {
-    curl_multi_remove_handle(multi_.get(), easy);
     const auto found = std::find_if(active_.begin(), active_.end(),
                                     [easy](const auto& transfer) { return transfer->handle() == easy; });
     auto transfer = std::move(*found);
@@ -79,7 +62,7 @@ class CurlTransfers::Multi {
     return transfer;
   }
 
-  std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi_;
+  CurlMulti multi_;
   std::vector<std::unique_ptr<CurlTransfer>> active_;
   std::vector<std::unique_ptr<CurlTransfer>> failed_;
 };
