@@ -1,0 +1,49 @@
+#pragma once
+
+#include <array>
+#include <memory>
+
+#include "platform/avfoundation/fetch/FetchLane.h"
+
+// Keeps a store filled with a resource around where its reader is: decides which lane serves which place, and how much
+// each may hold. Everything that the reader says of itself may be wrong.
+//
+// The thread that drives the streams.
+class Fetch {
+ public:
+  using Time = FetchLane::Time;
+
+  Fetch(const NSURL& url, std::shared_ptr<ByteStore> store, HTTPStreams& streams);
+
+  // Does what is due. Returns when the next turn is needed at the latest, if nothing else happens.
+  std::optional<Time> turn(Time now);
+  // Becomes readable when a turn is needed because of the reader.
+  int wakeDescriptor() const { return store_->wakeDescriptor(); }
+
+ private:
+  struct Lane {
+    FetchLane fetch;
+    Time movedAt{0};
+    Time leftAt{0};               // when the reader was last seen in it
+    bool isNew = true;            // not read from since it was moved
+    std::uint64_t fullAhead = 0;  // when it became full, so much was ready; 0 when it isn't
+  };
+
+  // The lane that has, or will soon have, the byte at `place`; nil when one must be moved there.
+  std::optional<std::size_t> laneFor(std::uint64_t place) const;
+  std::size_t laneUsedLongestAgo() const;
+  // What the reader waits for; nil when it waits for nothing that could come.
+  std::optional<std::uint64_t> wanted() const;
+  std::optional<Time> follow(Time now);
+  FetchLane::Goal goal(std::size_t lane);
+  void makeRoom(std::size_t lane, bool isUrgent);
+  void showWhetherFull(std::size_t lane);
+
+  Resource resource_;
+  const std::shared_ptr<ByteStore> store_;
+  std::array<Lane, ByteStore::lanes> lanes_;
+  ByteStore::Demand demand_;  // as it was at the beginning of the turn
+  std::size_t current_ = 0;   // the lane that is read from
+  Time alternatedAt_{-1};     // when the reader last came back to a lane that it had left; negative for never
+  bool isAlternating_ = false;
+};

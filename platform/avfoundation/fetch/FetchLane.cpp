@@ -1,0 +1,267 @@
+#include "platform/avfoundation/fetch/FetchLane.h"
+
+#include <algorithm>
+
+#include "platform/avfoundation/bytes/ServerErrors.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr std::chrono::milliseconds connectingLimit{10'000};
+constexpr FetchLane::Time silenceLimit = 10s;
+constexpr FetchLane::Time firstPause = 500ms;
+constexpr std::chrono::seconds pauseLimit{8};
+constexpr int attemptsLimit = 3;
+constexpr int refusalsLimit = 3;
+// What is passed over rather than asked for again: a few seconds of a fast line.
+constexpr std::uint64_t skipLimit = 8 * 1024 * 1024;
+
+// Whether asking again is of no use, as far as one can tell.
+bool isRefusal(const NSError& error) {
+  return error.code == NSURLErrorServerCertificateUntrusted || error.code == NSURLErrorHTTPTooManyRedirects ||
+         error.code == NSURLErrorUnsupportedURL || error.code == NSURLErrorBadURL;
+}
+
+template <typename... Each>
+struct Cases : Each... {
+  using Each::operator()...;
+};
+template <typename... Each>
+Cases(Each...) -> Cases<Each...>;
+
+}  // namespace
+
+FetchLane::FetchLane(Resource& resource, ByteStore& store, std::size_t number, HTTPStreams& streams)
+    : resource_(resource), store_(store), number_(number), streams_(streams), pause_(firstPause) {}
+
+void FetchLane::move(std::uint64_t place) {
+  drop();
+  store_.move(number_, place);
+  isPlaced_ = true;
+  askAt_ = {};
+  pause_ = firstPause;
+  refusals_ = wholeAnswers_ = 0;
+  refusal_.reset();
+}
+
+void FetchLane::drop() {
+  stop();
+  if (store_.heldCount(number_) > 0) store_.move(number_, 0);
+  isPlaced_ = false;
+}
+
+void FetchLane::halt() {
+  stop();
+  isPlaced_ = false;
+}
+
+void FetchLane::rest() {
+  if (isPaused_) stop();
+}
+
+void FetchLane::stop() {
+  stream_.reset();
+  meaning_.reset();
+  error_.reset();
+  hasEnded_ = isPaused_ = hasPaused_ = hasHeard_ = hasGained_ = false;
+}
+
+std::optional<NSError> FetchLane::failure() const {
+  return refusals_ >= refusalsLimit ? refusal_ : std::nullopt;
+}
+
+bool FetchLane::isDone() const {
+  return resource_.facts && resource_.facts->length && end() >= *resource_.facts->length;
+}
+
+bool FetchLane::hasRoom(std::uint64_t bytes) const {
+  const std::uint64_t chunks = (bytes + ByteStore::chunkBytes - 1) / ByteStore::chunkBytes;
+  return end() < goal_.until && goal_.until - end() >= bytes && store_.freeCount() >= chunks &&
+         store_.heldCount(number_) + chunks <= goal_.chunks;
+}
+
+bool FetchLane::mayGoOn() const {
+  constexpr std::size_t chunksOfOneDelivery = 2;
+  return goal_.isUrgent ? store_.freeCount() >= chunksOfOneDelivery : hasRoom(goal_.step);
+}
+
+std::optional<FetchLane::Time> FetchLane::turn(Time now, const Goal& goal) {
+  goal_ = goal;
+  if (!isPlaced_) return std::nullopt;
+  if (std::exchange(hasHeard_, false)) heardAt_ = now;
+  if (hasEnded_) settle(now);
+  if (stream_ && isPaused_) {
+    if (!mayGoOn()) return std::nullopt;
+    isPaused_ = false;
+    heardAt_ = now;
+    stream_->resume();
+  }
+  if (stream_ && now - heardAt_ >= silenceLimit) {
+    stop();
+    askLater(now);
+  }
+  if (stream_) return heardAt_ + silenceLimit;
+  if (isDone() || resource_.failure || !mayGoOn()) return std::nullopt;
+  if (now < askAt_) return askAt_;
+  ask(now);
+  return now + silenceLimit;
+}
+
+void FetchLane::ask(Time now) {
+  stop();
+  const std::uint64_t place = end();
+  HTTPStreamRequest request{.url = resource_.url, .headers = {}, .connectingLimit = connectingLimit};
+  const auto& facts = resource_.facts;
+  if (resource_.takesRange && (!facts || facts->servesRanges)) {
+    request.headers.push_back("Range: bytes=" + std::to_string(place) + "-");
+    // A second opinion is asked without it: what comes back is looked at anyway.
+    if (facts && place > 0 && wholeAnswers_ == 0) {
+      const bool isStrong = !facts->eTag.empty() && !facts->eTag.starts_with("W/");
+      const std::string& same = isStrong ? facts->eTag : facts->lastModified;
+      if (!same.empty()) request.headers.push_back("If-Range: " + same);
+    }
+  }
+  heardAt_ = now;
+  stream_ = streams_.start(std::move(request), *this);
+}
+
+bool FetchLane::streamDidAnswer(const HTTPAnswer& answer) {
+  hasHeard_ = true;
+  meaning_ = ResourceAnswer::meaning(answer, end(), resource_.facts ? &*resource_.facts : nullptr, resource_.url);
+  const auto* body = std::get_if<ResourceAnswer::Body>(&*meaning_);
+  if (!body) return false;
+  cursor_ = body->first;
+  if (!resource_.facts) {
+    resource_.facts = ResourceAnswer::facts(answer, *body);
+    if (!store_.tellHead(ResourceAnswer::head(answer, *resource_.facts))) {
+      resource_.failure = senselessAnswerError(resource_.url, "a redirect to an address without an end");
+      return false;
+    }
+  } else if (body->isWhole && resource_.facts->servesRanges && end() - cursor_ > skipLimit &&
+             ++wholeAnswers_ < refusalsLimit) {
+    meaning_ = ResourceAnswer::Later{senselessAnswerError(resource_.url, "all of it"), std::nullopt};
+    return false;
+  } else if (end() - cursor_ > skipLimit && !body->isWhole) {
+    meaning_ = ResourceAnswer::Refusal{senselessAnswerError(resource_.url, "another part")};
+    return false;
+  }
+  return true;
+}
+
+HTTPStreamClient::Taken FetchLane::streamDidReceive(std::span<const std::byte> bytes) {
+  hasHeard_ = true;
+  const std::uint64_t skipped = std::min<std::uint64_t>(bytes.size(), end() - cursor_);
+  auto wanted = bytes.subspan(skipped);
+  for (const auto& last : {std::get<ResourceAnswer::Body>(*meaning_).behind, resource_.facts->length}) {
+    if (last) wanted = wanted.first(std::min<std::uint64_t>(wanted.size(), *last - std::min(*last, end())));
+  }
+  if (!wanted.empty()) {
+    const bool isWelcome = goal_.isUrgent || hasRoom(1);
+    if (!isWelcome || !store_.append(number_, wanted)) {
+      isPaused_ = hasPaused_ = true;
+      return Taken::none;
+    }
+    hasGained_ = true;
+    goal_.isUrgent = false;
+  }
+  hasPaused_ = false;
+  cursor_ += bytes.size();
+  return Taken::all;
+}
+
+void FetchLane::streamDidEnd(std::optional<NSError> error) {
+  hasEnded_ = true;
+  error_ = std::move(error);
+}
+
+void FetchLane::settle(Time now) {
+  const auto meaning = std::move(meaning_);
+  const auto error = std::move(error_);
+  const bool isFirst = !resource_.facts;
+  if (resource_.failure) return stop();
+  if (!meaning) {
+    stop();
+    const NSError reason = unansweredError(error.value_or(lostConnectionError(resource_.url)), resource_.url);
+    if (isFirst) {
+      resource_.failure = reason;
+    } else if (error && isRefusal(*error)) {
+      refuse(reason, now);
+    } else {
+      askLater(now);
+    }
+    return;
+  }
+  if (const auto* body = std::get_if<ResourceAnswer::Body>(&*meaning)) {
+    error_ = error;
+    return settleBody(*body, now);
+  }
+  stop();
+  std::visit(Cases{[](const ResourceAnswer::Body&) {},
+                   [&](const ResourceAnswer::End& nothing) {
+                     if (isFirst) {
+                       resource_.facts.emplace().length = nothing.length;
+                       store_.tellHead({nothing.length, false, "", resource_.url.absoluteString()});
+                     } else {
+                       resource_.facts->length = nothing.length;
+                       store_.tellEnd(nothing.length);
+                     }
+                   },
+                   [&](const ResourceAnswer::Later& later) {
+                     if (isFirst && ++attempts_ >= attemptsLimit) {
+                       resource_.failure = later.error;
+                     } else {
+                       askLater(now, later.after);
+                     }
+                   },
+                   [&](const ResourceAnswer::Refusal& refusal) {
+                     if (isFirst) {
+                       resource_.failure = refusal.error;
+                     } else {
+                       refuse(refusal.error, now);
+                     }
+                   },
+                   [&](const ResourceAnswer::Changed&) { resource_.failure = changedMediaError(resource_.url); },
+                   [&](const ResourceAnswer::Unranged&) {
+                     if (std::exchange(resource_.takesRange, false)) return;
+                     resource_.failure = statusError(416, resource_.url);
+                   }},
+             *meaning);
+}
+
+// A body has ended, as it should or not.
+void FetchLane::settleBody(const ResourceAnswer::Body& body, Time now) {
+  const bool isComplete = !error_ && (!body.behind || cursor_ >= *body.behind);
+  const bool hasGained = hasGained_, hasPaused = hasPaused_;
+  const auto packed = error_ && error_->code == NSURLErrorBadServerResponse ? error_ : std::nullopt;
+  stop();
+  if (hasGained) {
+    pause_ = firstPause;
+    refusals_ = wholeAnswers_ = 0;
+    refusal_.reset();
+  }
+  if (isComplete && !body.behind && !resource_.facts->length) {
+    resource_.facts->length = std::max(cursor_, end());
+    store_.tellEnd(*resource_.facts->length);
+  }
+  if (isDone()) return;
+  // A part that was told to be no longer, and a server that does not wait for us, are no failures.
+  const bool isNoFault = hasGained && (isComplete ? !body.isWhole : hasPaused);
+  if (packed && !hasGained) {
+    refuse(unansweredError(*packed, resource_.url), now);
+  } else if (!isNoFault) {
+    askLater(now);
+  }
+}
+
+void FetchLane::refuse(const NSError& error, Time now) {
+  ++refusals_;
+  refusal_ = error;
+  askLater(now);
+}
+
+void FetchLane::askLater(Time now, std::optional<std::chrono::seconds> after) {
+  const Time asked = after ? Time(std::min(*after, pauseLimit)) : pause_;
+  askAt_ = now + std::clamp<Time>(asked, pause_, pauseLimit);
+  pause_ = std::min<Time>(2 * pause_, pauseLimit);
+}

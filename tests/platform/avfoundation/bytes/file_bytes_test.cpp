@@ -1,0 +1,7 @@
+#include "platform/avfoundation/bytes/ByteStore.h"
+
+#include <gmock/gmock.h>
+
+TEST(FileBytes, isThere) {
+  EXPECT_TRUE(ByteStore::make(1 << 20));
+}
