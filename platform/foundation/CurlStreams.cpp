@@ -59,13 +59,15 @@ class CurlStreams::Stream final : public HTTPStream {
 
   void resume() override { mayResume_ = true; }
 
-  // What could not be begun has failed; what was resumed goes on. The stream may be gone afterwards.
-  void turn() {
-    if (!isRunning_) {
-      client_.streamDidEnd(handle_.failure(CURLE_OUT_OF_MEMORY));
-    } else if (std::exchange(mayResume_, false) && std::exchange(isPaused_, false)) {
-      curl_easy_pause(handle_.get(), CURLPAUSE_CONT);
+  // What could not be begun has failed; what was resumed goes on. The stream may be gone when that did something.
+  bool turn() {
+    if (!isRunning_ && !hasEnded_) {
+      finish(CURLE_OUT_OF_MEMORY);
+      return true;
     }
+    const bool resumes = std::exchange(mayResume_, false) && std::exchange(isPaused_, false);
+    if (resumes) curl_easy_pause(handle_.get(), CURLPAUSE_CONT);
+    return resumes;
   }
 
   // Told once; the stream may be gone afterwards.
@@ -79,7 +81,6 @@ class CurlStreams::Stream final : public HTTPStream {
       client_.streamDidEnd(handle_.failure(code));
     }
   }
-  bool hasEnded() const { return hasEnded_; }
 
  private:
   static std::size_t onBody(char* data, std::size_t, std::size_t count, void* self) {
@@ -141,11 +142,11 @@ std::unique_ptr<HTTPStream> CurlStreams::start(HTTPStreamRequest request, HTTPSt
 void CurlStreams::turn(std::span<const int> descriptors, std::chrono::milliseconds patience) {
   std::vector<curl_waitfd> waits;
   for (const int descriptor : descriptors) waits.push_back({descriptor, CURL_WAIT_POLLIN, 0});
-  driver_->multi.wait(waits, static_cast<int>(patience.count()));
   const auto streams = driver_->streams;  // a client may begin and let go of some
   for (Stream* stream : streams) {
-    if (driver_->streams.contains(stream) && !stream->hasEnded()) stream->turn();
+    if (driver_->streams.contains(stream) && stream->turn()) patience = std::chrono::milliseconds(0);
   }
+  driver_->multi.wait(waits, static_cast<int>(patience.count()));
   std::vector<std::pair<Stream*, CURLcode>> ended;
   for (const auto& [easy, code] : driver_->multi.perform()) {
     char* stream = nullptr;

@@ -35,18 +35,17 @@ MediaBytes::Outcome ByteStoreReader::waitFor(const Look& look, const Ask& ask) {
   std::optional<Outcome> outcome;
   while (!outcome) {
     const std::uint32_t signal = control().signal.load();
+    if ((outcome = look())) break;
     if (isInterrupted_) {
       outcome = Outcome::interrupted;
-    } else if (!(outcome = look())) {
-      if (hasAsked) {
-        sleepOn(control().signal, signal);
-      } else {
-        ask();
-        control().isWaiting.store(1);
-        std::atomic_thread_fence(std::memory_order_seq_cst);
-        wakeStore();
-        hasAsked = true;
-      }
+    } else if (hasAsked) {
+      sleepOn(control().signal, signal);
+    } else {
+      ask();
+      control().isWaiting.store(1);
+      std::atomic_thread_fence(std::memory_order_seq_cst);
+      wakeStore();
+      hasAsked = true;
     }
   }
   if (hasAsked) control().isWaiting.store(0);

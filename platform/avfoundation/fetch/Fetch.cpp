@@ -110,7 +110,7 @@ FetchLane::Goal Fetch::goal(std::size_t lane) {
   const std::uint64_t ahead = std::clamp(demand_.aheadLimit, std::min(leastAhead, most), most);
   const auto wish = lane == current_ ? wanted() : std::nullopt;
   const std::uint64_t place = std::max(demand_.lane[lane].place, std::min(wish.value_or(0), store_->end(lane)));
-  const std::uint64_t behind = std::clamp<std::uint64_t>(ahead / part, leastBehind, most / part + leastBehind);
+  const std::uint64_t behind = std::min(std::max(ahead / part, leastBehind), most / 4);
   store_->trim(lane, place - std::min(place, behind));
   if (lane != current_ && !isAlternating_) return {};
   FetchLane::Goal goal;

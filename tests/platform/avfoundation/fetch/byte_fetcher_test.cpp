@@ -3,8 +3,11 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "platform/dispatch/PlainRunLoop.h"
 #include "tests/support/HTTPServer.h"
+#include "tests/support/UntrustedServer.h"
 
 using namespace std::chrono_literals;
 using Outcome = MediaBytes::Outcome;
@@ -59,6 +62,83 @@ TEST_F(Fetcher, bringsAResourceFromItsFirstByteToItsLast) {
   EXPECT_TRUE(reader->isFull());
   EXPECT_EQ(server.log().size(), 1u);
   EXPECT_EQ(server.log().front().headers.at("range"), "bytes=0-");
+}
+
+TEST_F(Fetcher, whatCannotBeOpenedHasFailedInWords) {
+  server.onRedirect("/loop", "/loop");
+  server.onRedirect("/file", "file:///etc/hosts");
+  server.on("/packed", HTTPServer::Reply{.body = "no gzip", .headers = {{"Content-Encoding", "gzip"}}});
+  UntrustedServer untrusted("film");
+  const std::tuple<std::string, int, const char*> rows[] = {
+      {server.url("/nothing"), NSURLErrorFileDoesNotExist, "The server 127.0.0.1 does not have this media (HTTP 404)."},
+      {server.url("/loop"), NSURLErrorHTTPTooManyRedirects, "The server 127.0.0.1 redirects without an end."},
+      {server.url("/file"), NSURLErrorUnsupportedURL,
+       "The redirect to file:///etc/hosts is refused: only http and https are followed."},
+      {HTTPServer::refusingURL(), NSURLErrorCannotConnectToHost, "The server 127.0.0.1 can't be reached."},
+      {"http://host.invalid/a", NSURLErrorCannotConnectToHost, "The server host.invalid can't be reached."},
+      {untrusted.url("/"), NSURLErrorServerCertificateUntrusted, "The server's certificate is not trusted: "},
+  };
+  for (const auto& [url, code, message] : rows) {
+    open(url);
+    read();
+    EXPECT_EQ(outcome, Outcome::failed);
+    ASSERT_TRUE(fetcher->failure()) << url;
+    EXPECT_EQ(fetcher->failure()->code, code);
+    EXPECT_THAT(fetcher->failure()->message, testing::StartsWith(message));
+    EXPECT_EQ(reader->failure()->message, fetcher->failure()->message);
+  }
+}
+
+TEST_F(Fetcher, goesOnWhereAConnectionBroke) {
+  for (const bool ranges : {true, false}) {
+    std::atomic<int> requests = 0;
+    server.on("/film.mp4", [&](const HTTPServer::Request&) {
+      HTTPServer::Reply reply{.body = film, .headers = {{"ETag", "\"one\""}}, .ranges = ranges};
+      if (++requests == 1) reply.cutAfter = 1'000'000;
+      return reply;
+    });
+    open(server.url("/film.mp4"));
+    EXPECT_TRUE(read() == film);
+    EXPECT_EQ(requests, 2);
+    EXPECT_EQ(server.log().back().headers.count("range"), ranges ? 1u : 0u);
+  }
+}
+
+TEST_F(Fetcher, aSmallStoreIsEnoughForAnyFilmAndASeekIsOneRequest) {
+  server.on("/film.mp4", film);
+  open(server.url("/film.mp4"), 512 * 1024);
+  EXPECT_TRUE(read() == film);
+  EXPECT_TRUE(read(2'900'000, 1000) == film.substr(2'900'000, 1000));
+  EXPECT_TRUE(read(1'000'000) == film.substr(1'000'000));
+  EXPECT_EQ(server.log().size(), 2u);
+}
+
+TEST_F(Fetcher, goesAtAnyMomentAndWhoeverStillReadsIsInterrupted) {
+  server.on("/film.mp4", HTTPServer::Reply{.body = film, .stallAfter = 1'000'000});
+  for (int round = 0; round < 50; ++round) {
+    open(server.url("/film.mp4"));
+    std::thread waiting([&, reader = reader] {
+      std::byte byte[1];
+      std::size_t count = 0;
+      EXPECT_EQ(reader->read(2'000'000, byte, count), Outcome::interrupted);
+    });
+    if (round % 3 == 0) read(0, 1000);
+    fetcher.reset();
+    reader->setInterrupted(true);
+    waiting.join();
+  }
+}
+
+TEST_F(Fetcher, manyAtOnceAreServedByOneThread) {
+  server.on("/film.mp4", film);
+  std::vector<std::unique_ptr<ByteFetcher>> fetchers;
+  for (int i = 0; i < 50; ++i) {
+    fetchers.push_back(ByteFetcher::open(*NSURL::URLWithString(server.url("/film.mp4")), ByteFetcher::adBytesLimit));
+  }
+  for (const auto& each : fetchers) {
+    reader = each->makeReader();
+    EXPECT_TRUE(read() == film);
+  }
 }
 
 }  // namespace
