@@ -139,7 +139,7 @@ std::unique_ptr<HTTPStream> CurlStreams::start(HTTPStreamRequest request, HTTPSt
   return std::make_unique<Stream>(*driver_, request, client);
 }
 
-void CurlStreams::turn(std::span<const int> descriptors, std::chrono::milliseconds patience) {
+std::vector<int> CurlStreams::turn(std::span<const int> descriptors, std::chrono::milliseconds patience) {
   std::vector<curl_waitfd> waits;
   for (const int descriptor : descriptors) waits.push_back({descriptor, CURL_WAIT_POLLIN, 0});
   const auto streams = driver_->streams;  // a client may begin and let go of some
@@ -156,6 +156,11 @@ void CurlStreams::turn(std::span<const int> descriptors, std::chrono::millisecon
   for (const auto& [stream, code] : ended) {
     if (driver_->streams.contains(stream)) stream->finish(code);
   }
+  std::vector<int> readable;
+  for (const auto& each : waits) {
+    if (each.revents & CURL_WAIT_POLLIN) readable.push_back(each.fd);
+  }
+  return readable;
 }
 
 void CurlStreams::wakeUp() {

@@ -16,8 +16,8 @@ class YMR_API CurlStreams final : public HTTPStreams {
 
   std::unique_ptr<HTTPStream> start(HTTPStreamRequest request, HTTPStreamClient& client) override;
   // Waits for something to do, for one of `descriptors` to be readable, for wakeUp(), and for at most `patience`; then
-  // moves all streams on and tells their clients.
-  void turn(std::span<const int> descriptors, std::chrono::milliseconds patience);
+  // moves all streams on and tells their clients. Returns those of `descriptors` that were readable.
+  std::vector<int> turn(std::span<const int> descriptors, std::chrono::milliseconds patience);
   void wakeUp();
 
  private:

@@ -70,7 +70,7 @@ ByteStore::Demand ByteStore::demand() const {
   Demand demand;
   demand.isWaiting = control().isWaiting.load() != 0;
   demand.place = std::min(control().place.load(), placesLimit);
-  demand.aheadLimit = control().aheadLimit.load();
+  if (const std::uint64_t limit = control().aheadLimit.load(); limit != nowhere) demand.aheadLimit = limit;
   for (std::size_t lane = 0; lane < lanes; ++lane) {
     demand.lane[lane].place = std::clamp(control().lane[lane].place.load(), begin(lane), end(lane));
     demand.lane[lane].uses = control().lane[lane].uses.load();
@@ -116,7 +116,7 @@ std::optional<NSError> ByteStore::failure() const {
 
 void ByteStore::signal() {
   // Bytes are published before this looks whether somebody waits, and whoever waits says so before it looks for bytes.
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  fence();
   if (control().isWaiting.load() != 0) ByteStoreLayout::signal(control().signal);
 }
 
@@ -138,7 +138,7 @@ void ByteStore::move(std::size_t number, std::uint64_t place) {
   lane.moves.fetch_add(1);
   setFull(number, false);
   // No byte of a chunk that was given up is written before the reader can see it.
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  fence();
 }
 
 // Frees the chunks that end at or before `place`.
@@ -155,7 +155,7 @@ void ByteStore::trim(std::size_t number, std::uint64_t place) {
   Window& window = windows_[number];
   release(window, place);
   board().lane[number].begin.store(window.begin);
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  fence();
 }
 
 bool ByteStore::append(std::size_t number, std::span<const std::byte> bytes) {

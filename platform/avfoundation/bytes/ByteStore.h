@@ -39,9 +39,9 @@ class YMR_API ByteStore {
   // What the reader wants. It may say anything, so places are held within what there can be, and numbers mean nothing
   // but an order.
   struct Demand {
-    bool isWaiting = false;    // for a byte at `place`
-    std::uint64_t place = 0;   // or behind what was read last
-    std::uint64_t aheadLimit;  // bytes to keep ready; any number
+    bool isWaiting = false;                   // for a byte at `place`
+    std::uint64_t place = 0;                  // or behind what was read last
+    std::optional<std::uint64_t> aheadLimit;  // bytes to keep ready, any number; nil until it is said
     struct Lane {
       std::uint64_t place = 0;  // within the lane's window: behind what was read last in it
       std::uint64_t uses = 0;   // the lane with the higher number was read from later

@@ -14,6 +14,10 @@ long futex(std::atomic<std::uint32_t>& word, int operation, std::uint32_t value)
 
 }  // namespace
 
+void ByteStoreLayout::fence() {
+  std::atomic_thread_fence(std::memory_order_seq_cst);
+}
+
 void ByteStoreLayout::sleepOn(std::atomic<std::uint32_t>& word, std::uint32_t value) {
   futex(word, FUTEX_WAIT, value);
 }

@@ -59,6 +59,8 @@ struct Control {
   } lane[lanes];
 };
 
+// Everything before it is done, and seen by whoever looks, before anything after it.
+void fence();
 // Sleeps while `word` is `value`, however many processes see it; may wake for no reason.
 void sleepOn(std::atomic<std::uint32_t>& word, std::uint32_t value);
 // Changes `word`, and wakes who sleeps on it.

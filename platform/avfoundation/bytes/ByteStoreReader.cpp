@@ -43,7 +43,7 @@ MediaBytes::Outcome ByteStoreReader::waitFor(const Look& look, const Ask& ask) {
     } else {
       ask();
       control().isWaiting.store(1);
-      std::atomic_thread_fence(std::memory_order_seq_cst);
+      fence();
       wakeStore();
       hasAsked = true;
     }
@@ -110,7 +110,7 @@ std::size_t ByteStoreReader::copy(std::size_t number, std::uint64_t place, std::
     done += part;
   }
   // The store makes it known that a chunk is given up before it writes to it again.
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  fence();
   return lane.moves.load() == before->moves && lane.begin.load() <= place ? count : 0;
 }
 

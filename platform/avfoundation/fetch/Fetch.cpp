@@ -13,6 +13,9 @@ constexpr Fetch::Time movesInterval = 20ms;
 // For so long a lane counts as used in turns with the other, or as one that may be wanted again.
 constexpr Fetch::Time alternationLimit = 5s;
 constexpr std::uint64_t leastAhead = 1024 * 1024;
+// As long as the reader has not said how much it wants: so much, or this often what it has read.
+constexpr std::uint64_t untoldAhead = 4 * 1024 * 1024;
+constexpr std::uint64_t untoldGrowth = 4;
 constexpr std::uint64_t mostStep = 1024 * 1024;
 constexpr std::uint64_t leastBehind = 512 * 1024;
 constexpr std::size_t part = 8;  // of what may be ahead or held: kept behind, spared for the other lane, read at a time
@@ -30,7 +33,6 @@ Fetch::Fetch(const NSURL& url, std::shared_ptr<ByteStore> store, HTTPStreams& st
 
 std::optional<Fetch::Time> Fetch::turn(Time now) {
   if (store_->failure()) return std::nullopt;
-  store_->takeWake();
   demand_ = store_->demand();
   std::optional<Time> next = follow(now);
   for (std::size_t lane = 0; lane < lanes_.size(); ++lane) {
@@ -44,7 +46,7 @@ std::optional<Fetch::Time> Fetch::turn(Time now) {
       next = std::min(next.value_or(Time::max()), each.leftAt + alternationLimit);
     }
     if (const auto due = each.fetch.turn(now, wish)) next = std::min(next.value_or(Time::max()), *due);
-    showWhetherFull(lane);
+    showWhetherFull(lane, wish);
   }
   const auto& failure = resource_.failure ? resource_.failure : lanes_[current_].fetch.failure();
   if (failure && (!resource_.facts || wanted())) {
@@ -76,6 +78,7 @@ std::optional<Fetch::Time> Fetch::follow(Time now) {
       if (now < moved.movedAt + movesInterval && moved.movedAt > Time(0)) return moved.movedAt + movesInterval;
       moved.fetch.move(*place);
       moved.movedAt = now;
+      moved.movedTo = *place;
       moved.isNew = true;
     }
   }
@@ -107,9 +110,11 @@ std::size_t Fetch::laneUsedLongestAgo() const {
 FetchLane::Goal Fetch::goal(std::size_t lane) {
   const std::size_t all = store_->chunkCount();
   const std::uint64_t most = (all - all / part) * ByteStore::chunkBytes;
-  const std::uint64_t ahead = std::clamp(demand_.aheadLimit, std::min(leastAhead, most), most);
   const auto wish = lane == current_ ? wanted() : std::nullopt;
   const std::uint64_t place = std::max(demand_.lane[lane].place, std::min(wish.value_or(0), store_->end(lane)));
+  const std::uint64_t read = place - std::min(place, lanes_[lane].movedTo);
+  const std::uint64_t limit = demand_.aheadLimit.value_or(std::max(untoldAhead, std::min(read, most) * untoldGrowth));
+  const std::uint64_t ahead = std::clamp(limit, std::min(leastAhead, most), most);
   const std::uint64_t behind = std::min(std::max(ahead / part, leastBehind), most / 4);
   store_->trim(lane, place - std::min(place, behind));
   if (lane != current_ && !isAlternating_) return {};
@@ -131,10 +136,12 @@ void Fetch::makeRoom(std::size_t lane, bool isUrgent) {
   if (isTooMuch || (isUrgent && store_->freeCount() < chunksToGetOn)) lanes_[other].fetch.drop();
 }
 
-void Fetch::showWhetherFull(std::size_t number) {
+void Fetch::showWhetherFull(std::size_t number, const FetchLane::Goal& goal) {
   Lane& lane = lanes_[number];
   const std::uint64_t ahead = store_->end(number) - demand_.lane[number].place;
-  if (lane.fetch.isPaused()) {
+  if (goal.until == 0) {
+    lane.fullAhead = 0;  // it is not to be filled at all
+  } else if (lane.fetch.isPaused()) {
     lane.fullAhead = std::max(ahead, std::uint64_t{1});
   } else if (ahead <= lane.fullAhead / 2) {
     lane.fullAhead = 0;

@@ -17,13 +17,15 @@ class Fetch {
 
   // Does what is due. Returns when the next turn is needed at the latest, if nothing else happens.
   std::optional<Time> turn(Time now);
-  // Becomes readable when a turn is needed because of the reader.
+  // Becomes readable when a turn is needed because of the reader; takeWake() ends that, before the turn.
   int wakeDescriptor() const { return store_->wakeDescriptor(); }
+  void takeWake() { store_->takeWake(); }
 
  private:
   struct Lane {
     FetchLane fetch;
     Time movedAt{0};
+    std::uint64_t movedTo = 0;
     Time leftAt{0};               // when the reader was last seen in it
     bool isNew = true;            // not read from since it was moved
     std::uint64_t fullAhead = 0;  // when it became full, so much was ready; 0 when it isn't
@@ -37,7 +39,7 @@ class Fetch {
   std::optional<Time> follow(Time now);
   FetchLane::Goal goal(std::size_t lane);
   void makeRoom(std::size_t lane, bool isUrgent);
-  void showWhetherFull(std::size_t lane);
+  void showWhetherFull(std::size_t lane, const FetchLane::Goal& goal);
 
   Resource resource_;
   const std::shared_ptr<ByteStore> store_;

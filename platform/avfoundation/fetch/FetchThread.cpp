@@ -90,7 +90,11 @@ void FetchThread::State::run() {
       if (const auto due = fetch->turn(now)) next = std::min(next, *due);
       wakes.push_back(fetch->wakeDescriptor());
     }
-    streams.turn(wakes, std::max(std::chrono::ceil<std::chrono::milliseconds>(next - now), 0ms));
+    const auto patience = std::max(std::chrono::ceil<std::chrono::milliseconds>(next - now), 0ms);
+    const auto woken = streams.turn(wakes, patience);
+    for (const auto& [number, fetch] : fetches) {
+      if (std::ranges::count(woken, fetch->wakeDescriptor()) > 0) fetch->takeWake();
+    }
   }
   fetches.clear();
 }
