@@ -23,13 +23,6 @@ bool isRefusal(const NSError& error) {
          error.code == NSURLErrorUnsupportedURL || error.code == NSURLErrorBadURL;
 }
 
-template <typename... Each>
-struct Cases : Each... {
-  using Each::operator()...;
-};
-template <typename... Each>
-Cases(Each...) -> Cases<Each...>;
-
 }  // namespace
 
 FetchLane::FetchLane(Resource& resource, ByteStore& store, std::size_t number, HTTPStreams& streams)
@@ -64,7 +57,7 @@ void FetchLane::stop() {
   stream_.reset();
   meaning_.reset();
   error_.reset();
-  hasEnded_ = isPaused_ = hasPaused_ = hasHeard_ = hasGained_ = false;
+  hasEnded_ = isPaused_ = hasHeard_ = false;
 }
 
 std::optional<NSError> FetchLane::failure() const {
@@ -81,6 +74,12 @@ bool FetchLane::hasRoom(std::uint64_t bytes) const {
          store_.heldCount(number_) + chunks <= goal_.chunks;
 }
 
+// The body has brought what it was told to, whatever else may come.
+bool FetchLane::hasAll() const {
+  const auto* body = meaning_ ? std::get_if<ResourceAnswer::Body>(&*meaning_) : nullptr;
+  return body && (isDone() || (body->behind && cursor_ >= *body->behind));
+}
+
 bool FetchLane::mayGoOn() const {
   constexpr std::size_t chunksOfOneDelivery = 2;
   return goal_.isUrgent ? store_.freeCount() >= chunksOfOneDelivery : hasRoom(goal_.step);
@@ -90,7 +89,7 @@ std::optional<FetchLane::Time> FetchLane::turn(Time now, const Goal& goal) {
   goal_ = goal;
   if (!isPlaced_) return std::nullopt;
   if (std::exchange(hasHeard_, false)) heardAt_ = now;
-  if (hasEnded_) settle(now);
+  if (hasEnded_ || hasAll()) settle(now);
   if (stream_ && isPaused_) {
     if (!mayGoOn()) return std::nullopt;
     isPaused_ = false;
@@ -159,13 +158,14 @@ HTTPStreamClient::Taken FetchLane::streamDidReceive(std::span<const std::byte> b
   if (!wanted.empty()) {
     const bool isWelcome = goal_.isUrgent || hasRoom(1);
     if (!isWelcome || !store_.append(number_, wanted)) {
-      isPaused_ = hasPaused_ = true;
+      isPaused_ = true;
       return Taken::none;
     }
-    hasGained_ = true;
     goal_.isUrgent = false;
   }
-  hasPaused_ = false;
+  pause_ = firstPause;
+  refusals_ = wholeAnswers_ = 0;
+  refusal_.reset();
   cursor_ += bytes.size();
   return Taken::all;
 }
@@ -178,80 +178,67 @@ void FetchLane::streamDidEnd(std::optional<NSError> error) {
 void FetchLane::settle(Time now) {
   const auto meaning = std::move(meaning_);
   const auto error = std::move(error_);
-  const bool isFirst = !resource_.facts;
-  if (resource_.failure) return stop();
-  if (!meaning) {
-    stop();
-    const NSError reason = unansweredError(error.value_or(lostConnectionError(resource_.url)), resource_.url);
-    if (isFirst) {
-      resource_.failure = reason;
-    } else if (error && isRefusal(*error)) {
-      refuse(reason, now);
-    } else {
-      askLater(now);
-    }
-    return;
-  }
-  if (const auto* body = std::get_if<ResourceAnswer::Body>(&*meaning)) {
-    error_ = error;
-    return settleBody(*body, now);
-  }
   stop();
-  std::visit(Cases{[](const ResourceAnswer::Body&) {},
-                   [&](const ResourceAnswer::End& nothing) {
-                     if (isFirst) {
-                       resource_.facts.emplace().length = nothing.length;
-                       store_.tellHead({nothing.length, false, "", resource_.url.absoluteString()});
-                     } else {
-                       resource_.facts->length = nothing.length;
-                       store_.tellEnd(nothing.length);
-                     }
-                   },
-                   [&](const ResourceAnswer::Later& later) {
-                     if (isFirst && ++attempts_ >= attemptsLimit) {
-                       resource_.failure = later.error;
-                     } else {
-                       askLater(now, later.after);
-                     }
-                   },
-                   [&](const ResourceAnswer::Refusal& refusal) {
-                     if (isFirst) {
-                       resource_.failure = refusal.error;
-                     } else {
-                       refuse(refusal.error, now);
-                     }
-                   },
-                   [&](const ResourceAnswer::Changed&) { resource_.failure = changedMediaError(resource_.url); },
-                   [&](const ResourceAnswer::Unranged&) {
-                     if (std::exchange(resource_.takesRange, false)) return;
-                     resource_.failure = statusError(416, resource_.url);
-                   }},
-             *meaning);
+  if (resource_.failure) return;
+  if (meaning) return std::visit([&](const auto& each) { settle(each, error, now); }, *meaning);
+  const NSError reason = unansweredError(error.value_or(lostConnectionError(resource_.url)), resource_.url);
+  if (!resource_.facts) {
+    resource_.failure = reason;
+  } else if (error && isRefusal(*error)) {
+    refuse(reason, now);
+  } else {
+    askLater(now);
+  }
 }
 
-// A body has ended, as it should or not.
-void FetchLane::settleBody(const ResourceAnswer::Body& body, Time now) {
-  const bool isComplete = !error_ && (!body.behind || cursor_ >= *body.behind);
-  const bool hasGained = hasGained_, hasPaused = hasPaused_;
-  const auto packed = error_ && error_->code == NSURLErrorBadServerResponse ? error_ : std::nullopt;
-  stop();
-  if (hasGained) {
-    pause_ = firstPause;
-    refusals_ = wholeAnswers_ = 0;
-    refusal_.reset();
-  }
+// It has ended as it should, or not.
+void FetchLane::settle(const ResourceAnswer::Body& body, const std::optional<NSError>& error, Time now) {
+  const bool isComplete = !error && (!body.behind || cursor_ >= *body.behind);
   if (isComplete && !body.behind && !resource_.facts->length) {
     resource_.facts->length = std::max(cursor_, end());
     store_.tellEnd(*resource_.facts->length);
   }
   if (isDone()) return;
-  // A part that was told to be no longer, and a server that does not wait for us, are no failures.
-  const bool isNoFault = hasGained && (isComplete ? !body.isWhole : hasPaused);
-  if (packed && !hasGained) {
-    refuse(unansweredError(*packed, resource_.url), now);
-  } else if (!isNoFault) {
-    askLater(now);
+  const bool isUnreadable = error && error->code == NSURLErrorBadServerResponse;
+  if (isUnreadable && cursor_ == body.first) {
+    refuse(unansweredError(*error, resource_.url), now);
+  } else if (!isComplete || body.isWhole || cursor_ == body.first) {
+    askLater(now);  // else it was a part, as long as it was told to be
   }
+}
+
+void FetchLane::settle(const ResourceAnswer::End& nothing, const std::optional<NSError>&, Time) {
+  if (resource_.facts) {
+    resource_.facts->length = nothing.length;
+    store_.tellEnd(nothing.length);
+  } else {
+    resource_.facts.emplace().length = nothing.length;
+    store_.tellHead({nothing.length, false, "", resource_.url.absoluteString()});
+  }
+}
+
+void FetchLane::settle(const ResourceAnswer::Later& later, const std::optional<NSError>&, Time now) {
+  if (!resource_.facts && ++attempts_ >= attemptsLimit) {
+    resource_.failure = later.error;
+  } else {
+    askLater(now, later.after);
+  }
+}
+
+void FetchLane::settle(const ResourceAnswer::Refusal& refusal, const std::optional<NSError>&, Time now) {
+  if (resource_.facts) {
+    refuse(refusal.error, now);
+  } else {
+    resource_.failure = refusal.error;
+  }
+}
+
+void FetchLane::settle(const ResourceAnswer::Changed&, const std::optional<NSError>&, Time) {
+  resource_.failure = changedMediaError(resource_.url);
+}
+
+void FetchLane::settle(const ResourceAnswer::Unranged&, const std::optional<NSError>&, Time) {
+  if (!std::exchange(resource_.takesRange, false)) resource_.failure = statusError(416, resource_.url);
 }
 
 void FetchLane::refuse(const NSError& error, Time now) {

@@ -58,10 +58,17 @@ class FetchLane final : HTTPStreamClient {
   bool hasRoom(std::uint64_t bytes) const;
   bool mayGoOn() const;
   bool isDone() const;
+  bool hasAll() const;
   void stop();
   void ask(Time now);
+  // A request has ended: what follows from it.
   void settle(Time now);
-  void settleBody(const ResourceAnswer::Body& body, Time now);
+  void settle(const ResourceAnswer::Body& body, const std::optional<NSError>& error, Time now);
+  void settle(const ResourceAnswer::End& nothing, const std::optional<NSError>&, Time);
+  void settle(const ResourceAnswer::Later& later, const std::optional<NSError>&, Time now);
+  void settle(const ResourceAnswer::Refusal& refusal, const std::optional<NSError>&, Time now);
+  void settle(const ResourceAnswer::Changed&, const std::optional<NSError>&, Time);
+  void settle(const ResourceAnswer::Unranged&, const std::optional<NSError>&, Time);
   void askLater(Time now, std::optional<std::chrono::seconds> after = {});
   void refuse(const NSError& error, Time now);
   std::uint64_t end() const { return store_.end(number_); }
@@ -80,9 +87,7 @@ class FetchLane final : HTTPStreamClient {
   bool hasEnded_ = false;
   std::optional<NSError> error_;
   bool isPaused_ = false;
-  bool hasPaused_ = false;  // since the last byte
-  bool hasHeard_ = false;   // since the last turn
-  bool hasGained_ = false;  // bytes for the store
+  bool hasHeard_ = false;  // since the last turn
   Time heardAt_{0};
 
   // What became of those before, while nothing came.

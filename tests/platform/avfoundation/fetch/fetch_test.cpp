@@ -74,11 +74,13 @@ TEST(Fetch, beforeTheFirstAnswerOnlyABusyServerIsAskedAgain) {
 
 TEST(Fetch, goesOnWhereItStoppedAfterWhateverHappens) {
   FetchRig able;
-  auto broken = able.part(0), cut = able.part(0), silent = able.part(0), partial = able.part(0), late = able.part(0);
-  broken.behind = cut.behind = silent.behind = partial.behind = late.behind = 100'000;
+  auto broken = able.part(0), cut = able.part(0), silent = able.part(0), partial = able.part(0);
+  broken.behind = cut.behind = silent.behind = partial.behind = 100'000;
   broken.error = NSError{NSURLErrorDomain, NSURLErrorNetworkConnectionLost, ""};
   silent.isSilent = true;
   partial.head.headers["content-range"] = "bytes 0-99999/3000000";
+  auto longPart = partial, longFilm = able.part(0);
+  longPart.behind = longFilm.behind = std::uint64_t{1} << 40;
   auto wait = FetchRig::refusal(503);
   wait.head.retryAfter = 5s;
   const struct {
@@ -90,6 +92,8 @@ TEST(Fetch, goesOnWhereItStoppedAfterWhateverHappens) {
       {"a short body", {cut}, {500}},
       {"silence", {silent}, {10'500}},
       {"as much as the server gives at a time", {partial}, {0}},
+      {"more than it said, of a part", {longPart}, {0}},
+      {"more than it said, of the film", {longFilm}, {}},
       {"a long outage",
        {broken, able.lost(), able.lost(), able.lost(), able.lost(), able.lost()},
        {500, 1000, 2000, 4000, 8000, 8000}},
@@ -102,6 +106,8 @@ TEST(Fetch, goesOnWhereItStoppedAfterWhateverHappens) {
     first(rig, row.answers);
     EXPECT_EQ(rig.read(0, rig.length + 1), rig.length);
     EXPECT_EQ(rig.outcome, Outcome::ended);
+    rig.step(0s);
+    EXPECT_EQ(rig.server.open(), 0u);
     EXPECT_EQ(pauses(rig.server.log), row.pauses);
     for (std::size_t i = 1; i < rig.server.log.size(); ++i) {
       EXPECT_EQ(rig.server.log[i].place, 100'000u);
@@ -140,8 +146,10 @@ TEST(Fetch, tellsOfARefusalOnlyWhoeverWantsWhatIsNotHere) {
     if (request.place == 0) answer.behind = 1'000'000;
     return answer;
   };
-  back.pass(30s);
-  EXPECT_EQ(back.read(0, back.length), back.length);
+  back.length = 30'000'000;
+  back.pass(24s);
+  EXPECT_EQ(back.read(0, 1'000'000), 1'000'000u);
+  EXPECT_EQ(back.read(1'000'000, back.length), back.length - 1'000'000);
 }
 
 TEST(Fetch, aChangedFileIsAnErrorAndAnotherNameForItIsNot) {
