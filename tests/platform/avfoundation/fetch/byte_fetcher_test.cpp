@@ -33,16 +33,16 @@ struct Fetcher : testing::Test {
     return all;
   }
 
-  PlainRunLoop loop;
-  HTTPServer server;
-  std::unique_ptr<ByteFetcher> fetcher;
-  std::shared_ptr<MediaBytes> reader;
-  Outcome outcome = Outcome::done;
   const std::string film = [] {
     std::string text;
     for (int i = 0; text.size() < 3'000'000; ++i) text += std::to_string(i);
     return text;
   }();
+  PlainRunLoop loop;
+  HTTPServer server;  // serves the film until it ends
+  std::unique_ptr<ByteFetcher> fetcher;
+  std::shared_ptr<MediaBytes> reader;
+  Outcome outcome = Outcome::done;
 };
 
 TEST_F(Fetcher, bringsAResourceFromItsFirstByteToItsLast) {
