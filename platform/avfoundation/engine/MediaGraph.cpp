@@ -149,10 +149,6 @@ bool MediaGraph::seek(GstEvent* event) {
   return false;
 }
 
-bool MediaGraph::keepsToItself(GstMessage* error) {
-  return std::ranges::any_of(outputs_, [error](StreamOutput& output) { return output.isDecoding(error); });
-}
-
 bool MediaGraph::closeUnlessOpened() {
   const GraphDoor::Lock inside = door_.enter();
   if (!inside || !queue_) door_.close();

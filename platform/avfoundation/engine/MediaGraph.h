@@ -43,8 +43,6 @@ class MediaGraph {
   void expect(GstStreamCollection* streams);
   // Sends a seek to where the streams come from; false when it is refused. Not on a streaming thread.
   bool seek(GstEvent* event);
-  // True for an error that another decoder may make up for. Any thread.
-  bool keepsToItself(GstMessage* error);
 
  private:
   static void typeFound(GstElement* find, guint probability, GstCaps* caps, gpointer self);

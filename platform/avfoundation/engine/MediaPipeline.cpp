@@ -264,7 +264,6 @@ void MediaPipeline::ended() {
 
 void MediaPipeline::failed(GstMessage* message) {
   if (sound_.contains(GST_MESSAGE_SRC(message))) return enqueue(&MediaPipeline::replaceSound);
-  if (graph_->keepsToItself(message)) return;
   hasFailed_ = true;
   if (const auto failure = isBytesSource(GST_MESSAGE_SRC(message)) ? bytes_->failure() : std::nullopt) {
     hop_.post([this, error = *failure] { events_.failed(error); });

@@ -44,16 +44,43 @@ void stop(GstElement* element) {
 
 }  // namespace
 
+// Hears its child's errors before the pipeline does, which would stop where it is.
+struct StreamDecoder::Bin {
+  GstBin parent;
+  StreamDecoder* decoder;
+
+  static GstElement* make(StreamDecoder* decoder) {
+    static const GType type = g_type_register_static_simple(
+        GST_TYPE_BIN, "YmrStreamDecoder", sizeof(GstBinClass),
+        [](gpointer made, gpointer) { GST_BIN_CLASS(made)->handle_message = &StreamDecoder::handle; }, sizeof(Bin),
+        nullptr, GTypeFlags{});
+    auto* bin = static_cast<Bin*>(g_object_new(type, nullptr));
+    bin->decoder = decoder;
+    return GST_ELEMENT_CAST(bin);
+  }
+};
+
+void StreamDecoder::handle(GstBin* bin, GstMessage* message) {
+  StreamDecoder* decoder = reinterpret_cast<Bin*>(bin)->decoder;
+  if (decoder && decoder->keep(message)) return gst_message_unref(message);
+  static_cast<GstBinClass*>(g_type_class_peek(GST_TYPE_BIN))->handle_message(bin, message);
+}
+
 StreamDecoder::StreamDecoder(GraphDoor& door, GstStreamType type, std::function<void(GstCaps*)> undecodable)
-    : door_(door), type_(type), undecodable_(std::move(undecodable)), bin_(shareObject(gst_bin_new(nullptr))) {
+    : door_(door), type_(type), undecodable_(std::move(undecodable)), bin_(shareObject(Bin::make(this))) {
   in_ = gst_ghost_pad_new_no_target("sink", GST_PAD_SINK);
   out_ = gst_ghost_pad_new_no_target("src", GST_PAD_SRC);
   gst_pad_set_chain_function_full(in_, &StreamDecoder::chain, this, nullptr);
   gst_pad_set_chain_list_function_full(in_, &StreamDecoder::chainList, this, nullptr);
   gst_pad_set_event_function_full(in_, &StreamDecoder::event, this, nullptr);
   constexpr int output = GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_BUFFER_LIST;
+  gst_pad_set_query_function_full(in_, &StreamDecoder::query, nullptr, nullptr);
   gst_pad_add_probe(out_, static_cast<GstPadProbeType>(output), &StreamDecoder::noteOutput, this, nullptr);
   for (GstPad* pad : {in_, out_}) gst_element_add_pad(bin_.get(), pad);
+}
+
+StreamDecoder::~StreamDecoder() {
+  reinterpret_cast<Bin*>(bin_.get())->decoder = nullptr;  // the pipeline may have it a little longer
 }
 
 GstFlowReturn StreamDecoder::chain(GstPad* pad, GstObject*, GstBuffer* buffer) {
@@ -72,6 +99,20 @@ GstFlowReturn StreamDecoder::chainList(GstPad* pad, GstObject*, GstBufferList* l
 
 gboolean StreamDecoder::event(GstPad* pad, GstObject*, GstEvent* event) {
   return static_cast<StreamDecoder*>(pad->eventdata)->takeEvent(pad, event);
+}
+
+// Whatever the present decoder takes: what it does not take has another one.
+gboolean StreamDecoder::query(GstPad* pad, GstObject* parent, GstQuery* query) {
+  if (GST_QUERY_TYPE(query) == GST_QUERY_ACCEPT_CAPS) {
+    gst_query_set_accept_caps_result(query, TRUE);
+    return TRUE;
+  }
+  if (GST_QUERY_TYPE(query) != GST_QUERY_CAPS) return gst_pad_query_default(pad, parent, query);
+  GstCaps* filter = nullptr;
+  gst_query_parse_caps(query, &filter);
+  const GstCapsRef any(filter ? gst_caps_ref(filter) : gst_caps_new_any());
+  gst_query_set_caps_result(query, any.get());
+  return TRUE;
 }
 
 GstPadProbeReturn StreamDecoder::noteOutput(GstPad*, GstPadProbeInfo*, gpointer self) {
@@ -209,12 +250,10 @@ void StreamDecoder::unplug() {
   stop(old.get());  // outside: it may wait for the sink
 }
 
-bool StreamDecoder::keepsToItself(GstMessage* error) {
+bool StreamDecoder::keep(GstMessage* message) {
+  if (GST_MESSAGE_TYPE(message) != GST_MESSAGE_ERROR) return false;
   std::lock_guard lock(mutex_);
-  if (!isOnTrial() || !decoder_ ||
-      !gst_object_has_as_ancestor(GST_MESSAGE_SRC(error), GST_OBJECT_CAST(decoder_.get()))) {
-    return false;
-  }
-  if (!keptError_) keptError_.reset(gst_message_ref(error));
+  if (!isOnTrial() || !decoder_) return false;
+  if (!keptError_) keptError_.reset(gst_message_ref(message));
   return true;
 }

@@ -22,17 +22,19 @@ class StreamDecoder {
  public:
   // `undecodable` is called on a streaming thread when no decoder takes `caps`.
   StreamDecoder(GraphDoor& door, GstStreamType type, std::function<void(GstCaps* caps)> undecodable);
+  ~StreamDecoder();
   StreamDecoder(const StreamDecoder&) = delete;
   StreamDecoder& operator=(const StreamDecoder&) = delete;
 
   // Has the pads "sink" and "src". The decoder's own.
   GstElement* element() const { return bin_.get(); }
-  // True for an error of a decoder on trial. It is kept, and posted again should there be no other decoder. Any thread.
-  bool keepsToItself(GstMessage* error);
 
  private:
   using Buffer = GstMiniObjectRef<GstBuffer>;
+  struct Bin;
 
+  // Takes an error of a decoder on trial, to be posted again should there be no other one. Any thread.
+  bool keep(GstMessage* message);
   bool takeEvent(GstPad* pad, GstEvent* event);
   GstFlowReturn takeBuffer(GstPad* pad, GstBuffer* buffer);
   GstFlowReturn pushAgain(GstPad* pad);
@@ -46,9 +48,11 @@ class StreamDecoder {
   // False when there is none.
   bool postKeptError();
 
+  static void handle(GstBin* bin, GstMessage* message);
   static GstFlowReturn chain(GstPad* pad, GstObject* parent, GstBuffer* buffer);
   static GstFlowReturn chainList(GstPad* pad, GstObject* parent, GstBufferList* list);
   static gboolean event(GstPad* pad, GstObject* parent, GstEvent* event);
+  static gboolean query(GstPad* pad, GstObject* parent, GstQuery* query);
   static GstPadProbeReturn noteOutput(GstPad* pad, GstPadProbeInfo* info, gpointer self);
 
   GraphDoor& door_;

@@ -31,7 +31,6 @@ class StreamOutput {
   StreamOutput& operator=(const StreamOutput&) = delete;
 
   GstStreamType type() const { return type_; }
-  bool isDecoding(GstMessage* error) { return decoder_.keepsToItself(error); }
 
   // The stream to be played; empty for none.
   void expect(std::string stream);

@@ -140,4 +140,17 @@ TEST_F(Playback, picturesThatAreHeldStayAsTheyAreWhateverIsDecodedMeanwhile) {
     EXPECT_NEAR(numberOf(frame).value_or(-1), CMTimeGetSeconds(frame.time) * 25, 0.1);
 }
 
+TEST_F(Playback, goesOnWithTheNextProgrammeOfAStreamWhateverItsCodecs) {
+  for (const char* where : {"programmes.ts", "@programmes.ts"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where));
+    EXPECT_EQ(frames->last().width, 320);
+    engine->setRate(1);
+    ASSERT_TRUE(runUntil([this] { return told.ended > 0 || !told.failures.empty(); }));
+    EXPECT_TRUE(told.failures.empty()) << told.failures[0].message;
+    EXPECT_EQ(frames->last().width, 640);
+    EXPECT_GE(frames->lastNumber(), 20);
+  }
+}
+
 }  // namespace
