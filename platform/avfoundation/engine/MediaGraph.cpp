@@ -77,9 +77,13 @@ void MediaGraph::openMedia(GstElement* find, GstCaps* caps) {
   hooks_.demuxerMade(demuxer, isAdaptive_);  // what others see of a pad, they see before it is dropped
   g_signal_connect(demuxer, "pad-added", G_CALLBACK(padAdded), this);
   g_signal_connect(demuxer, "pad-removed", G_CALLBACK(padRemoved), this);
+  // Nobody else may start it: whoever changes the pipeline's state would wait for this thread, which waits for him.
+  gst_element_set_locked_state(demuxer, TRUE);
   gst_bin_add_many(GST_BIN(pipeline_.get()), queue_, demuxer, nullptr);
   gst_element_sync_state_with_parent(queue_);
   gst_element_link(find, demuxer);
+  gst_element_set_state(demuxer, GST_STATE_PAUSED);
+  gst_element_set_locked_state(demuxer, FALSE);
   gst_element_sync_state_with_parent(demuxer);
 }
 
