@@ -43,8 +43,10 @@ class YMR_API ByteStore {
     std::uint64_t place = 0;                  // or behind what was read last
     std::optional<std::uint64_t> aheadLimit;  // bytes to keep ready, any number; nil until it is said
     struct Lane {
-      std::uint64_t place = 0;  // within the lane's window: behind what was read last in it
-      std::uint64_t uses = 0;   // the lane with the higher number was read from later
+      // Within the lane's window: behind what was read last in it. Means nothing before `uses` has changed since the
+      // lane was moved.
+      std::uint64_t place = 0;
+      std::uint64_t uses = 0;  // the lane with the higher number was read from later
     };
     std::array<Lane, lanes> lane;
   };

@@ -69,6 +69,9 @@ std::optional<std::uint64_t> Fetch::wanted() const {
 // Sees where the reader is, and moves a lane to where it waits when none comes by there.
 std::optional<Fetch::Time> Fetch::follow(Time now) {
   std::size_t current = laneUsedLongestAgo() == 0 ? 1 : 0;
+  for (std::size_t lane = 0; lane < lanes_.size(); ++lane) {
+    if (demand_.isWaiting && store_->holds(lane, demand_.place)) current = lane;  // it has not seen yet what is here
+  }
   if (const auto place = wanted()) {
     if (const auto lane = laneFor(*place)) {
       current = *lane;
@@ -79,11 +82,10 @@ std::optional<Fetch::Time> Fetch::follow(Time now) {
       moved.fetch.move(*place);
       moved.movedAt = now;
       moved.movedTo = *place;
-      moved.isNew = true;
+      moved.usesBefore = demand_.lane[current].uses;
     }
   }
-  if (current != current_ && !lanes_[current].isNew) alternatedAt_ = now;
-  if (current != current_) lanes_[current_].isNew = false;
+  if (current != current_ && wasRead(current) && wasRead(current_)) alternatedAt_ = now;
   current_ = current;
   isAlternating_ = alternatedAt_ >= Time(0) && now - alternatedAt_ < alternationLimit;
   return std::nullopt;
@@ -101,6 +103,11 @@ std::optional<std::size_t> Fetch::laneFor(std::uint64_t place) const {
   return best;
 }
 
+std::uint64_t Fetch::placeIn(std::size_t lane) const {
+  return wasRead(lane) ? demand_.lane[lane].place
+                       : std::clamp(lanes_[lane].movedTo, store_->begin(lane), store_->end(lane));
+}
+
 std::size_t Fetch::laneUsedLongestAgo() const {
   if (!lanes_[1].fetch.isPlaced()) return 1;
   if (!lanes_[0].fetch.isPlaced()) return 0;
@@ -111,7 +118,7 @@ FetchLane::Goal Fetch::goal(std::size_t lane) {
   const std::size_t all = store_->chunkCount();
   const std::uint64_t most = (all - all / part) * ByteStore::chunkBytes;
   const auto wish = lane == current_ ? wanted() : std::nullopt;
-  const std::uint64_t place = std::max(demand_.lane[lane].place, std::min(wish.value_or(0), store_->end(lane)));
+  const std::uint64_t place = std::max(placeIn(lane), std::min(wish.value_or(0), store_->end(lane)));
   const std::uint64_t read = place - std::min(place, lanes_[lane].movedTo);
   const std::uint64_t limit = demand_.aheadLimit.value_or(std::max(untoldAhead, std::min(read, most) * untoldGrowth));
   const std::uint64_t ahead = std::clamp(limit, std::min(leastAhead, most), most);
@@ -138,7 +145,7 @@ void Fetch::makeRoom(std::size_t lane, bool isUrgent) {
 
 void Fetch::showWhetherFull(std::size_t number, const FetchLane::Goal& goal) {
   Lane& lane = lanes_[number];
-  const std::uint64_t ahead = store_->end(number) - demand_.lane[number].place;
+  const std::uint64_t ahead = store_->end(number) - placeIn(number);
   if (goal.until == 0) {
     lane.fullAhead = 0;  // it is not to be filled at all
   } else if (lane.fetch.isPaused()) {

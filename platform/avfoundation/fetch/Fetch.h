@@ -26,14 +26,17 @@ class Fetch {
     FetchLane fetch;
     Time movedAt{0};
     std::uint64_t movedTo = 0;
-    Time leftAt{0};               // when the reader was last seen in it
-    bool isNew = true;            // not read from since it was moved
-    std::uint64_t fullAhead = 0;  // when it became full, so much was ready; 0 when it isn't
+    Time leftAt{0};                // when the reader was last seen in it
+    std::uint64_t usesBefore = 0;  // when it was moved
+    std::uint64_t fullAhead = 0;   // when it became full, so much was ready; 0 when it isn't
   };
 
   // The lane that has, or will soon have, the byte at `place`; nil when one must be moved there.
   std::optional<std::size_t> laneFor(std::uint64_t place) const;
   std::size_t laneUsedLongestAgo() const;
+  // Whether the reader has been in a lane since it was moved, and where it is, or will be.
+  bool wasRead(std::size_t lane) const { return demand_.lane[lane].uses != lanes_[lane].usesBefore; }
+  std::uint64_t placeIn(std::size_t lane) const;
   // What the reader waits for; nil when it waits for nothing that could come.
   std::optional<std::uint64_t> wanted() const;
   std::optional<Time> follow(Time now);

@@ -204,6 +204,12 @@ TEST(Fetch, twoPlacesAreReadInTurnsOverTwoConnectionsWithinTheMemoryThereIs) {
   EXPECT_EQ(rig.read(7, 1), 1u);  // the lane that was used longest ago goes there, the other one stays
   EXPECT_EQ(rig.read(far + 39'999'999, 1), 1u);
   EXPECT_THAT(places(rig.server.log), ElementsAre(0, far, 7));
+  EXPECT_EQ(rig.read(8, 1), 1u);
+  rig.control().place = 1'000'000'000;  // much comes before a reader that waits has seen the first of it
+  rig.control().isWaiting = 1;
+  rig.pass(1s);
+  EXPECT_EQ(rig.read(1'000'000'000, 1'000'000), 1'000'000u);
+  EXPECT_THAT(places(rig.server.log), ElementsAre(0, far, 7, 1'000'000'000));
 }
 
 TEST(Fetch, fillsUpToTheLimitThenWaitsAndAServerThatClosesMeanwhileIsNoFailure) {
