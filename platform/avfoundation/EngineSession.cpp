@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/avfoundation/process/EngineChoice.h"
 #include "platform/dispatch/RunLoop.h"
 #include "platform/foundation/MainThread.h"
 
@@ -16,7 +17,7 @@ void letGoLater(std::shared_ptr<EngineSession> session) {
 
 std::shared_ptr<EngineSession> EngineSession::open(const MediaSource& source, const CMTime& start) {
   YMR_ASSERT_MAIN_THREAD();
-  auto engine = MediaEngine::make(source);
+  auto engine = makeMediaEngine(source);
   if (!engine) return nullptr;
   const std::shared_ptr<EngineSession> session(new EngineSession);
   session->engine_ = std::move(engine);

@@ -25,6 +25,10 @@ void MediaEngine::setFactory(Factory made) {
   factory() = std::move(made);
 }
 
+bool MediaEngine::hasFactory() {
+  return factory() != nullptr;
+}
+
 MediaEngineSettings& MediaEngineSettings::shared() {
   static MediaEngineSettings settings;
   return settings;

@@ -27,6 +27,11 @@ struct MediaSource {
   // Where its bytes come from; nil when the engine opens the URL itself, as it does the segments of a playlist. Of one
   // engine alone: its end interrupts them for good.
   std::shared_ptr<MediaBytes> bytes = nullptr;
+  // Of a file: its descriptor, open for reading and kept so by the caller, where the engine may not open it itself. The
+  // URL is its name all the same.
+  std::optional<int> descriptor = std::nullopt;
+  // Subtitles and captions that the media carries are left alone: not one byte of theirs is read as text.
+  bool isWithoutTexts = false;
 
   // A file, all of which is at hand.
   bool isLocal() const { return url.isFileURL() && !bytes; }
@@ -116,6 +121,7 @@ class YMR_API MediaEngine {
   // What make() makes; nil puts the product's own engine back. For tests.
   using Factory = std::function<std::unique_ptr<MediaEngine>(const MediaSource&)>;
   static void setFactory(Factory factory);
+  static bool hasFactory();
 };
 
 // Bounds that a host may change before the first engine is made. Seconds.
@@ -125,6 +131,9 @@ struct YMR_API MediaEngineSettings {
   double adOvertimeLimit = 30;         // how much longer than it is an ad may take to play, pauses apart
   double lengthOfUnknownAd = 120;      // what an ad that does not tell its length is taken for
   enum class Audio { automatic, none } audio = Audio::automatic;  // none: sound is decoded and thrown away in real time
+  // own: each item is parsed and decoded in a process of its own, ymr-media, whose crashes are stalls and whose hands
+  // are tied. host: in the host's, for debugging and for machines with little memory.
+  enum class Process { own, host } process = Process::host;
   // When not empty, where sound goes instead: a sink in GStreamer's launch syntax. For devices that need options, and
   // for listening to what a viewer would hear.
   std::string soundDevice;

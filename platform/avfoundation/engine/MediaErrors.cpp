@@ -1,5 +1,6 @@
 #include "platform/avfoundation/engine/MediaErrors.h"
 
+#include <cerrno>
 #include <cmath>
 #include <utility>
 
@@ -159,6 +160,15 @@ NSError silenceError(const NSURL& url, double seconds) {
 
 NSError overtimeError(const NSURL& url) {
   return mediaError(AVErrorNoDataReceived, nameOf(url) + " takes much longer to play than it is.");
+}
+
+NSError fileError(const NSURL& url, int reason) {
+  return resourceError(
+      reason == ENOENT || reason == ENOTDIR ? GST_RESOURCE_ERROR_NOT_FOUND : GST_RESOURCE_ERROR_OPEN_READ, url, "");
+}
+
+NSError crashError(const NSURL& url) {
+  return mediaError(AVErrorDecodeFailed, nameOf(url) + " can't be played: each attempt at decoding it breaks off.");
 }
 
 NSError missingLibraryError(const std::string& what) {

@@ -33,4 +33,8 @@ NSError missingDecoderError(const NSURL& url, const std::string& codec);
 NSError silenceError(const NSURL& url, double seconds);
 // An ad takes longer than it may.
 NSError overtimeError(const NSURL& url);
+// A file could not be opened, for the reason that errno had.
+NSError fileError(const NSURL& url, int reason);
+// What played it has crashed or hung, and does so each time.
+NSError crashError(const NSURL& url);
 NSError missingLibraryError(const std::string& what);

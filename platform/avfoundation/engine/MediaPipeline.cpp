@@ -14,7 +14,9 @@
 
 namespace {
 
-std::string uriOf(const NSURL& url) {
+std::string uriOf(const MediaSource& source) {
+  const NSURL& url = source.url;
+  if (source.descriptor) return "file:///proc/self/fd/" + std::to_string(*source.descriptor);
   if (!url.isFileURL()) return url.absoluteString();
   const GTextRef uri(g_filename_to_uri(url.path().c_str(), nullptr, nullptr));
   return uri ? uri.get() : url.absoluteString();
@@ -114,7 +116,7 @@ bool MediaPipeline::openBytes() {
 
 GstElement* MediaPipeline::makeSource() {
   if (bytes_) return makeBytesSource(bytes_);
-  GstElement* source = gst_element_make_from_uri(GST_URI_SRC, uriOf(source_.url).c_str(), nullptr, nullptr);
+  GstElement* source = gst_element_make_from_uri(GST_URI_SRC, uriOf(source_).c_str(), nullptr, nullptr);
   if (!source) return nullptr;
   setUpSource(source, source_.url);
   ranges_.admit(source);
@@ -143,7 +145,7 @@ bool MediaPipeline::mayOpen(const std::string& typeName) {
 
 void MediaPipeline::watch(GstElement* demuxer, bool isAdaptive) {
   buffers_.admit(demuxer, isAdaptive);
-  captions_.admit(demuxer);
+  if (!source_.isWithoutTexts) captions_.admit(demuxer);
   if (!isAdaptive) return restrictContainers(demuxer, source_.purpose);
   const auto level = static_cast<guint64>(aheadTime(source_.purpose));
   g_object_set(demuxer, "max-buffering-time", level, "high-watermark-time", level, nullptr);

@@ -21,6 +21,16 @@ bool isDrawnByRows(const GstVideoInfo& info) {
   return true;
 }
 
+VideoFrame frameOf(const GstVideoInfo& info, std::shared_ptr<const DecodedPicture> picture) {
+  VideoFrame frame;
+  frame.width = info.width;
+  frame.height = info.height;
+  frame.pixelAspectNumerator = GST_VIDEO_INFO_PAR_N(&info);
+  frame.pixelAspectDenominator = GST_VIDEO_INFO_PAR_D(&info);
+  frame.decoded = std::move(picture);
+  return frame;
+}
+
 }  // namespace
 
 // How pictures of one kind become B G R X.
@@ -90,11 +100,16 @@ class PictureConverter::Picture final : public DecodedPicture {
  public:
   Picture(std::shared_ptr<Conversion> conversion, const GstVideoInfo& info, GstBuffer* buffer)
       : conversion_(std::move(conversion)), isMapped_(gst_video_frame_map(&frame_, &info, buffer, GST_MAP_READ)) {}
+  Picture(std::shared_ptr<Conversion> conversion, const GstVideoFrame& pixels, std::shared_ptr<const void> owner)
+      : conversion_(std::move(conversion)), owner_(std::move(owner)), frame_(pixels) {
+    frame_.buffer = nullptr;
+  }
   ~Picture() override {
     if (isMapped_) gst_video_frame_unmap(&frame_);
   }
 
   bool isMapped() const { return isMapped_; }
+  const GstVideoFrame& pixels() const { return frame_; }
   int rowsAtOnce() const override { return conversion_->rowsAtOnce(); }
   void draw(int first, std::uint8_t* target, int stride) const override {
     conversion_->draw(frame_, first, target, stride);
@@ -102,20 +117,31 @@ class PictureConverter::Picture final : public DecodedPicture {
 
  private:
   const std::shared_ptr<Conversion> conversion_;
+  const std::shared_ptr<const void> owner_;
   GstVideoFrame frame_{};
-  const bool isMapped_;
+  const bool isMapped_ = false;
 };
 
-VideoFrame PictureConverter::convert(const GstVideoInfo& info, GstBuffer* buffer) {
+std::shared_ptr<PictureConverter::Conversion> PictureConverter::conversionFor(const GstVideoInfo& info) {
   if (!conversion_ || !conversion_->isFor(info)) conversion_ = std::make_shared<Conversion>(info);
-  if (!conversion_->works()) return {};
-  auto picture = std::make_shared<Picture>(conversion_, info, buffer);
+  return conversion_->works() ? conversion_ : nullptr;
+}
+
+VideoFrame PictureConverter::convert(const GstVideoInfo& info, GstBuffer* buffer) {
+  auto conversion = conversionFor(info);
+  if (!conversion) return {};
+  auto picture = std::make_shared<Picture>(std::move(conversion), info, buffer);
   if (!picture->isMapped()) return {};
-  VideoFrame frame;
-  frame.width = info.width;
-  frame.height = info.height;
-  frame.pixelAspectNumerator = GST_VIDEO_INFO_PAR_N(&info);
-  frame.pixelAspectDenominator = GST_VIDEO_INFO_PAR_D(&info);
-  frame.decoded = std::move(picture);
-  return frame;
+  return frameOf(info, std::move(picture));
+}
+
+VideoFrame PictureConverter::convert(const GstVideoFrame& picture, std::shared_ptr<const void> owner) {
+  auto conversion = conversionFor(picture.info);
+  if (!conversion) return {};
+  return frameOf(picture.info, std::make_shared<Picture>(std::move(conversion), picture, std::move(owner)));
+}
+
+const GstVideoFrame* PictureConverter::pixelsOf(const DecodedPicture& picture) {
+  const auto* own = dynamic_cast<const Picture*>(&picture);
+  return own ? &own->pixels() : nullptr;
 }

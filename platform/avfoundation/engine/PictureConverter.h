@@ -14,10 +14,16 @@ class PictureConverter {
  public:
   // The pixels of `buffer` with their size and aspect; an invalid frame when they can't be read.
   VideoFrame convert(const GstVideoInfo& info, GstBuffer* buffer);
+  // Pixels that lie anywhere, as `picture` describes them (its info, flags, data and strides count, its buffer does
+  // not); `owner` keeps them there.
+  VideoFrame convert(const GstVideoFrame& picture, std::shared_ptr<const void> owner);
+  // Where the pixels of a frame that one of these made lie; null for others. Valid as long as `picture`.
+  static const GstVideoFrame* pixelsOf(const DecodedPicture& picture);
 
  private:
   class Conversion;
   class Picture;
+  std::shared_ptr<Conversion> conversionFor(const GstVideoInfo& info);
 
   std::shared_ptr<Conversion> conversion_;  // of the pictures that came last
 };

@@ -25,13 +25,13 @@ std::byte* newPages(std::size_t size) {
 }
 
 // Pages that nobody uses, kept for the next picture: a new page costs the system as much as decoding into it.
-class SparePages {
+class SparePages final : public PicturePages {
  public:
-  ~SparePages() {
+  ~SparePages() override {
     for (std::byte* pages : spare_) munmap(pages, size_);
   }
 
-  std::byte* take(std::size_t size) {
+  std::byte* take(std::size_t size) override {
     std::lock_guard lock(mutex_);
     if (size != size_ || spare_.empty()) return newPages(size);
     std::byte* pages = spare_.back();
@@ -39,7 +39,7 @@ class SparePages {
     return pages;
   }
 
-  void giveBack(std::byte* pages, std::size_t size) {
+  void giveBack(std::byte* pages, std::size_t size) override {
     std::lock_guard lock(mutex_);
     if (size != size_) {
       for (std::byte* other : spare_) munmap(other, size_);
@@ -61,22 +61,28 @@ class SparePages {
   std::vector<std::byte*> spare_;
 };
 
+// Set before the first pipeline is made.
+std::shared_ptr<PicturePages>& sharedPages() {
+  static std::shared_ptr<PicturePages> pages;
+  return pages;
+}
+
 struct Pages {
-  Pages(std::shared_ptr<SparePages> from, std::size_t count)
-      : spare(std::move(from)), size(count), bytes(spare->take(count)) {}
+  Pages(std::shared_ptr<PicturePages> from, std::size_t count)
+      : source(std::move(from)), size(count), bytes(source->take(count)) {}
   ~Pages() {
-    if (bytes) spare->giveBack(bytes, size);
+    if (bytes) source->giveBack(bytes, size);
   }
   Pages(const Pages&) = delete;
   Pages& operator=(const Pages&) = delete;
 
-  const std::shared_ptr<SparePages> spare;
+  const std::shared_ptr<PicturePages> source;
   const std::size_t size;
   std::byte* const bytes;
 };
 
-std::shared_ptr<Pages> makePages(const std::shared_ptr<SparePages>& spare, std::size_t size) {
-  auto pages = std::make_shared<Pages>(spare, size);
+std::shared_ptr<Pages> makePages(const std::shared_ptr<PicturePages>& source, std::size_t size) {
+  auto pages = std::make_shared<Pages>(source, size);
   return pages->bytes ? pages : nullptr;
 }
 
@@ -94,7 +100,7 @@ struct PictureMemory {
 
 struct YMRPictureAllocator {
   GstAllocator base;
-  std::shared_ptr<SparePages> spare;
+  std::shared_ptr<PicturePages> source;
 };
 
 PictureMemory* pictureMemory(GstMemory* memory) {
@@ -110,7 +116,7 @@ GstMemory* wrap(GstMemoryFlags flags, GstAllocator* allocator, GstMemory* parent
 
 GstMemory* allocate(GstAllocator* allocator, gsize size, GstAllocationParams* params) {
   auto pages =
-      makePages(reinterpret_cast<YMRPictureAllocator*>(allocator)->spare, size + params->prefix + params->padding);
+      makePages(reinterpret_cast<YMRPictureAllocator*>(allocator)->source, size + params->prefix + params->padding);
   if (!pages) return nullptr;
   return wrap(params->flags, allocator, nullptr, std::move(pages), params->align, params->prefix, size);
 }
@@ -123,7 +129,7 @@ gpointer map(GstMemory* memory, gsize, GstMapFlags flags) {
   auto& [base, pages, isWorthless] = *pictureMemory(memory);
   if (!(flags & GST_MAP_WRITE)) return pages->bytes;
   if (isShared(pages)) {
-    auto own = makePages(pages->spare, pages->size);
+    auto own = makePages(pages->source, pages->size);
     if (!own) return nullptr;
     if (!isWorthless) std::memcpy(own->bytes, pages->bytes, pages->size);
     pages = std::move(own);
@@ -157,7 +163,8 @@ struct YMRPictureAllocatorClass {
 G_DEFINE_TYPE(YMRPictureAllocator, ymr_picture_allocator, GST_TYPE_ALLOCATOR)
 
 void ymr_picture_allocator_init(YMRPictureAllocator* self) {
-  new (&self->spare) std::shared_ptr<SparePages>(std::make_shared<SparePages>());
+  auto pages = sharedPages();
+  new (&self->source) std::shared_ptr<PicturePages>(pages ? std::move(pages) : std::make_shared<SparePages>());
   self->base.mem_type = memoryType;
   self->base.mem_map = map;
   self->base.mem_unmap = unmap;
@@ -170,7 +177,7 @@ void ymr_picture_allocator_class_init(YMRPictureAllocatorClass* type) {
   type->base.alloc = allocate;
   type->base.free = release;
   G_OBJECT_CLASS(type)->finalize = [](GObject* object) {
-    std::destroy_at(&reinterpret_cast<YMRPictureAllocator*>(object)->spare);
+    std::destroy_at(&reinterpret_cast<YMRPictureAllocator*>(object)->source);
     G_OBJECT_CLASS(ymr_picture_allocator_parent_class)->finalize(object);
   };
 }
@@ -197,6 +204,10 @@ void ymr_picture_pool_class_init(YMRPicturePoolClass* type) {
 }
 
 }  // namespace
+
+void PicturePages::setShared(std::shared_ptr<PicturePages> pages) {
+  sharedPages() = std::move(pages);
+}
 
 void offerPictureMemory(GstQuery* allocation) {
   gst_query_add_allocation_meta(allocation, GST_VIDEO_META_API_TYPE, nullptr);

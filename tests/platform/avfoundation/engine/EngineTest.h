@@ -84,6 +84,9 @@ inline std::string caseName(std::string where) {
   return where;
 }
 
+// The engine in this process, or, in the program that repeats these tests there, in one of its own.
+std::unique_ptr<MediaEngine> engineUnderTest(const MediaSource& source);
+
 // Real media in real time, without a sound device, and a web server that has every sample clip.
 class EngineTest : public testing::Test {
  protected:
@@ -124,7 +127,7 @@ class EngineTest : public testing::Test {
     engine.reset();
     told = {};
     frames->clear();
-    engine = MediaEngine::make({urlOf(where), purpose, std::move(bytes)});
+    engine = engineUnderTest({urlOf(where), purpose, std::move(bytes)});
     MediaEngine::Events events;
     events.ready = [this] { ++told.ready; };
     events.failed = [this](NSError error) { told.failures.push_back(std::move(error)); };

@@ -1,0 +1,77 @@
+// Plays one source for a host: started by the player's library, at the other end of a socket, and of no use to anybody
+// else. It reads what foreign servers send, so that whatever that does to it does not happen to the host.
+#include <gst/gst.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "apps/ymr-media/HostSocket.h"
+#include "apps/ymr-media/MediaService.h"
+#include "apps/ymr-media/PictureSender.h"
+#include "apps/ymr-media/PictureSlots.h"
+#include "apps/ymr-media/Walls.h"
+#include "platform/avfoundation/engine/GStreamerLibrary.h"
+#include "platform/dispatch/PlainRunLoop.h"
+
+namespace {
+
+// What nearly every source needs, loaded while nobody waits for it. What is not there is not missed.
+void loadPlugins() {
+  for (const char* name :
+       {"coreelements", "typefindfunctions", "playback", "app", "isomp4", "matroska", "mpegtsdemux", "videoparsersbad",
+        "audioparsers", "libav", "audioconvert", "audioresample", "volume", "videoconvertscale", "autodetect"}) {
+    if (GstPlugin* plugin = gst_plugin_load_by_name(name)) gst_object_unref(plugin);
+  }
+}
+
+// Hears the host for as long as it is there, on a thread of its own: pictures come back whatever the engine is at, and
+// nothing keeps this process when the host has gone.
+void hearHost(HostSocket& host, PictureSlots& slots, PictureSender& pictures, MediaService& service) {
+  while (auto received = host.receive()) {
+    if (const auto* picture = std::get_if<wire::GiveBack>(&received->message)) {
+      pictures.giveBack(picture->picture);
+    } else if (const auto* area = std::get_if<wire::Area>(&received->message)) {
+      if (!received->descriptors.empty()) slots.add(*area, std::move(received->descriptors[0]));
+    } else {
+      RunLoop::main().post([&service, message = std::move(received->message)] { service.hear(message); });
+    }
+  }
+  std::_Exit(0);
+}
+
+}  // namespace
+
+int main() {
+  if (!HostSocket::isThere()) {
+    std::fputs("ymr-media is started by the player's library\n", stderr);
+    return 2;
+  }
+  std::signal(SIGPIPE, SIG_IGN);
+  // What GLib would ask a desktop's services for.
+  setenv("GSETTINGS_BACKEND", "memory", 1);
+  setenv("GIO_USE_VFS", "local", 1);
+  raiseLimits();
+  if (!loadGStreamer()) loadPlugins();
+
+  HostSocket host;
+  host.send(wire::Hello{});
+  auto first = host.receive();
+  const auto* load = first ? std::get_if<wire::Load>(&first->message) : nullptr;
+  if (!load || first->descriptors.size() < (load->hasFile ? 2u : 1u)) return 0;
+  auto position = SharedPosition::map(std::move(first->descriptors[0]));
+  Descriptor file;
+  if (load->hasFile) file = std::move(first->descriptors[1]);
+  raiseWalls(file ? std::vector{file.get()} : std::vector<int>(), load->isNetworkAllowed);
+  if (!position) return 1;
+
+  PlainRunLoop loop;
+  const auto slots = std::make_shared<PictureSlots>([&host](std::uint64_t size) { host.send(wire::AreaWanted{size}); });
+  PicturePages::setShared(slots);
+  const auto pictures = std::make_shared<PictureSender>(host, slots);
+  MediaService service(host, pictures, *load, std::move(position), std::move(file));
+  std::thread([&] { hearHost(host, *slots, *pictures, service); }).detach();
+  loop.run();
+  return 0;
+}

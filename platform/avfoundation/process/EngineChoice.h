@@ -1,0 +1,9 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/avfoundation/engine/MediaEngine.h"
+
+// A new engine for `source`: in a process of its own or in the host's, as MediaEngineSettings::process says and the
+// machine allows; or what MediaEngine::setFactory() has put in its place. Main thread.
+std::unique_ptr<MediaEngine> makeMediaEngine(const MediaSource& source);

@@ -1,0 +1,61 @@
+#include "platform/avfoundation/process/PictureReceiver.h"
+
+#include <algorithm>
+
+#include "platform/avfoundation/process/PictureLayout.h"
+
+namespace {
+
+// 8K in ten bits. A decoder holds up to seventeen pictures, its threads some more, and the screen two.
+constexpr std::uint64_t slotLimit = 128 * 1024 * 1024;
+constexpr std::uint64_t roomLimit = 512 * 1024 * 1024;
+constexpr std::uint32_t fewestSlots = 8;
+constexpr std::uint32_t mostSlots = 40;
+// How often a process may ask: each time for larger pictures than before.
+constexpr std::uint32_t roomsLimit = 16;
+
+struct Held {
+  std::shared_ptr<SharedMemory> memory;
+  std::function<void(std::uint64_t)> giveBack;
+  std::uint64_t picture;
+  ~Held() { giveBack(picture); }
+};
+
+}  // namespace
+
+PictureReceiver::PictureReceiver(std::function<void(std::uint64_t)> giveBack) : giveBack_(std::move(giveBack)) {}
+
+std::optional<PictureReceiver::Room> PictureReceiver::makeRoom(std::uint64_t slotSize) {
+  if (slotSize == 0 || slotSize > slotLimit || rooms_.size() == roomsLimit) return std::nullopt;
+  const auto page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+  const std::uint64_t size = (slotSize + page - 1) / page * page;
+  const auto count = std::clamp(static_cast<std::uint32_t>(roomLimit / size), fewestSlots, mostSlots);
+  auto memory = SharedMemory::make(size * count);
+  if (!memory) return std::nullopt;
+  const auto number = static_cast<std::uint32_t>(rooms_.size());
+  return rooms_.emplace_back(wire::Area{.number = number, .slotSize = size, .count = count}, std::move(memory));
+}
+
+void PictureReceiver::setSink(std::uint64_t number, std::shared_ptr<VideoFrameSink> sink) {
+  std::lock_guard lock(mutex_);
+  number_ = number;
+  sink_ = std::move(sink);
+}
+
+bool PictureReceiver::take(const wire::Picture& picture) {
+  if (picture.area >= rooms_.size()) return false;
+  const auto& [area, memory] = rooms_[picture.area];
+  if (picture.slot >= area.count) return false;
+  std::byte* slot = memory->bytes() + picture.slot * area.slotSize;
+  const auto pixels = picturePixels(picture, slot, area.slotSize);
+  if (!pixels || picture.rotation % 90 != 0 || picture.rotation < 0 || picture.rotation > 270) return false;
+  const auto held = std::shared_ptr<Held>(new Held{memory, giveBack_, picture.number});
+  VideoFrame frame = converter_.convert(*pixels, held);
+  if (!frame.isValid()) return true;
+  frame.rotation = picture.rotation;
+  frame.mirrored = picture.mirrored;
+  frame.time = picture.time;
+  std::lock_guard lock(mutex_);
+  if (sink_ && picture.sink == number_) sink_->present(std::move(frame));
+  return true;
+}

@@ -1,0 +1,314 @@
+#include "platform/avfoundation/process/ProcessEngine.h"
+
+#include <fcntl.h>
+#include <glib.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "platform/avfoundation/engine/MediaErrors.h"
+#include "platform/avfoundation/process/MediaProcesses.h"
+#include "platform/foundation/MainThread.h"
+
+namespace {
+
+constexpr std::int32_t nanoseconds = 1'000'000'000;
+// Until a process has loaded its libraries, from a slow disk.
+constexpr RunLoop::Duration startLimit = std::chrono::seconds(10);
+// How long the main queue of a process never stands still.
+constexpr RunLoop::Duration silenceLimit = std::chrono::seconds(2);
+// How far a position goes on by itself when nothing new has been written.
+constexpr RunLoop::Duration freshnessLimit = std::chrono::milliseconds(500);
+
+CMTime timeOf(std::int64_t place) {
+  return CMTimeMake(place, nanoseconds);
+}
+
+std::int64_t placeOf(const CMTime& time) {
+  return CMTIME_IS_NUMERIC(time) ? CMTimeConvertScale(time, nanoseconds).value : INT64_MAX;
+}
+
+bool isPlace(const CMTime& time) {
+  return CMTIME_IS_VALID(time) && !CMTIME_IS_INDEFINITE(time);
+}
+
+}  // namespace
+
+ProcessEngine::ProcessEngine(const MediaSource& source, Launch launch) : source_(source), launch_(std::move(launch)) {}
+
+ProcessEngine::~ProcessEngine() {
+  YMR_ASSERT_MAIN_THREAD();
+  hop_.close();
+  cut();
+}
+
+void ProcessEngine::cut() {
+  hangs_.end();
+  if (link_) std::exchange(link_, nullptr)->cut();
+}
+
+template <class Function, class... Arguments>
+void ProcessEngine::tell(Function Events::*event, Arguments... arguments) {
+  const auto events = events_;  // the host may replace them, or end the engine, from inside
+  if (const auto& function = (*events).*event) function(arguments...);
+}
+
+template <class Function, class... Arguments>
+void ProcessEngine::report(Function Events::*event, Arguments... arguments) {
+  hop_.post([this, event, ... arguments = std::move(arguments)] { tell(event, arguments...); });
+}
+
+void ProcessEngine::setEvents(Events events) {
+  if (fallback_) return fallback_->setEvents(std::move(events));
+  events_ = std::make_shared<const Events>(std::move(events));
+}
+
+void ProcessEngine::load(const CMTime& start) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (isLoaded_) return;
+  isLoaded_ = true;
+  if (start > kCMTimeZero && isPlace(start)) start_ = start;
+  floor_ = reachable(start_);
+  this->start();
+}
+
+void ProcessEngine::start() {
+  const bool isOfTheNetwork = source_.url.isHTTP();
+  Descriptor file;
+  if (source_.url.isFileURL() && source_.purpose == MediaPurpose::programme) {
+    // A FIFO opens here at once, and waits where nobody waits for it.
+    file = Descriptor(open(source_.url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file) return fail(fileError(source_.url, errno));
+  }
+  auto peer = launch_();
+  shared_ = SharedPosition::make();
+  if (!peer || !shared_) return fallBack();
+  ProcessLink::Events events;
+  events.said = [this](const wire::ToHost& message) { hear(message); };
+  events.died = [this](const MediaPeer::Death& death) { died(death); };
+  link_ = ProcessLink::connect(std::move(peer), hop_, std::move(events));
+
+  jumps_ = UINT64_MAX;  // what the one before counted means nothing
+  hangs_.begin([] { return 0; }, [this] { link_->peer().end(); }, startLimit);
+
+  wire::Load load;
+  load.url = source_.url.absoluteString();
+  load.purpose = source_.purpose;
+  load.hasFile = static_cast<bool>(file);
+  load.isNetworkAllowed = isOfTheNetwork;
+  const std::int64_t place = pending_.empty() ? floor_ : reachable(pending_.back().time);
+  load.isWithoutTexts = source_.isWithoutTexts || crashes_.isSuspect(place);
+  load.start = timeOf(place);
+  load.settings = MediaEngineSettings::shared();
+  std::vector<int> descriptors{shared_->descriptor()};
+  if (file) descriptors.push_back(file.get());
+  link_->peer().send(load, descriptors);
+  send(wire::SetMuted{isMuted_});
+  send(wire::SetRate{rate_});
+  send(wire::SelectLegible{legible_});
+  setFrameSink(sink_);
+}
+
+void ProcessEngine::send(const wire::ToProcess& message) const {
+  if (link_) link_->peer().send(message);
+}
+
+void ProcessEngine::fallBack() {
+  cut();
+  fallback_ = MediaEngine::make(source_);
+  fallback_->setEvents(*events_);
+  fallback_->setMuted(isMuted_);
+  fallback_->setFrameSink(sink_);
+  fallback_->load(start_);
+  for (Pending& seek : std::exchange(pending_, {})) fallback_->seek(seek.time, std::move(seek.completion));
+  fallback_->selectLegibleTrack(legible_);
+  fallback_->setRate(rate_);
+}
+
+void ProcessEngine::setRate(double rate) {
+  YMR_ASSERT_MAIN_THREAD();
+  rate_ = rate;
+  fallback_ ? fallback_->setRate(rate) : send(wire::SetRate{rate});
+}
+
+void ProcessEngine::setMuted(bool muted) {
+  YMR_ASSERT_MAIN_THREAD();
+  isMuted_ = muted;
+  fallback_ ? fallback_->setMuted(muted) : send(wire::SetMuted{muted});
+}
+
+void ProcessEngine::selectLegibleTrack(const std::optional<std::string>& identifier) {
+  YMR_ASSERT_MAIN_THREAD();
+  legible_ = identifier;
+  fallback_ ? fallback_->selectLegibleTrack(identifier) : send(wire::SelectLegible{identifier});
+}
+
+void ProcessEngine::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (fallback_) return fallback_->setFrameSink(std::move(sink));
+  sink_ = std::move(sink);
+  if (!link_) return;
+  link_->pictures().setSink(++sinks_, sink_);
+  send(wire::SetSink{sinks_, sink_ != nullptr});
+}
+
+void ProcessEngine::seek(const CMTime& time, SeekCompletion completion) {
+  YMR_ASSERT_MAIN_THREAD();
+  if (fallback_) return fallback_->seek(time, std::move(completion));
+  if (hasFailed_ || !isPlace(time)) {
+    if (completion) hop_.post([completion = std::move(completion)] { completion(false); });
+    return;
+  }
+  pending_.push_back({++seeks_, time, std::move(completion)});
+  floor_ = reachable(time);
+  const bool hadGone = hasEnded_ && !link_;
+  hasEnded_ = false;
+  if (hadGone) return recover();
+  send(wire::Seek{seeks_, time});
+}
+
+void ProcessEngine::hear(const wire::ToHost& message) {
+  std::visit(
+      [this](const auto& said) {
+        if constexpr (requires { hear(said); }) hear(said);
+      },
+      message);
+}
+
+void ProcessEngine::hear(const wire::Hello&) {
+  hangs_.begin([this] { return shared_->beats(); }, [this] { link_->peer().end(); }, silenceLimit);
+}
+
+void ProcessEngine::hear(const wire::Facts& facts) {
+  facts_ = facts;
+  if (!isReady_) return;
+  if (facts.areNewTracks) report(&Events::tracksChanged);
+  if (facts.isNewDuration) tell(&Events::durationChanged);
+}
+
+void ProcessEngine::hear(const wire::Ready&) {
+  if (!std::exchange(isReady_, true)) return tell(&Events::ready);
+  if (!std::exchange(isRecovering_, false)) return;
+  if (!pending_.empty()) finishSeeks(pending_.back().number, true);
+  tell(&Events::bufferingChanged);
+}
+
+void ProcessEngine::hear(const wire::Failed& failed) {
+  fail(failed.error);
+}
+
+void ProcessEngine::hear(const wire::Buffering& buffering) {
+  buffering_ = buffering;
+  if (isReady_ && !isRecovering_) tell(&Events::bufferingChanged);
+}
+
+void ProcessEngine::hear(const wire::Ended&) {
+  if (!isReady_ || !pending_.empty()) return;  // of before the seek
+  hasEnded_ = true;
+  tell(&Events::ended);
+}
+
+void ProcessEngine::hear(const wire::Caption& caption) {
+  caption_ = caption.caption;
+  tell(&Events::captionChanged, caption_);
+}
+
+void ProcessEngine::hear(const wire::SeekDone& done) {
+  finishSeeks(done.number, done.finished);
+}
+
+void ProcessEngine::finishSeeks(std::uint64_t number, bool finished) {
+  while (!pending_.empty() && pending_.front().number <= number) {
+    Pending seek = std::move(pending_.front());
+    pending_.pop_front();
+    const bool isIt = finished && seek.number == number;
+    if (seek.completion) hop_.post([completion = std::move(seek.completion), isIt] { completion(isIt); });
+  }
+}
+
+void ProcessEngine::died(const MediaPeer::Death& death) {
+  if (!death.hasSpoken && !isReady_ && !isRecovering_) {
+    MediaProcesses::noteFailure(death.reason);
+    return fallBack();
+  }
+  floor_ = place();
+  cut();
+  g_log("ymr", G_LOG_LEVEL_WARNING, "the media process of %s: %s", source_.url.absoluteString().c_str(),
+        death.reason.c_str());
+  // Nothing is missing: the last picture is there. Another one begins with the next seek.
+  if (hasEnded_) return;
+  const bool isWorthIt = crashes_.note(RunLoop::main().now(), floor_);
+  if (source_.purpose == MediaPurpose::advertisement || !isWorthIt) return fail(crashError(source_.url));
+  recover();
+}
+
+void ProcessEngine::recover() {
+  isRecovering_ = isReady_;
+  if (isReady_) report(&Events::bufferingChanged);
+  if (caption_) {
+    caption_.reset();
+    report(&Events::captionChanged, caption_);
+  }
+  start();
+}
+
+void ProcessEngine::fail(const NSError& error) {
+  if (std::exchange(hasFailed_, true)) return;
+  floor_ = place();
+  cut();
+  finishSeeks(UINT64_MAX, false);
+  report(&Events::failed, error);
+}
+
+std::int64_t ProcessEngine::reachable(const CMTime& time) const {
+  const std::int64_t end = placeOf(facts_.duration);
+  return std::clamp<std::int64_t>(CMTimeGetSeconds(time) < 0 ? 0 : placeOf(time), 0, std::max<std::int64_t>(end, 0));
+}
+
+std::int64_t ProcessEngine::place() const {
+  const auto state = shared_ && link_ ? shared_->read() : std::nullopt;
+  const bool isKnown = state && (pending_.empty() || state->seek >= pending_.back().number);
+  if (!isKnown || isRecovering_ || !isReady_) return floor_;
+  std::int64_t time = state->time;
+  if (state->moves) {
+    time += std::clamp(RunLoop::main().now() - state->at, RunLoop::Duration::zero(), freshnessLimit).count();
+  }
+  time = std::min(time, std::max(state->end, state->time));
+  if (std::exchange(jumps_, state->jumps) != state->jumps) floor_ = 0;
+  return floor_ = std::max(floor_, time);
+}
+
+CMTime ProcessEngine::position() const {
+  YMR_ASSERT_MAIN_THREAD();
+  return fallback_ ? fallback_->position() : timeOf(place());
+}
+
+CMTime ProcessEngine::duration() const {
+  if (fallback_) return fallback_->duration();
+  return isReady_ ? facts_.duration : kCMTimeInvalid;
+}
+
+bool ProcessEngine::isLive() const {
+  return fallback_ ? fallback_->isLive() : isReady_ && facts_.isLive;
+}
+
+std::vector<MediaTrack> ProcessEngine::tracks() const {
+  if (fallback_) return fallback_->tracks();
+  return isReady_ ? facts_.tracks : std::vector<MediaTrack>();
+}
+
+std::vector<CMTimeRange> ProcessEngine::bufferedRanges() const {
+  if (fallback_) return fallback_->bufferedRanges();
+  return isReady_ && !hasFailed_ && !isRecovering_ ? buffering_.ranges : std::vector<CMTimeRange>();
+}
+
+bool ProcessEngine::isBufferEmpty() const {
+  if (fallback_) return fallback_->isBufferEmpty();
+  return !isReady_ || isRecovering_ || (buffering_.isEmpty && !hasEnded_);
+}
+
+bool ProcessEngine::isLikelyToKeepUp() const {
+  if (fallback_) return fallback_->isLikelyToKeepUp();
+  return isReady_ && !isRecovering_ && (buffering_.isLikelyToKeepUp || hasEnded_);
+}

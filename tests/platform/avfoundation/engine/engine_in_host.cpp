@@ -1,0 +1,5 @@
+#include "tests/platform/avfoundation/engine/EngineTest.h"
+
+std::unique_ptr<MediaEngine> engineUnderTest(const MediaSource& source) {
+  return MediaEngine::make(source);
+}
