@@ -2,7 +2,7 @@
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/floors.txt)
 file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/floors.txt floors REGEX "^[a-z]")
 list(REVERSE floors)
-set(fuzzed platform/uikit)  # what fuzz targets need besides the rooms without Qt
+set(fuzzed platform/uikit platform/avfoundation/engine platform/avfoundation/process)  # what fuzz targets need besides the rooms without Qt
 foreach(floor IN LISTS floors)
   separate_arguments(rooms UNIX_COMMAND ${floor})
   list(POP_FRONT rooms library)

@@ -133,7 +133,7 @@ struct YMR_API MediaEngineSettings {
   enum class Audio { automatic, none } audio = Audio::automatic;  // none: sound is decoded and thrown away in real time
   // own: each item is parsed and decoded in a process of its own, ymr-media, whose crashes are stalls and whose hands
   // are tied. host: in the host's, for debugging and for machines with little memory.
-  enum class Process { own, host } process = Process::host;
+  enum class Process { own, host } process = Process::own;
   // When not empty, where sound goes instead: a sink in GStreamer's launch syntax. For devices that need options, and
   // for listening to what a viewer would hear.
   std::string soundDevice;

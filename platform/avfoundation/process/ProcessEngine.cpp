@@ -104,6 +104,8 @@ void ProcessEngine::start() {
   std::vector<int> descriptors{shared_->descriptor()};
   if (file) descriptors.push_back(file.get());
   link_->peer().send(load, descriptors);
+  // In the start's place: so it tells whether it came there.
+  if (!pending_.empty()) send(wire::Seek{pending_.back().number, pending_.back().time});
   send(wire::SetMuted{isMuted_});
   send(wire::SetRate{rate_});
   send(wire::SelectLegible{legible_});
@@ -190,7 +192,6 @@ void ProcessEngine::hear(const wire::Facts& facts) {
 void ProcessEngine::hear(const wire::Ready&) {
   if (!std::exchange(isReady_, true)) return tell(&Events::ready);
   if (!std::exchange(isRecovering_, false)) return;
-  if (!pending_.empty()) finishSeeks(pending_.back().number, true);
   tell(&Events::bufferingChanged);
 }
 

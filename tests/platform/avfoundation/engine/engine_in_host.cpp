@@ -3,3 +3,7 @@
 std::unique_ptr<MediaEngine> engineUnderTest(const MediaSource& source) {
   return MediaEngine::make(source);
 }
+
+bool isEngineInThisProcess() {
+  return true;
+}

@@ -6,3 +6,7 @@ std::unique_ptr<MediaEngine> engineUnderTest(const MediaSource& source) {
   MediaProcesses::setProgram(YMR_MEDIA_PROGRAM);
   return std::make_unique<ProcessEngine>(source, &MediaProcesses::take);
 }
+
+bool isEngineInThisProcess() {
+  return false;
+}

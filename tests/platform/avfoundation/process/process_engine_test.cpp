@@ -147,6 +147,7 @@ TEST_F(ProcessEngineTest, completesEachSeekOnceThroughADeathToo) {
   loop.runUntilIdle();
   EXPECT_EQ(CMTimeGetSeconds(peers[1]->all<wire::Load>().at(0).start), 30);
   peers[1]->becomeReady();
+  peers[1]->say(wire::SeekDone{peers[1]->all<wire::Seek>().at(0).number, true});
   loop.runUntilIdle();
   EXPECT_THAT(completed, testing::ElementsAre(false, true));
   seek(40);
