@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/process/PictureLayout.h"
 
 namespace {
@@ -27,13 +28,15 @@ PictureReceiver::PictureReceiver(std::function<void(std::uint64_t)> giveBack) : 
 
 std::optional<PictureReceiver::Room> PictureReceiver::makeRoom(std::uint64_t slotSize) {
   if (slotSize == 0 || slotSize > slotLimit || rooms_.size() == roomsLimit) return std::nullopt;
+  if (loadGStreamer()) return std::nullopt;  // which converts them
   const auto page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
   const std::uint64_t size = (slotSize + page - 1) / page * page;
   const auto count = std::clamp(static_cast<std::uint32_t>(roomLimit / size), fewestSlots, mostSlots);
   auto memory = SharedMemory::make(size * count);
   if (!memory) return std::nullopt;
   const auto number = static_cast<std::uint32_t>(rooms_.size());
-  return rooms_.emplace_back(wire::Area{.number = number, .slotSize = size, .count = count}, std::move(memory));
+  rooms_.push_back({wire::Area{.number = number, .slotSize = size, .count = count}, std::move(memory)});
+  return rooms_.back();
 }
 
 void PictureReceiver::setSink(std::uint64_t number, std::shared_ptr<VideoFrameSink> sink) {

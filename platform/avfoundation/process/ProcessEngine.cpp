@@ -7,8 +7,10 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
 #include "platform/avfoundation/process/MediaProcesses.h"
+#include "platform/dispatch/Dispatch.h"
 #include "platform/foundation/MainThread.h"
 
 namespace {
@@ -16,6 +18,8 @@ namespace {
 constexpr std::int32_t nanoseconds = 1'000'000'000;
 // Until a process has loaded its libraries, from a slow disk.
 constexpr RunLoop::Duration startLimit = std::chrono::seconds(10);
+// How many processes in a row may go before their first word.
+constexpr int muteLimit = 3;
 // How long the main queue of a process never stands still.
 constexpr RunLoop::Duration silenceLimit = std::chrono::seconds(2);
 // How far a position goes on by itself when nothing new has been written.
@@ -68,12 +72,13 @@ void ProcessEngine::load(const CMTime& start) {
   YMR_ASSERT_MAIN_THREAD();
   if (isLoaded_) return;
   isLoaded_ = true;
-  if (start > kCMTimeZero && isPlace(start)) start_ = start;
-  floor_ = reachable(start_);
+  if (pending_.empty() && start > kCMTimeZero && isPlace(start)) floor_ = reachable(start);
   this->start();
 }
 
 void ProcessEngine::start() {
+  // Pictures are converted here. It takes a while, and the process as long.
+  dispatch_async(dispatch_get_global_queue(), [] { loadGStreamer(); });
   const bool isOfTheNetwork = source_.url.isHTTP();
   Descriptor file;
   if (source_.url.isFileURL() && source_.purpose == MediaPurpose::programme) {
@@ -119,10 +124,12 @@ void ProcessEngine::send(const wire::ToProcess& message) const {
 void ProcessEngine::fallBack() {
   cut();
   fallback_ = MediaEngine::make(source_);
-  fallback_->setEvents(*events_);
+  Events events = *events_;
+  if (isReady_) events.ready = events.bufferingChanged;  // it has been told
+  fallback_->setEvents(std::move(events));
   fallback_->setMuted(isMuted_);
   fallback_->setFrameSink(sink_);
-  fallback_->load(start_);
+  fallback_->load(timeOf(floor_));
   for (Pending& seek : std::exchange(pending_, {})) fallback_->seek(seek.time, std::move(seek.completion));
   fallback_->selectLegibleTrack(legible_);
   fallback_->setRate(rate_);
@@ -179,6 +186,7 @@ void ProcessEngine::hear(const wire::ToHost& message) {
 }
 
 void ProcessEngine::hear(const wire::Hello&) {
+  mute_ = 0;
   hangs_.begin([this] { return shared_->beats(); }, [this] { link_->peer().end(); }, silenceLimit);
 }
 
@@ -229,12 +237,13 @@ void ProcessEngine::finishSeeks(std::uint64_t number, bool finished) {
 }
 
 void ProcessEngine::died(const MediaPeer::Death& death) {
-  if (!death.hasSpoken && !isReady_ && !isRecovering_) {
+  floor_ = place();
+  cut();
+  if (!death.hasSpoken) {
+    if (++mute_ < muteLimit) return start();
     MediaProcesses::noteFailure(death.reason);
     return fallBack();
   }
-  floor_ = place();
-  cut();
   g_log("ymr", G_LOG_LEVEL_WARNING, "the media process of %s: %s", source_.url.absoluteString().c_str(),
         death.reason.c_str());
   // Nothing is missing: the last picture is there. Another one begins with the next seek.

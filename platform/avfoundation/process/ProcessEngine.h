@@ -82,10 +82,10 @@ class ProcessEngine final : public MediaEngine {
   std::unique_ptr<MediaEngine> fallback_;  // in the host, when there is no process
   HangWatch hangs_;
   CrashHistory crashes_;
+  int mute_ = 0;  // processes that went before their first word, in a row
 
   // What was asked for.
   bool isLoaded_ = false;
-  CMTime start_ = kCMTimeZero;
   double rate_ = 0;
   bool isMuted_ = false;
   std::optional<std::string> legible_;
