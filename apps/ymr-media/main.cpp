@@ -19,9 +19,9 @@ namespace {
 
 // What nearly every source needs, loaded while nobody waits for it. What is not there is not missed.
 void loadPlugins() {
-  for (const char* name :
-       {"coreelements", "typefindfunctions", "playback", "app", "isomp4", "matroska", "mpegtsdemux", "videoparsersbad",
-        "audioparsers", "libav", "audioconvert", "audioresample", "volume", "videoconvertscale", "autodetect"}) {
+  for (const char* name : {"coreelements", "typefindfunctions", "playback", "app", "isomp4", "matroska", "mpegtsdemux",
+                           "videoparsersbad", "audioparsers", "libav", "audioconvert", "audioresample", "volume",
+                           "videoconvertscale", "videofilter", "deinterlace", "autodetect"}) {
     if (GstPlugin* plugin = gst_plugin_load_by_name(name)) gst_object_unref(plugin);
   }
 }

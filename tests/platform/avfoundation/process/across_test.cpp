@@ -51,14 +51,17 @@ TEST_F(Across, theHostsEngineTakesOverWhenTheProgramIsNotThereOrDoesNotRun) {
   }
 }
 
-// What a decoder that has been taken over would try: to leave something behind, to talk to somebody. The sound device is
-// a pipeline of the test's own making, which does so in the host.
+// What a decoder that has been taken over would try: to leave something behind, to talk to somebody. The sound device
+// is a pipeline of the test's own making, which does so in the host.
 TEST_F(Across, theProcessOpensNoFileThatItWasNotGivenAndReachesNoNetwork) {
   const std::string left = testing::TempDir() + "left." + std::to_string(getpid());
   HTTPServer friends;
   const std::string url = friends.url("");
-  const auto attempt = [&](const std::string& device, std::unique_ptr<MediaEngine> taken) {
+  enum Where { across, here };
+  const auto attempt = [&](const std::string& device, Where where) {
     MediaEngineSettings::shared().soundDevice = device;
+    const MediaSource source{urlOf("clip.mp4")};
+    const auto taken = where == across ? engineUnderTest(source) : MediaEngine::make(source);
     bool isReady = false;
     MediaEngine::Events events;
     events.ready = [&] { isReady = true; };
@@ -68,15 +71,15 @@ TEST_F(Across, theProcessOpensNoFileThatItWasNotGivenAndReachesNoNetwork) {
     runFor(200ms);
   };
   const std::string writing = "filesink location=" + left;
-  const std::string talking = "fakesink audiotestsrc num-buffers=2 ! tcpclientsink host=127.0.0.1 port=" +
-                              url.substr(url.rfind(':') + 1);
-  attempt(writing, engineUnderTest({urlOf("clip.mp4")}));
+  const std::string talking =
+      "fakesink audiotestsrc num-buffers=2 ! tcpclientsink host=127.0.0.1 port=" + url.substr(url.rfind(':') + 1);
+  attempt(writing, across);
   EXPECT_FALSE(std::ifstream(left).good());
-  attempt(talking, engineUnderTest({urlOf("clip.mp4")}));
+  attempt(talking, across);
   EXPECT_EQ(friends.connections(), 0);
-  attempt(writing, MediaEngine::make({urlOf("clip.mp4")}));
+  attempt(writing, here);
   EXPECT_TRUE(std::ifstream(left).good());
-  attempt(talking, MediaEngine::make({urlOf("clip.mp4")}));
+  attempt(talking, here);
   EXPECT_EQ(friends.connections(), 1);
   std::remove(left.c_str());
 }
