@@ -7,12 +7,11 @@ namespace {
 constexpr RunLoop::Duration interval = std::chrono::milliseconds(250);
 }  // namespace
 
-void HangWatch::begin(std::function<std::uint64_t()> beats, std::function<void()> hung, RunLoop::Duration limit) {
+void HangWatch::begin(std::function<std::uint64_t()> beats, std::function<void()> hung) {
   end();
   beats_ = std::move(beats);
   hung_ = std::move(hung);
   last_ = beats_();
-  limit_ = limit;
   silence_ = {};
   timer_ = RunLoop::main().schedule(interval, [this] { look(); });
 }
@@ -26,7 +25,7 @@ void HangWatch::look() {
   const std::uint64_t beats = beats_();
   silence_ = beats == last_ ? silence_ + interval : RunLoop::Duration::zero();
   last_ = beats;
-  if (silence_ >= limit_) {
+  if (silence_ >= silenceLimit) {
     const auto hung = std::exchange(hung_, nullptr);
     return hung();
   }

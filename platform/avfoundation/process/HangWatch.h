@@ -10,8 +10,9 @@
 class HangWatch {
  public:
   // Begins anew. `beats` gives the number of beats so far; `hung` is called once, on a turn of its own, when it has not
-  // changed for `limit`.
-  void begin(std::function<std::uint64_t()> beats, std::function<void()> hung, RunLoop::Duration limit);
+  // changed for silenceLimit.
+  void begin(std::function<std::uint64_t()> beats, std::function<void()> hung);
+  static constexpr RunLoop::Duration silenceLimit = std::chrono::seconds(2);
   void end();
   HangWatch() = default;
   HangWatch(const HangWatch&) = delete;
@@ -24,7 +25,6 @@ class HangWatch {
   std::function<std::uint64_t()> beats_;
   std::function<void()> hung_;
   std::uint64_t last_ = 0;
-  RunLoop::Duration limit_{0};
   RunLoop::Duration silence_{0};
   RunLoop::TimerToken timer_ = 0;
 };

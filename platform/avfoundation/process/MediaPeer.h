@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -31,6 +32,9 @@ class MediaPeer {
   virtual void listen(const std::weak_ptr<Listener>& listener) = 0;
   // Any thread; never waits. What can't be sent is dropped, and who does not read what it is told is ended.
   virtual void send(const wire::ToProcess& message, const std::vector<int>& descriptors = {}) = 0;
+  // A number that changes while it does anything at all; to be looked at before its first word, when it loads its
+  // libraries and has no heart yet. Any thread.
+  virtual std::uint64_t signsOfLife() const = 0;
   // Any thread. It goes for certain and at once, whatever it is doing. peerDidDie() still comes.
   virtual void end() = 0;
 };

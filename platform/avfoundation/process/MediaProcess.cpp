@@ -10,6 +10,8 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <sstream>
 
 #include "platform/avfoundation/process/ProcessWatch.h"
 
@@ -185,6 +187,19 @@ void MediaProcess::send(const wire::ToProcess& message, const std::vector<int>& 
     if (errno == EAGAIN) end();
     return;
   }
+}
+
+// Pages that it has touched and time that it has used, as the system counts them.
+std::uint64_t MediaProcess::signsOfLife() const {
+  std::ifstream file("/proc/" + std::to_string(pid_.value_or(0)) + "/stat");
+  std::string text;
+  std::getline(file, text);
+  std::istringstream fields(text.substr(text.rfind(')') + 1));
+  std::string ignored;
+  for (int field = 3; field < 10; ++field) fields >> ignored;
+  std::uint64_t sum = 0, count = 0;
+  for (int field = 10; field <= 15 && fields >> count; ++field) sum += count;
+  return sum;
 }
 
 void MediaProcess::end() {

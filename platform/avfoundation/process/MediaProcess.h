@@ -25,6 +25,7 @@ class MediaProcess final : public MediaPeer, public std::enable_shared_from_this
 
   void listen(const std::weak_ptr<Listener>& listener) override;
   void send(const wire::ToProcess& message, const std::vector<int>& descriptors) override;
+  std::uint64_t signsOfLife() const override;
   void end() override;
 
   // Nil for one that was adopted.

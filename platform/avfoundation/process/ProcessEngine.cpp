@@ -16,12 +16,8 @@
 namespace {
 
 constexpr std::int32_t nanoseconds = 1'000'000'000;
-// Until a process has loaded its libraries, from a slow disk.
-constexpr RunLoop::Duration startLimit = std::chrono::seconds(10);
 // How many processes in a row may go before their first word.
 constexpr int muteLimit = 3;
-// How long the main queue of a process never stands still.
-constexpr RunLoop::Duration silenceLimit = std::chrono::seconds(2);
 // How far a position goes on by itself when nothing new has been written.
 constexpr RunLoop::Duration freshnessLimit = std::chrono::milliseconds(500);
 
@@ -95,7 +91,7 @@ void ProcessEngine::start() {
   link_ = ProcessLink::connect(std::move(peer), hop_, std::move(events));
 
   jumps_ = UINT64_MAX;  // what the one before counted means nothing
-  hangs_.begin([] { return 0; }, [this] { link_->peer().end(); }, startLimit);
+  hangs_.begin([this] { return link_->peer().signsOfLife(); }, [this] { link_->peer().end(); });
 
   wire::Load load;
   load.url = source_.url.absoluteString();
@@ -187,7 +183,7 @@ void ProcessEngine::hear(const wire::ToHost& message) {
 
 void ProcessEngine::hear(const wire::Hello&) {
   mute_ = 0;
-  hangs_.begin([this] { return shared_->beats(); }, [this] { link_->peer().end(); }, silenceLimit);
+  hangs_.begin([this] { return shared_->beats(); }, [this] { link_->peer().end(); });
 }
 
 void ProcessEngine::hear(const wire::Facts& facts) {

@@ -16,6 +16,7 @@ class ScriptedPeer final : public MediaPeer {
     sent.push_back(message);
     if (std::holds_alternative<wire::Load>(message)) position = SharedPosition::map(Descriptor(dup(descriptors.at(0))));
   }
+  std::uint64_t signsOfLife() const override { return signs; }
   void end() override {
     isEnded = true;
     die("killed by signal 9");
@@ -50,6 +51,7 @@ class ScriptedPeer final : public MediaPeer {
   std::vector<wire::ToProcess> sent;
   std::unique_ptr<SharedPosition> position;
   bool isEnded = false;
+  std::uint64_t signs = 0;
 
  private:
   std::weak_ptr<Listener> listener_;
