@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/avfoundation/process/SharedMemory.h"
+#include "platform/avfoundation/bytes/SharedMemory.h"
 #include "platform/avfoundation/process/Wire.h"
 
 // The host, at the other end of the socket that this process was born with.

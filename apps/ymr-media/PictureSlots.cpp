@@ -11,11 +11,11 @@ constexpr std::size_t warmLimit = 1;
 }  // namespace
 
 void PictureSlots::add(const wire::Area& area, Descriptor descriptor) {
-  auto memory = SharedMemory::map(std::move(descriptor), area.slotSize * area.count);
+  auto memory = SharedMemory::adopt(std::move(descriptor), area.slotSize * area.count, true);
   if (!memory) return;
   std::lock_guard lock(mutex_);
   for (Room& older : rooms_) {
-    for (const std::uint32_t slot : older.warm) older.memory->forget(slot * older.area.slotSize, older.area.slotSize);
+    for (const std::uint32_t slot : older.warm) older.memory.forget(slot * older.area.slotSize, older.area.slotSize);
     older.cold.insert(older.cold.end(), older.warm.begin(), older.warm.end());
     older.warm.clear();
   }
@@ -42,7 +42,7 @@ std::byte* PictureSlots::take(std::size_t size) {
       if (slots->empty()) continue;
       const std::uint32_t slot = slots->back();
       slots->pop_back();
-      return room.memory->bytes() + slot * room.area.slotSize;
+      return room.memory.data() + slot * room.area.slotSize;
     }
   }
   void* pages = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -57,7 +57,7 @@ void PictureSlots::giveBack(std::byte* pages, std::size_t size) {
     if (&room == &rooms_.back() && room.warm.size() < warmLimit) {
       room.warm.push_back(place->slot);
     } else {
-      room.memory->forget(place->slot * room.area.slotSize, room.area.slotSize);
+      room.memory.forget(place->slot * room.area.slotSize, room.area.slotSize);
       room.cold.push_back(place->slot);
     }
     return;
@@ -74,8 +74,8 @@ std::optional<PictureSlots::Place> PictureSlots::placeOf(const void* byte) const
 }
 
 std::optional<PictureSlots::Place> PictureSlots::placeIn(const Room& room, const std::byte* byte) const {
-  const std::byte* begin = room.memory->bytes();
-  if (byte < begin || byte >= begin + room.memory->size()) return std::nullopt;
+  const std::byte* begin = room.memory.data();
+  if (byte < begin || byte >= begin + room.memory.size()) return std::nullopt;
   const auto slot = static_cast<std::uint32_t>(static_cast<std::size_t>(byte - begin) / room.area.slotSize);
-  return Place{room.area.number, slot, room.memory->bytes() + slot * room.area.slotSize, room.area.slotSize};
+  return Place{room.area.number, slot, room.memory.data() + slot * room.area.slotSize, room.area.slotSize};
 }

@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
+#include "platform/avfoundation/bytes/SharedMemory.h"
 #include "platform/avfoundation/engine/PictureMemory.h"
-#include "platform/avfoundation/process/SharedMemory.h"
 #include "platform/avfoundation/process/Wire.h"
 
 // Memory that the host has made for pictures, a slot for each: decoders decode into it, and the host paints from it.
@@ -37,7 +37,7 @@ class PictureSlots final : public PicturePages {
  private:
   struct Room {
     wire::Area area;
-    std::shared_ptr<SharedMemory> memory;
+    SharedMemory memory;
     std::vector<std::uint32_t> warm;  // free, and their pages are there
     std::vector<std::uint32_t> cold;
   };

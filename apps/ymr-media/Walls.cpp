@@ -21,7 +21,7 @@
 #include <set>
 #include <string>
 
-#include "platform/avfoundation/process/SharedMemory.h"
+#include "platform/avfoundation/bytes/SharedMemory.h"
 
 namespace {
 

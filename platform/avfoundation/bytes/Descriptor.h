@@ -7,7 +7,8 @@
 // Owns an open descriptor, or nothing (-1). A plain value; moves only.
 class Descriptor {
  public:
-  explicit Descriptor(int number = -1) : number_(number) {}
+  Descriptor() = default;
+  explicit Descriptor(int number) : number_(number) {}
   Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
   Descriptor& operator=(Descriptor&& other) noexcept {
     if (this != &other) reset(other.release());
@@ -24,5 +25,5 @@ class Descriptor {
   }
 
  private:
-  int number_;
+  int number_ = -1;
 };

@@ -54,3 +54,8 @@ SharedMemory SharedMemory::adopt(Descriptor descriptor, std::size_t size, bool i
 bool SharedMemory::reserve(std::size_t offset, std::size_t size) const {
   return ::posix_fallocate(descriptor(), static_cast<off_t>(offset), static_cast<off_t>(size)) == 0;
 }
+
+void SharedMemory::forget(std::size_t offset, std::size_t size) const {
+  ::fallocate(descriptor(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset),
+              static_cast<off_t>(size));
+}

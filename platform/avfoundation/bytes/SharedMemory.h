@@ -33,6 +33,8 @@ class SharedMemory {
   // Makes sure that there is memory behind a part, which the system would otherwise find out when it is written to,
   // and end the process. Only for the maker.
   bool reserve(std::size_t offset, std::size_t size) const;
+  // Gives the pages of a part back to the system; they are zero from then on. Both on a page's boundary.
+  void forget(std::size_t offset, std::size_t size) const;
 
  private:
   static SharedMemory map(Descriptor descriptor, std::size_t size, bool isWritable);

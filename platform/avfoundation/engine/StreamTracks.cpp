@@ -1,5 +1,6 @@
 #include "platform/avfoundation/engine/StreamTracks.h"
 
+#include <gst/pbutils/pbutils.h>
 #include <gst/tag/tag.h>
 
 #include <algorithm>
@@ -55,6 +56,11 @@ std::string languageTagFromCode(const std::string& code) {
   if (language.empty() || language == "und" || language == "mul" || language == "zxx" || language == "mis") return "";
   const char* brief = gst_tag_get_language_code_iso_639_1(language.c_str());
   return (brief ? brief : language) + (dash == std::string::npos ? "" : "-" + code.substr(dash + 1));
+}
+
+std::string codecDescription(const GstCaps* caps) {
+  if (!caps || !gst_caps_is_fixed(caps)) return "";
+  return GTextRef(gst_pb_utils_get_codec_description(caps)).get();
 }
 
 std::vector<MediaTrack> tracksFromCollection(GstStreamCollection* collection) {

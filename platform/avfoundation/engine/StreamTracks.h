@@ -14,3 +14,6 @@ std::vector<MediaTrack> tracksFromCollection(GstStreamCollection* collection);
 // The extended language tag for what a container says: "eng", "en" and "en-GB" become "en", "en" and "en-GB"; an
 // unknown or undetermined language becomes "".
 std::string languageTagFromCode(const std::string& code);
+
+// For people: "H.264", or the media type. Empty without caps.
+std::string codecDescription(const GstCaps* caps);

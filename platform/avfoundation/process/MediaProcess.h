@@ -7,8 +7,8 @@
 #include <string>
 
 #include "platform/Export.h"
+#include "platform/avfoundation/bytes/SharedMemory.h"
 #include "platform/avfoundation/process/MediaPeer.h"
-#include "platform/avfoundation/process/SharedMemory.h"
 
 // A process of the program ymr-media, from its start to its certain end. Letting go of the last reference ends it.
 //

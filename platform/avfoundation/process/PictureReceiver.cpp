@@ -32,8 +32,9 @@ std::optional<PictureReceiver::Room> PictureReceiver::makeRoom(std::uint64_t slo
   const auto page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
   const std::uint64_t size = (slotSize + page - 1) / page * page;
   const auto count = std::clamp(static_cast<std::uint32_t>(roomLimit / size), fewestSlots, mostSlots);
-  auto memory = SharedMemory::make(size * count);
-  if (!memory) return std::nullopt;
+  auto memory =
+      std::make_shared<SharedMemory>(SharedMemory::make("ymr-pictures", size * count, SharedMemory::Access::bothWrite));
+  if (!*memory) return std::nullopt;
   const auto number = static_cast<std::uint32_t>(rooms_.size());
   rooms_.push_back({wire::Area{.number = number, .slotSize = size, .count = count}, std::move(memory)});
   return rooms_.back();
@@ -49,7 +50,7 @@ bool PictureReceiver::take(const wire::Picture& picture) {
   if (picture.area >= rooms_.size()) return false;
   const auto& [area, memory] = rooms_[picture.area];
   if (picture.slot >= area.count) return false;
-  std::byte* slot = memory->bytes() + picture.slot * area.slotSize;
+  std::byte* slot = memory->data() + picture.slot * area.slotSize;
   const auto pixels = picturePixels(picture, slot, area.slotSize);
   if (!pixels || picture.rotation % 90 != 0 || picture.rotation < 0 || picture.rotation > 270) return false;
   const auto held = std::shared_ptr<Held>(new Held{memory, giveBack_, picture.number});

@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
+#include "platform/avfoundation/bytes/SharedMemory.h"
 #include "platform/avfoundation/engine/PictureConverter.h"
-#include "platform/avfoundation/process/SharedMemory.h"
 #include "platform/avfoundation/process/Wire.h"
 
 // The host's end of one media process' pictures: makes the memory that they lie in, looks at what the process says of

@@ -10,12 +10,12 @@ constexpr std::int64_t timeLimit = INT64_MAX / 4;
 }  // namespace
 
 std::unique_ptr<SharedPosition> SharedPosition::make() {
-  auto memory = SharedMemory::make(sizeof(Page));
+  auto memory = SharedMemory::make("ymr-position", sizeof(Page), SharedMemory::Access::bothWrite);
   return memory ? std::unique_ptr<SharedPosition>(new SharedPosition(std::move(memory))) : nullptr;
 }
 
 std::unique_ptr<SharedPosition> SharedPosition::map(Descriptor descriptor) {
-  auto memory = SharedMemory::map(std::move(descriptor), sizeof(Page));
+  auto memory = SharedMemory::adopt(std::move(descriptor), sizeof(Page), true);
   return memory ? std::unique_ptr<SharedPosition>(new SharedPosition(std::move(memory))) : nullptr;
 }
 

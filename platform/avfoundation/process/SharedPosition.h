@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "platform/avfoundation/process/SharedMemory.h"
+#include "platform/avfoundation/bytes/SharedMemory.h"
 #include "platform/dispatch/RunLoop.h"
 
 // Where a media process is in its media, on a page that its host reads without asking. One writer; readers on any
@@ -26,7 +26,7 @@ class SharedPosition {
   // For the media process, of the descriptor that the host sent.
   static std::unique_ptr<SharedPosition> map(Descriptor descriptor);
 
-  int descriptor() const { return memory_->descriptor(); }
+  int descriptor() const { return memory_.descriptor(); }
   void write(const State& state);
   // The writer is alive. To be called often.
   void beat() { page().beats.fetch_add(1, std::memory_order_relaxed); }
@@ -44,8 +44,8 @@ class SharedPosition {
   };
   static_assert(std::atomic<std::int64_t>::is_always_lock_free);
 
-  explicit SharedPosition(std::shared_ptr<SharedMemory> memory) : memory_(std::move(memory)) {}
-  Page& page() const { return *reinterpret_cast<Page*>(memory_->bytes()); }
+  explicit SharedPosition(SharedMemory memory) : memory_(std::move(memory)) {}
+  Page& page() const { return *reinterpret_cast<Page*>(memory_.data()); }
 
-  const std::shared_ptr<SharedMemory> memory_;
+  const SharedMemory memory_;
 };
