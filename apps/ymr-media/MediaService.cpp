@@ -17,10 +17,11 @@ std::int64_t placeOf(const CMTime& time) {
   return CMTIME_IS_NUMERIC(time) ? CMTimeConvertScale(time, 1'000'000'000).value : INT64_MAX;
 }
 
-MediaSource sourceOf(const wire::Load& load, const Descriptor& file) {
+MediaSource sourceOf(const wire::Load& load, const Descriptor& file, std::shared_ptr<MediaBytes> bytes) {
   MediaSource source{NSURL::URLWithString(load.url).value_or(NSURL::fileURLWithPath("/"))};
   source.purpose = load.purpose;
   if (file) source.descriptor = file.get();
+  source.bytes = std::move(bytes);
   source.isWithoutTexts = load.isWithoutTexts;
   return source;
 }
@@ -28,10 +29,10 @@ MediaSource sourceOf(const wire::Load& load, const Descriptor& file) {
 }  // namespace
 
 MediaService::MediaService(HostSocket& host, std::shared_ptr<PictureSender> pictures, const wire::Load& load,
-                           std::unique_ptr<SharedPosition> position, Descriptor file)
+                           std::unique_ptr<SharedPosition> position, Descriptor file, std::shared_ptr<MediaBytes> bytes)
     : host_(host), pictures_(std::move(pictures)), position_(std::move(position)), file_(std::move(file)) {
   MediaEngineSettings::shared() = load.settings;
-  engine_ = std::make_unique<GStreamerEngine>(sourceOf(load, file_));
+  engine_ = std::make_unique<GStreamerEngine>(sourceOf(load, file_, std::move(bytes)));
   engine_->setEvents(events());
   engine_->load(load.start);
   writePosition();
@@ -98,6 +99,7 @@ void MediaService::hear(const wire::Seek& message) {
   });
   written_.seek = message.number;
   ++written_.jumps;
+  written_.time = placeOf(engine_->position());  // to jump there is not to move
   written_.moves = false;
   writePosition();
 }

@@ -10,9 +10,10 @@
 // Runs one engine as the host says and tells the host all that it does. Main thread.
 class MediaService {
  public:
-  // `file` is kept open; the engine opens it once more by its number.
+  // Of what to play, at most one: the file, which is kept open, and which the engine opens once more by its number; or
+  // the bytes.
   MediaService(HostSocket& host, std::shared_ptr<PictureSender> pictures, const wire::Load& load,
-               std::unique_ptr<SharedPosition> position, Descriptor file);
+               std::unique_ptr<SharedPosition> position, Descriptor file, std::shared_ptr<MediaBytes> bytes);
   MediaService(const MediaService&) = delete;
   MediaService& operator=(const MediaService&) = delete;
 

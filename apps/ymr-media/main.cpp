@@ -12,6 +12,8 @@
 #include "apps/ymr-media/PictureSender.h"
 #include "apps/ymr-media/PictureSlots.h"
 #include "apps/ymr-media/Walls.h"
+#include "platform/avfoundation/bytes/ByteStoreReader.h"
+#include "platform/avfoundation/bytes/FileBytes.h"
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/dispatch/PlainRunLoop.h"
 
@@ -59,18 +61,25 @@ int main() {
   host.send(wire::Hello{});
   auto first = host.receive();
   const auto* load = first ? std::get_if<wire::Load>(&first->message) : nullptr;
-  if (!load || first->descriptors.size() < (load->hasFile ? 2u : 1u)) return 0;
-  auto position = SharedPosition::map(std::move(first->descriptors[0]));
+  if (!load || first->descriptors.size() != 1 + (load->hasFile ? 1u : 0u) + (load->hasBytes ? 3u : 0u)) return 0;
+  auto& sent = first->descriptors;
+  auto position = SharedPosition::map(std::move(sent[0]));
   Descriptor file;
-  if (load->hasFile) file = std::move(first->descriptors[1]);
+  if (load->hasFile) file = std::move(sent[1]);
+  std::shared_ptr<MediaBytes> bytes;
+  if (load->hasBytes) bytes = ByteStoreReader::adopt({sent[1].release(), sent[2].release(), sent[3].release()});
+  if (auto pipe = FileBytes::makeOfPipe(Descriptor(dup(file.get())), load->url)) {
+    bytes = std::move(pipe);
+    file = {};
+  }
   raiseWalls(file ? std::vector{file.get()} : std::vector<int>(), load->isNetworkAllowed);
-  if (!position) return 1;
+  if (!position || (load->hasBytes && !bytes)) return 1;
 
   PlainRunLoop loop;
   const auto slots = std::make_shared<PictureSlots>([&host](std::uint64_t size) { host.send(wire::AreaWanted{size}); });
   PicturePages::setShared(slots);
   const auto pictures = std::make_shared<PictureSender>(host, slots);
-  MediaService service(host, pictures, *load, std::move(position), std::move(file));
+  MediaService service(host, pictures, *load, std::move(position), std::move(file), std::move(bytes));
   std::thread([&] { hearHost(host, *slots, *pictures, service); }).detach();
   loop.run();
   return 0;

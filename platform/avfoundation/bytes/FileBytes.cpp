@@ -26,6 +26,11 @@ std::shared_ptr<FileBytes> FileBytes::make(Descriptor descriptor, std::string ur
   return std::shared_ptr<FileBytes>(new FileBytes(std::move(descriptor), std::move(interrupt), std::move(head)));
 }
 
+std::shared_ptr<FileBytes> FileBytes::makeOfPipe(Descriptor descriptor, std::string url) {
+  auto bytes = make(std::move(descriptor), std::move(url));
+  return bytes && !bytes->head_.isSeekable ? bytes : nullptr;
+}
+
 FileBytes::FileBytes(Descriptor descriptor, Descriptor interrupt, Head head)
     : descriptor_(std::move(descriptor)), interrupt_(std::move(interrupt)), head_(std::move(head)) {}
 

@@ -17,6 +17,8 @@ class YMR_API FileBytes final : public MediaBytes {
   static Descriptor open(const std::string& path);
   // Takes the descriptor; nil when it can't be read from, as a folder's can't. `url` is what head() tells.
   static std::shared_ptr<FileBytes> make(Descriptor descriptor, std::string url);
+  // The same of what comes once; nil for a regular file too.
+  static std::shared_ptr<FileBytes> makeOfPipe(Descriptor descriptor, std::string url);
 
   Outcome head(Head& head) override;
   Outcome read(std::uint64_t place, std::span<std::byte> target, std::size_t& count) override;

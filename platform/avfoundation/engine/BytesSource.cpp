@@ -81,8 +81,10 @@ GstFlowReturn fill(GstBaseSrc* source, guint64 place, guint size, GstBuffer* buf
   return GST_FLOW_OK;
 }
 
-// Playlists name their segments from where they lie.
+// Playlists name their segments from where they lie. A length that is not told is no answer, so that the demuxer is
+// asked, who may know the duration; the library's own would be that there is none.
 gboolean answer(GstBaseSrc* source, GstQuery* query) {
+  if (GST_QUERY_TYPE(query) == GST_QUERY_DURATION && !bytesOf(source).head().length) return FALSE;
   if (GST_QUERY_TYPE(query) != GST_QUERY_URI) {
     return GST_BASE_SRC_CLASS(ymr_bytes_source_parent_class)->query(source, query);
   }

@@ -14,8 +14,8 @@ class FetchThread;
 // fetcher lives when a connection is lost, stays silent, or the server can't answer now; meanwhile what is here can be
 // read. Only a reader that waits for bytes hears of a failure, and only of one that is there to stay.
 //
-// Main thread. All fetching is done by one other thread. Letting go of it ends the fetching; its readers keep what is
-// there, and wait in vain for the rest until they are interrupted.
+// open() on the main thread, the rest on any. All fetching is done by one other thread. Letting go of it ends the
+// fetching; its readers keep what is there, and wait in vain for the rest until they are interrupted.
 class YMR_API ByteFetcher {
  public:
   static constexpr std::size_t programmeBytesLimit = 64 * 1024 * 1024;

@@ -1,10 +1,15 @@
 #include "platform/avfoundation/process/EngineChoice.h"
 
+#include "platform/avfoundation/process/FetchedSource.h"
 #include "platform/avfoundation/process/MediaProcesses.h"
 #include "platform/avfoundation/process/ProcessEngine.h"
 
 std::unique_ptr<MediaEngine> makeMediaEngine(const MediaSource& source) {
+  if (MediaEngine::hasFactory() || source.bytes) return MediaEngine::make(source);
   const bool isWanted = MediaEngineSettings::shared().process == MediaEngineSettings::Process::own;
-  if (!isWanted || MediaEngine::hasFactory() || !MediaProcesses::areAvailable()) return MediaEngine::make(source);
-  return std::make_unique<ProcessEngine>(source, &MediaProcesses::take);
+  auto fetcher = fetcherOf(source);
+  if (!isWanted || !MediaProcesses::areAvailable()) return MediaEngine::make(withBytes(source, std::move(fetcher)));
+  // The process loads its libraries while the server answers.
+  if (fetcher) MediaProcesses::prepareSpare();
+  return std::make_unique<ProcessEngine>(source, &MediaProcesses::take, std::move(fetcher));
 }

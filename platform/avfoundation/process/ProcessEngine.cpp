@@ -9,6 +9,7 @@
 
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
+#include "platform/avfoundation/process/FetchedSource.h"
 #include "platform/avfoundation/process/MediaProcesses.h"
 #include "platform/dispatch/Dispatch.h"
 #include "platform/foundation/MainThread.h"
@@ -35,7 +36,11 @@ bool isPlace(const CMTime& time) {
 
 }  // namespace
 
-ProcessEngine::ProcessEngine(const MediaSource& source, Launch launch) : source_(source), launch_(std::move(launch)) {}
+ProcessEngine::ProcessEngine(const MediaSource& source, Launch launch, std::shared_ptr<ByteFetcher> fetcher)
+    : source_(source),
+      launch_(std::move(launch)),
+      fetcher_(std::move(fetcher)),
+      silence_([this] { fail(silenceError(source_.url, MediaEngineSettings::shared().firstFrameSilenceLimit)); }) {}
 
 ProcessEngine::~ProcessEngine() {
   YMR_ASSERT_MAIN_THREAD();
@@ -44,6 +49,8 @@ ProcessEngine::~ProcessEngine() {
 }
 
 void ProcessEngine::cut() {
+  look_.reset();
+  silence_.reset();
   hangs_.end();
   if (link_) std::exchange(link_, nullptr)->cut();
 }
@@ -69,13 +76,23 @@ void ProcessEngine::load(const CMTime& start) {
   if (isLoaded_) return;
   isLoaded_ = true;
   if (pending_.empty() && start > kCMTimeZero && isPlace(start)) floor_ = reachable(start);
-  this->start();
+  auto bytes = fetcher_ ? fetcher_->makeReader() : nullptr;
+  if (!bytes) return this->start();
+  const std::chrono::duration<double> limit(MediaEngineSettings::shared().firstFrameSilenceLimit);
+  silence_.setWaiting(true, std::chrono::duration_cast<RunLoop::Duration>(limit));
+  look_ = std::make_unique<PlaylistLook>(std::move(bytes), [this](auto finding) { looked(finding); });
+}
+
+void ProcessEngine::looked(PlaylistLook::Finding finding) {
+  look_.reset();
+  if (finding == PlaylistLook::Finding::failed) return fail(fetcher_->failure().value_or(readingError(source_.url)));
+  isPlaylist_ = finding == PlaylistLook::Finding::playlist && source_.purpose == MediaPurpose::programme;
+  start();
 }
 
 void ProcessEngine::start() {
   // Pictures are converted here. It takes a while, and the process as long.
   dispatch_async(dispatch_get_global_queue(), [] { loadGStreamer(); });
-  const bool isOfTheNetwork = source_.url.isHTTP();
   Descriptor file;
   if (source_.url.isFileURL() && source_.purpose == MediaPurpose::programme) {
     // A FIFO opens here at once, and waits where nobody waits for it.
@@ -97,13 +114,18 @@ void ProcessEngine::start() {
   load.url = source_.url.absoluteString();
   load.purpose = source_.purpose;
   load.hasFile = static_cast<bool>(file);
-  load.isNetworkAllowed = isOfTheNetwork;
+  load.hasBytes = fetcher_ != nullptr;
+  load.isNetworkAllowed = source_.url.isHTTP() && (!fetcher_ || isPlaylist_);
   const std::int64_t place = pending_.empty() ? floor_ : reachable(pending_.back().time);
   load.isWithoutTexts = source_.isWithoutTexts || crashes_.isSuspect(place);
   load.start = timeOf(place);
   load.settings = MediaEngineSettings::shared();
   std::vector<int> descriptors{shared_->descriptor()};
   if (file) descriptors.push_back(file.get());
+  if (fetcher_) {
+    const auto [memory, control, wake] = fetcher_->descriptors();
+    descriptors.insert(descriptors.end(), {memory, control, wake});
+  }
   link_->peer().send(load, descriptors);
   // In the start's place: so it tells whether it came there.
   if (!pending_.empty()) send(wire::Seek{pending_.back().number, pending_.back().time});
@@ -119,7 +141,7 @@ void ProcessEngine::send(const wire::ToProcess& message) const {
 
 void ProcessEngine::fallBack() {
   cut();
-  fallback_ = MediaEngine::make(source_);
+  fallback_ = MediaEngine::make(withBytes(source_, fetcher_));
   Events events = *events_;
   if (isReady_) events.ready = events.bufferingChanged;  // it has been told
   fallback_->setEvents(std::move(events));
@@ -194,13 +216,15 @@ void ProcessEngine::hear(const wire::Facts& facts) {
 }
 
 void ProcessEngine::hear(const wire::Ready&) {
+  silence_.reset();
   if (!std::exchange(isReady_, true)) return tell(&Events::ready);
   if (!std::exchange(isRecovering_, false)) return;
   tell(&Events::bufferingChanged);
 }
 
 void ProcessEngine::hear(const wire::Failed& failed) {
-  fail(failed.error);
+  // In the fetcher's own words, when that is why.
+  fail(fetcher_ ? fetcher_->failure().value_or(failed.error) : failed.error);
 }
 
 void ProcessEngine::hear(const wire::Buffering& buffering) {

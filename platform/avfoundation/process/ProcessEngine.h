@@ -6,13 +6,19 @@
 #include <optional>
 
 #include "platform/avfoundation/engine/MediaEngine.h"
+#include "platform/avfoundation/engine/SilenceWatch.h"
+#include "platform/avfoundation/fetch/ByteFetcher.h"
 #include "platform/avfoundation/process/CrashHistory.h"
 #include "platform/avfoundation/process/HangWatch.h"
+#include "platform/avfoundation/process/PlaylistLook.h"
 #include "platform/avfoundation/process/ProcessLink.h"
 #include "platform/avfoundation/process/SharedPosition.h"
 
 // An engine in a process of its own: the host's end. What it knows of the media is a copy of what the process has told;
 // the position is read from memory that both see; nothing here waits for the process.
+//
+// What is fetched is fetched here, and every process of the item reads the same store. A process is started when the
+// first bytes are here, since only one that plays a list of segments may reach the network itself.
 //
 // When the process dies or hangs, another one goes on at the same place with all that was chosen, and whoever plays
 // sees a stall. Media that do it again and again have failed (CrashHistory); an ad has after the first time.
@@ -21,7 +27,8 @@ class ProcessEngine final : public MediaEngine {
   // Makes a process; null when there is none to be had, and the host's own engine takes over. Main thread.
   using Launch = std::function<std::shared_ptr<MediaPeer>()>;
 
-  ProcessEngine(const MediaSource& source, Launch launch);
+  // Without a fetcher the process opens the source's URL.
+  ProcessEngine(const MediaSource& source, Launch launch, std::shared_ptr<ByteFetcher> fetcher = nullptr);
   ~ProcessEngine() override;
 
   void setEvents(Events events) override;
@@ -47,6 +54,7 @@ class ProcessEngine final : public MediaEngine {
     SeekCompletion completion;
   };
 
+  void looked(PlaylistLook::Finding finding);
   // Starts a process that begins where this one is to go on.
   void start();
   void send(const wire::ToProcess& message) const;
@@ -75,6 +83,10 @@ class ProcessEngine final : public MediaEngine {
 
   const MediaSource source_;
   const Launch launch_;
+  const std::shared_ptr<ByteFetcher> fetcher_;
+  std::unique_ptr<PlaylistLook> look_;
+  bool isPlaylist_ = false;
+  SilenceWatch silence_;  // up to the first picture, when it begins here
   std::shared_ptr<const Events> events_ = std::make_shared<const Events>();
   MainHop hop_;  // for what is posted to itself
   std::shared_ptr<ProcessLink> link_;

@@ -27,16 +27,17 @@ inline constexpr std::size_t tracksLimit = 256;
 inline constexpr std::size_t rangesLimit = 64;
 
 // Grows with every change below.
-inline constexpr std::uint32_t version = 1;
+inline constexpr std::uint32_t version = 2;
 
 // ---- To the media process.
 
 // The first, and once. With the descriptor of the shared position (SharedPosition), and that of the file when there is
-// one (`hasFile`).
+// one (`hasFile`), or those of the bytes (ByteStoreDescriptors, in their order) when they are brought (`hasBytes`).
 struct Load {
   std::string url;
   MediaPurpose purpose = MediaPurpose::programme;
   bool hasFile = false;
+  bool hasBytes = false;
   bool isNetworkAllowed = false;  // what fetches is the media library
   bool isWithoutTexts = false;
   CMTime start;

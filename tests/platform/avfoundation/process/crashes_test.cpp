@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <random>
 
+#include "platform/avfoundation/process/FetchedSource.h"
 #include "platform/avfoundation/process/MediaProcess.h"
 #include "platform/avfoundation/process/ProcessEngine.h"
 #include "tests/platform/avfoundation/engine/EngineTest.h"
@@ -17,11 +18,14 @@ class Crashes : public EngineTest {
  protected:
   void make(const std::string& where, MediaPurpose purpose = MediaPurpose::programme) {
     EngineTest::make(where, purpose);
-    auto owned = std::make_unique<ProcessEngine>(MediaSource{urlOf(where), purpose}, [this] {
-      std::string failure;
-      started.push_back(MediaProcess::start(YMR_MEDIA_PROGRAM, failure));
-      return started.back();
-    });
+    auto owned = std::make_unique<ProcessEngine>(
+        MediaSource{urlOf(where), purpose},
+        [this] {
+          std::string failure;
+          started.push_back(MediaProcess::start(YMR_MEDIA_PROGRAM, failure));
+          return started.back();
+        },
+        fetcherOf({urlOf(where), purpose}));
     MediaEngine::Events events;
     events.ready = [this] { ++told.ready; };
     events.failed = [this](NSError error) { told.failures.push_back(std::move(error)); };
@@ -54,7 +58,7 @@ TEST_F(Crashes, theProgrammeComesBackWhereItWasAfterEveryKillAndNothingStays) {
     make(round % 2 ? "minute.mp4" : "@minute.mp4");
     engine->load(CMTimeMake(upTo(20), 1));
     const bool isEarly = upTo(3) == 0;
-    ASSERT_TRUE(runUntil([&] { return isEarly || told.ready > 0; }));
+    ASSERT_TRUE(runUntil([&] { return isEarly ? !started.empty() : told.ready > 0; }));
     engine->setRate(upTo(3) > 0);
     if (upTo(3) == 0) engine->seek(CMTimeMake(25 + upTo(10), 1), {});
     runFor(std::chrono::milliseconds(upTo(400)));
@@ -80,6 +84,20 @@ TEST_F(Crashes, theProgrammeComesBackWhereItWasAfterEveryKillAndNothingStays) {
   EXPECT_LE(entries("/proc/self/task"), threads + 2);
   RecordProperty("longest_ms", static_cast<int>(longest / 1ms));
   if (wanted) std::printf("%d kills, back after at most %d ms\n", kills, static_cast<int>(longest / 1ms));
+}
+
+TEST_F(Crashes, theNextProcessReadsWhatTheHostHasFetchedAndTheServerIsNotAskedAgain) {
+  make("@clip.mp4");
+  engine->load(kCMTimeZero);
+  ASSERT_TRUE(runUntil([this] {
+    const auto ranges = engine->bufferedRanges();
+    return !ranges.empty() && CMTimeGetSeconds(CMTimeRangeGetEnd(ranges[0])) > 9;
+  }));
+  const auto requests = server.log().size();
+  kill(SIGKILL);
+  ASSERT_TRUE(runUntil([&] { return started.size() > 1 && engine->isLikelyToKeepUp(); }));
+  ASSERT_TRUE(playTo(1));
+  EXPECT_EQ(server.log().size(), requests);
 }
 
 TEST_F(Crashes, aKillAtTheEndLeavesTheLastPictureAndTheNextSeekFindsANewProcess) {

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "platform/avfoundation/bytes/MediaBytes.h"
+#include "platform/avfoundation/engine/MainHop.h"
+
+// Waits for a resource's first bytes and tells whether they begin a list of segments, whose fetching is the media
+// library's: a process that plays one has to reach the network, and only such a one. Media tell with their first byte;
+// whatever looks like neither is no list.
+//
+// Main thread; the waiting is done elsewhere, and ends with the look. Nobody else reads meanwhile.
+class PlaylistLook {
+ public:
+  enum class Finding { media, playlist, failed };
+
+  // `found` is called once, by a turn of the main queue of its own, unless the look goes before.
+  PlaylistLook(std::shared_ptr<MediaBytes> bytes, std::function<void(Finding)> found);
+  PlaylistLook(const PlaylistLook&) = delete;
+  PlaylistLook& operator=(const PlaylistLook&) = delete;
+  ~PlaylistLook();
+
+  // What so much of its beginning says; `isAll` when there is no more. nil when more has to be seen.
+  static std::optional<Finding> findingOf(std::string_view begin, bool isAll);
+  static constexpr std::size_t lookLimit = 4096;
+
+ private:
+  const std::shared_ptr<MediaBytes> bytes_;
+  MainHop hop_;
+};

@@ -1,0 +1,27 @@
+#include "platform/avfoundation/process/PlaylistLook.h"
+
+#include <gtest/gtest.h>
+
+using namespace std::string_literals;
+
+namespace {
+
+using Finding = PlaylistLook::Finding;
+
+TEST(PlaylistLook, takesForAListWhatTheMediaLibraryWouldAndMediaAtTheFirstByte) {
+  const auto look = [](const std::string& begin) { return PlaylistLook::findingOf(begin, false); };
+  for (const auto& list : {"#EXTM3U\n"s, "\xEF\xBB\xBF#EXTM3U"s, "<?xml version='1.0'?>\n<MPD xmlns"s, "\n <mpd>"s,
+                           "\xFF\xFE<\0S\0m\0o\0o\0t\0h\0S\0t\0r\0e\0a\0m\0i\0n\0g\0M\0e\0d\0i\0a\0"s}) {
+    EXPECT_EQ(look(list), Finding::playlist) << list;
+    for (std::size_t part = 0; part < list.size() / 2; ++part) EXPECT_EQ(look(list.substr(0, part)), std::nullopt);
+  }
+  for (const auto& media : {"\0\0\0\x20"
+                            "ftyp"s,
+                            "G"s, "\x1A"s, "ID3"s, "\xFF\xFB\x90"s, "#EXX"s}) {
+    EXPECT_EQ(look(media), Finding::media) << media;
+  }
+  EXPECT_EQ(look("<html>"), std::nullopt);
+  EXPECT_EQ(PlaylistLook::findingOf("<html>", true), Finding::media);
+}
+
+}  // namespace
