@@ -30,12 +30,6 @@ constexpr QueueLimits limitsOfFile(MediaPurpose purpose) {
   return {queueBytes(purpose), GST_SECOND / 4, false, 1, 0};
 }
 
-// What is parsed is all that is held.
-constexpr QueueLimits limitsOfStream(MediaPurpose purpose) {
-  return purpose == MediaPurpose::programme ? QueueLimits{queueBytes(purpose), aheadTime(purpose), true, 0.05, 0.01}
-                                            : QueueLimits{queueBytes(purpose), aheadTime(purpose), true, 0.02, 0.005};
-}
-
 // What is parsed is a little of what is held: the rest waits as bytes.
 constexpr QueueLimits limitsOfBytes(MediaPurpose purpose) {
   constexpr GstClockTime parsed = 2 * GST_SECOND;

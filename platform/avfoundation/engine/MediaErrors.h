@@ -10,14 +10,9 @@
 // The one place that turns what GStreamer says into the errors that a host reads. Messages are for people, in one
 // sentence, and name the file or the server. Any thread.
 
-// What was seen before an error.
-struct MediaErrorContext {
-  unsigned httpStatus = 0;        // of the server's last answer; 0 when there was none
-  std::string missingCodec = {};  // that nothing here decodes, for people
-};
-
-// What an error message of the pipeline means for the media at `url`.
-NSError mediaErrorFromMessage(GstMessage* error, const NSURL& url, const MediaErrorContext& context);
+// What an error message of the pipeline means for the media at `url`. `missingCodec` is what was seen before that
+// nothing here decodes, for people; or empty.
+NSError mediaErrorFromMessage(GstMessage* error, const NSURL& url, const std::string& missingCodec);
 
 // Its bytes can't be read, or no further.
 NSError readingError(const NSURL& url);

@@ -7,7 +7,6 @@
 #include "platform/avfoundation/engine/ContainerPolicy.h"
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
-#include "platform/avfoundation/engine/SourceSetup.h"
 #include "platform/avfoundation/engine/StreamChoice.h"
 #include "platform/avfoundation/engine/StreamTracks.h"
 #include "platform/dispatch/Weakly.h"
@@ -89,7 +88,7 @@ void MediaPipeline::build() {
   };
   if (const auto missing = loadGStreamer()) return fail(*missing);
   hop_.post([this] { events_.opened(); });
-  if (bytes_ && !openBytes()) return;
+  if (!source_.isLocal() && !openBytes()) return;
   GstElement* source = makeSource();
   GstElement* pictures = frames_.makeElement();
   GstElement* sound = sound_.makeElement(settings_);
@@ -105,27 +104,22 @@ void MediaPipeline::build() {
 }
 
 bool MediaPipeline::openBytes() {
-  const MediaBytes::Outcome outcome = bytes_->open();
+  const MediaBytes::Outcome outcome = bytes_ ? bytes_->open() : MediaBytes::Outcome::failed;
   isOpen_ = true;
   if (outcome == MediaBytes::Outcome::failed) {
-    const NSError error = bytes_->failure().value_or(readingError(source_.url));
+    const NSError error = (bytes_ ? bytes_->failure() : std::nullopt).value_or(readingError(source_.url));
     hop_.post([this, error] { events_.failed(error); });
   }
   return outcome == MediaBytes::Outcome::done;
 }
 
 GstElement* MediaPipeline::makeSource() {
-  if (bytes_) return makeBytesSource(bytes_);
-  GstElement* source = gst_element_make_from_uri(GST_URI_SRC, uriOf(source_).c_str(), nullptr, nullptr);
-  if (!source) return nullptr;
-  setUpSource(source, source_.url);
-  ranges_.admit(source);
-  return source;
+  return bytes_ ? makeBytesSource(bytes_)
+                : gst_element_make_from_uri(GST_URI_SRC, uriOf(source_).c_str(), nullptr, nullptr);
 }
 
 QueueLimits MediaPipeline::queueLimits() const {
-  if (bytes_) return limitsOfBytes(source_.purpose);
-  return source_.isLocal() ? limitsOfFile(source_.purpose) : limitsOfStream(source_.purpose);
+  return bytes_ ? limitsOfBytes(source_.purpose) : limitsOfFile(source_.purpose);
 }
 
 MediaGraph::Hooks MediaPipeline::graphHooks() {
@@ -271,12 +265,12 @@ void MediaPipeline::failed(GstMessage* message) {
     hop_.post([this, error = *failure] { events_.failed(error); });
     return;
   }
-  MediaErrorContext context{.httpStatus = httpStatus_};
+  std::string missingCodec;
   {
     std::lock_guard lock(mutex_);
-    context.missingCodec = missingCodec_;
+    missingCodec = missingCodec_;
   }
-  hop_.post([this, error = mediaErrorFromMessage(message, source_.url, context)] { events_.failed(error); });
+  hop_.post([this, error = mediaErrorFromMessage(message, source_.url, missingCodec)] { events_.failed(error); });
 }
 
 void MediaPipeline::buffered(bool isFilled) {
@@ -327,11 +321,6 @@ void MediaPipeline::clockLost() {
     self.isPlaying_ = true;
     self.applyState();
   });
-}
-
-void MediaPipeline::serverAnswered(unsigned status, const GstStructure* message) {
-  httpStatus_ = status;
-  ranges_.noteAnswer(message);
 }
 
 void MediaPipeline::decoderMissing(const std::string& codec, bool isVideo) {

@@ -18,7 +18,6 @@
 #include "platform/avfoundation/engine/MediaFacts.h"
 #include "platform/avfoundation/engine/MediaGraph.h"
 #include "platform/avfoundation/engine/PipelineListener.h"
-#include "platform/avfoundation/engine/RangeWatch.h"
 #include "platform/avfoundation/engine/ReadAhead.h"
 #include "platform/avfoundation/engine/SoundOutlet.h"
 #include "platform/dispatch/Dispatch.h"
@@ -86,7 +85,6 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   void clockStarted() override { clockRuns_ = true; }
   void clockLost() override;
   void decoderMissing(const std::string& codec, bool isVideo) override;
-  void serverAnswered(unsigned status, const GstStructure* message) override;
 
   // Runs a member function on the pipeline's queue unless the pipeline has been closed. Any thread.
   void enqueue(std::function<void(MediaPipeline&)> operation);
@@ -124,7 +122,6 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   FrameOutlet frames_;
   SoundOutlet sound_;
   DemuxerWatch demuxers_;
-  RangeWatch ranges_;
   const std::shared_ptr<ReadAhead> bytes_;  // nil when the pipeline opens the URL itself
   std::atomic<bool> isOpen_{false};         // bytes_ are
   BufferWatch buffers_;
@@ -139,7 +136,6 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   // A transport stream counts from its first time stamp, which is seldom 0; media time begins there.
   std::atomic<bool> isTransportStream_{false};
   std::atomic<std::int64_t> origin_{0};
-  std::atomic<unsigned> httpStatus_{0};  // of the last answer; 0 before one
 
   mutable std::mutex mutex_;  // guards what follows
   bool isFilled_ = true;

@@ -85,9 +85,5 @@ void PipelineListener::hearElement(GstMessage* message) {
   if (gst_is_missing_plugin_message(message)) {
     const GTextRef description(gst_missing_plugin_message_get_description(message));
     decoderMissing(description.get(), isOfVideo(gst_message_get_structure(message)));
-  } else if (gst_message_has_name(message, "http-headers")) {
-    guint status = 0;  // stays so when there was no answer
-    gst_structure_get_uint(gst_message_get_structure(message), "http-status-code", &status);
-    if (status >= 100) serverAnswered(status, gst_message_get_structure(message));
   }
 }

@@ -28,8 +28,6 @@ class PipelineListener {
   virtual void clockLost() = 0;
   // A stream that no element here decodes; `codec` is for people.
   virtual void decoderMissing(const std::string& codec, bool isVideo) = 0;
-  // An HTTP server has answered with a head; `message` is what the source posts of it.
-  virtual void serverAnswered(unsigned status, const GstStructure* message) = 0;
 
   // Sends every message of the pipeline's bus to `listener`, which must outlive the pipeline, and none anywhere else.
   static void connect(GstElement* pipeline, PipelineListener* listener);

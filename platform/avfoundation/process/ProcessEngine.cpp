@@ -115,7 +115,7 @@ void ProcessEngine::start() {
   load.purpose = source_.purpose;
   load.hasFile = static_cast<bool>(file);
   load.hasBytes = fetcher_ != nullptr;
-  load.isNetworkAllowed = source_.url.isHTTP() && (!fetcher_ || isPlaylist_);
+  load.isNetworkAllowed = isPlaylist_;
   const std::int64_t place = pending_.empty() ? floor_ : reachable(pending_.back().time);
   load.isWithoutTexts = source_.isWithoutTexts || crashes_.isSuspect(place);
   load.start = timeOf(place);

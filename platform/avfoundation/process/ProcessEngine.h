@@ -27,7 +27,7 @@ class ProcessEngine final : public MediaEngine {
   // Makes a process; null when there is none to be had, and the host's own engine takes over. Main thread.
   using Launch = std::function<std::shared_ptr<MediaPeer>()>;
 
-  // Without a fetcher the process opens the source's URL.
+  // A web server's source needs a fetcher, or it fails.
   ProcessEngine(const MediaSource& source, Launch launch, std::shared_ptr<ByteFetcher> fetcher = nullptr);
   ~ProcessEngine() override;
 

@@ -46,7 +46,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Format{"ntsc.mp4", 2, 30000 / 1001.0, 320, 180, 1}, Format{"audio.m4a", 10, 0, 0, 0, 1},
                     Format{"video.mp4", 10, 25, 640, 360, 0}, Format{"odd.mp4", 0.5, 25, 319, 179, 0},
                     Format{"@clip.mp4", 10, 25, 640, 360, 1}, Format{"@indexlast.mp4", 10, 25, 640, 360, 1},
-                    Format{"@fragmented.mp4", 10, 25, 640, 360, 1}, Format{"@clip.mkv", 10, 25, 640, 360, 1},
+                    Format{"@fragmented.mp4", 9.08, 25, 640, 360, 1}, Format{"@clip.mkv", 10, 25, 640, 360, 1},
                     Format{"@clip.ts", 10, 25, 640, 360, 1}, Format{"@hls/low/index.m3u8", 20, 25, 320, 180, 1}),
     [](const auto& test) { return caseName(test.param.where); });
 
