@@ -21,10 +21,13 @@ class Peer final : public MediaPeer {
  public:
   void listen(const std::weak_ptr<Listener>& listener) override { listener_ = listener; }
   void send(const wire::ToProcess& message, const std::vector<int>& descriptors) override {
-    if (std::holds_alternative<wire::Load>(message)) page = SharedMemory::map(Descriptor(dup(descriptors.at(0))), 64);
+    if (std::holds_alternative<wire::Load>(message)) {
+      page = SharedMemory::adopt(Descriptor(dup(descriptors.at(0))), 1, true);
+      require(static_cast<bool>(page));
+    }
     if (std::holds_alternative<wire::Area>(message)) {
       require(descriptors.size() == 1);
-      pictures = SharedMemory::map(Descriptor(dup(descriptors[0])), 4096);
+      pictures = SharedMemory::adopt(Descriptor(dup(descriptors[0])), 4096, true);
     }
   }
   std::uint64_t signsOfLife() const override { return 0; }
@@ -37,7 +40,7 @@ class Peer final : public MediaPeer {
     if (listener) listener->peerDidDie({true, "ended"});
   }
 
-  std::shared_ptr<SharedMemory> page, pictures;
+  SharedMemory page, pictures;
 
  private:
   std::weak_ptr<Listener> listener_;
@@ -96,10 +99,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         loop.advance(std::chrono::milliseconds(20 * length));
         break;
       case 1:
-        if (peer->page) std::copy_n(bytes.begin(), std::min<std::size_t>(length, 64), peer->page->bytes());
+        if (peer->page) std::copy_n(bytes.begin(), std::min<std::size_t>(length, peer->page.size()), peer->page.data());
         break;
       case 2:
-        if (peer->pictures) std::copy_n(bytes.begin(), std::min<std::size_t>(length, 4096), peer->pictures->bytes());
+        if (peer->pictures) std::copy_n(bytes.begin(), std::min<std::size_t>(length, 4096), peer->pictures.data());
         break;
       case 3:
         engine.seek(CMTimeMake(static_cast<std::int64_t>(length), 25), {});
