@@ -40,6 +40,10 @@ class Peer final : public MediaPeer {
     if (listener) listener->peerDidDie({true, "ended"});
   }
 
+  static void scribble(SharedMemory& memory, std::span<const std::byte> bytes) {
+    if (memory) std::copy_n(bytes.begin(), std::min({bytes.size(), memory.size(), std::size_t{4096}}), memory.data());
+  }
+
   SharedMemory page, pictures;
 
  private:
@@ -99,10 +103,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         loop.advance(std::chrono::milliseconds(20 * length));
         break;
       case 1:
-        if (peer->page) std::copy_n(bytes.begin(), std::min<std::size_t>(length, peer->page.size()), peer->page.data());
+        Peer::scribble(peer->page, bytes);
         break;
       case 2:
-        if (peer->pictures) std::copy_n(bytes.begin(), std::min<std::size_t>(length, 4096), peer->pictures.data());
+        Peer::scribble(peer->pictures, bytes);
         break;
       case 3:
         engine.seek(CMTimeMake(static_cast<std::int64_t>(length), 25), {});

@@ -146,11 +146,10 @@ void Fetch::makeRoom(std::size_t lane, bool isUrgent) {
 void Fetch::showWhetherFull(std::size_t number, const FetchLane::Goal& goal) {
   Lane& lane = lanes_[number];
   const std::uint64_t ahead = store_->end(number) - placeIn(number);
-  if (goal.until == 0) {
-    lane.fullAhead = 0;  // it is not to be filled at all
-  } else if (lane.fetch.isPaused()) {
+  const bool isWanted = goal.until != 0;
+  if (isWanted && lane.fetch.isPaused()) {
     lane.fullAhead = std::max(ahead, std::uint64_t{1});
-  } else if (ahead <= lane.fullAhead / 2) {
+  } else if (!isWanted || ahead <= lane.fullAhead / 2) {
     lane.fullAhead = 0;
   }
   store_->setFull(number, lane.fullAhead > 0 || resource_.failure || lane.fetch.failure());

@@ -7,11 +7,13 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <fstream>
-#include <sstream>
+#include <string_view>
 
 #include "platform/avfoundation/process/ProcessWatch.h"
 
@@ -194,11 +196,16 @@ std::uint64_t MediaProcess::signsOfLife() const {
   std::ifstream file("/proc/" + std::to_string(pid_.value_or(0)) + "/stat");
   std::string text;
   std::getline(file, text);
-  std::istringstream fields(text.substr(text.rfind(')') + 1));
-  std::string ignored;
-  for (int field = 3; field < 10; ++field) fields >> ignored;
-  std::uint64_t sum = 0, count = 0;
-  for (int field = 10; field <= 15 && fields >> count; ++field) sum += count;
+  // The words behind the name begin with the third field; wanted are the tenth to the fifteenth.
+  std::uint64_t sum = 0;
+  std::string_view rest = std::string_view(text).substr(text.rfind(')') + 1);
+  for (int field = 3; field <= 15; ++field) {
+    rest.remove_prefix(std::min(rest.size(), rest.find_first_not_of(' ')));
+    const std::size_t length = std::min(rest.size(), rest.find(' '));
+    std::uint64_t count = 0;
+    if (field >= 10 && std::from_chars(rest.data(), rest.data() + length, count).ec == std::errc()) sum += count;
+    rest.remove_prefix(length);
+  }
   return sum;
 }
 
