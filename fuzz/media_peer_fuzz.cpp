@@ -33,7 +33,7 @@ class Peer final : public MediaPeer {
   std::uint64_t signsOfLife() const override { return 0; }
   void end() override { die(); }
   void say(std::span<const std::byte> bytes) {
-    if (const auto listener = listener_.lock()) listener->peerDidSay(bytes);
+    if (const auto listener = listener_.lock()) listener->peerDidSay(bytes, Descriptor(dup(STDIN_FILENO)));
   }
   void die() {
     const auto listener = std::exchange(listener_, {}).lock();

@@ -16,10 +16,24 @@ bool HostSocket::isThere() {
   return getsockopt(number, SOL_SOCKET, SO_TYPE, &type, &size) == 0 && type == SOCK_SEQPACKET;
 }
 
-void HostSocket::send(const wire::ToHost& message) {
-  const auto bytes = wire::encode(message);
+void HostSocket::send(const wire::ToHost& message, int descriptor) {
+  auto bytes = wire::encode(message);
+  iovec part{bytes.data(), bytes.size()};
+  msghdr head{};
+  head.msg_iov = &part;
+  head.msg_iovlen = 1;
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptor)> control{};
+  if (descriptor >= 0) {
+    head.msg_control = control.data();
+    head.msg_controllen = control.size();
+    cmsghdr* rights = CMSG_FIRSTHDR(&head);
+    rights->cmsg_level = SOL_SOCKET;
+    rights->cmsg_type = SCM_RIGHTS;
+    rights->cmsg_len = CMSG_LEN(sizeof descriptor);
+    std::memcpy(CMSG_DATA(rights), &descriptor, sizeof descriptor);
+  }
   std::lock_guard lock(mutex_);
-  while (::send(number, bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0 && errno == EINTR) {
+  while (sendmsg(number, &head, MSG_NOSIGNAL) < 0 && errno == EINTR) {
   }
 }
 

@@ -19,8 +19,9 @@ class HostSocket {
 
   // False when this process was started by something that is no host.
   static bool isThere();
-  // Any thread; waits while the host is busy. Nothing happens when it has gone.
-  void send(const wire::ToHost& message);
+  // With a descriptor, unless that is negative. Any thread; waits while the host is busy. Nothing happens when it has
+  // gone.
+  void send(const wire::ToHost& message, int descriptor = -1);
   // Waits for the next message; nil when the host has gone. One thread.
   std::optional<Received> receive();
 

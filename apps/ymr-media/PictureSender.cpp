@@ -1,5 +1,7 @@
 #include "apps/ymr-media/PictureSender.h"
 
+#include <gst/allocators/gstdmabuf.h>
+
 #include "platform/avfoundation/engine/PictureConverter.h"
 #include "platform/avfoundation/process/PictureLayout.h"
 
@@ -13,7 +15,8 @@ void PictureSender::present(VideoFrame frame) {
   if (!pixels) return;
   wire::Picture picture;
   std::shared_ptr<const void> keeper = frame.decoded;
-  if (!describe(*pixels, picture) && !describeCopy(*pixels, picture, keeper)) return;
+  const int device = describeDevice(*pixels, picture);
+  if (device < 0 && !describe(*pixels, picture) && !describeCopy(*pixels, picture, keeper)) return;
   picture.rotation = frame.rotation;
   picture.mirrored = frame.mirrored;
   picture.time = frame.time;
@@ -21,7 +24,7 @@ void PictureSender::present(VideoFrame frame) {
   picture.number = ++last_;
   picture.sink = sink_;
   held_.emplace(picture.number, std::move(keeper));
-  host_.send(picture);
+  host_.send(picture, device);
 }
 
 void PictureSender::giveBack(std::uint64_t picture) {
@@ -40,6 +43,19 @@ bool PictureSender::describe(const GstVideoFrame& pixels, wire::Picture& picture
   picture.area = place->area;
   picture.slot = place->slot;
   return picturePixels(picture, place->begin, place->size).has_value();  // the host's own question
+}
+
+int PictureSender::describeDevice(const GstVideoFrame& pixels, wire::Picture& picture) {
+  if (!pixels.buffer || gst_buffer_n_memory(pixels.buffer) != 1) return -1;
+  GstMemory* memory = gst_buffer_peek_memory(pixels.buffer, 0);
+  if (!gst_is_dmabuf_memory(memory)) return -1;
+  std::byte* begin = reinterpret_cast<std::byte*>(pixels.map[0].data) - memory->offset;
+  wire::Picture described = picture;
+  describePixels(pixels, begin, described);
+  if (!picturePixels(described, begin, memory->maxsize)) return -1;
+  described.isOnDevice = true;
+  picture = described;
+  return gst_dmabuf_memory_get_fd(memory);
 }
 
 bool PictureSender::describeCopy(const GstVideoFrame& pixels, wire::Picture& picture,

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/avfoundation/bytes/Descriptor.h"
 #include "platform/avfoundation/process/Wire.h"
 
 // A media process as its host knows it: somebody at the other end of a socket who may say anything, hang or go.
@@ -22,7 +23,8 @@ class MediaPeer {
   class Listener {
    public:
     virtual ~Listener() = default;
-    virtual void peerDidSay(std::span<const std::byte> message) = 0;
+    // With the descriptor that came with it, if one did.
+    virtual void peerDidSay(std::span<const std::byte> message, Descriptor descriptor) = 0;
     // The last call.
     virtual void peerDidDie(const Death& death) = 0;
   };

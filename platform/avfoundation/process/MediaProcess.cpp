@@ -21,8 +21,8 @@ extern char** environ;
 
 namespace {
 
-constexpr int socketNumber = 3;  // in the process
-constexpr std::size_t descriptorsLimit = 4;
+constexpr int socketNumber = 3;              // in the process
+constexpr std::size_t descriptorsLimit = 4;  // to the process; from it comes one at most
 // What a process may say before anybody listens: its first word.
 constexpr std::size_t unheardLimit = 4;
 
@@ -60,6 +60,15 @@ int spawn(const std::string& program, int socket, pid_t& pid) {
   std::string name = program;
   char* arguments[] = {name.data(), nullptr};
   return posix_spawn(&pid, program.c_str(), &spawn.actions, &spawn.attributes, arguments, environ);
+}
+
+Descriptor descriptorIn(const msghdr& message) {
+  const cmsghdr* rights = CMSG_FIRSTHDR(&message);
+  if (!rights || rights->cmsg_level != SOL_SOCKET || rights->cmsg_type != SCM_RIGHTS) return {};
+  if (rights->cmsg_len < CMSG_LEN(sizeof(int))) return {};
+  int number = -1;
+  std::memcpy(&number, CMSG_DATA(rights), sizeof number);
+  return Descriptor(number);
 }
 
 }  // namespace
@@ -115,7 +124,7 @@ void MediaProcess::listen(const std::weak_ptr<Listener>& listener) {
   listener_ = listener;
   const auto heard = listener.lock();
   for (const auto& message : std::exchange(unheard_, {})) {
-    if (heard) heard->peerDidSay(message);
+    if (heard) heard->peerDidSay(message, {});
   }
   if (heard && death_) heard->peerDidDie(*death_);
 }
@@ -123,16 +132,23 @@ void MediaProcess::listen(const std::weak_ptr<Listener>& listener) {
 bool MediaProcess::receive() {
   static thread_local std::vector<std::byte> buffer(wire::messageLimit + 1);
   for (;;) {
-    // No room for descriptors: the system closes any that come.
-    const ssize_t size = recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+    iovec part{buffer.data(), buffer.size()};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control;
+    msghdr head{};
+    head.msg_iov = &part;
+    head.msg_iovlen = 1;
+    head.msg_control = control.data();
+    head.msg_controllen = CMSG_LEN(sizeof(int));  // the system closes any that there is no room for
+    const ssize_t size = recvmsg(socket_.get(), &head, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
     if (size < 0 && errno == EINTR) continue;
     if (size < 0 && errno == EAGAIN) return true;
     if (size <= 0) break;
+    Descriptor descriptor = descriptorIn(head);
     hasSpoken_ = true;
     std::lock_guard lock(mutex_);
     const std::span message(buffer.data(), static_cast<std::size_t>(size));
     if (const auto listener = listener_.lock()) {
-      listener->peerDidSay(message);
+      listener->peerDidSay(message, std::move(descriptor));
     } else if (unheard_.size() < unheardLimit) {
       unheard_.emplace_back(message.begin(), message.end());
     }

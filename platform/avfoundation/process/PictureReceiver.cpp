@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
+#include "platform/avfoundation/process/DeviceMemory.h"
 #include "platform/avfoundation/process/PictureLayout.h"
 
 namespace {
@@ -16,7 +17,7 @@ constexpr std::uint32_t mostSlots = 40;
 constexpr std::uint32_t roomsLimit = 16;
 
 struct Held {
-  std::shared_ptr<SharedMemory> memory;
+  std::shared_ptr<const void> memory;
   std::function<void(std::uint64_t)> giveBack;
   std::uint64_t picture;
   ~Held() { giveBack(picture); }
@@ -46,14 +47,24 @@ void PictureReceiver::setSink(std::uint64_t number, std::shared_ptr<VideoFrameSi
   sink_ = std::move(sink);
 }
 
-bool PictureReceiver::take(const wire::Picture& picture) {
-  if (picture.area >= rooms_.size()) return false;
-  const auto& [area, memory] = rooms_[picture.area];
-  if (picture.slot >= area.count) return false;
-  std::byte* slot = memory->data() + picture.slot * area.slotSize;
-  const auto pixels = picturePixels(picture, slot, area.slotSize);
+std::optional<PictureReceiver::Place> PictureReceiver::placeOf(const wire::Picture& picture, Descriptor memory) const {
+  if (picture.isOnDevice) {
+    auto device = loadGStreamer() ? nullptr : DeviceMemory::map(std::move(memory), slotLimit);
+    if (!device) return std::nullopt;
+    return Place{device->data(), device->size(), device};
+  }
+  if (picture.area >= rooms_.size()) return std::nullopt;
+  const auto& [area, slots] = rooms_[picture.area];
+  if (picture.slot >= area.count) return std::nullopt;
+  return Place{slots->data() + picture.slot * area.slotSize, area.slotSize, slots};
+}
+
+bool PictureReceiver::take(const wire::Picture& picture, Descriptor memory) {
+  const auto place = placeOf(picture, std::move(memory));
+  if (!place) return false;
+  const auto pixels = picturePixels(picture, place->begin, place->size);
   if (!pixels || picture.rotation % 90 != 0 || picture.rotation < 0 || picture.rotation > 270) return false;
-  const auto held = std::shared_ptr<Held>(new Held{memory, giveBack_, picture.number});
+  const auto held = std::shared_ptr<Held>(new Held{place->keeper, giveBack_, picture.number});
   VideoFrame frame = converter_.convert(*pixels, held);
   if (!frame.isValid()) return true;
   frame.rotation = picture.rotation;

@@ -30,10 +30,18 @@ class PictureReceiver {
 
   // From now on only pictures that carry `number` are handed over; nil for none.
   void setSink(std::uint64_t number, std::shared_ptr<VideoFrameSink> sink);
-  // False for one that can't be.
-  bool take(const wire::Picture& picture);
+  // False for one that can't be. `memory` is what came with it: a device's, when its pixels lie there.
+  bool take(const wire::Picture& picture, Descriptor memory);
 
  private:
+  // Where a picture lies, and what keeps it there.
+  struct Place {
+    std::byte* begin;
+    std::size_t size;
+    std::shared_ptr<const void> keeper;
+  };
+  std::optional<Place> placeOf(const wire::Picture& picture, Descriptor memory) const;
+
   const std::function<void(std::uint64_t)> giveBack_;
   PictureConverter converter_;
   // Pictures decoded into the older ones may be due yet. The process lets go of their pages, so they cost nothing.

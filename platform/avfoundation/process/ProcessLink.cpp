@@ -29,14 +29,15 @@ void ProcessLink::cut() {
   peer_->end();
 }
 
-void ProcessLink::peerDidSay(std::span<const std::byte> bytes) {
+void ProcessLink::peerDidSay(std::span<const std::byte> bytes, Descriptor descriptor) {
   if (isCut_) return;
   auto message = wire::decode<wire::ToHost>(bytes);
-  if (!message || !hear(std::move(*message))) peer_->end();
+  if (!message || !hear(std::move(*message), std::move(descriptor))) peer_->end();
 }
 
-bool ProcessLink::hear(wire::ToHost message) {
-  if (const auto* picture = std::get_if<wire::Picture>(&message)) return pictures_.take(*picture);
+bool ProcessLink::hear(wire::ToHost message, Descriptor descriptor) {
+  if (const auto* picture = std::get_if<wire::Picture>(&message))
+    return pictures_.take(*picture, std::move(descriptor));
   if (const auto* wanted = std::get_if<wire::AreaWanted>(&message)) {
     const auto room = pictures_.makeRoom(wanted->slotSize);
     if (!room) return false;

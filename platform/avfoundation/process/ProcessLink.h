@@ -26,11 +26,11 @@ class ProcessLink final : public MediaPeer::Listener, public std::enable_shared_
   // Main thread. Ends the process, and nothing of it is told any more. Pictures that are held stay.
   void cut();
 
-  void peerDidSay(std::span<const std::byte> message) override;
+  void peerDidSay(std::span<const std::byte> message, Descriptor descriptor) override;
   void peerDidDie(const MediaPeer::Death& death) override;
 
  private:
-  bool hear(wire::ToHost message);
+  bool hear(wire::ToHost message, Descriptor descriptor);
   void post(std::function<void(const Events&)> telling);
 
   const std::shared_ptr<MediaPeer> peer_;

@@ -250,9 +250,9 @@ bool pass(Archive& a, AreaWanted& m) {
 }
 template <class Archive>
 bool pass(Archive& a, Picture& m) {
-  return passAll(a, m.number, m.sink, m.area, m.slot, m.format, m.interlaceMode, m.flags, m.chromaSite, m.colours,
-                 m.width, m.height, m.aspectNumerator, m.aspectDenominator, m.rateNumerator, m.rateDenominator,
-                 m.offsets, m.strides, m.rotation, m.mirrored, m.time);
+  return passAll(a, m.number, m.sink, m.isOnDevice, m.area, m.slot, m.format, m.interlaceMode, m.flags, m.chromaSite,
+                 m.colours, m.width, m.height, m.aspectNumerator, m.aspectDenominator, m.rateNumerator,
+                 m.rateDenominator, m.offsets, m.strides, m.rotation, m.mirrored, m.time);
 }
 
 template <class Message, std::size_t index = 0>

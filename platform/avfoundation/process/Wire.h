@@ -27,7 +27,7 @@ inline constexpr std::size_t tracksLimit = 256;
 inline constexpr std::size_t rangesLimit = 64;
 
 // Grows with every change below.
-inline constexpr std::uint32_t version = 2;
+inline constexpr std::uint32_t version = 3;
 
 // ---- To the media process.
 
@@ -113,6 +113,8 @@ struct AreaWanted {
 struct Picture {
   std::uint64_t number = 0;  // rising
   std::uint64_t sink = 0;    // see SetSink
+  // Where they lie: in a slot, or in memory of a decoder's device whose descriptor comes with this.
+  bool isOnDevice = false;
   std::uint32_t area = 0;
   std::uint32_t slot = 0;
   // As the media library counts them.
@@ -124,7 +126,7 @@ struct Picture {
   std::int32_t width = 0, height = 0;
   std::int32_t aspectNumerator = 1, aspectDenominator = 1;
   std::int32_t rateNumerator = 0, rateDenominator = 1;
-  std::array<std::uint64_t, 4> offsets{};  // of the planes within the slot
+  std::array<std::uint64_t, 4> offsets{};  // of the planes within the slot, or the memory
   std::array<std::int32_t, 4> strides{};
   std::int32_t rotation = 0;
   bool mirrored = false;

@@ -24,7 +24,7 @@ class ScriptedPeer final : public MediaPeer {
 
   void say(const wire::ToHost& message) { say(wire::encode(message)); }
   void say(const std::vector<std::byte>& bytes) {
-    if (const auto listener = listener_.lock()) listener->peerDidSay(bytes);
+    if (const auto listener = listener_.lock()) listener->peerDidSay(bytes, {});
   }
   void die(const std::string& reason, bool hasSpoken = true) {
     const auto listener = std::exchange(listener_, {}).lock();
