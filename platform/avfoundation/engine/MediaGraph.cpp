@@ -47,6 +47,11 @@ MediaGraph::MediaGraph(const QueueLimits& limits, GstElement* pictures, GstEleme
   gst_bin_add(GST_BIN(pipeline_.get()), waiting_);
 }
 
+// Whoever holds the demuxer still lets go of it later, and with it go its pads.
+MediaGraph::~MediaGraph() {
+  if (demuxer_) g_signal_handlers_disconnect_by_data(demuxer_.get(), this);
+}
+
 StreamOutput::Hooks MediaGraph::outputHooks(std::size_t index) {
   return {[this] { settle(); }, [this, index](GstCaps* caps) { hooks_.undecodable(outputs_[index].type(), caps); }};
 }
@@ -73,6 +78,7 @@ void MediaGraph::openMedia(GstElement* find, GstCaps* caps) {
     GST_ELEMENT_ERROR(pipeline_.get(), STREAM, TYPE_NOT_FOUND, ("no demuxer"), (nullptr));
     return;
   }
+  demuxer_ = shareObject(demuxer);
   queue_ = makeQueue(limits_, isAdaptive_);
   hooks_.demuxerMade(demuxer, isAdaptive_);  // what others see of a pad, they see before it is dropped
   g_signal_connect(demuxer, "pad-added", G_CALLBACK(padAdded), this);

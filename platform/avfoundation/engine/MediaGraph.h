@@ -30,6 +30,9 @@ class MediaGraph {
 
   // Sinks that float become the graph's.
   MediaGraph(const QueueLimits& limits, GstElement* pictures, GstElement* sound, Hooks hooks);
+  ~MediaGraph();
+  MediaGraph(const MediaGraph&) = delete;
+  MediaGraph& operator=(const MediaGraph&) = delete;
   GstElement* pipeline() const { return pipeline_.get(); }
 
   // Puts the source (which floats) at its beginning. Whoever listens to the pipeline is connected by now.
@@ -63,6 +66,7 @@ class MediaGraph {
   // With the door's lock held.
   GstElement* waiting_ = nullptr;  // a sink that keeps the pipeline from being ready before all others are there
   GstElement* queue_ = nullptr;
+  GstElementRef demuxer_;
   bool isAdaptive_ = false;
   bool areStreamsKnown_ = false;
   std::array<StreamOutput, 2> outputs_;
