@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/avfoundation/engine/GStreamerEngine.h"
-
 namespace {
 
 // How long a written position is left as it is: while it moves, as its extrapolation is as good; while it ought to move
@@ -128,6 +126,7 @@ void MediaService::writePosition() {
   const CMTime duration = engine_->duration();
   written_.end = CMTIME_IS_NUMERIC(duration) ? std::max(placeOf(duration), written_.time) : INT64_MAX;
   position_->write(written_);
+  if (engine_->hasMoved()) position_->beat();
   const bool isSteady = written_.moves || (rate_ == 0 && moved == 0) || engine_->isBufferEmpty();
   if (timer_) RunLoop::main().cancel(timer_);
   timer_ = RunLoop::main().schedule(!isSteady        ? changingInterval

@@ -4,7 +4,7 @@
 
 #include "apps/ymr-media/HostSocket.h"
 #include "apps/ymr-media/PictureSender.h"
-#include "platform/avfoundation/engine/MediaEngine.h"
+#include "platform/avfoundation/engine/GStreamerEngine.h"
 #include "platform/avfoundation/process/SharedPosition.h"
 
 // Runs one engine as the host says and tells the host all that it does. Main thread.
@@ -28,14 +28,15 @@ class MediaService {
   void hear(const wire::SetSink& message);
   void sendFacts(bool isNewDuration, bool areNewTracks);
   void sendBuffering();
-  // Writes where the engine is, and again soon: the sooner the less it is known how it goes on.
+  // Writes where the engine is, and again soon: the sooner the less it is known how it goes on. The heart beats with
+  // it, but not while the engine's threads stand still: to the host that is the same as a process that does nothing.
   void writePosition();
 
   HostSocket& host_;
   const std::shared_ptr<PictureSender> pictures_;
   const std::unique_ptr<SharedPosition> position_;
   const Descriptor file_;
-  std::unique_ptr<MediaEngine> engine_;
+  std::unique_ptr<GStreamerEngine> engine_;
   double rate_ = 0;
   SharedPosition::State written_;
   RunLoop::TimerToken timer_ = 0;

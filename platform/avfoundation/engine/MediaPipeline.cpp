@@ -151,6 +151,7 @@ void MediaPipeline::elementAdded(GstBin*, GstBin*, GstElement* element, gpointer
   auto* self = static_cast<MediaPipeline*>(data);
   if (factoryName(element) == "tsdemux") self->isTransportStream_ = true;
   self->demuxers_.admit(element);
+  self->streaming_.admit(element);
 }
 
 GstPadProbeReturn MediaPipeline::countFlush(GstPad*, GstPadProbeInfo* info, gpointer self) {

@@ -20,6 +20,7 @@
 #include "platform/avfoundation/engine/PipelineListener.h"
 #include "platform/avfoundation/engine/ReadAhead.h"
 #include "platform/avfoundation/engine/SoundOutlet.h"
+#include "platform/avfoundation/engine/StreamingWatch.h"
 #include "platform/dispatch/Dispatch.h"
 
 // One pipeline, a MediaGraph with everything that watches it, from its making to its end.
@@ -59,6 +60,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   void lookForSilentFailure();
   // Asks for the facts again: what comes piece by piece gets longer without a word.
   void lookForFacts() { enqueue(&MediaPipeline::refreshFacts); }
+  // False when its threads stand still since the last call (StreamingWatch). Main thread.
+  bool hasMoved() { return streaming_.hasMoved(); }
   // The last call on the main thread: no event comes any more, and the pipeline stops and goes when it can.
   static void close(std::shared_ptr<MediaPipeline> pipeline);
 
@@ -122,6 +125,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   FrameOutlet frames_;
   SoundOutlet sound_;
   DemuxerWatch demuxers_;
+  StreamingWatch streaming_;
   const std::shared_ptr<ReadAhead> bytes_;  // nil when the pipeline opens the URL itself
   std::atomic<bool> isOpen_{false};         // bytes_ are
   BufferWatch buffers_;

@@ -32,7 +32,6 @@ void SharedPosition::write(const State& state) {
   to.seek.store(state.seek, relaxed);
   to.jumps.store(state.jumps, relaxed);
   to.sequence.store(sequence + 2, std::memory_order_release);
-  beat();
 }
 
 std::optional<SharedPosition::State> SharedPosition::read() const {

@@ -28,7 +28,7 @@ class SharedPosition {
 
   int descriptor() const { return memory_.descriptor(); }
   void write(const State& state);
-  // The writer is alive. To be called often.
+  // The writer is alive, and so is all that it does. To be called often.
   void beat() { page().beats.fetch_add(1, std::memory_order_relaxed); }
 
   // nil before the first, and when the writer is in the middle of it for too long.
