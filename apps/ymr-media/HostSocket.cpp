@@ -61,7 +61,7 @@ std::optional<HostSocket::Received> HostSocket::receive() {
       }
     }
     auto message = wire::decode<wire::ToProcess>({buffer.data(), static_cast<std::size_t>(size)});
-    if (!message) continue;  // of a newer host's
+    if (!message) continue;
     received.message = std::move(*message);
     return received;
   }

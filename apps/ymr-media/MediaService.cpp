@@ -21,6 +21,7 @@ MediaSource sourceOf(const wire::Load& load, const Descriptor& file, std::shared
   if (file) source.descriptor = file.get();
   source.bytes = std::move(bytes);
   source.isWithoutTexts = load.isWithoutTexts;
+  source.hasBegun = load.hasBegun;
   return source;
 }
 

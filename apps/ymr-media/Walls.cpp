@@ -6,6 +6,7 @@
 #include <link.h>
 #include <linux/landlock.h>
 #include <seccomp.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -186,9 +187,20 @@ void raiseCallWall(bool isNetworkAllowed) {
   // Threads are made by the older call, whose flags can be seen.
   refuse(SCMP_SYS(clone3), ENOSYS);
   seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(clone), 1, SCMP_A0(SCMP_CMP_MASKED_EQ, 0x10000, 0));
-  // A signal to anybody but oneself.
-  seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(kill), 1,
-                   SCMP_A0(SCMP_CMP_NE, static_cast<scmp_datum_t>(getpid())));
+  // A signal to anybody but oneself, or somebody else's limits.
+  for (const int call : {SCMP_SYS(tkill), SCMP_SYS(rt_sigqueueinfo), SCMP_SYS(rt_tgsigqueueinfo), SCMP_SYS(pidfd_open),
+                         SCMP_SYS(pidfd_send_signal)}) {
+    refuse(call, EPERM);
+  }
+  for (const int call : {SCMP_SYS(kill), SCMP_SYS(tgkill)}) {
+    seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), call, 1, SCMP_A0(SCMP_CMP_NE, static_cast<scmp_datum_t>(getpid())));
+  }
+  seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(prlimit64), 1, SCMP_A0(SCMP_CMP_NE, 0));
+  // Keys typed into the host's terminal.
+  for (const scmp_datum_t typing : {TIOCSTI, TIOCLINUX}) {
+    seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(ioctl), 1,
+                     SCMP_A1(SCMP_CMP_MASKED_EQ, 0xFFFFFFFF, typing));
+  }
   if (!isNetworkAllowed) {
     seccomp_rule_add(filter, SCMP_ACT_ERRNO(EACCES), SCMP_SYS(socket), 1, SCMP_A0(SCMP_CMP_NE, AF_UNIX));
   }

@@ -13,7 +13,7 @@
 #include "apps/ymr-media/PictureSlots.h"
 #include "apps/ymr-media/Walls.h"
 #include "platform/avfoundation/bytes/ByteStoreReader.h"
-#include "platform/avfoundation/bytes/FileBytes.h"
+#include "platform/avfoundation/bytes/PipeBytes.h"
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/dispatch/PlainRunLoop.h"
 
@@ -68,7 +68,7 @@ int main() {
   if (load->hasFile) file = std::move(sent[1]);
   std::shared_ptr<MediaBytes> bytes;
   if (load->hasBytes) bytes = ByteStoreReader::adopt({sent[1].release(), sent[2].release(), sent[3].release()});
-  if (auto pipe = FileBytes::makeOfPipe(Descriptor(dup(file.get())), load->url)) {
+  if (auto pipe = PipeBytes::make(Descriptor(dup(file.get())), load->url)) {
     bytes = std::move(pipe);
     file = {};
   }

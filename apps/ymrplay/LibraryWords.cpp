@@ -33,11 +33,13 @@ void logQt(QtMsgType type, const QMessageLogContext& context, const QString& mes
   SKLogger::warning("Qt", message.toStdString());
 }
 
-GLogWriterOutput logGLib(GLogLevelFlags, const GLogField* fields, gsize count, gpointer) {
+GLogWriterOutput logGLib(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer) {
   for (const GLogField* field = fields; field != fields + count; ++field) {
     if (std::string_view(field->key) != "MESSAGE" || !field->value) continue;
     const auto* text = static_cast<const char*>(field->value);
-    SKLogger::warning("GLib", field->length < 0 ? std::string(text) : std::string(text, std::size_t(field->length)));
+    const auto length = field->length < 0 ? std::string_view(text).size() : std::size_t(field->length);
+    const bool isError = (level & (G_LOG_LEVEL_ERROR | G_LOG_LEVEL_CRITICAL)) != 0;
+    (isError ? SKLogger::error : SKLogger::warning)("GLib", std::string(text, length));
   }
   return G_LOG_WRITER_HANDLED;
 }

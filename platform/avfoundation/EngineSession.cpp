@@ -79,6 +79,7 @@ MediaEngine::Events EngineSession::events() {
   events.failed = telling(&EngineListener::engineDidFail);
   events.durationChanged = telling(&EngineListener::engineDurationDidChange);
   events.tracksChanged = telling(&EngineListener::engineTracksDidChange);
+  events.jumped = telling(&EngineListener::engineDidJump);
   events.bufferingChanged = telling(&EngineListener::engineBufferingDidChange);
   events.ended = telling(&EngineListener::engineDidReachEnd);
   events.captionChanged = telling(&EngineListener::engineCaptionDidChange);

@@ -15,6 +15,7 @@ class EngineListener {
   virtual void engineDidFail(const NSError& /*error*/) {}
   virtual void engineDurationDidChange() {}
   virtual void engineTracksDidChange() {}
+  virtual void engineDidJump() {}
   virtual void engineBufferingDidChange() {}
   virtual void engineDidReachEnd() {}
   virtual void engineCaptionDidChange(const std::optional<MediaCaption>& /*caption*/) {}

@@ -222,13 +222,23 @@ void ItemPlayback::supersedeSeek() {
 
 void ItemPlayback::finishSeek(bool finished) {
   const auto seek = std::exchange(seek_, std::nullopt);
-  const auto player = player_.lock();
   sample();
   if (finished) {
-    NSNotificationCenter::defaultCenter().postNotificationName(AVPlayerItemTimeJumpedNotification, item_.lock());
-    if (!isLetGo_ && player) player->itemDidJump();
-  } else if (player) {
+    tellOfJump();
+  } else if (const auto player = player_.lock()) {
     player->itemPaceDidChange();
   }
   seek->completion(finished);
+}
+
+void ItemPlayback::tellOfJump() {
+  const auto player = player_.lock();
+  NSNotificationCenter::defaultCenter().postNotificationName(AVPlayerItemTimeJumpedNotification, item_.lock());
+  if (!isLetGo_ && player) player->itemDidJump();
+}
+
+void ItemPlayback::engineDidJump() {
+  if (!speaks() || seek_) return;
+  sample();
+  tellOfJump();
 }

@@ -74,6 +74,7 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
   void engineDidBecomeReady() override { becomeReady(); }
   void engineDidFail(const NSError& error) override { fail(error); }
   void engineDurationDidChange() override;
+  void engineDidJump() override;
   void engineBufferingDidChange() override;
   void engineDidReachEnd() override;
   void engineCaptionDidChange(const std::optional<MediaCaption>& caption) override;
@@ -96,6 +97,7 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
   void updateBuffering();
   bool standsAt(const CMTime& target) const;
   void supersedeSeek();
+  void tellOfJump();
   void finishSeek(bool finished);
   // Freezes what is known and ends the engine.
   void dropSession();

@@ -22,7 +22,7 @@ class FrameOutlet {
   FrameOutlet(const FrameOutlet&) = delete;
   FrameOutlet& operator=(const FrameOutlet&) = delete;
 
-  // For playbin's video-sink; the outlet's. Null when a plugin is missing.
+  // The graph's sink of pictures; the outlet's. Null when a plugin is missing.
   GstElement* makeElement();
   // After the call the sink before is not called any more. Hands the present picture over.
   void setSink(std::shared_ptr<VideoFrameSink> sink);

@@ -105,7 +105,7 @@ void GStreamerEngine::apply() {
   }
   const bool starves = rate_ != 0 && !isFilled_ && !hasEnded_;
   const MediaEngineSettings& settings = MediaEngineSettings::shared();
-  const bool isPatient = isReady_ && source_.purpose == MediaPurpose::programme;
+  const bool isPatient = (isReady_ || source_.hasBegun) && source_.purpose == MediaPurpose::programme;
   silence_.setWaiting(isOpen_ && (!isReady_ || current_ || starves),
                       seconds(isPatient ? settings.programmeSilenceLimit : settings.firstFrameSilenceLimit));
   if (source_.purpose == MediaPurpose::advertisement && isReady_) {

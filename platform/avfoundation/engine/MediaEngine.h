@@ -32,6 +32,8 @@ struct MediaSource {
   std::optional<int> descriptor = std::nullopt;
   // Subtitles and captions that the media carries are left alone: not one byte of theirs is read as text.
   bool isWithoutTexts = false;
+  // It goes on where another engine of the item's has gone: its silence is that of a programme that has begun.
+  bool hasBegun = false;
 
   // A file, all of which is at hand.
   bool isLocal() const { return url.isFileURL() && !bytes; }
@@ -66,6 +68,8 @@ class YMR_API MediaEngine {
     std::function<void(NSError)> failed;
     std::function<void()> durationChanged;
     std::function<void()> tracksChanged;
+    // The time is another one without a seek: what can't go elsewhere had to be begun again.
+    std::function<void()> jumped;
     // Any of bufferedRanges(), isBufferEmpty(), isLikelyToKeepUp() changed.
     std::function<void()> bufferingChanged;
     // The last picture and sound have been presented; the pipeline holds the last picture. Again after a seek back and

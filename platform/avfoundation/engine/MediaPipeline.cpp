@@ -13,12 +13,10 @@
 
 namespace {
 
-std::string uriOf(const MediaSource& source) {
-  const NSURL& url = source.url;
-  if (source.descriptor) return "file:///proc/self/fd/" + std::to_string(*source.descriptor);
-  if (!url.isFileURL()) return url.absoluteString();
-  const GTextRef uri(g_filename_to_uri(url.path().c_str(), nullptr, nullptr));
-  return uri ? uri.get() : url.absoluteString();
+std::string uriOf(const MediaSource& file) {
+  if (file.descriptor) return "file:///proc/self/fd/" + std::to_string(*file.descriptor);
+  const GTextRef uri(g_filename_to_uri(file.url.path().c_str(), nullptr, nullptr));
+  return uri ? uri.get() : file.url.absoluteString();
 }
 
 // Opening and seeking take milliseconds where the data is there.

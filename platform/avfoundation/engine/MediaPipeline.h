@@ -126,7 +126,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   SoundOutlet sound_;
   DemuxerWatch demuxers_;
   StreamingWatch streaming_;
-  const std::shared_ptr<ReadAhead> bytes_;  // nil when the pipeline opens the URL itself
+  const std::shared_ptr<ReadAhead> bytes_;  // nil for a file
   std::atomic<bool> isOpen_{false};         // bytes_ are
   BufferWatch buffers_;
   CaptionFeed captions_;

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/avfoundation/bytes/FileBytes.h"
+#include "platform/avfoundation/bytes/PipeBytes.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ MediaSource withBytes(MediaSource source, std::shared_ptr<ByteFetcher> fetcher) 
     const auto fetched = std::make_shared<Fetched>(Fetched{std::move(fetcher), std::move(reader)});
     if (fetched->reader) source.bytes = std::shared_ptr<MediaBytes>(fetched, fetched->reader.get());
   } else if (source.url.isFileURL() && source.purpose == MediaPurpose::programme && !source.bytes) {
-    source.bytes = FileBytes::makeOfPipe(FileBytes::open(source.url.path()), source.url.absoluteString());
+    source.bytes = PipeBytes::make(PipeBytes::open(source.url.path()), source.url.absoluteString());
   }
   return source;
 }

@@ -55,8 +55,8 @@ int spawn(const std::string& program, int socket, pid_t& pid) {
   sigfillset(&all);
   posix_spawnattr_setsigmask(&spawn.attributes, &none);
   posix_spawnattr_setsigdefault(&spawn.attributes, &all);
-  posix_spawnattr_setpgroup(&spawn.attributes, 0);
-  posix_spawnattr_setflags(&spawn.attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
+  // A session, and so a process group, of its own: a terminal that it inherits is not its terminal.
+  posix_spawnattr_setflags(&spawn.attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
   std::string name = program;
   char* arguments[] = {name.data(), nullptr};
   return posix_spawn(&pid, program.c_str(), &spawn.actions, &spawn.attributes, arguments, environ);
@@ -163,6 +163,7 @@ bool MediaProcess::reap() {
   siginfo_t info{};
   const bool isKnown = waitid(P_PIDFD, static_cast<id_t>(process_.get()), &info, WEXITED) == 0;
   isReaped_ = true;
+  shutdown(socket_.get(), SHUT_RDWR);              // whoever it may have given its end to; what it said is still read
   reason_ = !isKnown                     ? "gone"  // a host that waits for all its children has been faster
             : info.si_code == CLD_EXITED ? "exited with status " + std::to_string(info.si_status)
                                          : "killed by signal " + std::to_string(info.si_status) + " (" +

@@ -10,9 +10,9 @@
 #include "platform/avfoundation/bytes/SharedMemory.h"
 #include "platform/avfoundation/process/MediaPeer.h"
 
-// A process of the program ymr-media, from its start to its certain end. Letting go of the last reference ends it.
+// A process of the program ymr-media, from its start to its certain end. It lives until end(), whoever lets go of this.
 //
-// It has a process group of its own, so that a terminal's signals are the host's alone, none of the host's descriptors
+// It has a session of its own, so that a terminal and its signals are the host's alone, none of the host's descriptors
 // but standard error and its socket, and no blocked signal. The host needs no handler for SIGCHLD: the process is
 // waited for by a descriptor.
 class MediaProcess final : public MediaPeer, public std::enable_shared_from_this<MediaProcess> {

@@ -1,12 +1,13 @@
 #include "platform/avfoundation/process/ProcessEngine.h"
 
-#include <fcntl.h>
 #include <glib.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <utility>
 
+#include "platform/avfoundation/bytes/PipeBytes.h"
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
 #include "platform/avfoundation/process/FetchedSource.h"
@@ -20,6 +21,8 @@ constexpr std::int32_t nanoseconds = 1'000'000'000;
 // How many processes in a row may go before their first word.
 constexpr int muteLimit = 3;
 // How far a position goes on by itself when nothing new has been written.
+// A process that begins further off than this has not come where it was sent.
+constexpr std::int64_t jumpLimit = nanoseconds;
 constexpr RunLoop::Duration freshnessLimit = std::chrono::milliseconds(500);
 
 CMTime timeOf(std::int64_t place) {
@@ -96,8 +99,9 @@ void ProcessEngine::start() {
   Descriptor file;
   if (source_.url.isFileURL() && source_.purpose == MediaPurpose::programme) {
     // A FIFO opens here at once, and waits where nobody waits for it.
-    file = Descriptor(open(source_.url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    file = PipeBytes::open(source_.url.path());
     if (!file) return fail(fileError(source_.url, errno));
+    comesOnce_ = lseek(file.get(), 0, SEEK_CUR) < 0;
   }
   auto peer = launch_();
   shared_ = SharedPosition::make();
@@ -117,8 +121,9 @@ void ProcessEngine::start() {
   load.hasBytes = fetcher_ != nullptr;
   load.isNetworkAllowed = isPlaylist_;
   const std::int64_t place = pending_.empty() ? floor_ : reachable(pending_.back().time);
+  load.hasBegun = isReady_;
   load.isWithoutTexts = source_.isWithoutTexts || crashes_.isSuspect(place);
-  load.start = timeOf(place);
+  load.start = isLive() ? kCMTimeZero : timeOf(place);  // its own time is another one
   load.settings = MediaEngineSettings::shared();
   std::vector<int> descriptors{shared_->descriptor()};
   if (file) descriptors.push_back(file.get());
@@ -192,7 +197,7 @@ void ProcessEngine::seek(const CMTime& time, SeekCompletion completion) {
   const bool hadGone = hasEnded_ && !link_;
   hasEnded_ = false;
   if (hadGone) return recover();
-  send(wire::Seek{seeks_, time});
+  send(wire::Seek{seeks_, CMTimeSubtract(time, timeOf(shift_))});
 }
 
 void ProcessEngine::hear(const wire::ToHost& message) {
@@ -219,7 +224,20 @@ void ProcessEngine::hear(const wire::Ready&) {
   silence_.reset();
   if (!std::exchange(isReady_, true)) return tell(&Events::ready);
   if (!std::exchange(isRecovering_, false)) return;
+  takeOver();
   tell(&Events::bufferingChanged);
+}
+
+void ProcessEngine::takeOver() {
+  const auto state = shared_->read();
+  if (!state || !pending_.empty()) return;
+  if (facts_.isLive) {
+    floor_ = std::min(floor_, INT64_MAX / 4);
+    shift_ = floor_ - state->time;
+  } else if (std::abs(state->time - floor_) > jumpLimit) {
+    floor_ = 0;
+    report(&Events::jumped);
+  }
 }
 
 void ProcessEngine::hear(const wire::Failed& failed) {
@@ -268,7 +286,7 @@ void ProcessEngine::died(const MediaPeer::Death& death) {
         death.reason.c_str());
   // Nothing is missing: the last picture is there. Another one begins with the next seek.
   if (hasEnded_) return;
-  const bool isWorthIt = crashes_.note(RunLoop::main().now(), floor_);
+  const bool isWorthIt = !comesOnce_ && crashes_.note(RunLoop::main().now(), floor_);
   if (source_.purpose == MediaPurpose::advertisement || !isWorthIt) return fail(crashError(source_.url));
   recover();
 }
@@ -300,11 +318,11 @@ std::int64_t ProcessEngine::place() const {
   const auto state = shared_ && link_ ? shared_->read() : std::nullopt;
   const bool isKnown = state && (pending_.empty() || state->seek >= pending_.back().number);
   if (!isKnown || isRecovering_ || !isReady_) return floor_;
-  std::int64_t time = state->time;
+  std::int64_t time = state->time + shift_;
   if (state->moves) {
     time += std::clamp(RunLoop::main().now() - state->at, RunLoop::Duration::zero(), freshnessLimit).count();
   }
-  time = std::min(time, std::max(state->end, state->time));
+  if (!isLive()) time = std::min(time, std::max(state->end, state->time));
   if (std::exchange(jumps_, state->jumps) != state->jumps) floor_ = 0;
   return floor_ = std::max(floor_, time);
 }
@@ -330,7 +348,10 @@ std::vector<MediaTrack> ProcessEngine::tracks() const {
 
 std::vector<CMTimeRange> ProcessEngine::bufferedRanges() const {
   if (fallback_) return fallback_->bufferedRanges();
-  return isReady_ && !hasFailed_ && !isRecovering_ ? buffering_.ranges : std::vector<CMTimeRange>();
+  if (!isReady_ || hasFailed_ || isRecovering_) return {};
+  auto ranges = buffering_.ranges;
+  for (CMTimeRange& range : ranges) range.start = CMTimeAdd(range.start, timeOf(shift_));
+  return ranges;
 }
 
 bool ProcessEngine::isBufferEmpty() const {

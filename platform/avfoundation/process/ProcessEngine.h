@@ -74,6 +74,8 @@ class ProcessEngine final : public MediaEngine {
   void finishSeeks(std::uint64_t number, bool finished);
   void fail(const NSError& error);
   void cut();
+  // Of a process that has taken over: puts its time where this one's stood, or tells of the jump.
+  void takeOver();
   std::int64_t place() const;
   std::int64_t reachable(const CMTime& time) const;
   template <class Function, class... Arguments>
@@ -86,7 +88,8 @@ class ProcessEngine final : public MediaEngine {
   const std::shared_ptr<ByteFetcher> fetcher_;
   std::unique_ptr<PlaylistLook> look_;
   bool isPlaylist_ = false;
-  SilenceWatch silence_;  // up to the first picture, when it begins here
+  bool comesOnce_ = false;  // a pipe: no other process can begin again
+  SilenceWatch silence_;    // up to the first picture, when it begins here
   std::shared_ptr<const Events> events_ = std::make_shared<const Events>();
   MainHop hop_;  // for what is posted to itself
   std::shared_ptr<ProcessLink> link_;
@@ -114,6 +117,7 @@ class ProcessEngine final : public MediaEngine {
   wire::Facts facts_;
   wire::Buffering buffering_{.isEmpty = true, .isLikelyToKeepUp = false, .ranges = {}};
   std::optional<MediaCaption> caption_;
+  std::int64_t shift_ = 0;          // of a live stream: how much later its time is here than in the process
   mutable std::int64_t floor_ = 0;  // the position never falls below what it was, but for a jump
   mutable std::uint64_t jumps_ = 0;
 };

@@ -40,6 +40,7 @@ struct Load {
   bool hasBytes = false;
   bool isNetworkAllowed = false;  // what fetches is the media library
   bool isWithoutTexts = false;
+  bool hasBegun = false;  // in a process before this one
   CMTime start;
   MediaEngineSettings settings;
 };

@@ -30,11 +30,12 @@ class ScriptedPeer final : public MediaPeer {
     const auto listener = std::exchange(listener_, {}).lock();
     if (listener) listener->peerDidDie({hasSpoken, reason});
   }
-  // As a process does that has come as far as its first picture, of a minute.
-  void becomeReady() {
+  // As a process does that has come as far as its first picture, of a minute or of a live stream.
+  void becomeReady(bool isLive = false) {
     say(wire::Hello{});
     wire::Facts facts;
-    facts.duration = CMTimeMake(60, 1);
+    facts.isLive = isLive;
+    facts.duration = isLive ? kCMTimeIndefinite : CMTimeMake(60, 1);
     say(facts);
     say(wire::Buffering{false, true, {}});
     say(wire::Ready{});

@@ -25,6 +25,7 @@ class ProcessEngineTest : public testing::Test {
     events.ready = [this] { told.push_back("ready"); };
     events.failed = [this](const NSError& error) { told.push_back("failed: " + error.message); };
     events.bufferingChanged = [this] { told.push_back(engine->isBufferEmpty() ? "empty" : "filled"); };
+    events.jumped = [this] { told.push_back("jumped"); };
     events.ended = [this] { told.push_back("ended"); };
     engine->setEvents(std::move(events));
   }
@@ -80,6 +81,28 @@ TEST_F(ProcessEngineTest, takesTheDeathOfAProcessForAStallAndGoesOnWithAllThatWa
   loop.runUntilIdle();
   EXPECT_EQ(told.back(), "filled");
   EXPECT_THAT(told, testing::Not(testing::Contains("ready")));
+}
+
+TEST_F(ProcessEngineTest, tellsOfATakeoverThatBeginsElsewhereAndLetsTheTimeOfALiveStreamRunOn) {
+  for (const bool isLive : {false, true}) {
+    make(MediaPurpose::programme);
+    play(12);
+    if (isLive) peers.back()->becomeReady(true);
+    loop.runUntilIdle();
+    peers.back()->die("killed by signal 11");
+    loop.runUntilIdle();
+    EXPECT_TRUE(peers.back()->all<wire::Load>().at(0).hasBegun);
+    write(3);
+    peers.back()->becomeReady(isLive);
+    loop.runUntilIdle();
+    EXPECT_EQ(testing::Value(told, testing::Contains("jumped")), !isLive);
+    EXPECT_NEAR(position(), isLive ? 12 : 3, 0.01);
+    peers.back()->say(wire::Buffering{false, true, {{kCMTimeZero, CMTimeMake(5, 1)}}});
+    loop.runUntilIdle();
+    EXPECT_EQ(CMTimeGetSeconds(engine->bufferedRanges().at(0).start), isLive ? 9 : 0);
+    engine->seek(CMTimeMake(11, 1), {});
+    EXPECT_EQ(CMTimeGetSeconds(peers.back()->all<wire::Seek>().back().time), isLive ? 2 : 11);
+  }
 }
 
 TEST_F(ProcessEngineTest, givesUpAtTheThirdDeathNearOnePlaceAndLeavesTextsOutBefore) {

@@ -1,4 +1,4 @@
-#include "platform/avfoundation/bytes/FileBytes.h"
+#include "platform/avfoundation/bytes/PipeBytes.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -10,45 +10,30 @@
 #include <cerrno>
 #include <cstring>
 
-Descriptor FileBytes::open(const std::string& path) {
+Descriptor PipeBytes::open(const std::string& path) {
   return Descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
-std::shared_ptr<FileBytes> FileBytes::make(Descriptor descriptor, std::string url) {
+std::shared_ptr<PipeBytes> PipeBytes::make(Descriptor descriptor, std::string url) {
   struct stat status {};
   Descriptor interrupt(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-  if (!descriptor || !interrupt || ::fstat(descriptor.get(), &status) != 0 || S_ISDIR(status.st_mode)) return nullptr;
+  if (!descriptor || !interrupt || ::fstat(descriptor.get(), &status) != 0) return nullptr;
+  if (S_ISDIR(status.st_mode) || S_ISREG(status.st_mode)) return nullptr;
   Head head{.length = {}, .isSeekable = false, .contentType = {}, .url = std::move(url)};
-  if (S_ISREG(status.st_mode)) {
-    head.isSeekable = true;
-    head.length = static_cast<std::uint64_t>(status.st_size);
-  }
-  return std::shared_ptr<FileBytes>(new FileBytes(std::move(descriptor), std::move(interrupt), std::move(head)));
+  return std::shared_ptr<PipeBytes>(new PipeBytes(std::move(descriptor), std::move(interrupt), std::move(head)));
 }
 
-std::shared_ptr<FileBytes> FileBytes::makeOfPipe(Descriptor descriptor, std::string url) {
-  auto bytes = make(std::move(descriptor), std::move(url));
-  return bytes && !bytes->head_.isSeekable ? bytes : nullptr;
-}
-
-FileBytes::FileBytes(Descriptor descriptor, Descriptor interrupt, Head head)
+PipeBytes::PipeBytes(Descriptor descriptor, Descriptor interrupt, Head head)
     : descriptor_(std::move(descriptor)), interrupt_(std::move(interrupt)), head_(std::move(head)) {}
 
-MediaBytes::Outcome FileBytes::head(Head& head) {
+MediaBytes::Outcome PipeBytes::head(Head& head) {
   head = head_;
   return Outcome::done;
 }
 
-MediaBytes::Outcome FileBytes::read(std::uint64_t place, std::span<std::byte> target, std::size_t& count) {
+MediaBytes::Outcome PipeBytes::read(std::uint64_t place, std::span<std::byte> target, std::size_t& count) {
   count = 0;
   if (target.empty()) return Outcome::done;
-  if (head_.isSeekable) {
-    if (place >= *head_.length) return Outcome::ended;
-    const auto here = ::pread(descriptor_.get(), target.data(), target.size(), static_cast<off_t>(place));
-    if (here < 0) return fail(std::strerror(errno));
-    count = static_cast<std::size_t>(here);
-    return count == 0 ? Outcome::ended : Outcome::done;
-  }
   if (place < place_) return fail("It comes only once, and what is wanted has gone by.");
   while (place_ < place) {
     std::array<std::byte, 64 * 1024> passed;
@@ -62,7 +47,7 @@ MediaBytes::Outcome FileBytes::read(std::uint64_t place, std::span<std::byte> ta
 
 // A descriptor that comes from elsewhere may be one that blocks, and is shared with others who want that; so it is read
 // only when there is something. The first look at a FIFO that nobody has opened for writing yet is no end.
-MediaBytes::Outcome FileBytes::readNext(std::span<std::byte> target, std::size_t& count) {
+MediaBytes::Outcome PipeBytes::readNext(std::span<std::byte> target, std::size_t& count) {
   count = 0;
   for (;;) {
     pollfd waits[] = {{interrupt_.get(), POLLIN, 0}, {descriptor_.get(), POLLIN, 0}};
@@ -79,7 +64,7 @@ MediaBytes::Outcome FileBytes::readNext(std::span<std::byte> target, std::size_t
   }
 }
 
-MediaBytes::Outcome FileBytes::fail(const std::string& reason) {
+MediaBytes::Outcome PipeBytes::fail(const std::string& reason) {
   std::lock_guard lock(mutex_);
   if (!failure_) {
     const auto slash = head_.url.find_last_of('/') + 1;  // 0 without one
@@ -89,7 +74,7 @@ MediaBytes::Outcome FileBytes::fail(const std::string& reason) {
   return Outcome::failed;
 }
 
-void FileBytes::setInterrupted(bool interrupted) {
+void PipeBytes::setInterrupted(bool interrupted) {
   std::lock_guard lock(mutex_);
   if (interrupted == isInterrupted_) return;
   isInterrupted_ = interrupted;
@@ -101,15 +86,15 @@ void FileBytes::setInterrupted(bool interrupted) {
   }
 }
 
-std::uint64_t FileBytes::ahead(std::uint64_t place) const {
-  return head_.isSeekable && place < *head_.length ? *head_.length - place : 0;
+std::uint64_t PipeBytes::ahead(std::uint64_t) const {
+  return 0;
 }
-bool FileBytes::isFull() const {
-  return head_.isSeekable;
+bool PipeBytes::isFull() const {
+  return false;
 }
-void FileBytes::setAheadLimit(std::uint64_t) {}
+void PipeBytes::setAheadLimit(std::uint64_t) {}
 
-std::optional<NSError> FileBytes::failure() const {
+std::optional<NSError> PipeBytes::failure() const {
   std::lock_guard lock(mutex_);
   return failure_;
 }
