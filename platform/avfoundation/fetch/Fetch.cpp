@@ -24,7 +24,7 @@ constexpr std::size_t chunksToGetOn = 4;
 }  // namespace
 
 Fetch::Fetch(const NSURL& url, std::shared_ptr<ByteStore> store, HTTPStreams& streams)
-    : resource_{.url = url, .facts = {}, .takesRange = true, .failure = {}},
+    : resource_{.url = url, .facts = {}, .opening = {}, .takesRange = true, .failure = {}},
       store_(std::move(store)),
       lanes_{Lane{{resource_, *store_, 0, streams}}, Lane{{resource_, *store_, 1, streams}}},
       demand_(store_->demand()) {
@@ -146,11 +146,11 @@ void Fetch::makeRoom(std::size_t lane, bool isUrgent) {
 void Fetch::showWhetherFull(std::size_t number, const FetchLane::Goal& goal) {
   Lane& lane = lanes_[number];
   const std::uint64_t ahead = store_->end(number) - placeIn(number);
-  const bool isWanted = goal.until != 0;
-  if (isWanted && lane.fetch.isPaused()) {
-    lane.fullAhead = std::max(ahead, std::uint64_t{1});
-  } else if (!isWanted || ahead <= lane.fullAhead / 2) {
+  const bool isToBeFilled = goal.until > 0, isPaused = lane.fetch.isPaused();
+  if (!isToBeFilled || (!isPaused && ahead <= lane.fullAhead / 2)) {
     lane.fullAhead = 0;
+  } else if (isPaused) {
+    lane.fullAhead = std::max(ahead, std::uint64_t{1});
   }
   store_->setFull(number, lane.fullAhead > 0 || resource_.failure || lane.fetch.failure());
 }

@@ -12,6 +12,11 @@ constexpr std::chrono::milliseconds connectingLimit{10'000};
 constexpr FetchLane::Time silenceLimit = 10s;
 constexpr FetchLane::Time firstPause = 500ms;
 constexpr std::chrono::seconds pauseLimit{8};
+// Whoever sees a film stand still is not kept by the pauses of an outage that may be over: at once, when all went well
+// for a while, then after the first of these pauses, twice as long each time up to the second.
+constexpr FetchLane::Time firstUrgentPause = 100ms;
+constexpr FetchLane::Time urgentPauseLimit = 2s;
+constexpr FetchLane::Time calmInterval = 5s;
 constexpr int attemptsLimit = 3;
 constexpr int refusalsLimit = 3;
 // What is passed over rather than asked for again: a few seconds of a fast line.
@@ -32,7 +37,7 @@ void FetchLane::move(std::uint64_t place) {
   drop();
   store_.move(number_, place);
   isPlaced_ = true;
-  askAt_ = {};
+  askAt_ = urgentAt_ = {};
   pause_ = firstPause;
   refusals_ = wholeAnswers_ = 0;
   refusal_.reset();
@@ -98,11 +103,12 @@ std::optional<FetchLane::Time> FetchLane::turn(Time now, const Goal& goal) {
   }
   if (stream_ && now - heardAt_ >= silenceLimit) {
     stop();
-    askLater(now);
+    askSoon(now);
   }
   if (stream_) return heardAt_ + silenceLimit;
   if (isDone() || resource_.failure || !mayGoOn()) return std::nullopt;
-  if (now < askAt_) return askAt_;
+  const Time due = goal_.isUrgent && resource_.facts ? urgentAt_ : askAt_;
+  if (now < due) return due;
   ask(now);
   return now + silenceLimit;
 }
@@ -148,8 +154,21 @@ bool FetchLane::streamDidAnswer(const HTTPAnswer& answer) {
   return true;
 }
 
+bool FetchLane::isLiveAgain(std::span<const std::byte> bytes) const {
+  const ResourceFacts& facts = *resource_.facts;
+  const bool hasName = facts.length || !facts.eTag.empty() || !facts.lastModified.empty();
+  return !hasName && cursor_ < end() && resource_.opening.isOther(cursor_, bytes);
+}
+
 HTTPStreamClient::Taken FetchLane::streamDidReceive(std::span<const std::byte> bytes) {
   hasHeard_ = true;
+  if (isLiveAgain(bytes)) {
+    if (!store_.append(number_, resource_.opening.before(cursor_))) {
+      isPaused_ = true;
+      return Taken::none;
+    }
+    cursor_ = end();
+  }
   const std::uint64_t skipped = std::min<std::uint64_t>(bytes.size(), end() - cursor_);
   auto wanted = bytes.subspan(skipped);
   for (const auto& last : {std::get<ResourceAnswer::Body>(*meaning_).behind, resource_.facts->length}) {
@@ -166,6 +185,7 @@ HTTPStreamClient::Taken FetchLane::streamDidReceive(std::span<const std::byte> b
   pause_ = firstPause;
   refusals_ = wholeAnswers_ = 0;
   refusal_.reset();
+  if (!resource_.facts->length) resource_.opening.note(cursor_, bytes);
   cursor_ += bytes.size();
   return Taken::all;
 }
@@ -187,7 +207,7 @@ void FetchLane::settle(Time now) {
   } else if (error && isRefusal(*error)) {
     refuse(reason, now);
   } else {
-    askLater(now);
+    askSoon(now);
   }
 }
 
@@ -203,7 +223,7 @@ void FetchLane::settle(const ResourceAnswer::Body& body, const std::optional<NSE
   if (isUnreadable && cursor_ == body.first) {
     refuse(unansweredError(*error, resource_.url), now);
   } else if (!isComplete || body.isWhole || cursor_ == body.first) {
-    askLater(now);  // else it was a part, as long as it was told to be
+    askSoon(now);  // else it was a part, as long as it was told to be
   }
 }
 
@@ -221,7 +241,7 @@ void FetchLane::settle(const ResourceAnswer::Later& later, const std::optional<N
   if (!resource_.facts && ++attempts_ >= attemptsLimit) {
     resource_.failure = later.error;
   } else {
-    askLater(now, later.after);
+    later.after ? askLater(now, later.after) : askSoon(now);
   }
 }
 
@@ -249,6 +269,14 @@ void FetchLane::refuse(const NSError& error, Time now) {
 
 void FetchLane::askLater(Time now, std::optional<std::chrono::seconds> after) {
   const Time asked = after ? Time(std::min(*after, pauseLimit)) : pause_;
-  askAt_ = now + std::clamp<Time>(asked, pause_, pauseLimit);
+  askAt_ = urgentAt_ = now + std::clamp<Time>(asked, pause_, pauseLimit);
   pause_ = std::min<Time>(2 * pause_, pauseLimit);
+  troubledUntil_ = askAt_;
+}
+
+void FetchLane::askSoon(Time now) {
+  const bool wasCalm = !troubledUntil_ || now - *troubledUntil_ >= calmInterval;
+  urgentPause_ = wasCalm ? Time(0) : std::clamp(2 * urgentPause_, firstUrgentPause, urgentPauseLimit);
+  askLater(now);
+  urgentAt_ = std::min(askAt_, now + urgentPause_);
 }

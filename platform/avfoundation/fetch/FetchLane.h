@@ -5,18 +5,21 @@
 
 #include "platform/avfoundation/bytes/ByteStore.h"
 #include "platform/avfoundation/fetch/ResourceAnswer.h"
+#include "platform/avfoundation/fetch/ResourceOpening.h"
 #include "platform/dispatch/RunLoop.h"
 
 // What the lanes of one resource share.
 struct Resource {
   NSURL url;
   std::optional<ResourceFacts> facts;  // nil until the first answer
+  ResourceOpening opening;             // when `facts` have no name for it
   bool takesRange = true;              // false: it must not even be asked for
   std::optional<NSError> failure;      // for good: it could not be opened, or is not the same any more
 };
 
 // Fills one lane of a store, over one connection at a time: asks for the bytes from the lane's end on, and again when
-// they stop coming, with pauses that grow while nothing comes. It never gives up by itself.
+// they stop coming, with pauses that grow while nothing comes. It never gives up by itself. A live stream that has to
+// be asked again goes on with what it sends by then.
 //
 // The thread that drives the streams. It does nothing but in turn(), and take bytes in between.
 class FetchLane final : HTTPStreamClient {
@@ -70,6 +73,10 @@ class FetchLane final : HTTPStreamClient {
   void settle(const ResourceAnswer::Changed&, const std::optional<NSError>&, Time);
   void settle(const ResourceAnswer::Unranged&, const std::optional<NSError>&, Time);
   void askLater(Time now, std::optional<std::chrono::seconds> after = {});
+  // The same, but sooner when the reader waits.
+  void askSoon(Time now);
+  // Whether a body from the start is of a live stream, whose beginning is another one by now.
+  bool isLiveAgain(std::span<const std::byte> bytes) const;
   void refuse(const NSError& error, Time now);
   std::uint64_t end() const { return store_.end(number_); }
 
@@ -92,7 +99,10 @@ class FetchLane final : HTTPStreamClient {
 
   // What became of those before, while nothing came.
   Time askAt_{0};
+  Time urgentAt_{0};  // the same for a reader that waits
   Time pause_;
+  Time urgentPause_{0};  // of failures that come one upon another, whatever came in between
+  std::optional<Time> troubledUntil_;
   int attempts_ = 0;      // of the first answer
   int refusals_ = 0;      // in a row
   int wholeAnswers_ = 0;  // in a row, to a request for a part

@@ -96,7 +96,10 @@ ResourceAnswer::Meaning partMeaning(const HTTPAnswer& answer, std::uint64_t plac
 ResourceAnswer::Meaning ResourceAnswer::meaning(const HTTPAnswer& answer, std::uint64_t place,
                                                 const ResourceFacts* known, const NSURL& url) {
   const bool isBusy = answer.status == 408 || answer.status == 429 || answer.status >= 500;
-  if (isBusy) return Later{statusError(answer.status, url), answer.retryAfter};
+  if (isBusy) {
+    const auto after = answer.status == 429 ? answer.retryAfter.value_or(std::chrono::seconds(0)) : answer.retryAfter;
+    return Later{statusError(answer.status, url), after};
+  }
   if (answer.status == 416) {
     const auto range = contentRange(answer);
     if (range && range->length && *range->length <= place && (!known || !known->length)) return End{*range->length};

@@ -30,7 +30,7 @@ struct ResourceAnswer {
   // No bytes now: the server is busy, or out of order.
   struct Later {
     NSError error;
-    std::optional<std::chrono::seconds> after;
+    std::optional<std::chrono::seconds> after;  // it asks for patience, so long at least
   };
   // No bytes, for a reason that rarely goes away.
   struct Refusal {

@@ -88,17 +88,17 @@ TEST(Fetch, goesOnWhereItStoppedAfterWhateverHappens) {
     std::vector<PlayedAnswer> answers;
     std::vector<long> pauses;
   } rows[] = {
-      {"lost", {broken}, {500}},
-      {"a short body", {cut}, {500}},
-      {"silence", {silent}, {10'500}},
+      {"lost", {broken}, {0}},
+      {"a short body", {cut}, {0}},
+      {"silence", {silent}, {10'000}},
       {"as much as the server gives at a time", {partial}, {0}},
       {"more than it said, of a part", {longPart}, {0}},
       {"more than it said, of the film", {longFilm}, {}},
       {"a long outage",
        {broken, able.lost(), able.lost(), able.lost(), able.lost(), able.lost()},
-       {500, 1000, 2000, 4000, 8000, 8000}},
-      {"a server under repair", {broken, able.refusal(500), wait, able.refusal(429)}, {500, 1000, 5000, 4000}},
-      {"a hiccup", {broken, able.refusal(404), able.refusal(403)}, {500, 1000, 2000}},
+       {0, 100, 200, 400, 800, 1600}},
+      {"a server under repair", {broken, able.refusal(500), wait, able.refusal(429)}, {0, 100, 5000, 4000}},
+      {"a hiccup", {broken, able.refusal(404), able.refusal(403)}, {0, 1000, 2000}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -114,7 +114,7 @@ TEST(Fetch, goesOnWhereItStoppedAfterWhateverHappens) {
       EXPECT_EQ(rig.server.log[i].ifRange, "\"one\"");
     }
   }
-  FetchRig rig;  // the pause is short again when bytes have come
+  FetchRig rig;  // failures that follow one upon another have pauses, though bytes come in between
   const auto more = [&](std::uint64_t from, std::uint64_t behind) {
     auto answer = rig.part(from);
     answer.behind = behind;
@@ -122,7 +122,39 @@ TEST(Fetch, goesOnWhereItStoppedAfterWhateverHappens) {
   };
   first(rig, {more(0, 5), rig.lost(), rig.lost(), more(5, 10), rig.lost()});
   EXPECT_EQ(rig.read(0, rig.length), rig.length);
-  EXPECT_THAT(pauses(rig.server.log), ElementsAre(500, 1000, 2000, 500, 1000));
+  EXPECT_THAT(pauses(rig.server.log), ElementsAre(0, 100, 200, 400, 800));
+}
+
+TEST(Fetch, pausesGrowWhileWhatIsHerePlaysAndEndWhenItHasBeenPlayed) {
+  FetchRig rig;
+  auto cut = rig.part(0);
+  cut.behind = 100'000;
+  first(rig, {cut, rig.lost(), rig.lost(), rig.lost(), rig.lost(), rig.lost(), rig.lost()});
+  rig.pass(29s);
+  EXPECT_EQ(rig.read(100'000, 1), 1u);
+  EXPECT_THAT(pauses(rig.server.log), ElementsAre(500, 1000, 2000, 4000, 8000, 8000, 5500));
+}
+
+TEST(Fetch, aLiveStreamGoesOnWithWhatItSendsByNowAndAFilmWhereItStopped) {
+  for (const bool isLive : {true, false}) {
+    FetchRig rig;
+    rig.server.answer = [&](const Request&) {
+      auto answer = rig.whole();
+      answer.head.length.reset();
+      if (rig.server.log.size() > 1) {
+        answer.from = isLive ? 2'000'000 : 0;
+      } else {
+        answer.behind = 100'000;
+        answer.error = NSError{NSURLErrorDomain, NSURLErrorNetworkConnectionLost, ""};
+      }
+      return answer;
+    };
+    EXPECT_EQ(rig.read(0, 100'001), isLive ? 100'000 : 100'001);
+    std::byte next{};
+    std::size_t count = 0;
+    ASSERT_EQ(rig.reader->read(100'000, {&next, 1}, count), Outcome::done);
+    EXPECT_EQ(next, byteAt(isLive ? 2'000'000 : 100'000));
+  }
 }
 
 TEST(Fetch, tellsOfARefusalOnlyWhoeverWantsWhatIsNotHere) {
