@@ -30,10 +30,11 @@ constexpr QueueLimits limitsOfFile(MediaPurpose purpose) {
   return {queueBytes(purpose), GST_SECOND / 4, false, 1, 0};
 }
 
-// What is parsed is a little of what is held: the rest waits as bytes.
+// What is parsed is a little of what is held: the rest waits as bytes. Playback goes on until next to nothing is left,
+// and begins again with what bridges a hiccup: more would be a wait of its own.
 constexpr QueueLimits limitsOfBytes(MediaPurpose purpose) {
   constexpr GstClockTime parsed = 2 * GST_SECOND;
-  return purpose == MediaPurpose::programme ? QueueLimits{queueBytes(purpose), parsed, true, 0.8, 0.2}
+  return purpose == MediaPurpose::programme ? QueueLimits{queueBytes(purpose), parsed, true, 0.3, 0.05}
                                             : QueueLimits{queueBytes(purpose), parsed, true, 0.2, 0.05};
 }
 
