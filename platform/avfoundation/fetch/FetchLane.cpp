@@ -14,7 +14,7 @@ constexpr FetchLane::Time firstPause = 500ms;
 constexpr std::chrono::seconds pauseLimit{8};
 // Whoever sees a film stand still is not kept by the pauses of an outage that may be over: at once, when all went well
 // for a while, then after the first of these pauses, twice as long each time up to the second.
-constexpr FetchLane::Time firstUrgentPause = 100ms;
+constexpr FetchLane::Time firstUrgentPause = 50ms;
 constexpr FetchLane::Time urgentPauseLimit = 2s;
 constexpr FetchLane::Time calmInterval = 5s;
 constexpr int attemptsLimit = 3;

@@ -96,8 +96,8 @@ TEST(Fetch, goesOnWhereItStoppedAfterWhateverHappens) {
       {"more than it said, of the film", {longFilm}, {}},
       {"a long outage",
        {broken, able.lost(), able.lost(), able.lost(), able.lost(), able.lost()},
-       {0, 100, 200, 400, 800, 1600}},
-      {"a server under repair", {broken, able.refusal(500), wait, able.refusal(429)}, {0, 100, 5000, 4000}},
+       {0, 50, 100, 200, 400, 800}},
+      {"a server under repair", {broken, able.refusal(500), wait, able.refusal(429)}, {0, 50, 5000, 4000}},
       {"a hiccup", {broken, able.refusal(404), able.refusal(403)}, {0, 1000, 2000}},
   };
   for (const auto& row : rows) {
@@ -122,7 +122,7 @@ TEST(Fetch, goesOnWhereItStoppedAfterWhateverHappens) {
   };
   first(rig, {more(0, 5), rig.lost(), rig.lost(), more(5, 10), rig.lost()});
   EXPECT_EQ(rig.read(0, rig.length), rig.length);
-  EXPECT_THAT(pauses(rig.server.log), ElementsAre(0, 100, 200, 400, 800));
+  EXPECT_THAT(pauses(rig.server.log), ElementsAre(0, 50, 100, 200, 400));
 }
 
 TEST(Fetch, pausesGrowWhileWhatIsHerePlaysAndEndWhenItHasBeenPlayed) {
