@@ -1,17 +1,17 @@
 #!/usr/bin/env python3
-"""Outages of a media server, and what players make of them: how long each waited after it had begun, and whether it came
-to the end. All of them get the same server and the same film; cases run side by side, players in turns.
+"""Outages of a media server, and what players make of them: how often each stalled, how long it waited in all after its
+start (or after it asked for the place that it sought), and whether it came to the end.
 
-usage: outages.py BENCH_FETCH [CLIP SECONDS [NAME=COMMAND...]]
+usage: outages.py BENCH_FETCH YMRPLAY [WORDS]
 
-BENCH_FETCH reads like a player that holds nothing itself, CLIP (a file made for the web, SECONDS long) at the pace that it plays
-at; without one, a minute of 4 Mbit/s. A COMMAND is a further player, with {url} and {start} (seconds) in it, which ends when the
-film does; what it waited is how much longer that took, its start included. mpv is one of them when it is installed.
+Every case is a server of its own for each player, with the same film, the same outage and the same pace; the players run
+side by side. BENCH_FETCH reads like a player that holds nothing itself. YMRPLAY runs without a screen, mpv without any
+output. WORDS chooses the cases whose names contain them. Prints a table, and last what ymrplay waited over what mpv did,
+of the cases that both played to the end.
 """
 
 import json
 import os
-import shlex
 import shutil
 import socket
 import struct
@@ -21,32 +21,36 @@ import tempfile
 import threading
 import time
 
-bench_fetch = sys.argv[1]
-clip = sys.argv[2] if len(sys.argv) > 2 else None
-duration = float(sys.argv[3]) if clip else 60.0
+bench_fetch, ymrplay = sys.argv[1:3]
+words = sys.argv[3] if len(sys.argv) > 3 else ""
+DURATION = 40.0
 OUTAGE_AFTER = 5.0
-if not clip:
-    film = tempfile.NamedTemporaryFile(suffix=".bin")
-    film.write(os.urandom(int(4e6 / 8 * duration)))
-    film.flush()
-    clip = film.name
-size = os.path.getsize(clip)
-players = dict(argument.split("=", 1) for argument in sys.argv[4:])
-if len(sys.argv) > 2 and shutil.which("mpv"):
-    players.setdefault("mpv", "mpv --no-config --vo=null --ao=null --no-terminal --start={start} {url}")
+SIDE_BY_SIDE = 10  # cases
+LIMIT = 120  # seconds of a run
+NOISE = 0.5  # seconds: what players take for their first and last pictures differs by so much
+SEEK_AT, SEEK_TO = 3, 33  # seconds
+work = tempfile.TemporaryDirectory()
+film = os.path.join(work.name, "film.mp4")
+subprocess.run(
+    ["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=size=320x180:rate=25,noise=alls=30:allf=t", "-f", "lavfi", "-i",
+     "sine=frequency=300", "-t", str(DURATION), "-c:v", "libx264", "-preset", "ultrafast", "-g", "50", "-pix_fmt", "yuv420p",
+     "-b:v", "1M", "-minrate", "1M", "-maxrate", "1M", "-bufsize", "500k", "-c:a", "aac", "-movflags", "+faststart", film],
+    check=True)
+size = os.path.getsize(film)
 
 
 class Server:
-    """One film at some multiple of its bitrate, with one outage and some refusals of what is not the beginning."""
+    """The film at some multiple of its bitrate, with one outage and some refusals of what is not the beginning."""
 
     def __init__(self, factor, outage=0.0, ranges=True, refusals=0, status=503):
-        self.rate = size / duration * factor
+        self.rate = size / DURATION * factor
         self.outage, self.ranges, self.refusals, self.status = outage, ranges, refusals, status
-        self.began = None
+        self.began = None  # with the first request
+        self.sought = None  # with the first one for what is not the beginning
         self.lock = threading.Lock()
         self.requests = 0
         self.listener = socket.create_server(("127.0.0.1", 0), backlog=64)
-        self.url = f"http://127.0.0.1:{self.listener.getsockname()[1]}/film{os.path.splitext(clip)[1]}"
+        self.url = f"http://127.0.0.1:{self.listener.getsockname()[1]}/film.mp4"
         threading.Thread(target=self.accept, daemon=True).start()
 
     def is_out(self):
@@ -63,6 +67,7 @@ class Server:
     def serve(self, connection):
         with connection:
             try:
+                connection.setsockopt(socket.SOL_SOCKET, socket.SO_SNDBUF, 64 * 1024)
                 while not self.is_out() and self.answer(connection):
                     pass
             except OSError:
@@ -84,7 +89,9 @@ class Server:
         with self.lock:
             self.requests += 1
             self.began = self.began or time.monotonic()
-            refuse = first > size / 10 and self.refusals > 0
+            if first > size / 2 and not self.outage:
+                self.sought = self.sought or time.monotonic()
+            refuse = first > size / 2 and self.refusals > 0
             self.refusals -= refuse
         if refuse:
             connection.sendall(f"HTTP/1.1 {self.status} No\r\nContent-Length: 0\r\n\r\n".encode())
@@ -95,61 +102,137 @@ class Server:
         else:
             head = "HTTP/1.1 200 OK\r\n" + head
         connection.sendall(head.encode())
-        began, sent = time.monotonic(), 0
-        with open(clip, "rb") as source:
-            while first + sent < size:
+        before, due = time.monotonic(), 16 * 1024.0
+        with open(film, "rb") as source:
+            while first < size:
                 if self.is_out():
                     return False
-                due = (time.monotonic() - began + 0.02) * self.rate - sent
-                if due > 0:
-                    sent += os.sendfile(connection.fileno(), source.fileno(), first + sent, int(due) + 1)
+                if due >= 1:
+                    sent = os.sendfile(connection.fileno(), source.fileno(), first, int(due))
+                    first, due = first + sent, due - sent
                 time.sleep(0.01)
+                now = time.monotonic()
+                due = min(due + (now - before) * self.rate, self.rate)  # what nobody took is not made up for
+                before = now
         return True
 
 
-def run_fetch(server, start):
-    at = int(size * start / duration)
-    # An index at the film's beginning is read before any seek.
-    done = subprocess.run([bench_fetch, server.url, str(size / duration), str(at)], capture_output=True, text=True)
+def fetch(server, seeks):
+    """A reader without a decoder: an index at the film's beginning is read before any seek."""
+    at = int(size * SEEK_TO / DURATION) if seeks else 0
+    done = subprocess.run([bench_fetch, server.url, str(size / DURATION), str(at)], capture_output=True, text=True)
     result = json.loads(done.stdout)
-    return result["waited"], result["ended"] and result["bytes"] == size - at
+    return None, result["waited"], result["ended"] and result["bytes"] == size - at
 
 
-def run_player(command, server, start):
-    began = time.monotonic()
-    done = subprocess.run(shlex.split(command.format(url=server.url, start=start)), stdin=subprocess.DEVNULL,
-                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    waited = time.monotonic() - began - (duration - start)
-    return waited, done.returncode == 0 and waited > -1
+def play(server, seeks):
+    presses = [f"--key={SEEK_AT + press / 5}=right" for press in range(3)] if seeks else []
+    command = [ymrplay, "--headless", "--size", "320x180", "--events", *presses, server.url]
+    host = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    watchdog = threading.Timer(LIMIT, host.kill)
+    watchdog.start()
+    stalls, last, sought, began, ended, isOver = 0, 0, 0, None, time.monotonic(), False
+    for line in host.stdout:
+        event, ended = json.loads(line), time.monotonic()
+        stalls += event["event"] == "videoDidBuffer" and last > 0 and (sought > 0 or not seeks)  # after it began
+        last = event.get("time", last)
+        if event["event"] == "videoOnTime":
+            began = began or ended
+        if event["event"] == "videoDidSeekTo":
+            sought = last
+        if event["event"] == "videoDidPlayFinished":
+            isOver = last > DURATION - 1
+            break
+    host.communicate()
+    watchdog.cancel()
+    return stalls, ended - (server.sought or began or ended) - (DURATION - sought), isOver
 
 
-CASES = {}
+def play_mpv(server, seeks):
+    address = os.path.join(work.name, f"mpv-{server.url.split(':')[2].split('/')[0]}")
+    command = ["mpv", "--no-config", "--vo=null", "--ao=null", "--no-terminal", f"--input-ipc-server={address}", "--pause",
+               server.url]
+    host = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    watchdog = threading.Timer(LIMIT, host.kill)
+    watchdog.start()
+    line = socket.socket(socket.AF_UNIX)
+    while host.poll() is None:
+        try:
+            line.connect(address)
+            break
+        except OSError:
+            time.sleep(0.01)
+
+    def say(*words):
+        line.sendall(json.dumps({"command": words}).encode() + b"\n")
+
+    say("observe_property", 1, "time-pos")
+    say("observe_property", 2, "paused-for-cache")
+    say("set_property", "pause", False)
+    stalls, last, began, hasSought = 0, 0, None, False
+    for text in line.makefile():
+        said = json.loads(text)
+        if said.get("event") == "end-file":
+            break
+        if said.get("event") == "playback-restart":
+            began = began or time.monotonic()
+        if said.get("name") == "paused-for-cache":
+            stalls += bool(said.get("data")) and began is not None
+        if said.get("name") == "time-pos":
+            last = said.get("data") or last
+        if seeks and not hasSought and last >= SEEK_AT:
+            say("seek", SEEK_TO, "absolute+exact")
+            hasSought = True
+    ended = time.monotonic()
+    host.wait()
+    watchdog.cancel()
+    return stalls, ended - (server.sought or began or ended) - (DURATION - (SEEK_TO if seeks else 0)), last > DURATION - 1
+
+
+players = {"fetch": fetch, "ymrplay": play}
+if shutil.which("mpv"):
+    players["mpv"] = play_mpv
+cases = {}
 for factor in (2, 4):
     for ranges in (True, False):
         for outage in (0.3, 2, 5, 20):
             name = f"{outage:4} s away, {factor} x the bitrate, {'ranges' if ranges else 'no ranges'}"
-            CASES[name] = (dict(factor=factor, outage=outage, ranges=ranges), 0)
-for status in (500, 503):
-    for refusals in (1, 3):
-        CASES[f"{status} to a seek, {refusals} x"] = (dict(factor=4, refusals=refusals, status=status), duration / 2)
+            cases[name] = (dict(factor=factor, outage=outage, ranges=ranges), False)
+for status, refusals in ((500, 0), (500, 1), (500, 3), (503, 1), (503, 3)):
+    name = f"{status} to a seek, {refusals} x" if refusals else "nothing to a seek"
+    cases[name] = (dict(factor=4, refusals=refusals, status=status), True)
+cases = {name: case for name, case in cases.items() if words in name}
 
 results = {}
 
 
-def run(player, name, options, start):
+def run(player, name, options, seeks):
     server = Server(**options)
-    outcome = run_fetch(server, start) if player == "fetch" else run_player(players[player], server, start)
-    results[player, name] = (*outcome, server.requests)
+    results[player, name] = (*players[player](server, seeks), server.requests)
     server.listener.close()
 
 
-for player in ["fetch", *players]:
-    threads = [threading.Thread(target=run, args=(player, name, *case)) for name, case in CASES.items()]
+def cell(stalls, waited, ended, requests):
+    told = "" if stalls is None else f"{stalls} stalls,"
+    return f"{'' if ended else 'NOT TO THE END,'} {told}{waited:6.1f} s,{requests:3} r".rjust(38)
+
+
+print(f"{'':40}" + "".join(f"{player:>38}" for player in players))
+names = list(cases)
+for first in range(0, len(names), SIDE_BY_SIDE):
+    threads = [threading.Thread(target=run, args=(player, name, *cases[name]))
+               for name in names[first:first + SIDE_BY_SIDE] for player in players]
     for thread in threads:
         thread.start()
     for thread in threads:
         thread.join()
-print(f"{'':48}" + "".join(f"{player:>28}" for player in ["fetch", *players]))
-for name in CASES:
-    cells = [results[player, name] for player in ["fetch", *players]]
-    print(f"{name:48}" + "".join(f"{'' if ended else 'NOT TO THE END ':>15}{waited:6.1f} s {requests:3} r" for waited, ended, requests in cells))
+    for name in names[first:first + SIDE_BY_SIDE]:
+        print(f"{name:40}" + "".join(cell(*results[player, name]) for player in players), flush=True)
+if "mpv" in players:
+    ours, theirs = ([results[player, name] for name in names] for player in ("ymrplay", "mpv"))
+    both = [(us[1], them[1]) for us, them in zip(ours, theirs) if us[2] and them[2]]
+    worse = [name for name, us, them in zip(names, ours, theirs)  # whoever seeks away from what is here has to wait
+             if them[2] and not (us[2] and us[1] <= them[1] + NOISE and (us[0] <= them[0] or cases[name][1]))]
+    ended = [sum(result[2] for result in each) for each in (ours, theirs)]
+    print(f"\nto the end: ymrplay {ended[0]}, mpv {ended[1]} of {len(names)}; waited where both came there: "
+          f"{sum(us for us, _ in both):.1f} s / {sum(them for _, them in both):.1f} s; worse in: {', '.join(worse) or 'none'}")
