@@ -33,14 +33,19 @@ void logQt(QtMsgType type, const QMessageLogContext& context, const QString& mes
   SKLogger::warning("Qt", message.toStdString());
 }
 
+// The framework's own words come this way too.
 GLogWriterOutput logGLib(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer) {
-  for (const GLogField* field = fields; field != fields + count; ++field) {
-    if (std::string_view(field->key) != "MESSAGE" || !field->value) continue;
-    const auto* text = static_cast<const char*>(field->value);
-    const auto length = field->length < 0 ? std::string_view(text).size() : std::size_t(field->length);
-    const bool isError = (level & (G_LOG_LEVEL_ERROR | G_LOG_LEVEL_CRITICAL)) != 0;
-    (isError ? SKLogger::error : SKLogger::warning)("GLib", std::string(text, length));
-  }
+  const auto valueOf = [&](std::string_view key) -> std::string {
+    for (const GLogField* field = fields; field != fields + count; ++field) {
+      if (field->key != key || !field->value) continue;
+      const auto* text = static_cast<const char*>(field->value);
+      return field->length < 0 ? std::string(text) : std::string(text, std::size_t(field->length));
+    }
+    return "";
+  };
+  const bool isOwn = valueOf("GLIB_DOMAIN") == "ymr";
+  const bool isError = isOwn && (level & G_LOG_LEVEL_CRITICAL) != 0;
+  (isError ? SKLogger::error : SKLogger::warning)(isOwn ? "ymr" : "GLib", valueOf("MESSAGE"));
   return G_LOG_WRITER_HANDLED;
 }
 
