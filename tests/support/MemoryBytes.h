@@ -13,12 +13,12 @@
 // A resource in memory that comes as far as a test lets it, or not at all.
 class MemoryBytes final : public MediaBytes {
  public:
-  explicit MemoryBytes(const std::string& file, bool isSeekable = true, bool tellsLength = true) {
+  explicit MemoryBytes(const std::string& file, bool isSeekable = true) {
     std::ifstream stream(file, std::ios::binary);
     bytes_.assign(std::istreambuf_iterator<char>(stream), {});
     head_.isSeekable = isSeekable;
     head_.url = "http://127.0.0.1/" + file;
-    if (tellsLength) head_.length = bytes_.size();
+    head_.length = bytes_.size();
     limit_ = bytes_.size();
   }
 

@@ -18,13 +18,10 @@ struct Bad {
 class BadMedia : public EngineTest, public testing::WithParamInterface<Bad> {
  protected:
   BadMedia() {
-    for (const int status : {404, 403, 500}) {
-      server.on("/" + std::to_string(status) + ".mp4", HTTPServer::Reply{.status = status});
-    }
+    server.on("/404.mp4", HTTPServer::Reply{.status = 404});
     server.on("/gone.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:2\n#EXTINF:2,\n404.mp4\n#EXT-X-ENDLIST\n",
               "application/vnd.apple.mpegurl");
     server.on("/picture.png", "\x89PNG\r\n\x1a\n" + std::string(100, ' '), "image/png");
-    server.on("/loop.mp4", HTTPServer::Reply{.status = 302, .headers = {{"Location", "/loop.mp4"}}});
   }
 };
 
@@ -61,14 +58,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Bad{"headless.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "headless.mp4"},
                     Bad{"headonly.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "incomplete"},
                     Bad{"@404.mp4", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
-                    Bad{"@403.mp4", NSURLErrorDomain, NSURLErrorNoPermissionsToReadFile, "403"},
-                    Bad{"@500.mp4", NSURLErrorDomain, NSURLErrorBadServerResponse, "500"},
                     Bad{"@page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text/html"},
-                    Bad{"@loop.mp4", NSURLErrorDomain, NSURLErrorHTTPTooManyRedirects, "127.0.0.1"},
                     Bad{"@gone.m3u8", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
-                    Bad{"http://127.0.0.1:9/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost, "127.0.0.1"},
-                    Bad{"http://no.such.host.invalid/clip.mp4", NSURLErrorDomain, NSURLErrorCannotConnectToHost,
-                        "no.such.host"},
                     Bad{"ftp://127.0.0.1/clip.mp4", NSURLErrorDomain, NSURLErrorUnsupportedURL, "ftp:"}),
     [](const auto& test) { return caseName(test.param.where); });
 
@@ -92,22 +83,6 @@ TEST_F(DamagedMedia, playsAsFarAsItGoesAndHasFailedWhenTheRestIsMissing) {
   ASSERT_TRUE(open("truncated.mp4"));
   EXPECT_EQ(seek(8), false) << "there is nothing";
   EXPECT_TRUE(runUntil([this] { return !told.failures.empty(); }));
-}
-
-TEST_F(DamagedMedia, aServerThatStopsSendingInTheMiddleIsAskedForTheRest) {
-  int requests = 0;
-  server.on("/cut.mp4", [&requests](const HTTPServer::Request&) {
-    auto reply = fileReply("/half.mp4");
-    if (++requests < 4) reply.cutAfter = 5000;
-    return reply;
-  });
-  ASSERT_TRUE(open("@cut.mp4"));
-  engine->setRate(1);
-  EXPECT_TRUE(runUntil([this] { return told.ended > 0; }));
-  EXPECT_GT(frames->lastNumber(), 9);
-  const auto log = server.log();
-  ASSERT_GE(log.size(), 2u);
-  EXPECT_EQ(log[1].get_header_value("Range"), "bytes=5000-");
 }
 
 TEST_F(DamagedMedia, aConnectionThatIsLostForGoodWhileItOpensIsAnError) {

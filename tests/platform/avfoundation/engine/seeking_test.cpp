@@ -59,7 +59,8 @@ TEST_F(Seeking, theLastOfManyWinsAndEachCompletesOnce) {
 }
 
 TEST_F(Seeking, beginsAtItsStartAndShowsNoOtherPictureBefore) {
-  for (const char* where : {"clip.mp4", "@clip.mp4", "clip.mkv", "@clip.mkv", "clip.ts"}) {
+  for (const char* where :
+       {"clip.mp4", "@clip.mp4", "clip.mkv", "@clip.mkv", "clip.ts", "fragmented.mp4", "@fragmented.mp4"}) {
     SCOPED_TRACE(where);
     ASSERT_TRUE(open(where, MediaPurpose::programme, 5.2));
     EXPECT_DOUBLE_EQ(position(), 5.2);
