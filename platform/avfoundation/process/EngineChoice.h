@@ -2,9 +2,10 @@
 
 #include <memory>
 
+#include "platform/Export.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
 
 // A new engine for `source`: in a process of its own or in the host's, as MediaEngineSettings::process says and the
 // machine allows; or what MediaEngine::setFactory() has put in its place. What a web server has is fetched here from
 // now on, for as long as the engine lives. Main thread.
-std::unique_ptr<MediaEngine> makeMediaEngine(const MediaSource& source);
+YMR_API std::unique_ptr<MediaEngine> makeMediaEngine(const MediaSource& source);
