@@ -69,6 +69,7 @@ void ByteStore::takeWake() {
 ByteStore::Demand ByteStore::demand() const {
   Demand demand;
   demand.isWaiting = control().isWaiting.load() != 0;
+  demand.readers = control().readers.load();
   demand.place = std::min(control().place.load(), placesLimit);
   if (const std::uint64_t limit = control().aheadLimit.load(); limit != nowhere) demand.aheadLimit = limit;
   for (std::size_t lane = 0; lane < lanes; ++lane) {

@@ -40,6 +40,7 @@ class YMR_API ByteStore {
   // but an order.
   struct Demand {
     bool isWaiting = false;                   // for a byte at `place`
+    std::uint32_t readers = 0;                // changes when another one takes over
     std::uint64_t place = 0;                  // or behind what was read last
     std::optional<std::uint64_t> aheadLimit;  // bytes to keep ready, any number; nil until it is said
     struct Lane {

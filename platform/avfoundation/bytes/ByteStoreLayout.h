@@ -51,7 +51,8 @@ inline constexpr std::size_t boardBytes = (sizeof(Board) + chunkBytes - 1) / chu
 struct Control {
   std::atomic<std::uint32_t> signal;  // counts what the reader may wait for; it sleeps on this word
   std::atomic<std::uint32_t> isWaiting;
-  std::atomic<std::uint64_t> place;  // that is waited for, or behind what was read last
+  std::atomic<std::uint32_t> readers;  // counts those that came
+  std::atomic<std::uint64_t> place;    // that is waited for, or behind what was read last
   std::atomic<std::uint64_t> aheadLimit;
   struct {
     std::atomic<std::uint64_t> place;  // behind what was read last here

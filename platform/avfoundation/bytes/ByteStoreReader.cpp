@@ -26,6 +26,7 @@ ByteStoreReader::ByteStoreReader(SharedMemory memory, SharedMemory control, Desc
     : memory_(std::move(memory)), control_(std::move(control)), wake_(std::move(wake)) {
   // What a reader before this one has left.
   this->control().isWaiting.store(0);
+  ++this->control().readers;
   for (const auto& lane : this->control().lane) uses_ = std::max(uses_, lane.uses.load());
 }
 

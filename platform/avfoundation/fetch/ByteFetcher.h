@@ -10,9 +10,10 @@
 class FetchThread;
 
 // Fetches a resource of a web server for an engine that reads it somewhere, perhaps in another process: opens it, says
-// what it is, and keeps what lies ahead of the reader ready, within a bound of memory. It is asked again as long as the
-// fetcher lives when a connection is lost, stays silent, or the server can't answer now; meanwhile what is here can be
-// read. Only a reader that waits for bytes hears of a failure, and only of one that is there to stay.
+// what it is, and keeps what lies ahead of the reader ready, within a bound of memory. Once it
+// has been opened it is asked again as long as the fetcher lives when a connection is lost, stays silent, or the server
+// can't answer now; meanwhile what is here can be read. Only a reader that waits for bytes hears of a failure, and only
+// of one that is there to stay.
 //
 // open() on the main thread, the rest on any. All fetching is done by one other thread. Letting go of it ends the
 // fetching; its readers keep what is there, and wait in vain for the rest until they are interrupted.

@@ -12,6 +12,8 @@ constexpr std::uint64_t nearLimit = 1024 * 1024;
 constexpr Fetch::Time movesInterval = 20ms;
 // For so long a lane counts as used in turns with the other, or as one that may be wanted again.
 constexpr Fetch::Time alternationLimit = 5s;
+// A reader that takes over from another one reads head and index, and then comes to where that one was.
+constexpr Fetch::Time takeoverLimit = 10s;
 constexpr std::uint64_t leastAhead = 1024 * 1024;
 // As long as the reader has not said how much it wants: so much, or this often what it has read.
 constexpr std::uint64_t untoldAhead = 4 * 1024 * 1024;
@@ -27,7 +29,8 @@ Fetch::Fetch(const NSURL& url, std::shared_ptr<ByteStore> store, HTTPStreams& st
     : resource_{.url = url, .facts = {}, .opening = {}, .takesRange = true, .failure = {}},
       store_(std::move(store)),
       lanes_{Lane{{resource_, *store_, 0, streams}}, Lane{{resource_, *store_, 1, streams}}},
-      demand_(store_->demand()) {
+      demand_(store_->demand()),
+      readers_(demand_.readers) {
   lanes_[0].fetch.move(0);
 }
 
@@ -68,7 +71,8 @@ std::optional<std::uint64_t> Fetch::wanted() const {
 
 // Sees where the reader is, and moves a lane to where it waits when none comes by there.
 std::optional<Fetch::Time> Fetch::follow(Time now) {
-  std::size_t current = laneUsedLongestAgo() == 0 ? 1 : 0;
+  keepForNextReader(now);
+  std::size_t current = laneToMove(now) == 0 ? 1 : 0;
   for (std::size_t lane = 0; lane < lanes_.size(); ++lane) {
     if (demand_.isWaiting && store_->holds(lane, demand_.place)) current = lane;  // it has not seen yet what is here
   }
@@ -76,7 +80,7 @@ std::optional<Fetch::Time> Fetch::follow(Time now) {
     if (const auto lane = laneFor(*place)) {
       current = *lane;
     } else {
-      current = lanes_[1].fetch.isPlaced() ? laneUsedLongestAgo() : 1;
+      current = laneToMove(now);
       Lane& moved = lanes_[current];
       if (now < moved.movedAt + movesInterval && moved.movedAt > Time(0)) return moved.movedAt + movesInterval;
       moved.fetch.move(*place);
@@ -108,9 +112,17 @@ std::uint64_t Fetch::placeIn(std::size_t lane) const {
                        : std::clamp(lanes_[lane].movedTo, store_->begin(lane), store_->end(lane));
 }
 
-std::size_t Fetch::laneUsedLongestAgo() const {
+void Fetch::keepForNextReader(Time now) {
+  if (std::exchange(readers_, demand_.readers) == demand_.readers || !wasRead(current_)) return;
+  kept_ = current_;
+  keptUntil_ = now + takeoverLimit;
+  keptUses_ = demand_.lane[kept_].uses;
+}
+
+std::size_t Fetch::laneToMove(Time now) const {
   if (!lanes_[1].fetch.isPlaced()) return 1;
   if (!lanes_[0].fetch.isPlaced()) return 0;
+  if (now < keptUntil_ && demand_.lane[kept_].uses == keptUses_) return 1 - kept_;
   return demand_.lane[0].uses < demand_.lane[1].uses ? 0 : 1;
 }
 

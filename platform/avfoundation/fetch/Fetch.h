@@ -33,7 +33,10 @@ class Fetch {
 
   // The lane that has, or will soon have, the byte at `place`; nil when one must be moved there.
   std::optional<std::size_t> laneFor(std::uint64_t place) const;
-  std::size_t laneUsedLongestAgo() const;
+  // The lane to be moved when one must be: the one used longest ago, but not where a reader before this one was.
+  std::size_t laneToMove(Time now) const;
+  // Keeps what another reader leaves for the one that takes over, until that has come there.
+  void keepForNextReader(Time now);
   // Whether the reader has been in a lane since it was moved, and where it is, or will be.
   bool wasRead(std::size_t lane) const { return demand_.lane[lane].uses != lanes_[lane].usesBefore; }
   std::uint64_t placeIn(std::size_t lane) const;
@@ -49,6 +52,10 @@ class Fetch {
   std::array<Lane, ByteStore::lanes> lanes_;
   ByteStore::Demand demand_;  // as it was at the beginning of the turn
   std::size_t current_ = 0;   // the lane that is read from
-  Time alternatedAt_{-1};     // when the reader last came back to a lane that it had left; negative for never
+  std::uint32_t readers_;
+  std::size_t kept_ = 0;  // the lane that waits for the next reader, up to this time or its use
+  Time keptUntil_{0};
+  std::uint64_t keptUses_ = 0;
+  Time alternatedAt_{-1};  // when the reader last came back to a lane that it had left; negative for never
   bool isAlternating_ = false;
 };

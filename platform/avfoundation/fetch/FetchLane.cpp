@@ -202,7 +202,9 @@ void FetchLane::settle(Time now) {
   if (resource_.failure) return;
   if (meaning) return std::visit([&](const auto& each) { settle(each, error, now); }, *meaning);
   const NSError reason = unansweredError(error.value_or(lostConnectionError(resource_.url)), resource_.url);
-  if (!resource_.facts) {
+  if (!resource_.facts && reason.code == NSURLErrorNetworkConnectionLost) {
+    settle(ResourceAnswer::Later{reason, std::nullopt}, error, now);
+  } else if (!resource_.facts) {
     resource_.failure = reason;
   } else if (error && isRefusal(*error)) {
     refuse(reason, now);

@@ -18,8 +18,8 @@ struct Resource {
 };
 
 // Fills one lane of a store, over one connection at a time: asks for the bytes from the lane's end on, and again when
-// they stop coming, with pauses that grow while nothing comes. It never gives up by itself. A live stream that has to
-// be asked again goes on with what it sends by then.
+// they stop coming, with pauses that grow while nothing comes. After the first answer it never gives up by itself. A
+// live stream that has to be asked again goes on with what it sends by then.
 //
 // The thread that drives the streams. It does nothing but in turn(), and take bytes in between.
 class FetchLane final : HTTPStreamClient {

@@ -35,7 +35,7 @@ void first(FetchRig& rig, std::vector<PlayedAnswer> answers) {
   };
 }
 
-TEST(Fetch, beforeTheFirstAnswerOnlyABusyServerIsAskedAgain) {
+TEST(Fetch, beforeTheFirstAnswerOnlyABusyServerAndALostConnectionAreAskedAgain) {
   const auto later = [](long status, int seconds) {
     auto answer = FetchRig::refusal(status);
     answer.head.retryAfter = std::chrono::seconds(seconds);
@@ -51,7 +51,7 @@ TEST(Fetch, beforeTheFirstAnswerOnlyABusyServerIsAskedAgain) {
       {FetchRig::refusal(204), NSURLErrorBadServerResponse, {}},
       {FetchRig::refusal(302), NSURLErrorHTTPTooManyRedirects, {}},
       {FetchRig::refusal(206), NSURLErrorBadServerResponse, {}},  // a part without its place
-      {FetchRig::lost(), NSURLErrorNetworkConnectionLost, {}},
+      {FetchRig::lost(), NSURLErrorNetworkConnectionLost, {500, 1000}},
       {FetchRig::refusal(500), NSURLErrorBadServerResponse, {500, 1000}},
       {FetchRig::refusal(408), NSURLErrorBadServerResponse, {500, 1000}},
       {later(429, 3), NSURLErrorBadServerResponse, {3000, 3000}},
@@ -242,6 +242,24 @@ TEST(Fetch, twoPlacesAreReadInTurnsOverTwoConnectionsWithinTheMemoryThereIs) {
   rig.pass(1s);
   EXPECT_EQ(rig.read(1'000'000'000, 1'000'000), 1'000'000u);
   EXPECT_THAT(places(rig.server.log), ElementsAre(0, far, 7, 1'000'000'000));
+}
+
+TEST(Fetch, aReaderThatTakesOverFindsWhatTheOneBeforeItLeft) {
+  FetchRig rig;
+  rig.length = 1'000'000'000;
+  rig.read(0, 100'000);
+  rig.read(rig.length - 1000, 1000);  // the index
+  const std::uint64_t place = 200'000'000;
+  rig.read(place, 3'000'000);
+  rig.pass(2s);
+  rig.reader = rig.store->makeReader();
+  rig.reader->setInterrupted(true);
+  rig.server.log.clear();
+  EXPECT_EQ(rig.read(0, 100'000), 100'000u);
+  rig.pass(100ms);
+  EXPECT_EQ(rig.read(rig.length - 1000, 1000), 1000u);
+  EXPECT_EQ(rig.read(place + 2'900'000, 1'000'000), 1'000'000u);
+  EXPECT_THAT(places(rig.server.log), ElementsAre(0, rig.length - 1000));
 }
 
 TEST(Fetch, fillsUpToTheLimitThenWaitsAndAServerThatClosesMeanwhileIsNoFailure) {
