@@ -24,6 +24,10 @@ constexpr GstClockTime aheadTime(MediaPurpose purpose) {
 constexpr guint queueBytes(MediaPurpose purpose) {
   return (purpose == MediaPurpose::programme ? 64 : 16) * mebibyte;
 }
+// The rest is the store's.
+constexpr guint queueBytesBesideStore(MediaPurpose purpose) {
+  return queueBytes(purpose) / 4;
+}
 
 // The bytes are at hand; the streams need only room to be apart from each other.
 constexpr QueueLimits limitsOfFile(MediaPurpose purpose) {
@@ -34,8 +38,8 @@ constexpr QueueLimits limitsOfFile(MediaPurpose purpose) {
 // and begins again with what bridges a hiccup: more would be a wait of its own.
 constexpr QueueLimits limitsOfBytes(MediaPurpose purpose) {
   constexpr GstClockTime parsed = 2 * GST_SECOND;
-  return purpose == MediaPurpose::programme ? QueueLimits{queueBytes(purpose), parsed, true, 0.3, 0.05}
-                                            : QueueLimits{queueBytes(purpose), parsed, true, 0.2, 0.05};
+  const double highWatermark = purpose == MediaPurpose::programme ? 0.3 : 0.2;
+  return {queueBytesBesideStore(purpose), parsed, true, highWatermark, 0.05};
 }
 
 // Bytes are held ready for aheadTime() at the media's average rate, but never fewer.

@@ -16,7 +16,7 @@
 
 // How much an engine holds ready, and what it opens.
 enum class MediaPurpose {
-  programme,      // buffers at least 30 s ahead; any container that the machine decodes; files, http and https
+  programme,      // buffers up to 40 s or 64 MiB ahead; any container that the machine decodes; files, http and https
   advertisement,  // starts as soon as it can; only containers that an ad may have; http and https
 };
 

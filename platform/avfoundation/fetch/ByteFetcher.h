@@ -19,8 +19,9 @@ class FetchThread;
 // fetching; its readers keep what is there, and wait in vain for the rest until they are interrupted.
 class YMR_API ByteFetcher {
  public:
-  static constexpr std::size_t programmeBytesLimit = 64 * 1024 * 1024;
-  static constexpr std::size_t adBytesLimit = 16 * 1024 * 1024;
+  // With what an engine parses of them, 64 and 16 MiB.
+  static constexpr std::size_t programmeBytesLimit = 48 * 1024 * 1024;
+  static constexpr std::size_t adBytesLimit = 12 * 1024 * 1024;
 
   // Begins to fetch an http or https URL and holds at most `bytesLimit` of it. nil when the machine has no memory or
   // no descriptors left.
