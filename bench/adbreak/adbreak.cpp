@@ -1,5 +1,6 @@
 // A mid-roll behind four wrappers, all on loopback, as the viewer sees it: how long until the ad is on the screen,
-// against a bare playbin3 that prerolls the same ad in the same process, and what is on the screen around it.
+// against a bare playbin3 that prerolls the same ad in the same process, and what is on the screen around it; with the
+// engine in processes of their own and, in turns, in this one.
 //
 //   bench_adbreak PROGRAMME AD [ROUNDS]     numbered clips, the ad's numbers from 32768; the first round is discarded
 #include <QGuiApplication>
@@ -191,9 +192,12 @@ int main(int argc, char** argv) {
 
   HTTPServer server;
   serve(server, argv[1], argv[2]);
-  std::vector<Round> rounds;
+  std::vector<Round> rounds, inHost;
   std::vector<double> bare;
   for (int number = 0; number <= count; ++number) {
+    MediaEngineSettings::shared().process = MediaEngineSettings::Process::host;
+    const Round here = play(root, watch, server);
+    MediaEngineSettings::shared().process = MediaEngineSettings::Process::own;
     const Round round = play(root, watch, server);
     const double peer = barePreroll(server.url("/ad.mp4"));
     std::fprintf(
@@ -201,7 +205,10 @@ int main(int argc, char** argv) {
         number, round.dueToAd, peer, round.gapBefore, round.gapToPicture, round.gapToNext, round.jump, round.strays);
     if (number == 0) continue;
     rounds.push_back(round);
+    inHost.push_back(here);
     bare.push_back(peer);
   }
   report(rounds, bare);
+  std::puts("with the engine in the host:");
+  report(inHost, bare);
 }

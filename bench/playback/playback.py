@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Twenty seconds of 1080p30 H.264 in a 1080p window under Xvfb: CPU and memory against mpv and gst-play, in turns.
+"""Twenty seconds of 1080p30 H.264 in a 1080p window under Xvfb: CPU and memory with the engine in a process of its own,
+against the engine in the host, mpv and gst-play, in turns. Memory is that of all processes but the one that stands ready.
 
 usage: playback.py YMRPLAY CLIP [ROUNDS]
 """
@@ -25,6 +26,7 @@ try:
     environment.pop("WAYLAND_DISPLAY", None)
     peers.compare({
         "ymrplay": [ymrplay, "--size", "1920x1080", clip],
+        "engine in host": [ymrplay, "--engine", "host", "--size", "1920x1080", clip],
         "mpv": [peers.need("mpv"), "--no-config", "--vo=x11", "--ao=null", "--geometry=1920x1080+0+0", "--no-border",
                 "--no-terminal", clip],
         "gst-play": [peers.need("gst-play-1.0"), "--no-interactive", "--videosink=ximagesink", "--audiosink=fakesink",
