@@ -100,7 +100,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.set_version_flag("--version", std::string("ymrplay ") + YMR_VERSION);
 
   Options options;
-  std::string media, artwork, start = "0", windowSize, logLevel = "none";
+  std::string media, artwork, start = "0", windowSize, engine = "process", logLevel = "none";
   std::optional<std::string> adScreen;
   std::vector<std::string> keys, snapshots, subtitles, preRolls, midRolls, postRolls;
   auto* const mediaOption = app.add_option("MEDIA", media, "File or URL to play");
@@ -145,6 +145,11 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.add_flag("--headless", options.headless,
                "Play in memory and in real time, without display and sound; default where there is no display");
   app.add_option("--size", windowSize, "Window size; without it full screen (headless: 1920x1080)")->type_name("WxH");
+  app.add_option("--engine", engine,
+                 "Where media are decoded: in a process of their own, or in this one; for looking for faults")
+      ->type_name("process|host")
+      ->check(CLI::IsMember(std::vector<std::string>{"process", "host"}))
+      ->capture_default_str();
   app.add_flag("--events", options.events, "Print every callback as a line of JSON on standard output");
   app.add_option("--snapshot", snapshots, "Write the screen to a PNG at that time; may be repeated")
       ->type_name("SECONDS=FILE.png")
@@ -187,6 +192,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   }
   std::stable_sort(options.midRolls.begin(), options.midRolls.end(),
                    [](const auto& left, const auto& right) { return left.seconds < right.seconds; });
+  options.isEngineInHost = engine == "host";
   options.logLevel = SKLogger::levelNamed(logLevel).value();
   if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) options.headless = true;
   return options;

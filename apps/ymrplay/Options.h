@@ -43,6 +43,7 @@ struct Options {
   std::string reachabilityHost;  // empty for the framework's own
   bool headless = false;
   std::optional<Size> size;
+  bool isEngineInHost = false;  // or in a process of its own
   bool events = false;
   std::vector<Snapshot> snapshots;
   std::vector<Key> keys;

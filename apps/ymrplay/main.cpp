@@ -68,6 +68,7 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     MediaEngineSettings::shared().audio = MediaEngineSettings::Audio::none;
   }
+  if (options->isEngineInHost) MediaEngineSettings::shared().process = MediaEngineSettings::Process::host;
   logToStandardError(options->logLevel);
   logWordsOfLibraries();
   if (!options->reachabilityHost.empty()) SKVASTMediaFilePicker::setProbeHost(options->reachabilityHost);

@@ -65,6 +65,7 @@ TEST(PlayOptions, sayWhatIsWrongAndEndWithTwo) {
       {"\"http://exa mple/a.mp4\"", "is not an address"},
       {"a.mp4 --reachability-host \"\"", "needs a name"},
       {"a.mp4 --size 10x10", "64 to 8192"},
+      {"a.mp4 --engine gpu", "process,host"},
       {"a.mp4 --key menu", "SECONDS=VALUE"},
       {"a.mp4 --key 1=jump", "no key 'jump'"},
       {"a.mp4 --key -1=menu", "at least 0"},
