@@ -49,6 +49,8 @@ def memory_of(pid):
     totals = [0, 0]
     for member in tree_of(pid):
         try:
+            if member != pid and os.readlink(f"/proc/{member}/exe") == os.readlink(f"/proc/{pid}/exe"):
+                continue  # about to become another program; until then its memory is its parent's
             with open(f"/proc/{member}/smaps_rollup") as rollup:
                 size = sum(int(line.split()[1]) for line in rollup if line.startswith("Pss:"))
             totals[member != pid and is_spare(member)] += size
