@@ -49,7 +49,7 @@ std::optional<HostSocket::Received> HostSocket::receive() {
     head.msg_controllen = control.size();
     const ssize_t size = recvmsg(number, &head, MSG_CMSG_CLOEXEC);
     if (size < 0 && errno == EINTR) continue;
-    if (size <= 0) return std::nullopt;
+    if (size <= 0 || (head.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0) return std::nullopt;  // no room for descriptors
     Received received;
     for (cmsghdr* rights = CMSG_FIRSTHDR(&head); rights; rights = CMSG_NXTHDR(&head, rights)) {
       if (rights->cmsg_level != SOL_SOCKET || rights->cmsg_type != SCM_RIGHTS) continue;

@@ -33,6 +33,7 @@ MediaService::MediaService(HostSocket& host, std::shared_ptr<PictureSender> pict
   MediaEngineSettings::shared() = load.settings;
   engine_ = std::make_unique<GStreamerEngine>(sourceOf(load, file_, std::move(bytes)));
   engine_->setEvents(events());
+  writePosition();  // before the first byte is read: from now on its end is the media's fault
   engine_->load(load.start);
   writePosition();
 }

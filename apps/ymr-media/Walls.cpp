@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -152,7 +153,7 @@ void raiseFileWall(const std::vector<int>& files, bool isNetworkAllowed) {
   if (!landlock.raise()) complain("files are not walled off");
 }
 
-void raiseCallWall(bool isNetworkAllowed) {
+void raiseCallWall(bool isNetworkAllowed, bool isSoundWanted) {
   scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
   if (!filter) return complain("calls are not walled off");
   const auto refuse = [filter](int call, int error) { seccomp_rule_add(filter, SCMP_ACT_ERRNO(error), call, 0); };
@@ -201,7 +202,9 @@ void raiseCallWall(bool isNetworkAllowed) {
     seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(ioctl), 1,
                      SCMP_A1(SCMP_CMP_MASKED_EQ, 0xFFFFFFFF, typing));
   }
-  if (!isNetworkAllowed) {
+  if (!isNetworkAllowed && !isSoundWanted) {
+    refuse(SCMP_SYS(socket), EACCES);
+  } else if (!isNetworkAllowed) {
     seccomp_rule_add(filter, SCMP_ACT_ERRNO(EACCES), SCMP_SYS(socket), 1, SCMP_A0(SCMP_CMP_NE, AF_UNIX));
   }
   if (seccomp_load(filter) != 0) complain("calls are not walled off");
@@ -212,12 +215,13 @@ void raiseCallWall(bool isNetworkAllowed) {
 
 void raiseLimits() {
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+  prctl(PR_SET_PDEATHSIG, SIGKILL);  // one that is stopped does not see its socket end
   limit(RLIMIT_CORE, 0);
   limit(RLIMIT_NOFILE, descriptorsLimit);
   if (!isChecked) limit(RLIMIT_AS, memoryLimit);
 }
 
-void raiseWalls(const std::vector<int>& files, bool isNetworkAllowed) {
+void raiseWalls(const std::vector<int>& files, bool isNetworkAllowed, bool isSoundWanted) {
   raiseFileWall(files, isNetworkAllowed);
-  raiseCallWall(isNetworkAllowed);
+  raiseCallWall(isNetworkAllowed, isSoundWanted);
 }

@@ -1,7 +1,5 @@
 // Plays one source for a host: started by the player's library, at the other end of a socket, and of no use to anybody
 // else. It reads what foreign servers send, so that whatever that does to it does not happen to the host.
-#include <gst/gst.h>
-
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -11,22 +9,13 @@
 #include "apps/ymr-media/MediaService.h"
 #include "apps/ymr-media/PictureSender.h"
 #include "apps/ymr-media/PictureSlots.h"
+#include "apps/ymr-media/Readiness.h"
 #include "apps/ymr-media/Walls.h"
 #include "platform/avfoundation/bytes/ByteStoreReader.h"
 #include "platform/avfoundation/bytes/PipeBytes.h"
-#include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/dispatch/PlainRunLoop.h"
 
 namespace {
-
-// What nearly every source needs, loaded while nobody waits for it. What is not there is not missed.
-void loadPlugins() {
-  for (const char* name : {"coreelements", "typefindfunctions", "playback", "app", "isomp4", "matroska", "mpegtsdemux",
-                           "videoparsersbad", "audioparsers", "libav", "audioconvert", "audioresample", "volume",
-                           "videoconvertscale", "videofilter", "deinterlace", "autodetect"}) {
-    if (GstPlugin* plugin = gst_plugin_load_by_name(name)) gst_object_unref(plugin);
-  }
-}
 
 // Hears the host for as long as it is there, on a thread of its own: pictures come back whatever the engine is at, and
 // nothing keeps this process when the host has gone.
@@ -55,7 +44,7 @@ int main() {
   setenv("GSETTINGS_BACKEND", "memory", 1);
   setenv("GIO_USE_VFS", "local", 1);
   raiseLimits();
-  if (!loadGStreamer()) loadPlugins();
+  getReady();
 
   HostSocket host;
   host.send(wire::Hello{});
@@ -72,7 +61,9 @@ int main() {
     bytes = std::move(pipe);
     file = {};
   }
-  raiseWalls(file ? std::vector{file.get()} : std::vector<int>(), load->isNetworkAllowed);
+  const MediaEngineSettings& settings = load->settings;
+  raiseWalls(file ? std::vector{file.get()} : std::vector<int>(), load->isNetworkAllowed,
+             settings.audio == MediaEngineSettings::Audio::automatic || !settings.soundDevice.empty());
   if (!position || (load->hasBytes && !bytes)) return 1;
 
   PlainRunLoop loop;

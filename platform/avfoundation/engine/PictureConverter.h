@@ -9,7 +9,8 @@
 // Makes frames of decoded pictures of any format in system memory. They are converted to B G R X where they are drawn:
 // what nobody draws costs nothing, and nothing of a picture's size lies in between.
 //
-// One thread at a time; its frames outlive it.
+// One thread at a time; its frames outlive it. The library's arithmetic alone is used, which needs none of its plugins
+// and no gst_init(): a host that only shows pictures does without.
 class PictureConverter {
  public:
   // The pixels of `buffer` with their size and aspect; an invalid frame when they can't be read.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/process/DeviceMemory.h"
 #include "platform/avfoundation/process/PictureLayout.h"
 
@@ -29,7 +28,6 @@ PictureReceiver::PictureReceiver(std::function<void(std::uint64_t)> giveBack) : 
 
 std::optional<PictureReceiver::Room> PictureReceiver::makeRoom(std::uint64_t slotSize) {
   if (slotSize == 0 || slotSize > slotLimit || rooms_.size() == roomsLimit) return std::nullopt;
-  if (loadGStreamer()) return std::nullopt;  // which converts them
   const auto page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
   const std::uint64_t size = (slotSize + page - 1) / page * page;
   const auto count = std::clamp(static_cast<std::uint32_t>(roomLimit / size), fewestSlots, mostSlots);
@@ -49,7 +47,7 @@ void PictureReceiver::setSink(std::uint64_t number, std::shared_ptr<VideoFrameSi
 
 std::optional<PictureReceiver::Place> PictureReceiver::placeOf(const wire::Picture& picture, Descriptor memory) const {
   if (picture.isOnDevice) {
-    auto device = loadGStreamer() ? nullptr : DeviceMemory::map(std::move(memory), slotLimit);
+    auto device = DeviceMemory::map(std::move(memory), slotLimit);
     if (!device) return std::nullopt;
     return Place{device->data(), device->size(), device};
   }
