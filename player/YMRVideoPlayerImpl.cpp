@@ -5,6 +5,7 @@
 
 #include "VAST/SKLogger.h"
 #include "ads/core/SKVASTEventProcessor.h"
+#include "platform/avfoundation/process/EngineChoice.h"
 #include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
 #include "platform/foundation/NSException.h"
@@ -85,6 +86,7 @@ void YMRVideoPlayerImpl::followApplication() {
 
 void YMRVideoPlayerImpl::presentWithController(const std::shared_ptr<UIViewController>& controller) {
   YMR_ASSERT_MAIN_THREAD();
+  prepareMediaEngine();
   if (controller && presentation_ == Presentation::alive) controller->presentViewController(avPlayerVC_, true);
 }
 

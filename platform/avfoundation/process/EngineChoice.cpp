@@ -4,11 +4,20 @@
 #include "platform/avfoundation/process/MediaProcesses.h"
 #include "platform/avfoundation/process/ProcessEngine.h"
 
+namespace {
+bool isProcessWanted() {
+  return MediaEngineSettings::shared().process == MediaEngineSettings::Process::own && MediaProcesses::areAvailable();
+}
+}  // namespace
+
+void prepareMediaEngine() {
+  if (!MediaEngine::hasFactory() && isProcessWanted()) MediaProcesses::prepareSpare();
+}
+
 std::unique_ptr<MediaEngine> makeMediaEngine(const MediaSource& source) {
   if (MediaEngine::hasFactory() || source.bytes) return MediaEngine::make(source);
-  const bool isWanted = MediaEngineSettings::shared().process == MediaEngineSettings::Process::own;
   auto fetcher = fetcherOf(source);
-  if (!isWanted || !MediaProcesses::areAvailable()) return MediaEngine::make(withBytes(source, std::move(fetcher)));
+  if (!isProcessWanted()) return MediaEngine::make(withBytes(source, std::move(fetcher)));
   // The process loads its libraries while the server answers.
   if (fetcher) MediaProcesses::prepareSpare();
   return std::make_unique<ProcessEngine>(source, &MediaProcesses::take, std::move(fetcher));

@@ -9,3 +9,5 @@
 // machine allows; or what MediaEngine::setFactory() has put in its place. What a web server has is fetched here from
 // now on, for as long as the engine lives. Main thread.
 YMR_API std::unique_ptr<MediaEngine> makeMediaEngine(const MediaSource& source);
+// Says that one will be wanted soon: what can be loaded before its source is known is loaded meanwhile. Main thread.
+void prepareMediaEngine();
