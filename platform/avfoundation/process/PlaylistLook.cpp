@@ -12,8 +12,12 @@ using Finding = PlaylistLook::Finding;
 constexpr std::string_view listMark = "#EXTM3U";
 constexpr std::array<std::string_view, 3> documentMarks{"<MPD", "<mpd", "<SmoothStreamingMedia"};
 
-// Waits; interrupted is no finding.
-std::optional<Finding> look(MediaBytes& bytes) {
+// How long until the next look: an eighth of the time that it has taken, within these.
+constexpr RunLoop::Duration shortestInterval = std::chrono::milliseconds(1);
+constexpr RunLoop::Duration longestInterval = std::chrono::milliseconds(100);
+
+// nil when there is not enough yet.
+std::optional<Finding> lookAt(MediaBytes& bytes) {
   MediaBytes::Head head;
   std::array<std::byte, PlaylistLook::lookLimit> begin;
   std::size_t count = 0;
@@ -33,15 +37,26 @@ std::optional<Finding> look(MediaBytes& bytes) {
 }  // namespace
 
 PlaylistLook::PlaylistLook(std::shared_ptr<MediaBytes> bytes, std::function<void(Finding)> found)
-    : bytes_(std::move(bytes)) {
-  dispatch_async(dispatch_get_global_queue(), [bytes = bytes_, hop = hop_, found = std::move(found)]() mutable {
-    if (const auto finding = look(*bytes)) hop.post([found = std::move(found), finding] { found(*finding); });
-  });
+    : bytes_(std::move(bytes)), found_(std::move(found)) {
+  bytes_->setInterrupted(true);
+  lookIn({}, RunLoop::main().now());
 }
 
 PlaylistLook::~PlaylistLook() {
-  hop_.close();
-  bytes_->setInterrupted(true);
+  if (timer_) RunLoop::main().cancel(timer_);
+}
+
+void PlaylistLook::lookIn(RunLoop::Duration interval, RunLoop::Duration since) {
+  timer_ = RunLoop::main().schedule(interval, [this, since] { look(since); });
+}
+
+void PlaylistLook::look(RunLoop::Duration since) {
+  timer_ = 0;
+  if (const auto finding = lookAt(*bytes_)) {
+    const auto found = std::exchange(found_, nullptr);  // which may end the look
+    return found(*finding);
+  }
+  lookIn(std::clamp((RunLoop::main().now() - since) / 8, shortestInterval, longestInterval), since);
 }
 
 std::optional<PlaylistLook::Finding> PlaylistLook::findingOf(std::string_view begin, bool isAll) {

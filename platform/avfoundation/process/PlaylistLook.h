@@ -6,18 +6,20 @@
 #include <string_view>
 
 #include "platform/avfoundation/bytes/MediaBytes.h"
-#include "platform/avfoundation/engine/MainHop.h"
+#include "platform/dispatch/RunLoop.h"
 
 // Waits for a resource's first bytes and tells whether they begin a list of segments, whose fetching is the media
 // library's: a process that plays one has to reach the network, and only such a one. Media tell with their first byte;
 // whatever looks like neither is no list.
 //
-// Main thread; the waiting is done elsewhere, and ends with the look. Nobody else reads meanwhile.
+// Main thread. Nothing waits: it looks again and again, the more seldom the longer it takes, so that any number of
+// servers may be slow at once. Nobody else reads meanwhile.
 class PlaylistLook {
  public:
   enum class Finding { media, playlist, failed };
 
-  // `found` is called once, by a turn of the main queue of its own, unless the look goes before.
+  // The bytes are interrupted for good. `found` is called once, by a turn of the main queue of its own, unless the look
+  // goes before.
   PlaylistLook(std::shared_ptr<MediaBytes> bytes, std::function<void(Finding)> found);
   PlaylistLook(const PlaylistLook&) = delete;
   PlaylistLook& operator=(const PlaylistLook&) = delete;
@@ -28,6 +30,10 @@ class PlaylistLook {
   static constexpr std::size_t lookLimit = 4096;
 
  private:
+  void look(RunLoop::Duration since);
+  void lookIn(RunLoop::Duration interval, RunLoop::Duration since);
+
   const std::shared_ptr<MediaBytes> bytes_;
-  MainHop hop_;
+  std::function<void(Finding)> found_;
+  RunLoop::TimerToken timer_ = 0;
 };

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/avfoundation/bytes/ByteStore.h"
+#include "platform/dispatch/VirtualRunLoop.h"
+
 using namespace std::string_literals;
 
 namespace {
@@ -22,6 +25,24 @@ TEST(PlaylistLook, takesForAListWhatTheMediaLibraryWouldAndMediaAtTheFirstByte) 
   }
   EXPECT_EQ(look("<html>"), std::nullopt);
   EXPECT_EQ(PlaylistLook::findingOf("<html>", true), Finding::media);
+}
+
+TEST(PlaylistLook, waitsForASlowServerWithoutAThreadAndGoesWithItsEngine) {
+  VirtualRunLoop loop;
+  const auto store = ByteStore::make(1 << 20);
+  std::optional<Finding> found;
+  auto look = std::make_unique<PlaylistLook>(store->makeReader(), [&](Finding finding) { found = finding; });
+  loop.advance(std::chrono::seconds(5));
+  store->tellHead({});
+  store->append(0, std::as_bytes(std::span("#EXT", 4)));
+  loop.advance(std::chrono::seconds(5));
+  EXPECT_EQ(found, std::nullopt);
+  store->append(0, std::as_bytes(std::span("M3U", 3)));
+  loop.advance(std::chrono::milliseconds(101));
+  EXPECT_EQ(found, Finding::playlist);
+  look = std::make_unique<PlaylistLook>(store->makeReader(), [](Finding) { FAIL(); });
+  look.reset();
+  EXPECT_EQ(loop.pendingTimers(), 0u);
 }
 
 }  // namespace
