@@ -208,20 +208,35 @@ void MediaProcess::send(const wire::ToProcess& message, const std::vector<int>& 
   }
 }
 
-// Pages that it has touched and time that it has used, as the system counts them.
-std::uint64_t MediaProcess::signsOfLife() const {
+// What the system says of it, from its state on.
+std::vector<std::string> MediaProcess::status() const {
   std::ifstream file("/proc/" + std::to_string(pid_.value_or(0)) + "/stat");
   std::string text;
   std::getline(file, text);
-  // The words behind the name begin with the third field; wanted are the tenth to the fifteenth.
-  std::uint64_t sum = 0;
+  std::vector<std::string> words;
   std::string_view rest = std::string_view(text).substr(text.rfind(')') + 1);
-  for (int field = 3; field <= 15; ++field) {
+  while (!rest.empty()) {
     rest.remove_prefix(std::min(rest.size(), rest.find_first_not_of(' ')));
     const std::size_t length = std::min(rest.size(), rest.find(' '));
-    std::uint64_t count = 0;
-    if (field >= 10 && std::from_chars(rest.data(), rest.data() + length, count).ec == std::errc()) sum += count;
+    words.emplace_back(rest.substr(0, length));
     rest.remove_prefix(length);
+  }
+  return words;
+}
+
+bool MediaProcess::isStopped() const {
+  const auto words = status();
+  return !words.empty() && (words[0] == "T" || words[0] == "t");
+}
+
+// Pages that it has touched and time that it has used, as the system counts them: in any language alike.
+std::uint64_t MediaProcess::signsOfLife() const {
+  const auto words = status();
+  std::uint64_t sum = 0;
+  for (std::size_t word = 7; word <= 12 && word < words.size(); ++word) {
+    std::uint64_t count = 0;
+    std::from_chars(words[word].data(), words[word].data() + words[word].size(), count);
+    sum += count;
   }
   return sum;
 }

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Export.h"
 #include "platform/avfoundation/bytes/SharedMemory.h"
@@ -31,6 +32,8 @@ class MediaProcess final : public MediaPeer, public std::enable_shared_from_this
   // Nil for one that was adopted.
   std::optional<int> identifier() const { return pid_; }
   bool isAlive() const { return !isDead_; }
+  // Somebody has stopped it, or traces it.
+  bool isStopped() const;
 
  private:
   MediaProcess(Descriptor socket, Descriptor process, std::optional<int> pid);
@@ -39,6 +42,7 @@ class MediaProcess final : public MediaPeer, public std::enable_shared_from_this
   bool receive();
   bool reap();
   void die(std::string reason);
+  std::vector<std::string> status() const;
 
   const Descriptor socket_;
   const Descriptor process_;

@@ -66,7 +66,10 @@ std::shared_ptr<MediaPeer> MediaProcesses::take() {
       prepareSpare();
     });
   }
-  if (auto spare = std::exchange(state().spare, nullptr); spare && spare->isAlive()) return spare;
+  if (auto spare = std::exchange(state().spare, nullptr); spare && spare->isAlive()) {
+    if (!spare->isStopped()) return spare;
+    spare->end();
+  }
   std::string failure;
   const std::string path = program();
   auto started = path.empty() ? nullptr : MediaProcess::start(path, failure);

@@ -8,21 +8,21 @@
 #include <utility>
 
 #include "platform/avfoundation/bytes/PipeBytes.h"
-#include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
 #include "platform/avfoundation/process/FetchedSource.h"
 #include "platform/avfoundation/process/MediaProcesses.h"
-#include "platform/dispatch/Dispatch.h"
 #include "platform/foundation/MainThread.h"
 
 namespace {
 
 constexpr std::int32_t nanoseconds = 1'000'000'000;
-// How many processes in a row may go before their first word.
+// How many processes in a row may go before their first word, and before they begin with the media.
 constexpr int muteLimit = 3;
-// How far a position goes on by itself when nothing new has been written.
+// Of one that is ended without waiting for it: a driver may keep it from going.
+constexpr const char* hungReason = "stood still";
 // A process that begins further off than this has not come where it was sent.
 constexpr std::int64_t jumpLimit = nanoseconds;
+// How far a position goes on by itself when nothing new has been written.
 constexpr RunLoop::Duration freshnessLimit = std::chrono::milliseconds(500);
 
 CMTime timeOf(std::int64_t place) {
@@ -53,7 +53,6 @@ ProcessEngine::~ProcessEngine() {
 
 void ProcessEngine::cut() {
   look_.reset();
-  silence_.reset();
   hangs_.end();
   if (link_) std::exchange(link_, nullptr)->cut();
 }
@@ -70,7 +69,6 @@ void ProcessEngine::report(Function Events::*event, Arguments... arguments) {
 }
 
 void ProcessEngine::setEvents(Events events) {
-  if (fallback_) return fallback_->setEvents(std::move(events));
   events_ = std::make_shared<const Events>(std::move(events));
 }
 
@@ -94,8 +92,6 @@ void ProcessEngine::looked(PlaylistLook::Finding finding) {
 }
 
 void ProcessEngine::start() {
-  // Pictures are converted here. It takes a while, and the process as long.
-  dispatch_async(dispatch_get_global_queue(), [] { loadGStreamer(); });
   Descriptor file;
   if (source_.url.isFileURL() && source_.purpose == MediaPurpose::programme) {
     // A FIFO opens here at once, and waits where nobody waits for it.
@@ -112,7 +108,7 @@ void ProcessEngine::start() {
   link_ = ProcessLink::connect(std::move(peer), hop_, std::move(events));
 
   jumps_ = UINT64_MAX;  // what the one before counted means nothing
-  hangs_.begin([this] { return link_->peer().signsOfLife(); }, [this] { link_->peer().end(); });
+  hangs_.begin([this] { return link_->peer().signsOfLife(); }, [this] { died({false, hungReason}); });
 
   wire::Load load;
   load.url = source_.url.absoluteString();
@@ -147,8 +143,14 @@ void ProcessEngine::send(const wire::ToProcess& message) const {
 void ProcessEngine::fallBack() {
   cut();
   fallback_ = MediaEngine::make(withBytes(source_, fetcher_));
-  Events events = *events_;
-  if (isReady_) events.ready = events.bufferingChanged;  // it has been told
+  Events events;
+  events.ready = [this] { hear(wire::Ready{}); };
+  events.failed = [this](const NSError& error) { fail(error); };
+  events.durationChanged = [this] { tell(&Events::durationChanged); };
+  events.tracksChanged = [this] { tell(&Events::tracksChanged); };
+  events.bufferingChanged = [this] { tell(&Events::bufferingChanged); };
+  events.ended = [this] { tell(&Events::ended); };
+  events.captionChanged = [this](const std::optional<MediaCaption>& due) { tell(&Events::captionChanged, due); };
   fallback_->setEvents(std::move(events));
   fallback_->setMuted(isMuted_);
   fallback_->setFrameSink(sink_);
@@ -160,6 +162,7 @@ void ProcessEngine::fallBack() {
 
 void ProcessEngine::setRate(double rate) {
   YMR_ASSERT_MAIN_THREAD();
+  if (hasFailed_) return;
   rate_ = rate;
   fallback_ ? fallback_->setRate(rate) : send(wire::SetRate{rate});
 }
@@ -209,8 +212,7 @@ void ProcessEngine::hear(const wire::ToHost& message) {
 }
 
 void ProcessEngine::hear(const wire::Hello&) {
-  mute_ = 0;
-  hangs_.begin([this] { return shared_->beats(); }, [this] { link_->peer().end(); });
+  hangs_.begin([this] { return shared_->beats(); }, [this] { died({true, hungReason}); });
 }
 
 void ProcessEngine::hear(const wire::Facts& facts) {
@@ -222,6 +224,7 @@ void ProcessEngine::hear(const wire::Facts& facts) {
 
 void ProcessEngine::hear(const wire::Ready&) {
   silence_.reset();
+  mute_ = idle_ = 0;
   if (!std::exchange(isReady_, true)) return tell(&Events::ready);
   if (!std::exchange(isRecovering_, false)) return;
   takeOver();
@@ -282,6 +285,8 @@ void ProcessEngine::died(const MediaPeer::Death& death) {
     MediaProcesses::noteFailure(death.reason);
     return fallBack();
   }
+  // It says that it has not touched the media. Whether that is true or not, these media never come into the host.
+  if (!shared_->read() && ++idle_ < muteLimit) return start();
   g_log("ymr", G_LOG_LEVEL_WARNING, "the media process of %s: %s", source_.url.absoluteString().c_str(),
         death.reason.c_str());
   // Nothing is missing: the last picture is there. Another one begins with the next seek.
@@ -303,9 +308,14 @@ void ProcessEngine::recover() {
 
 void ProcessEngine::fail(const NSError& error) {
   if (std::exchange(hasFailed_, true)) return;
-  floor_ = place();
+  if (!fallback_) floor_ = place();
   cut();
+  silence_.reset();
   finishSeeks(UINT64_MAX, false);
+  if (fallback_) {  // its seeks end with it
+    fallback_->setRate(0);
+    fallback_->setFrameSink(nullptr);
+  }
   report(&Events::failed, error);
 }
 

@@ -89,7 +89,7 @@ class ProcessEngine final : public MediaEngine {
   std::unique_ptr<PlaylistLook> look_;
   bool isPlaylist_ = false;
   bool comesOnce_ = false;  // a pipe: no other process can begin again
-  SilenceWatch silence_;    // up to the first picture, when it begins here
+  SilenceWatch silence_;    // of a server, up to the first picture, whatever has to be started for it
   std::shared_ptr<const Events> events_ = std::make_shared<const Events>();
   MainHop hop_;  // for what is posted to itself
   std::shared_ptr<ProcessLink> link_;
@@ -98,6 +98,7 @@ class ProcessEngine final : public MediaEngine {
   HangWatch hangs_;
   CrashHistory crashes_;
   int mute_ = 0;  // processes that went before their first word, in a row
+  int idle_ = 0;  // the same, between that and their beginning with the media
 
   // What was asked for.
   bool isLoaded_ = false;

@@ -14,7 +14,10 @@ class ScriptedPeer final : public MediaPeer {
   void listen(const std::weak_ptr<Listener>& listener) override { listener_ = listener; }
   void send(const wire::ToProcess& message, const std::vector<int>& descriptors) override {
     sent.push_back(message);
-    if (std::holds_alternative<wire::Load>(message)) position = SharedPosition::map(Descriptor(dup(descriptors.at(0))));
+    const auto* load = std::get_if<wire::Load>(&message);
+    if (!load) return;
+    position = SharedPosition::map(Descriptor(dup(descriptors.at(0))));
+    if (begins) position->write({.time = CMTimeConvertScale(load->start, 1'000'000'000).value});
   }
   std::uint64_t signsOfLife() const override { return signs; }
   void end() override {
@@ -51,6 +54,7 @@ class ScriptedPeer final : public MediaPeer {
 
   std::vector<wire::ToProcess> sent;
   std::unique_ptr<SharedPosition> position;
+  bool begins = true;  // with the media, as soon as it is told to
   bool isEnded = false;
   std::uint64_t signs = 0;
 

@@ -19,6 +19,7 @@ class ProcessEngineTest : public testing::Test {
   void make(MediaPurpose purpose) {
     engine = std::make_unique<ProcessEngine>(MediaSource{*NSURL::URLWithString("http://host/film"), purpose}, [this] {
       peers.push_back(std::make_shared<ScriptedPeer>());
+      peers.back()->begins = begins;
       return peers.back();
     });
     MediaEngine::Events events;
@@ -56,6 +57,7 @@ class ProcessEngineTest : public testing::Test {
   std::vector<std::shared_ptr<ScriptedPeer>> peers;
   std::vector<std::string> told;
   std::unique_ptr<ProcessEngine> engine;
+  bool begins = true;
 };
 
 TEST_F(ProcessEngineTest, takesTheDeathOfAProcessForAStallAndGoesOnWithAllThatWasChosen) {
@@ -146,6 +148,30 @@ TEST_F(ProcessEngineTest, anAdFailsWithItsProcessUnlessItHasEnded) {
   peers.back()->die("killed by signal 11");
   loop.runUntilIdle();
   EXPECT_EQ(told.back(), "ended");
+}
+
+TEST_F(ProcessEngineTest, blamesNoAdForAProcessThatStoodStillBeforeItBeganWithIt) {
+  make(MediaPurpose::advertisement);
+  begins = false;
+  engine->load(kCMTimeZero);
+  peers[0]->say(wire::Hello{});
+  begins = true;
+  loop.advance(3s);
+  ASSERT_EQ(peers.size(), 2u);
+  EXPECT_FALSE(hasFailed());
+  peers[1]->die("killed by signal 11");
+  loop.runUntilIdle();
+  EXPECT_TRUE(hasFailed());
+
+  make(MediaPurpose::advertisement);
+  begins = false;
+  engine->load(kCMTimeZero);
+  for (int death = 0; death < 3; ++death) {
+    peers.back()->die("killed by signal 11");
+    loop.runUntilIdle();
+  }
+  EXPECT_TRUE(hasFailed()) << "and not in the host: it may have lied";
+  EXPECT_EQ(peers.size(), 5u);
 }
 
 TEST_F(ProcessEngineTest, endsAProcessWhoseHeartStandsStillForTwoSecondsOfItsOwnRunningTime) {
