@@ -6,6 +6,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <bit>
 #include <cstdint>
 
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
@@ -43,7 +44,7 @@ int forgetPages(dl_phdr_info* library, std::size_t, void*) {
     const auto& segment = library->dlpi_phdr[i];
     if (segment.p_type != PT_LOAD || (segment.p_flags & PF_W) != 0) continue;
     const std::uintptr_t begin = library->dlpi_addr + segment.p_vaddr, page = begin & ~pageMask;
-    madvise(reinterpret_cast<void*>(page), begin + segment.p_memsz - page, MADV_DONTNEED);
+    madvise(std::bit_cast<void*>(page), begin + segment.p_memsz - page, MADV_DONTNEED);
   }
   return 0;
 }
