@@ -16,7 +16,7 @@
 namespace {
 
 constexpr std::int32_t nanoseconds = 1'000'000'000;
-// How many processes in a row may go before their first word, and before they begin with the media.
+// How many processes in a row may go before their first word, and how many in all before they begin with the media.
 constexpr int muteLimit = 3;
 // Of one that is ended without waiting for it: a driver may keep it from going.
 constexpr const char* hungReason = "stood still";
@@ -224,7 +224,7 @@ void ProcessEngine::hear(const wire::Facts& facts) {
 
 void ProcessEngine::hear(const wire::Ready&) {
   silence_.reset();
-  mute_ = idle_ = 0;
+  mute_ = 0;
   if (!std::exchange(isReady_, true)) return tell(&Events::ready);
   if (!std::exchange(isRecovering_, false)) return;
   takeOver();

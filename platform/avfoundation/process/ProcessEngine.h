@@ -98,7 +98,7 @@ class ProcessEngine final : public MediaEngine {
   HangWatch hangs_;
   CrashHistory crashes_;
   int mute_ = 0;  // processes that went before their first word, in a row
-  int idle_ = 0;  // the same, between that and their beginning with the media
+  int idle_ = 0;  // those that went between that and their beginning with the media, in all
 
   // What was asked for.
   bool isLoaded_ = false;
