@@ -48,7 +48,8 @@ class GStreamerEngine final : public MediaEngine {
     SeekCompletion completion;
     std::optional<std::uint64_t> flushesBefore = std::nullopt;  // set when it has begun to flush
     int attempts = 0;
-    bool isAtLast = false;  // none was found at the target, and the last of all is sought
+    bool isAtLast = false;     // none was found at the target, and the last of all is sought
+    bool isProlonged = false;  // the media have turned out to be longer on the way
   };
 
   MediaPipeline::Events pipelineEvents();

@@ -58,6 +58,12 @@ void GStreamerEngine::sendSeek(std::int64_t time) {
 }
 
 void GStreamerEngine::arrived() {
+  // An index of fragments names no more than the start of the last one: how long they are is known there.
+  const std::int64_t target = facts_.duration ? reachable(current_->time) : 0;
+  if (target > current_->target && !std::exchange(current_->isProlonged, true)) {
+    current_->target = floor_ = target;
+    return sendSeek(pictureTime(*current_));
+  }
   const bool lacksPicture = hasVideo() && !pipeline_->frames().hasFreshPicture();
   if (lacksPicture && pipeline_->bufferedEnd() == GST_CLOCK_TIME_NONE && isCutOff()) {
     return fail(damagedMediaError(source_.url));

@@ -84,6 +84,18 @@ TEST_F(Seeking, beginsAtItsStartAndShowsNoOtherPictureBefore) {
   EXPECT_TRUE(runUntil([this] { return told.ended == 1; }));
 }
 
+TEST_F(Seeking, goesIntoTheLastFragmentThoughTheIndexEndsWhereItBegins) {
+  for (const char* where : {"fragmented.mp4", "@fragmented.mp4"}) {
+    SCOPED_TRACE(where);
+    ASSERT_TRUE(open(where, MediaPurpose::programme, 9.5));
+    EXPECT_DOUBLE_EQ(position(), 9.5);
+    EXPECT_NEAR(frames->lastNumber(), 235, 2);
+    ASSERT_TRUE(open(where));
+    EXPECT_EQ(seek(9.5), true);
+    EXPECT_DOUBLE_EQ(position(), 9.5);
+  }
+}
+
 TEST_F(Seeking, isClampedToTheMedia) {
   for (const char* where : {"clip.mp4", "@clip.mp4", "longsound.mp4"}) {
     SCOPED_TRACE(where);
