@@ -50,7 +50,7 @@ class Server(http.server.BaseHTTPRequestHandler):
             status = 200
         elif name == f"{WINDOW + MISSING_AFTER}.ts":
             asked[stream] += 1
-        elif os.path.exists(os.path.join(work.name, name)):
+        elif int(name.split(".")[0]) >= last - 2 * WINDOW and os.path.exists(os.path.join(work.name, name)):
             with open(os.path.join(work.name, name), "rb") as file:
                 status, body = 200, file.read()
         self.send_response(status)

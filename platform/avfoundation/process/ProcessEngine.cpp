@@ -33,6 +33,11 @@ std::int64_t placeOf(const CMTime& time) {
   return CMTIME_IS_NUMERIC(time) ? CMTimeConvertScale(time, nanoseconds).value : INT64_MAX;
 }
 
+RunLoop::Duration firstFrameLimit() {
+  const std::chrono::duration<double> limit(MediaEngineSettings::shared().firstFrameSilenceLimit);
+  return std::chrono::duration_cast<RunLoop::Duration>(limit);
+}
+
 bool isPlace(const CMTime& time) {
   return CMTIME_IS_VALID(time) && !CMTIME_IS_INDEFINITE(time);
 }
@@ -43,7 +48,8 @@ ProcessEngine::ProcessEngine(const MediaSource& source, Launch launch, std::shar
     : source_(source),
       launch_(std::move(launch)),
       fetcher_(std::move(fetcher)),
-      silence_([this] { fail(silenceError(source_.url, MediaEngineSettings::shared().firstFrameSilenceLimit)); }) {}
+      silence_([this] { fail(silenceError(source_.url, MediaEngineSettings::shared().firstFrameSilenceLimit)); }),
+      segments_([this] { openListAnew(); }) {}
 
 ProcessEngine::~ProcessEngine() {
   YMR_ASSERT_MAIN_THREAD();
@@ -53,6 +59,7 @@ ProcessEngine::~ProcessEngine() {
 
 void ProcessEngine::cut() {
   look_.reset();
+  segments_.reset();
   hangs_.end();
   if (link_) std::exchange(link_, nullptr)->cut();
 }
@@ -79,16 +86,8 @@ void ProcessEngine::load(const CMTime& start) {
   if (pending_.empty() && start > kCMTimeZero && isPlace(start)) floor_ = reachable(start);
   auto bytes = fetcher_ ? fetcher_->makeReader() : nullptr;
   if (!bytes) return this->start();
-  const std::chrono::duration<double> limit(MediaEngineSettings::shared().firstFrameSilenceLimit);
-  silence_.setWaiting(true, std::chrono::duration_cast<RunLoop::Duration>(limit));
+  silence_.setWaiting(true, firstFrameLimit());
   look_ = std::make_unique<PlaylistLook>(std::move(bytes), [this](auto finding) { looked(finding); });
-}
-
-void ProcessEngine::looked(PlaylistLook::Finding finding) {
-  look_.reset();
-  if (finding == PlaylistLook::Finding::failed) return fail(fetcher_->failure().value_or(readingError(source_.url)));
-  isPlaylist_ = finding == PlaylistLook::Finding::playlist && source_.purpose == MediaPurpose::programme;
-  start();
 }
 
 void ProcessEngine::start() {
@@ -165,6 +164,7 @@ void ProcessEngine::setRate(double rate) {
   if (hasFailed_) return;
   rate_ = rate;
   fallback_ ? fallback_->setRate(rate) : send(wire::SetRate{rate});
+  watchSegments();
 }
 
 void ProcessEngine::setMuted(bool muted) {
@@ -250,6 +250,8 @@ void ProcessEngine::hear(const wire::Failed& failed) {
 
 void ProcessEngine::hear(const wire::Buffering& buffering) {
   buffering_ = buffering;
+  if (!buffering.isEmpty) segments_.reset();
+  watchSegments();
   if (isReady_ && !isRecovering_) tell(&Events::bufferingChanged);
 }
 
@@ -303,7 +305,9 @@ void ProcessEngine::recover() {
     caption_.reset();
     report(&Events::captionChanged, caption_);
   }
-  start();
+  if (!isPlaylist_) return start();
+  silence_.setWaiting(true, firstFrameLimit());
+  openListAnew();
 }
 
 void ProcessEngine::fail(const NSError& error) {

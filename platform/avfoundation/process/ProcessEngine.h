@@ -70,6 +70,10 @@ class ProcessEngine final : public MediaEngine {
   void hear(const wire::SeekDone& done);
   void died(const MediaPeer::Death& death);
   void recover();
+  // A list of segments is read anew before another process plays it: a live one is another list by now. Also when its
+  // segments have stopped coming: then the process that waits for them goes if the list is there.
+  void openListAnew();
+  void watchSegments();
   // Ends the seeks up to `number`, of which only that one was `finished`.
   void finishSeeks(std::uint64_t number, bool finished);
   void fail(const NSError& error);
@@ -85,11 +89,12 @@ class ProcessEngine final : public MediaEngine {
 
   const MediaSource source_;
   const Launch launch_;
-  const std::shared_ptr<ByteFetcher> fetcher_;
+  std::shared_ptr<ByteFetcher> fetcher_, nextFetcher_;
   std::unique_ptr<PlaylistLook> look_;
   bool isPlaylist_ = false;
   bool comesOnce_ = false;  // a pipe: no other process can begin again
   SilenceWatch silence_;    // of a server, up to the first picture, whatever has to be started for it
+  SilenceWatch segments_;   // while those of a live list are missing
   std::shared_ptr<const Events> events_ = std::make_shared<const Events>();
   MainHop hop_;  // for what is posted to itself
   std::shared_ptr<ProcessLink> link_;

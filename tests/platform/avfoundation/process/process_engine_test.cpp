@@ -3,8 +3,10 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/avfoundation/process/FetchedSource.h"
 #include "platform/dispatch/VirtualRunLoop.h"
 #include "tests/platform/avfoundation/process/ScriptedPeer.h"
+#include "tests/support/HTTPServer.h"
 
 using namespace std::chrono_literals;
 
@@ -16,12 +18,14 @@ class ProcessEngineTest : public testing::Test {
 
   ProcessEngineTest() { make(MediaPurpose::programme); }
 
-  void make(MediaPurpose purpose) {
-    engine = std::make_unique<ProcessEngine>(MediaSource{*NSURL::URLWithString("http://host/film"), purpose}, [this] {
+  void make(MediaPurpose purpose, const std::string& list = "") {
+    const MediaSource source{*NSURL::URLWithString(list.empty() ? "http://host/film" : list), purpose};
+    const auto launch = [this] {
       peers.push_back(std::make_shared<ScriptedPeer>());
       peers.back()->begins = begins;
       return peers.back();
-    });
+    };
+    engine = std::make_unique<ProcessEngine>(source, launch, list.empty() ? nullptr : fetcherOf(source));
     MediaEngine::Events events;
     events.ready = [this] { told.push_back("ready"); };
     events.failed = [this](const NSError& error) { told.push_back("failed: " + error.message); };
@@ -188,6 +192,29 @@ TEST_F(ProcessEngineTest, endsAProcessWhoseHeartStandsStillForTwoSecondsOfItsOwn
   EXPECT_FALSE(peers[1]->isEnded);
   loop.advance(2500ms);
   EXPECT_TRUE(peers[1]->isEnded);
+}
+
+TEST_F(ProcessEngineTest, opensALiveListAnewWhoseSegmentsStopComingIfItIsThere) {
+  HTTPServer server;
+  server.on("/live", "#EXTM3U");
+  make(MediaPurpose::programme, server.url("/live"));
+  engine->load(kCMTimeZero);
+  engine->setRate(1);
+  for (const std::size_t number : {1u, 2u, 2u}) {
+    loop.runUntilIdle();
+    ASSERT_EQ(peers.size(), number);
+    peers.back()->becomeReady();
+    wire::Facts facts;
+    facts.isLive = true;
+    peers.back()->say(facts);
+    peers.back()->say(wire::Buffering{true, false, {}});
+    pass(5s);
+    ASSERT_EQ(peers.size(), number);
+    if (number == 2) server.on("/live", HTTPServer::Reply{.status = 404});
+    pass(2s);
+  }
+  EXPECT_TRUE(peers[0]->isEnded);
+  EXPECT_FALSE(hasFailed());
 }
 
 TEST_F(ProcessEngineTest, completesEachSeekOnceThroughADeathToo) {
