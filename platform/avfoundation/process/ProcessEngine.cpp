@@ -33,11 +33,6 @@ std::int64_t placeOf(const CMTime& time) {
   return CMTIME_IS_NUMERIC(time) ? CMTimeConvertScale(time, nanoseconds).value : INT64_MAX;
 }
 
-RunLoop::Duration firstFrameLimit() {
-  const std::chrono::duration<double> limit(MediaEngineSettings::shared().firstFrameSilenceLimit);
-  return std::chrono::duration_cast<RunLoop::Duration>(limit);
-}
-
 bool isPlace(const CMTime& time) {
   return CMTIME_IS_VALID(time) && !CMTIME_IS_INDEFINITE(time);
 }
@@ -48,7 +43,7 @@ ProcessEngine::ProcessEngine(const MediaSource& source, Launch launch, std::shar
     : source_(source),
       launch_(std::move(launch)),
       fetcher_(std::move(fetcher)),
-      silence_([this] { fail(silenceError(source_.url, MediaEngineSettings::shared().firstFrameSilenceLimit)); }),
+      silence_([this] { fail(silenceError(source_.url, std::chrono::duration<double>(silenceLimit()).count())); }),
       segments_([this] { openListAnew(); }) {}
 
 ProcessEngine::~ProcessEngine() {
@@ -86,7 +81,7 @@ void ProcessEngine::load(const CMTime& start) {
   if (pending_.empty() && start > kCMTimeZero && isPlace(start)) floor_ = reachable(start);
   auto bytes = fetcher_ ? fetcher_->makeReader() : nullptr;
   if (!bytes) return this->start();
-  silence_.setWaiting(true, firstFrameLimit());
+  silence_.setWaiting(true, silenceLimit());
   look_ = std::make_unique<PlaylistLook>(std::move(bytes), [this](auto finding) { looked(finding); });
 }
 
@@ -117,7 +112,7 @@ void ProcessEngine::start() {
   load.isNetworkAllowed = isPlaylist_;
   const std::int64_t place = pending_.empty() ? floor_ : reachable(pending_.back().time);
   load.hasBegun = isReady_;
-  load.isWithoutTexts = source_.isWithoutTexts || crashes_.isSuspect(place);
+  load.isWithoutTexts = source_.isWithoutTexts || crashes_.isSuspect(crashPlace(place));
   load.start = isLive() ? kCMTimeZero : timeOf(place);  // its own time is another one
   load.settings = MediaEngineSettings::shared();
   std::vector<int> descriptors{shared_->descriptor()};
@@ -133,6 +128,19 @@ void ProcessEngine::start() {
   send(wire::SetRate{rate_});
   send(wire::SelectLegible{legible_});
   setFrameSink(sink_);
+  watchSegments();
+}
+
+RunLoop::Duration ProcessEngine::silenceLimit() const {
+  const MediaEngineSettings& settings = MediaEngineSettings::shared();
+  const bool isPatient = isReady_ && source_.purpose == MediaPurpose::programme;
+  const std::chrono::duration<double> limit(isPatient ? settings.programmeSilenceLimit
+                                                      : settings.firstFrameSilenceLimit);
+  return std::chrono::duration_cast<RunLoop::Duration>(limit);
+}
+
+std::int64_t ProcessEngine::crashPlace(std::int64_t place) const {
+  return facts_.isLive ? std::chrono::nanoseconds(RunLoop::main().now()).count() : place;
 }
 
 void ProcessEngine::send(const wire::ToProcess& message) const {
@@ -228,6 +236,8 @@ void ProcessEngine::hear(const wire::Ready&) {
   if (!std::exchange(isReady_, true)) return tell(&Events::ready);
   if (!std::exchange(isRecovering_, false)) return;
   takeOver();
+  segments_.reset();
+  watchSegments();
   tell(&Events::bufferingChanged);
 }
 
@@ -293,7 +303,7 @@ void ProcessEngine::died(const MediaPeer::Death& death) {
         death.reason.c_str());
   // Nothing is missing: the last picture is there. Another one begins with the next seek.
   if (hasEnded_) return;
-  const bool isWorthIt = !comesOnce_ && crashes_.note(RunLoop::main().now(), floor_);
+  const bool isWorthIt = !comesOnce_ && crashes_.note(RunLoop::main().now(), crashPlace(floor_));
   if (source_.purpose == MediaPurpose::advertisement || !isWorthIt) return fail(crashError(source_.url));
   recover();
 }
@@ -306,7 +316,7 @@ void ProcessEngine::recover() {
     report(&Events::captionChanged, caption_);
   }
   if (!isPlaylist_) return start();
-  silence_.setWaiting(true, firstFrameLimit());
+  silence_.setWaiting(true, silenceLimit());
   openListAnew();
 }
 

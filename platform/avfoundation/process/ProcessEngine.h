@@ -74,6 +74,10 @@ class ProcessEngine final : public MediaEngine {
   // segments have stopped coming: then the process that waits for them goes if the list is there.
   void openListAnew();
   void watchSegments();
+  // How long it may take to the next picture.
+  RunLoop::Duration silenceLimit() const;
+  // Where it crashes: the edge of a live stream moves with time.
+  std::int64_t crashPlace(std::int64_t place) const;
   // Ends the seeks up to `number`, of which only that one was `finished`.
   void finishSeeks(std::uint64_t number, bool finished);
   void fail(const NSError& error);

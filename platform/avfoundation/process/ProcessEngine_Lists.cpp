@@ -26,12 +26,16 @@ void ProcessEngine::openListAnew() {
     look_.reset();
     const auto next = std::exchange(nextFetcher_, nullptr);
     const bool isThere = finding == PlaylistLook::Finding::playlist;
-    if (link_ && (!isThere || !buffering_.isEmpty)) return watchSegments();
+    const bool isNeeded = buffering_.isEmpty || isRecovering_;
+    if (link_ && (!isThere || !isNeeded)) return watchSegments();
     if (isThere) fetcher_ = next;
-    if (!link_) return start();
-    floor_ = place();
-    cut();
-    isRecovering_ = true;
+    if (link_) {
+      floor_ = place();
+      hangs_.end();
+      std::exchange(link_, nullptr)->cut();
+    }
+    isRecovering_ = isReady_;
+    silence_.setWaiting(true, silenceLimit());  // however many processes it takes
     start();
   };
   if (!bytes) return goOn(PlaylistLook::Finding::failed);
@@ -40,5 +44,6 @@ void ProcessEngine::openListAnew() {
 
 void ProcessEngine::watchSegments() {
   const bool isLive = isPlaylist_ && link_ && isReady_ && facts_.isLive;
-  segments_.setWaiting(isLive && rate_ != 0 && buffering_.isEmpty && !isRecovering_ && !look_, segmentsLimit);
+  const bool isMissing = isRecovering_ || (rate_ != 0 && buffering_.isEmpty);
+  segments_.setWaiting(isLive && isMissing && !look_, segmentsLimit);
 }
