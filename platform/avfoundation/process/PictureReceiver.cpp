@@ -12,8 +12,9 @@ constexpr std::uint64_t slotLimit = 128 * 1024 * 1024;
 constexpr std::uint64_t roomLimit = 512 * 1024 * 1024;
 constexpr std::uint32_t fewestSlots = 8;
 constexpr std::uint32_t mostSlots = 40;
-// How often a process may ask: each time for larger pictures than before.
+// How often a process may ask, each time for larger pictures than before, and for how much in all.
 constexpr std::uint32_t roomsLimit = 16;
+constexpr std::uint64_t allRoomsLimit = 1024 * 1024 * 1024;
 
 struct Held {
   std::shared_ptr<const void> memory;
@@ -30,7 +31,11 @@ std::optional<PictureReceiver::Room> PictureReceiver::makeRoom(std::uint64_t slo
   if (slotSize == 0 || slotSize > slotLimit || rooms_.size() == roomsLimit) return std::nullopt;
   const auto page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
   const std::uint64_t size = (slotSize + page - 1) / page * page;
+  std::uint64_t held = 0;
+  for (const Room& room : rooms_) held += room.area.slotSize * room.area.count;
+  if (!rooms_.empty() && size <= rooms_.back().area.slotSize) return std::nullopt;
   const auto count = std::clamp(static_cast<std::uint32_t>(roomLimit / size), fewestSlots, mostSlots);
+  if (held + size * count > allRoomsLimit) return std::nullopt;
   auto memory =
       std::make_shared<SharedMemory>(SharedMemory::make("ymr-pictures", size * count, SharedMemory::Access::bothWrite));
   if (!*memory) return std::nullopt;
