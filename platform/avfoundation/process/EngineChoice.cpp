@@ -16,9 +16,9 @@ void prepareMediaEngine() {
 
 std::unique_ptr<MediaEngine> makeMediaEngine(const MediaSource& source) {
   if (MediaEngine::hasFactory() || source.bytes) return MediaEngine::make(source);
-  auto fetcher = fetcherOf(source);
-  if (!isProcessWanted()) return MediaEngine::make(withBytes(source, std::move(fetcher)));
+  if (!isProcessWanted()) return MediaEngine::make(withBytes(source, fetcherOf(source)));
+  const auto fetch = [source] { return fetcherOf(source); };
   // The process loads its libraries while the server answers.
-  if (fetcher) MediaProcesses::prepareSpare();
-  return std::make_unique<ProcessEngine>(source, &MediaProcesses::take, std::move(fetcher));
+  if (source.url.isHTTP()) MediaProcesses::prepareSpare();
+  return std::make_unique<ProcessEngine>(source, &MediaProcesses::take, fetch);
 }

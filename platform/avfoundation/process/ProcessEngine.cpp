@@ -39,10 +39,11 @@ bool isPlace(const CMTime& time) {
 
 }  // namespace
 
-ProcessEngine::ProcessEngine(const MediaSource& source, Launch launch, std::shared_ptr<ByteFetcher> fetcher)
+ProcessEngine::ProcessEngine(const MediaSource& source, Launch launch, Fetch fetch)
     : source_(source),
       launch_(std::move(launch)),
-      fetcher_(std::move(fetcher)),
+      fetch_(std::move(fetch)),
+      fetcher_(fetch_ ? fetch_() : nullptr),
       silence_([this] { fail(silenceError(source_.url, std::chrono::duration<double>(silenceLimit()).count())); }),
       segments_([this] { openListAnew(); }) {}
 

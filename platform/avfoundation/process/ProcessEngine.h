@@ -27,8 +27,11 @@ class ProcessEngine final : public MediaEngine {
   // Makes a process; null when there is none to be had, and the host's own engine takes over. Main thread.
   using Launch = std::function<std::shared_ptr<MediaPeer>()>;
 
-  // A web server's source needs a fetcher, or it fails.
-  ProcessEngine(const MediaSource& source, Launch launch, std::shared_ptr<ByteFetcher> fetcher = nullptr);
+  // Begins to fetch the source's bytes. Main thread; called at once, and for each list that is read anew. None for a
+  // file.
+  using Fetch = std::function<std::shared_ptr<ByteFetcher>()>;
+
+  ProcessEngine(const MediaSource& source, Launch launch, Fetch fetch = nullptr);
   ~ProcessEngine() override;
 
   void setEvents(Events events) override;
@@ -93,6 +96,7 @@ class ProcessEngine final : public MediaEngine {
 
   const MediaSource source_;
   const Launch launch_;
+  const Fetch fetch_;
   std::shared_ptr<ByteFetcher> fetcher_, nextFetcher_;
   std::unique_ptr<PlaylistLook> look_;
   bool isPlaylist_ = false;

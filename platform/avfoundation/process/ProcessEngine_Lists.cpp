@@ -2,7 +2,6 @@
 #include <utility>
 
 #include "platform/avfoundation/engine/MediaErrors.h"
-#include "platform/avfoundation/process/FetchedSource.h"
 #include "platform/avfoundation/process/ProcessEngine.h"
 
 namespace {
@@ -20,7 +19,7 @@ void ProcessEngine::looked(PlaylistLook::Finding finding) {
 }
 
 void ProcessEngine::openListAnew() {
-  nextFetcher_ = fetcherOf(source_);
+  nextFetcher_ = fetch_();
   auto bytes = nextFetcher_ ? nextFetcher_->makeReader() : nullptr;
   const auto goOn = [this](PlaylistLook::Finding finding) {
     look_.reset();

@@ -25,7 +25,7 @@ class Crashes : public EngineTest {
           started.push_back(MediaProcess::start(YMR_MEDIA_PROGRAM, failure));
           return started.back();
         },
-        fetcherOf({urlOf(where), purpose}));
+        [source = MediaSource{urlOf(where), purpose}] { return fetcherOf(source); });
     MediaEngine::Events events;
     events.ready = [this] { ++told.ready; };
     events.failed = [this](NSError error) { told.failures.push_back(std::move(error)); };

@@ -25,7 +25,14 @@ class ProcessEngineTest : public testing::Test {
       peers.back()->begins = begins;
       return peers.back();
     };
-    engine = std::make_unique<ProcessEngine>(source, launch, list.empty() ? nullptr : fetcherOf(source));
+    const auto fetch = [source]() -> std::shared_ptr<ByteFetcher> {
+      auto fetcher = fetcherOf(source);
+      std::byte first{};
+      std::size_t count = 0;
+      fetcher->makeReader()->read(0, {&first, 1}, count);  // waits: what is looked at is here, or has failed
+      return fetcher;
+    };
+    engine = std::make_unique<ProcessEngine>(source, launch, list.empty() ? ProcessEngine::Fetch() : fetch);
     MediaEngine::Events events;
     events.ready = [this] { told.push_back("ready"); };
     events.failed = [this](const NSError& error) { told.push_back("failed: " + error.message); };
@@ -201,7 +208,7 @@ TEST_F(ProcessEngineTest, opensALiveListAnewWhoseSegmentsStopComingIfItIsThere) 
   engine->load(kCMTimeZero);
   engine->setRate(1);
   for (const std::size_t number : {1u, 2u, 2u}) {
-    loop.runUntilIdle();
+    loop.advance(10ms);
     ASSERT_EQ(peers.size(), number);
     peers.back()->becomeReady();
     wire::Facts facts;
