@@ -36,7 +36,10 @@ class GStreamerEngine final : public MediaEngine {
 
   // To be asked now and then: false when since the last time a demuxer or a decoder has stood still with what it was
   // given. Waiting for bytes, for the time of a picture or for a rate is none of that.
-  bool hasMoved() { return !pipeline_ || pipeline_->hasMoved(); }
+  bool hasMoved() {
+    const bool moved = !pipeline_ || pipeline_->hasMoved();
+    return moved || (isReady_ && rate_ == 0 && !current_);
+  }
 
  private:
   // A seek that was asked for, or the start. Only the newest waits; the one under way is marked by its flush count.

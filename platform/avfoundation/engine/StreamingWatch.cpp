@@ -123,7 +123,9 @@ bool StreamingWatch::hasMoved() {
   const std::uint64_t paged = waitsForDisk();
   const bool wasLoading = std::exchange(paged_, paged) != paged;
   const std::uint64_t parsed = reading_.passes + parsing_.passes + queueing_.passes;
-  const bool isParsing = (isPulled_ && reading_.inside == 0) || parsing_.inside > 0;
+  // Whoever parses may wait for room where nobody sees it, with an event; he is late only when a sink has nothing left.
+  const bool isNeeded = presenting_[pictures].inside == 0 && presenting_[sound].inside == 0;
+  const bool isParsing = isNeeded && ((isPulled_ && reading_.inside == 0) || parsing_.inside > 0);
   bool stands = std::exchange(parsed_, parsed) == parsed && isParsing && queueing_.inside == 0;
   for (const Kind kind : {pictures, sound}) {
     const std::uint64_t decoded = decoding_[kind].passes + presenting_[kind].passes;

@@ -19,6 +19,8 @@ constexpr FetchLane::Time urgentPauseLimit = 2s;
 constexpr FetchLane::Time calmInterval = 5s;
 constexpr int attemptsLimit = 3;
 constexpr int refusalsLimit = 3;
+// A server that sends parts no longer than this is not asked for the next one without a pause.
+constexpr std::uint64_t smallPart = 64 * 1024;
 // What is passed over rather than asked for again: a few seconds of a fast line.
 constexpr std::uint64_t skipLimit = 8 * 1024 * 1024;
 
@@ -224,7 +226,7 @@ void FetchLane::settle(const ResourceAnswer::Body& body, const std::optional<NSE
   const bool isUnreadable = error && error->code == NSURLErrorBadServerResponse;
   if (isUnreadable && cursor_ == body.first) {
     refuse(unansweredError(*error, resource_.url), now);
-  } else if (!isComplete || body.isWhole || cursor_ == body.first) {
+  } else if (!isComplete || body.isWhole || cursor_ - body.first < smallPart) {
     askSoon(now);  // else it was a part, as long as it was told to be
   }
 }

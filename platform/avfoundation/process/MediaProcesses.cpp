@@ -16,6 +16,7 @@ struct State {
   std::shared_ptr<MediaProcess> spare;
   std::optional<std::string> program;
   bool isBroken = false;
+  bool hasWorked = false;
   RunLoop::TimerToken timer = 0;  // of a spare that is to be started
 };
 
@@ -43,7 +44,7 @@ std::string MediaProcesses::program() {
 void MediaProcesses::setProgram(std::optional<std::string> program) {
   endSpare();
   state().program = std::move(program);
-  state().isBroken = false;
+  state().isBroken = state().hasWorked = false;
 }
 
 bool MediaProcesses::areAvailable() {
@@ -52,9 +53,14 @@ bool MediaProcesses::areAvailable() {
 
 void MediaProcesses::noteFailure(const std::string& reason) {
   YMR_ASSERT_MAIN_THREAD();
-  if (std::exchange(state().isBroken, true)) return;
+  if (state().isBroken) return;
+  state().isBroken = !state().hasWorked;
   g_log("ymr", G_LOG_LEVEL_CRITICAL, "ymr-media can't be started (%s): media are decoded in this process",
         reason.c_str());
+}
+
+void MediaProcesses::noteSuccess() {
+  state().hasWorked = true;
 }
 
 std::shared_ptr<MediaPeer> MediaProcesses::take() {
@@ -73,7 +79,7 @@ std::shared_ptr<MediaPeer> MediaProcesses::take() {
   std::string failure;
   const std::string path = program();
   auto started = path.empty() ? nullptr : MediaProcess::start(path, failure);
-  if (!started) noteFailure(path.empty() ? "it is not beside the library" : failure);
+  if (!started) noteFailure(path.empty() ? "it is not in ymr/ beside the library" : failure);
   return started;
 }
 

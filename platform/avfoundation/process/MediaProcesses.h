@@ -12,11 +12,15 @@
 // the next item starts at once. Main thread.
 class YMR_API MediaProcesses {
  public:
-  // One for an item, which is the caller's to end(); null when the program can't be started. The first time that it
-  // can't, one line says why, and nobody tries again. Another one is made ready soon after.
+  // One for an item, which is the caller's to end(); null when the program can't be started. One line says why;
+  // nobody tries again, unless one has run before: then it is a shortage that may pass. Another one is made ready soon
+  // after.
   static std::shared_ptr<MediaPeer> take();
   // Takes note that one went before its first word: the program is there and does not run.
   static void noteFailure(const std::string& reason);
+  // Takes note that one has said its first word.
+  static void noteSuccess();
+  // False when it is known that none can be started, and nobody tries.
   static bool areAvailable();
   // Starts the one that stands ready when there is none. For a host that knows that it is about to play its first item.
   static void prepareSpare();

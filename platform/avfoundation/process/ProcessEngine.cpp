@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/avfoundation/bytes/PipeBytes.h"
+#include "platform/avfoundation/bytes/ServerErrors.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
 #include "platform/avfoundation/process/FetchedSource.h"
 #include "platform/avfoundation/process/MediaProcesses.h"
@@ -96,6 +97,7 @@ void ProcessEngine::start() {
   }
   auto peer = launch_();
   shared_ = SharedPosition::make();
+  if (peer && !shared_) MediaProcesses::noteFailure("there is no memory to share");
   if (!peer || !shared_) return fallBack();
   ProcessLink::Events events;
   events.said = [this](const wire::ToHost& message) { hear(message); };
@@ -148,7 +150,9 @@ void ProcessEngine::send(const wire::ToProcess& message) const {
   if (link_) link_->peer().send(message);
 }
 
+// What a process has died of never comes into the host.
 void ProcessEngine::fallBack() {
+  if (isReady_ || hasCrashed_) return fail(crashError(source_.url));
   cut();
   fallback_ = MediaEngine::make(withBytes(source_, fetcher_));
   Events events;
@@ -221,6 +225,7 @@ void ProcessEngine::hear(const wire::ToHost& message) {
 }
 
 void ProcessEngine::hear(const wire::Hello&) {
+  MediaProcesses::noteSuccess();
   hangs_.begin([this] { return shared_->beats(); }, [this] { died({true, hungReason}); });
 }
 
@@ -300,7 +305,8 @@ void ProcessEngine::died(const MediaPeer::Death& death) {
   }
   // It says that it has not touched the media. Whether that is true or not, these media never come into the host.
   if (!shared_->read() && ++idle_ < muteLimit) return start();
-  g_log("ymr", G_LOG_LEVEL_WARNING, "the media process of %s: %s", source_.url.absoluteString().c_str(),
+  hasCrashed_ = true;
+  g_log("ymr", G_LOG_LEVEL_WARNING, "the media process of %s: %s", nameOfMedia(source_.url).c_str(),
         death.reason.c_str());
   // Nothing is missing: the last picture is there. Another one begins with the next seek.
   if (hasEnded_) return;

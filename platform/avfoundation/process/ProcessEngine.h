@@ -110,8 +110,9 @@ class ProcessEngine final : public MediaEngine {
   std::unique_ptr<MediaEngine> fallback_;  // in the host, when there is no process
   HangWatch hangs_;
   CrashHistory crashes_;
-  int mute_ = 0;  // processes that went before their first word, in a row
-  int idle_ = 0;  // those that went between that and their beginning with the media, in all
+  bool hasCrashed_ = false;  // a process that had begun with the media
+  int mute_ = 0;             // processes that went before their first word, in a row
+  int idle_ = 0;             // those that went between that and their beginning with the media, in all
 
   // What was asked for.
   bool isLoaded_ = false;

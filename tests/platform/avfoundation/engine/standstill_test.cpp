@@ -49,6 +49,8 @@ TEST_F(EngineTest, tellsAThreadThatStandsInADecoderFromOneThatWaitsOrIsSlow) {
     asked.hasMoved();
     return runUntil([&] { return !asked.hasMoved(); }, 400ms);
   };
+  ASSERT_TRUE(open("clip.mp4"));
+  EXPECT_FALSE(standsStill(dynamic_cast<GStreamerEngine&>(*engine))) << "it waits to be played";
   auto waiting = begin(50);
   ASSERT_TRUE(runUntil([&] { return waiting->isBufferEmpty() && frames->lastNumber() >= 0; }));
   runFor(100ms);

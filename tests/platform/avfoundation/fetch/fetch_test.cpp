@@ -231,6 +231,19 @@ TEST(Fetch, twoPlacesAreReadInTurnsOverTwoConnectionsWithinTheMemoryThereIs) {
   EXPECT_THAT(places(rig.server.log), ElementsAre(0, far, 7, 1'000'000'000));
 }
 
+TEST(Fetch, isNotHurriedByAServerThatSendsNextToNothing) {
+  FetchRig rig;
+  rig.server.answer = [&](const Request& request) {
+    auto answer = rig.part(request.place);
+    answer.behind = request.place + 1;
+    const std::string place = std::to_string(request.place);
+    answer.head.headers["content-range"] = "bytes " + place + "-" + place + "/" + std::to_string(rig.length);
+    return answer;
+  };
+  EXPECT_GT(rig.read(0, 10'000), 20u) << "but it is asked on";
+  EXPECT_LT(rig.server.log.size(), 200u) << "in a minute";
+}
+
 TEST(Fetch, aReaderThatTakesOverFindsWhatTheOneBeforeItLeft) {
   FetchRig rig;
   rig.length = 1'000'000'000;
