@@ -138,8 +138,8 @@ struct YMR_API MediaEngineSettings {
   // own: each item is parsed and decoded in a process of its own, ymr-media, whose crashes are stalls and whose hands
   // are tied. host: in the host's, for debugging and for machines with little memory.
   enum class Process { own, host } process = Process::own;
-  // When not empty, where sound goes instead: a sink in GStreamer's launch syntax. For devices that need options, and
-  // for listening to what a viewer would hear.
+  // When not empty, where sound goes instead: a sink in GStreamer's launch syntax, for devices that need options. What
+  // can't be made is silence. One that writes files or reaches the network needs the engine in the host.
   std::string soundDevice;
 
   static MediaEngineSettings& shared();
