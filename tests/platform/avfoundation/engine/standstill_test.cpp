@@ -47,7 +47,8 @@ TEST_F(EngineTest, tellsAThreadThatStandsInADecoderFromOneThatWaitsOrIsSlow) {
   };
   const auto standsStill = [this](GStreamerEngine& asked) {
     asked.hasMoved();
-    return runUntil([&] { return !asked.hasMoved(); }, 400ms);
+    runFor(400ms);
+    return !asked.hasMoved();
   };
   ASSERT_TRUE(open("clip.mp4"));
   EXPECT_FALSE(standsStill(dynamic_cast<GStreamerEngine&>(*engine))) << "it waits to be played";
