@@ -15,14 +15,14 @@
 #include <fstream>
 #include <string_view>
 
+#include "platform/avfoundation/bytes/DescriptorMessage.h"
 #include "platform/avfoundation/process/ProcessWatch.h"
 
 extern char** environ;
 
 namespace {
 
-constexpr int socketNumber = 3;              // in the process
-constexpr std::size_t descriptorsLimit = 4;  // to the process; from it comes one at most
+constexpr int socketNumber = 3;  // in the process
 // What a process may say before anybody listens: its first word.
 constexpr std::size_t unheardLimit = 4;
 
@@ -60,15 +60,6 @@ int spawn(const std::string& program, int socket, pid_t& pid) {
   std::string name = program;
   char* arguments[] = {name.data(), nullptr};
   return posix_spawn(&pid, program.c_str(), &spawn.actions, &spawn.attributes, arguments, environ);
-}
-
-Descriptor descriptorIn(const msghdr& message) {
-  const cmsghdr* rights = CMSG_FIRSTHDR(&message);
-  if (!rights || rights->cmsg_level != SOL_SOCKET || rights->cmsg_type != SCM_RIGHTS) return {};
-  if (rights->cmsg_len < CMSG_LEN(sizeof(int))) return {};
-  int number = -1;
-  std::memcpy(&number, CMSG_DATA(rights), sizeof number);
-  return Descriptor(number);
 }
 
 }  // namespace
@@ -132,21 +123,14 @@ void MediaProcess::listen(const std::weak_ptr<Listener>& listener) {
 bool MediaProcess::receive() {
   static thread_local std::vector<std::byte> buffer(wire::messageLimit + 1);
   for (;;) {
-    iovec part{buffer.data(), buffer.size()};
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control;
-    msghdr head{};
-    head.msg_iov = &part;
-    head.msg_iovlen = 1;
-    head.msg_control = control.data();
-    head.msg_controllen = CMSG_LEN(sizeof(int));  // the system closes any that there is no room for
-    const ssize_t size = recvmsg(socket_.get(), &head, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
-    if (size < 0 && errno == EINTR) continue;
-    if (size < 0 && errno == EAGAIN) return true;
-    if (size <= 0) break;
-    Descriptor descriptor = descriptorIn(head);
+    auto received = DescriptorMessage::receive(socket_.get(), buffer, MSG_DONTWAIT);
+    if (received.size < 0 && errno == EAGAIN) return true;
+    if (received.size <= 0) break;
+    Descriptor descriptor;  // one at most means anything
+    if (!received.descriptors.empty()) descriptor = std::move(received.descriptors[0]);
     hasSpoken_ = true;
     std::lock_guard lock(mutex_);
-    const std::span message(buffer.data(), static_cast<std::size_t>(size));
+    const std::span message(buffer.data(), static_cast<std::size_t>(received.size));
     if (const auto listener = listener_.lock()) {
       listener->peerDidSay(message, std::move(descriptor));
     } else if (unheard_.size() < unheardLimit) {
@@ -187,25 +171,8 @@ void MediaProcess::die(std::string reason) {
 
 void MediaProcess::send(const wire::ToProcess& message, const std::vector<int>& descriptors) {
   const auto bytes = wire::encode(message);
-  iovec part{const_cast<std::byte*>(bytes.data()), bytes.size()};
-  msghdr head{};
-  head.msg_iov = &part;
-  head.msg_iovlen = 1;
-  alignas(cmsghdr) std::array<char, CMSG_SPACE(descriptorsLimit * sizeof(int))> control{};
-  if (!descriptors.empty() && descriptors.size() <= descriptorsLimit) {
-    head.msg_control = control.data();
-    head.msg_controllen = CMSG_SPACE(descriptors.size() * sizeof(int));
-    cmsghdr* rights = CMSG_FIRSTHDR(&head);
-    rights->cmsg_level = SOL_SOCKET;
-    rights->cmsg_type = SCM_RIGHTS;
-    rights->cmsg_len = CMSG_LEN(descriptors.size() * sizeof(int));
-    std::memcpy(CMSG_DATA(rights), descriptors.data(), descriptors.size() * sizeof(int));
-  }
-  while (sendmsg(socket_.get(), &head, MSG_NOSIGNAL | MSG_DONTWAIT) < 0) {
-    if (errno == EINTR) continue;
-    if (errno == EAGAIN) end();
-    return;
-  }
+  const ssize_t sent = DescriptorMessage::send(socket_.get(), bytes, descriptors, MSG_NOSIGNAL | MSG_DONTWAIT);
+  if (sent < 0 && errno == EAGAIN) end();
 }
 
 // What the system says of it, from its state on.
