@@ -28,8 +28,7 @@ enum AVPlayerItemStatus {
 // The item has played to its end. Posted by the item, after the player's rate was set as the end action says.
 inline constexpr const char* AVPlayerItemDidPlayToEndTimeNotification = "AVPlayerItemDidPlayToEndTimeNotification";
 // The item's time has jumped: posted by the item once for each seek that was carried out, and when media that can't go
-// elsewhere had to be begun again; never for one that a later
-// seek replaced, nor for plain playing.
+// elsewhere had to be begun again; never for a seek that a later one replaced, nor for plain playing.
 inline constexpr const char* AVPlayerItemTimeJumpedNotification = "AVPlayerItemTimeJumpedNotification";
 
 // The playing of an asset: its state, time and choices. Always held by shared_ptr. Main thread, except currentTime().

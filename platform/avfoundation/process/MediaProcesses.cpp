@@ -55,8 +55,8 @@ void MediaProcesses::noteFailure(const std::string& reason) {
   YMR_ASSERT_MAIN_THREAD();
   if (state().isBroken) return;
   state().isBroken = !state().hasWorked;
-  g_log("ymr", G_LOG_LEVEL_CRITICAL, "ymr-media can't be started (%s): media are decoded in this process",
-        reason.c_str());
+  g_log("ymr", G_LOG_LEVEL_CRITICAL,
+        "ymr-media can't be started (%s): what none has begun with is decoded in this process", reason.c_str());
 }
 
 void MediaProcesses::noteSuccess() {
@@ -66,12 +66,12 @@ void MediaProcesses::noteSuccess() {
 std::shared_ptr<MediaPeer> MediaProcesses::take() {
   YMR_ASSERT_MAIN_THREAD();
   if (state().isBroken) return nullptr;
-  if (!state().timer) {
-    state().timer = RunLoop::main().schedule(spareDelay, [] {
-      state().timer = 0;
-      prepareSpare();
-    });
-  }
+  // One that was set on a loop which has gone never comes, and cancelling it does nothing.
+  if (state().timer) RunLoop::main().cancel(state().timer);
+  state().timer = RunLoop::main().schedule(spareDelay, [] {
+    state().timer = 0;
+    prepareSpare();
+  });
   if (auto spare = std::exchange(state().spare, nullptr); spare && spare->isAlive()) {
     if (!spare->isStopped()) return spare;
     spare->end();

@@ -113,10 +113,12 @@ void ProcessEngine::start() {
   load.hasFile = static_cast<bool>(file);
   load.hasBytes = fetcher_ != nullptr;
   load.isNetworkAllowed = isPlaylist_;
+  // The next process of a live stream calls its times otherwise: no seek finds its place there.
+  if (isLive()) finishSeeks(UINT64_MAX, false);
   const std::int64_t place = pending_.empty() ? floor_ : reachable(pending_.back().time);
   load.hasBegun = isReady_;
   load.isWithoutTexts = source_.isWithoutTexts || crashes_.isSuspect(crashPlace(place));
-  load.start = isLive() ? kCMTimeZero : timeOf(place);  // its own time is another one
+  load.start = isLive() ? kCMTimeZero : timeOf(place);
   load.settings = MediaEngineSettings::shared();
   std::vector<int> descriptors{shared_->descriptor()};
   if (file) descriptors.push_back(file.get());
@@ -213,7 +215,8 @@ void ProcessEngine::seek(const CMTime& time, SeekCompletion completion) {
   const bool hadGone = hasEnded_ && !link_;
   hasEnded_ = false;
   if (hadGone) return recover();
-  send(wire::Seek{seeks_, CMTimeSubtract(time, timeOf(shift_))});
+  // Exactly as it is, unless it has to be moved.
+  send(wire::Seek{seeks_, shift_ == 0 ? time : CMTimeSubtract(time, timeOf(shift_))});
 }
 
 void ProcessEngine::hear(const wire::ToHost& message) {
@@ -381,6 +384,7 @@ std::vector<CMTimeRange> ProcessEngine::bufferedRanges() const {
   if (fallback_) return fallback_->bufferedRanges();
   if (!isReady_ || hasFailed_ || isRecovering_) return {};
   auto ranges = buffering_.ranges;
+  if (shift_ == 0) return ranges;
   for (CMTimeRange& range : ranges) range.start = CMTimeAdd(range.start, timeOf(shift_));
   return ranges;
 }

@@ -102,12 +102,15 @@ TEST_F(ProcessEngineTest, tellsOfATakeoverThatBeginsElsewhereAndLetsTheTimeOfALi
     play(12);
     if (isLive) peers.back()->becomeReady(true);
     loop.runUntilIdle();
+    std::optional<bool> finished;
+    if (isLive) engine->seek(CMTimeMake(12, 1), [&](bool is) { finished = is; });
     peers.back()->die("killed by signal 11");
     loop.runUntilIdle();
     EXPECT_TRUE(peers.back()->all<wire::Load>().at(0).hasBegun);
     write(3);
     peers.back()->becomeReady(isLive);
     loop.runUntilIdle();
+    EXPECT_EQ(finished.value_or(true), !isLive) << "a live stream's time is another one there";
     EXPECT_EQ(testing::Value(told, testing::Contains("jumped")), !isLive);
     EXPECT_NEAR(position(), isLive ? 12 : 3, 0.01);
     peers.back()->say(wire::Buffering{false, true, {{kCMTimeZero, CMTimeMake(5, 1)}}});
