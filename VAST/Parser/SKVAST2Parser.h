@@ -32,6 +32,13 @@ struct VASTHop {
 
 struct SKVAST2ParserOptions {
   std::shared_ptr<URLLoader> loader;  // nil: URLLoader::shared()
+  YMRTagProfile profile = YMRTagProfileExact;
+  // For the addresses of wrappers, where the profile fills macros in.
+  VASTMacroValues macroValues{};
+  // Of the first document, in either profile: whether its wrappers are followed, and whether more than one of its ads
+  // counts.
+  bool followsWrappers = true;
+  bool allowsMultipleAds = true;
   bool validatesWithSchema = kValidateWithSchema;
   // For the request as a whole; hops that are not resolved by then get the time-out value.
   std::chrono::milliseconds timeLimit{30'000};

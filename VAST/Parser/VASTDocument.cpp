@@ -10,6 +10,7 @@
 struct VASTDocument::Tree {
   explicit Tree(std::span<const std::byte> bytes)
       : isWellFormed(parser.parse(bytes)), vast(XML::Accessor(parser.documentRoot())["VAST"]), ads(vast["Ad"]) {
+    if (ads.count() == 0) findQualifiedAds();
     if (ads.count() < 2) return;
     for (const auto& element : ads.elements()) {
       const auto id = element->attributes.find("id");
@@ -21,12 +22,26 @@ struct VASTDocument::Tree {
     }
   }
 
+  const XML::Element* root() const {
+    const auto& children = parser.documentRoot()->childElements;
+    return children.empty() ? nullptr : children.front().get();
+  }
+
+  // Those that the plain names do not find.
+  void findQualifiedAds() {
+    if (!root()) return;
+    for (const auto& element : root()->childElements) {
+      if (element->name == "Ad" || element->name.ends_with(":Ad")) qualifiedAds.push_back(element);
+    }
+  }
+
   XML::Parser parser;
   const bool isWellFormed;
   const XML::Accessor vast;
   const XML::Accessor ads;
   std::unordered_map<std::string_view, XML::Accessor> adsById;  // of several; the keys live in the elements
   std::size_t namelessAdCount = 0;
+  std::vector<std::shared_ptr<XML::Element>> qualifiedAds;
 };
 
 struct VASTDocument::Shared {
@@ -79,4 +94,13 @@ std::size_t VASTDocument::namelessAdCount() const {
 const XML::Accessor& VASTDocument::ad(std::string_view id) const {
   const auto found = tree().adsById.find(id);
   return found == tree().adsById.end() ? tree().ads : found->second;
+}
+
+const XML::Element* VASTDocument::root() const {
+  return tree().root();
+}
+
+std::span<const std::shared_ptr<XML::Element>> VASTDocument::adElements() const {
+  const auto& qualified = tree().qualifiedAds;
+  return qualified.empty() ? tree().ads.elements() : std::span(qualified);
 }

@@ -35,6 +35,11 @@ class YMR_API VASTDocument {
   // is just one.
   const XML::Accessor& ad(std::string_view id) const;
 
+  // The document element; null when there is none.
+  const XML::Element* root() const;
+  // Every `Ad` of it, whatever stands before the names for their namespaces, in order.
+  std::span<const std::shared_ptr<XML::Element>> adElements() const;
+
   // True for copies of one document.
   friend bool operator==(const VASTDocument& left, const VASTDocument& right) { return left.shared_ == right.shared_; }
 

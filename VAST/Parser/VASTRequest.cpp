@@ -18,8 +18,6 @@ constexpr const char* tag = "VAST-Parser";
 constexpr std::size_t requestBytesLimit = 64 * 1024 * 1024;
 constexpr std::size_t requestElementsLimit = 1'000'000;
 
-constexpr long statusOfDocument = 200;
-
 // The error of a model that has a document of that depth, while nothing has gone wrong.
 SKVASTError noAdErrorAt(std::int32_t depth) {
   return depth == 0 ? SKVASTErrorNoAd : SKVASTErrorNoAdAfterWrappers;
@@ -63,6 +61,7 @@ struct VASTRequest::Fetch {
 VASTRequest::VASTRequest(SKVAST2ParserOptions options, std::shared_ptr<YMRVastModel> model,
                          SKVAST2Parser::Completion completion)
     : options_(std::move(options)),
+      rules_(YMRTagRules::of(options_.profile)),
       loader_(options_.loader ? options_.loader : URLLoader::shared()),
       deadline_(RunLoop::main().now() + options_.timeLimit),
       model_(std::move(model)),
@@ -90,6 +89,7 @@ void VASTRequest::checkAndHandleRedirect() {
     unresolved_.pop_back();
     const auto& [model, depth] = next;
     if (const auto redirect = model->redirectUrl()) {
+      model->passWrapper();
       if (getDataWithUrl(*redirect, {model, depth + 1})) return;
     } else if (model->adModels().empty()) {
       model->setVastError(noAdErrorAt(depth));
@@ -104,8 +104,11 @@ void VASTRequest::checkAndHandleRedirect() {
   complete();
 }
 
-void VASTRequest::parseRecursivelyWithData(const VASTDocument& document, std::int32_t depth,
+void VASTRequest::parseRecursivelyWithData(const VASTDocument& given, std::int32_t depth,
                                            const std::shared_ptr<YMRVastModel>& model) {
+  const auto rest = given.bytes().subspan(rules_.blanksBefore(given.bytes()));
+  const bool isWhole = rest.size() == given.bytes().size();
+  const VASTDocument document = isWhole ? given : VASTDocument(std::vector(rest.begin(), rest.end()));
   if (depth >= kMaxRecursiveDepth) {
     model->setVastError(SKVASTErrorTooManyWrappers);
     return;
@@ -144,7 +147,8 @@ std::optional<SKVASTError> VASTRequest::check(const VASTDocument& document) {
 bool VASTRequest::getDataWithUrl(const std::string& text, Unresolved of) {
   const auto now = RunLoop::main().now();
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - now);
-  const auto url = urlWithCleanString(text);
+  auto url = urlWithCleanString(text);
+  if (url) url = rules_.withMacros(*url, options_.macroValues);
   const auto fetch = std::make_shared<Fetch>(url ? url->absoluteString() : text, std::move(of), now);
   if (!url || !url->isHTTP()) {
     ended(*fetch, failed(NSURLErrorUnsupportedURL, "Only http and https are fetched."));
@@ -180,8 +184,10 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
   const long status = response.error ? 0 : response.status;
   if (status != 0) loader_->noteAnswer();
   std::optional<SKVASTError> error;
-  if (status != statusOfDocument) error = fetchError(response);
-  const std::string reason = response.reason();
+  const auto answer = rules_.answerOf(response);
+  if (answer == YMRTagRules::Answer::nothing) error = fetchError(response);
+  const bool isNoAd = answer == YMRTagRules::Answer::noAd;
+  const std::string reason = error ? response.reason() : isNoAd ? "the server has no ad" : "";
   if (options_.hopObserver) {
     const auto elapsed = RunLoop::main().now() - fetch.startedAt;
     callHost(tag, [&] {
@@ -194,6 +200,11 @@ void VASTRequest::ended(const Fetch& fetch, URLResponse response) {
     const std::string message = "No document from " + (fetch.url.empty() ? "no URL" : fetch.url) + ": " + reason;
     SKLogger::warning(tag, message);
     fetch.of.model->setVastError(*error, isTheNetworks(response) ? "" : message);
+    return;
+  }
+  if (isNoAd) {
+    SKLogger::info(tag, "No ad from " + fetch.url);
+    fetch.of.model->setVastError(noAdErrorAt(fetch.of.depth));
     return;
   }
   bytesLeft_ -= std::min(bytesLeft_, response.body.size());

@@ -44,6 +44,7 @@ class VASTRequest : public std::enable_shared_from_this<VASTRequest> {
   void complete();
 
   const SKVAST2ParserOptions options_;
+  const YMRTagRules& rules_;
   const std::shared_ptr<URLLoader> loader_;
   const RunLoop::Duration deadline_;
   std::shared_ptr<YMRVastModel> model_;

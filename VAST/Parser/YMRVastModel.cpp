@@ -1,6 +1,8 @@
 #include "VAST/Parser/YMRVastModel.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -21,28 +23,12 @@ std::optional<std::string> copyOf(const std::string* text) {
   return text ? std::optional(*text) : std::nullopt;
 }
 
-// The only child of that name; null when there is none, or more than one. Takes null too.
-const XML::Element* onlyChild(const XML::Element* parent, std::string_view name) {
-  if (!parent) return nullptr;
-  const XML::Element* only = nullptr;
-  for (const auto& child : parent->childElements) {
-    if (child->name != name) continue;
-    if (only) return nullptr;
-    only = child.get();
-  }
-  return only;
-}
-
-// Calls `use` with each element at the end of a path of names, and the URL that is its text. What an accessor would
-// find step by step, without its copies: a document can have a hundred thousand such elements. Elements whose text
-// cannot be asked for are left out.
+// Calls `use` with each of the elements and the URL that is its text. Those whose text cannot be asked for are left
+// out.
 template <class Use>
-void forEachURL(const XML::Element* from, std::initializer_list<std::string_view> path, const Use& use) {
-  const auto* const last = path.end() - 1;
-  for (const auto* name = path.begin(); name != last; ++name) from = onlyChild(from, *name);
-  if (!from) return;
-  for (const auto& element : from->childElements) {
-    if (element->name != *last || !element->text) continue;
+void forEachURL(const std::vector<const XML::Element*>& elements, const Use& use) {
+  for (const auto* element : elements) {
+    if (!element->text) continue;
     auto url = urlWithCleanString(*element->text);
     if (url && url->isHTTP()) {
       use(*element, *std::move(url));
@@ -52,9 +38,24 @@ void forEachURL(const XML::Element* from, std::initializer_list<std::string_view
   }
 }
 
+void addURLs(const std::vector<const XML::Element*>& elements, std::vector<SKVASTUrlWithId>& urls) {
+  forEachURL(elements, [&urls](const XML::Element& element, NSURL url) {
+    urls.emplace_back(copyOf(attribute(element, "id")), std::move(url));
+  });
+}
+
+std::optional<std::string> textOf(const XML::Element* element) {
+  return element ? element->text : std::nullopt;
+}
+
+constexpr std::array<std::string_view, 3> toLinear{"Creatives", "Creative", "Linear"};
+constexpr std::array<std::string_view, 5> toFilms{"Creatives", "Creative", "Linear", "MediaFiles", "MediaFile"};
+constexpr std::array<std::string_view, 5> toTracking{"Creatives", "Creative", "Linear", "TrackingEvents", "Tracking"};
+constexpr std::array<std::string_view, 4> toCustomTracking{"Extensions", "Extension", "CustomTracking", "Tracking"};
+
 }  // namespace
 
-YMRVastModel::YMRVastModel() = default;
+YMRVastModel::YMRVastModel(YMRTagProfile profile) : rules_(YMRTagRules::of(profile)) {}
 YMRVastModel::~YMRVastModel() = default;
 
 void YMRVastModel::setVASTDocumentArray(std::vector<VASTDocument> documents) {
@@ -64,42 +65,57 @@ void YMRVastModel::setVASTDocumentArray(std::vector<VASTDocument> documents) {
 
 void YMRVastModel::addVASTDocument(const VASTDocument& document) {
   vastDocumentArray_.push_back(document);
-  const XML::Accessor& ads = document.ads();
-  if (ads.count() < 2) {
+  auto split = rules_.split(document);
+  if (!split.isSplit) {
     adIDs_.emplace_back();
+    adPositions_.push_back(0);
     return;
   }
-  if (const auto count = document.namelessAdCount(); count > 0) {
-    SKLogger::warning(tag, "Left out " + std::to_string(count) + " Ad without an id among several");
+  if (!allowance_.severalAds) {
+    auto& first = split.standalone.empty() ? split.pod : split.standalone;
+    split.pod = {first.begin(), first.begin() + (first.empty() ? 0 : 1)};
+    split.standalone.clear();
   }
-  for (const auto& ad : ads.elements()) {
-    const auto* const id = attribute(*ad, "id");
-    if (!id) continue;
-    auto child = makeChild(*id);
-    if (const auto* const sequence = attribute(*ad, "sequence")) {
-      child->adSequence_ = *sequence;
-      child->setParent(shared_from_this());
-      adModels_.push_back(std::move(child));
-    } else {
-      standaloneAdModels_->push_back(std::move(child));
-    }
+  for (const auto& each : split.standalone) standaloneAdModels_->push_back(makeChild(each));
+  for (const auto& each : split.pod) {
+    auto child = makeChild(each);
+    child->adSequence_ = copyOf(attribute(*each.ad, "sequence"));
+    child->setParent(shared_from_this());
+    adModels_.push_back(std::move(child));
   }
-  std::stable_sort(adModels_.begin(), adModels_.end(),
-                   [](const auto& left, const auto& right) { return *left->adSequence_ < *right->adSequence_; });
 }
 
-std::shared_ptr<YMRVastModel> YMRVastModel::makeChild(const std::string& id) const {
-  auto child = std::make_shared<YMRVastModel>();
-  child->adID_ = id;
+std::shared_ptr<YMRVastModel> YMRVastModel::makeChild(const YMRTagRules::Child& of) const {
+  auto child = std::make_shared<YMRVastModel>(rules_.profile());
+  const auto* id = attribute(*of.ad, "id");
+  if (id) child->adID_ = *id;
   child->adIDs_ = adIDs_;
-  child->adIDs_.push_back(id);
+  child->adIDs_.push_back(child->adID_);
+  child->adPositions_ = adPositions_;
+  child->adPositions_.push_back(of.position);
+  child->allowance_ = allowance_;
   child->setVASTDocumentArray(vastDocumentArray_);
   return child;
 }
 
 void YMRVastModel::setParent(const std::shared_ptr<YMRVastModel>& parent) {
   parent_ = parent;
-  parentsStandalone_ = parent ? parent->standaloneAdModels_ : nullptr;
+  fallBacks_.clear();
+  if (!parent) return;
+  fallBacks_.push_back(parent->standaloneAdModels_);
+  if (!rules_.exhaustsFallBacks()) return;
+  fallBacks_.insert(fallBacks_.end(), parent->fallBacks_.begin(), parent->fallBacks_.end());
+}
+
+void YMRVastModel::setAllowance(bool wrappers, bool severalAds) {
+  allowance_.wrappers = wrappers;
+  allowance_.severalAds = severalAds;
+}
+
+void YMRVastModel::passWrapper() {
+  const auto further = rules_.allowanceOf(rules_.child(lastAd(), "Wrapper"));
+  setAllowance(allowance_.wrappers && further.wrappers, allowance_.severalAds && further.severalAds);
+  if (!further.fallBacks) fallBacks_.clear();
 }
 
 SKVASTError YMRVastModel::getVastError() const {
@@ -110,9 +126,10 @@ SKVASTError YMRVastModel::getVastError() const {
   return *vastError_;
 }
 
-const XML::Accessor& YMRVastModel::lastAd() const {
-  static const XML::Accessor nothing(XMLError::accessError("vast xml not found"));
-  return vastDocumentArray_.empty() ? nothing : vastDocumentArray_.back().ad(adID_);
+const XML::Element* YMRVastModel::lastAd() const {
+  if (vastDocumentArray_.empty()) return nullptr;
+  const bool isSplit = adPositions_.size() < vastDocumentArray_.size();
+  return rules_.adIn(vastDocumentArray_.back(), adID_, isSplit ? SIZE_MAX : adPositions_.back());
 }
 
 std::vector<const XML::Element*> YMRVastModel::adsOfChain() const {
@@ -120,26 +137,27 @@ std::vector<const XML::Element*> YMRVastModel::adsOfChain() const {
   ads.reserve(vastDocumentArray_.size());
   for (std::size_t i = 0; i < vastDocumentArray_.size(); ++i) {
     const bool isNamed = !adID_.empty() && i < adIDs_.size();
-    const XML::Accessor& ad = vastDocumentArray_[i].ad(isNamed ? std::string_view(adIDs_[i]) : std::string_view());
-    const auto inLine = ad["InLine"];
-    const auto content = (inLine.error() ? ad["Wrapper"] : inLine).element();
-    if (content) ads.push_back(content.get());
+    const auto id = isNamed ? std::string_view(adIDs_[i]) : std::string_view();
+    const auto position = i < adPositions_.size() ? adPositions_[i] : SIZE_MAX;
+    const auto* content = rules_.contentOf(rules_.adIn(vastDocumentArray_[i], id, position));
+    if (content) ads.push_back(content);
   }
   return ads;
 }
 
 std::optional<std::string> YMRVastModel::vastVersion() const {
-  const auto vast = vastDocumentArray_.empty() ? nullptr : vastDocumentArray_.front().vast().element();
+  const auto* vast = vastDocumentArray_.empty() ? nullptr : rules_.vastOf(vastDocumentArray_.front());
   return vast ? copyOf(attribute(*vast, "version")) : std::nullopt;
 }
 
 std::optional<std::string> YMRVastModel::redirectUrl() const {
-  return adModels_.empty() ? lastAd()[{"Wrapper", "VASTAdTagURI"}].text() : std::nullopt;
+  if (!adModels_.empty() || !allowance_.wrappers) return std::nullopt;
+  return textOf(rules_.child(rules_.child(lastAd(), "Wrapper"), "VASTAdTagURI"));
 }
 
 std::vector<std::shared_ptr<SKVASTMediaFile>> YMRVastModel::mediaFiles() const {
   std::vector<std::shared_ptr<SKVASTMediaFile>> files;
-  forEachURL(lastAd().element().get(), {"InLine", "Creatives", "Creative", "Linear", "MediaFiles", "MediaFile"},
+  forEachURL(rules_.at(rules_.child(lastAd(), "InLine"), toFilms),
              [&files](const XML::Element& element, const NSURL& url) {
                const auto text = [&element](std::string_view name) { return copyOf(attribute(element, name)); };
                files.push_back(std::make_shared<SKVASTMediaFile>(
@@ -150,11 +168,11 @@ std::vector<std::shared_ptr<SKVASTMediaFile>> YMRVastModel::mediaFiles() const {
 }
 
 std::optional<std::string> YMRVastModel::adTitle() const {
-  return lastAd()[{"InLine", "AdTitle"}].text();
+  return textOf(rules_.child(rules_.child(lastAd(), "InLine"), "AdTitle"));
 }
 
 std::optional<std::string> YMRVastModel::adDescription() const {
-  return lastAd()[{"InLine", "Description"}].text();
+  return textOf(rules_.child(rules_.child(lastAd(), "InLine"), "Description"));
 }
 
 std::map<std::string, std::vector<NSURL>> YMRVastModel::trackingEvents() const {
@@ -163,19 +181,15 @@ std::map<std::string, std::vector<NSURL>> YMRVastModel::trackingEvents() const {
     if (const auto* event = attribute(tracking, "event")) events[*event].push_back(std::move(url));
   };
   for (const auto* ad : adsOfChain()) {
-    forEachURL(ad, {"Creatives", "Creative", "Linear", "TrackingEvents", "Tracking"}, add);
-    forEachURL(ad, {"Extensions", "Extension", "CustomTracking", "Tracking"}, add);
+    forEachURL(rules_.at(ad, toTracking), add);
+    forEachURL(rules_.at(ad, toCustomTracking), add);
   }
   return events;
 }
 
 std::vector<SKVASTUrlWithId> YMRVastModel::urlsOfChain(std::initializer_list<std::string_view> path) const {
   std::vector<SKVASTUrlWithId> urls;
-  for (const auto* ad : adsOfChain()) {
-    forEachURL(ad, path, [&urls](const XML::Element& element, NSURL url) {
-      urls.emplace_back(copyOf(attribute(element, "id")), std::move(url));
-    });
-  }
+  for (const auto* ad : adsOfChain()) addURLs(rules_.at(ad, {path.begin(), path.size()}), urls);
   return urls;
 }
 
@@ -184,7 +198,10 @@ std::vector<SKVASTUrlWithId> YMRVastModel::impressions() const {
 }
 
 std::vector<SKVASTUrlWithId> YMRVastModel::errors() const {
-  return urlsOfChain({"Error"});
+  static constexpr std::array<std::string_view, 1> toErrors{"Error"};
+  auto urls = urlsOfChain({"Error"});
+  if (!vastDocumentArray_.empty()) addURLs(rules_.at(rules_.emptyVastOf(vastDocumentArray_.back()), toErrors), urls);
+  return urls;
 }
 
 std::optional<SKVASTUrlWithId> YMRVastModel::clickThrough() const {
@@ -194,6 +211,38 @@ std::optional<SKVASTUrlWithId> YMRVastModel::clickThrough() const {
 
 std::vector<SKVASTUrlWithId> YMRVastModel::clickTracking() const {
   return urlsOfChain({"Creatives", "Creative", "Linear", "VideoClicks", "ClickTracking"});
+}
+
+std::vector<YMRVastModel::Progress> YMRVastModel::progress() const {
+  std::vector<Progress> list;
+  if (!rules_.knowsOffsets()) return list;
+  for (const auto* ad : adsOfChain()) {
+    for (const auto* tracking : rules_.at(ad, toTracking)) {
+      const auto* event = attribute(*tracking, "event");
+      const auto* text = attribute(*tracking, "offset");
+      const auto offset = event && text && *event == "progress" ? VASTOffset::from(*text) : std::nullopt;
+      if (!offset) continue;
+      forEachURL({tracking}, [&](const XML::Element&, NSURL url) { list.push_back({*offset, std::move(url)}); });
+    }
+  }
+  return list;
+}
+
+std::optional<YMRSkipOffset> YMRVastModel::skipOffset() const {
+  if (!rules_.knowsOffsets()) return std::nullopt;
+  const auto ads = adsOfChain();
+  for (auto ad = ads.rbegin(); ad != ads.rend(); ++ad) {
+    for (const auto* linear : rules_.at(*ad, toLinear)) {
+      const auto* text = attribute(*linear, "skipoffset");
+      const auto offset = text ? YMRSkipOffset::fromText(*text) : std::nullopt;
+      if (offset) return offset;
+    }
+  }
+  return std::nullopt;
+}
+
+std::vector<VASTNotRun> YMRVastModel::notRun() const {
+  return rules_.notRunOf(adsOfChain());
 }
 
 YMRVastModel::Models YMRVastModel::sequencedAdModels() {
@@ -207,12 +256,14 @@ YMRVastModel::Models YMRVastModel::sequencedAdModels() {
 }
 
 YMRVastModel::Models YMRVastModel::sequencedAdModelsOfStandaloneAd() {
-  if (!parentsStandalone_ || parentsStandalone_->empty()) return {};
-  Queue& standalone = *parentsStandalone_;
+  const auto list = std::ranges::find_if(fallBacks_, [](const auto& each) { return !each->empty(); });
+  if (list == fallBacks_.end()) return {};
+  Queue& standalone = **list;
   const Models playable = standalone.front()->sequencedAdModels();
   standalone.pop_front();
   standalone.insert(standalone.begin(), playable.begin(), playable.end());
   const auto next = standalone.front();
   standalone.pop_front();
+  if (rules_.exhaustsFallBacks()) next->fallBacks_.insert(next->fallBacks_.end(), fallBacks_.begin(), fallBacks_.end());
   return {next};
 }
