@@ -104,7 +104,7 @@ void GStreamerEngine::apply() {
   const bool isPatient = (isReady_ || source_.hasBegun) && source_.purpose == MediaPurpose::programme;
   silence_.setWaiting(isOpen_ && (!isReady_ || current_ || starves),
                       seconds(isPatient ? settings.programmeSilenceLimit : settings.firstFrameSilenceLimit));
-  if (source_.purpose == MediaPurpose::advertisement && isReady_) {
+  if (isAdvertisement(source_.purpose) && isReady_) {
     const double length = facts_.duration ? static_cast<double>(*facts_.duration) / second : settings.lengthOfUnknownAd;
     overtime_.setWaiting(rate_ != 0 && !hasEnded_, seconds(length + settings.adOvertimeLimit));
   }

@@ -18,7 +18,12 @@
 enum class MediaPurpose {
   programme,      // buffers up to 40 s or 64 MiB ahead; any container that the machine decodes; files, http and https
   advertisement,  // starts as soon as it can; only containers that an ad may have; http and https
+  anyAdvertisement,  // the same, in any container that the machine decodes
 };
+
+constexpr bool isAdvertisement(MediaPurpose purpose) {
+  return purpose != MediaPurpose::programme;
+}
 
 // What an engine plays.
 struct MediaSource {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/avfoundation/bytes/ServerErrors.h"
+#include "platform/foundation/ConnectionRate.h"
 
 using namespace std::chrono_literals;
 
@@ -93,6 +94,7 @@ bool FetchLane::mayGoOn() const {
 }
 
 std::optional<FetchLane::Time> FetchLane::turn(Time now, const Goal& goal) {
+  measure(now);
   goal_ = goal;
   if (!isPlaced_) return std::nullopt;
   if (std::exchange(hasHeard_, false)) heardAt_ = now;
@@ -113,6 +115,20 @@ std::optional<FetchLane::Time> FetchLane::turn(Time now, const Goal& goal) {
   if (now < due) return due;
   ask(now);
   return now + silenceLimit;
+}
+
+// What came without a pause shows what the connection carries.
+void FetchLane::measure(Time now) {
+  constexpr Time window = 250ms;
+  if (!stream_ || isPaused_ || hasEnded_) {
+    burstSince_.reset();
+  } else if (!burstSince_ || now - *burstSince_ >= window) {
+    if (burstSince_) ConnectionRate::shared().note(burstBytes_, now - *burstSince_);
+    burstSince_ = now;
+  } else {
+    return;
+  }
+  burstBytes_ = 0;
 }
 
 void FetchLane::ask(Time now) {
@@ -164,6 +180,7 @@ bool FetchLane::isLiveAgain(std::span<const std::byte> bytes) const {
 
 HTTPStreamClient::Taken FetchLane::streamDidReceive(std::span<const std::byte> bytes) {
   hasHeard_ = true;
+  burstBytes_ += bytes.size();
   if (isLiveAgain(bytes)) {
     if (!store_.append(number_, resource_.opening.before(cursor_))) {
       isPaused_ = true;

@@ -63,6 +63,7 @@ class FetchLane final : HTTPStreamClient {
   bool isDone() const;
   bool hasAll() const;
   void stop();
+  void measure(Time now);
   void ask(Time now);
   // A request has ended: what follows from it.
   void settle(Time now);
@@ -96,6 +97,10 @@ class FetchLane final : HTTPStreamClient {
   bool isPaused_ = false;
   bool hasHeard_ = false;  // since the last turn
   Time heardAt_{0};
+
+  // What came since then, while it does not pause.
+  std::optional<Time> burstSince_;
+  std::size_t burstBytes_ = 0;
 
   // What became of those before, while nothing came.
   Time askAt_{0};

@@ -314,7 +314,7 @@ void ProcessEngine::died(const MediaPeer::Death& death) {
   // Nothing is missing: the last picture is there. Another one begins with the next seek.
   if (hasEnded_) return;
   const bool isWorthIt = !comesOnce_ && crashes_.note(RunLoop::main().now(), crashPlace(floor_));
-  if (source_.purpose == MediaPurpose::advertisement || !isWorthIt) return fail(crashError(source_.url));
+  if (isAdvertisement(source_.purpose) || !isWorthIt) return fail(crashError(source_.url));
   recover();
 }
 

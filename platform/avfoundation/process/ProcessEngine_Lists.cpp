@@ -14,7 +14,7 @@ constexpr RunLoop::Duration segmentsLimit = std::chrono::seconds(6);
 void ProcessEngine::looked(PlaylistLook::Finding finding) {
   look_.reset();
   if (finding == PlaylistLook::Finding::failed) return fail(fetcher_->failure().value_or(readingError(source_.url)));
-  isPlaylist_ = finding == PlaylistLook::Finding::playlist && source_.purpose == MediaPurpose::programme;
+  isPlaylist_ = finding == PlaylistLook::Finding::playlist && source_.purpose != MediaPurpose::advertisement;
   start();
 }
 

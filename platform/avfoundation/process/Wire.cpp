@@ -24,7 +24,7 @@ std::string_view cut(std::string_view text, std::size_t limit) {
 
 // The last value of each enumeration that goes over the wire.
 constexpr auto lastOf(MediaPurpose) {
-  return MediaPurpose::advertisement;
+  return MediaPurpose::anyAdvertisement;
 }
 constexpr auto lastOf(MediaTrack::Kind) {
   return MediaTrack::Kind::closedCaption;
