@@ -52,7 +52,9 @@ std::optional<NSURL> withErrorCode(const std::optional<NSURL>& url, const std::s
 
 SKVASTEventProcessor::SKVASTEventProcessor(TrackingEvents trackingEvents,
                                            std::weak_ptr<SKVASTViewControllerDelegate> delegate)
-    : trackingEvents_(std::move(trackingEvents)), delegate_(std::move(delegate)) {}
+    : trackingEvents_(std::move(trackingEvents)),
+      delegate_(std::move(delegate)),
+      rules_(&YMRTagRules::of(YMRTagProfileExact)) {}
 
 SKVASTEventProcessor::~SKVASTEventProcessor() = default;
 
@@ -63,14 +65,46 @@ void SKVASTEventProcessor::trackEvent(SKVASTTrackingEvent event) {
     tellDelegate("Unknown");
     return;
   }
-  const Event& known = events[event];
-  tellDelegate(known.key);
-  const auto found = trackingEvents_.find(known.key);
+  sendEvent(events[event].key, events[event].message);
+}
+
+void SKVASTEventProcessor::trackSkip() {
+  YMR_ASSERT_MAIN_THREAD();
+  const auto alive = weak_from_this().lock();
+  sendEvent("skip", "Sent skip to url: ");
+}
+
+void SKVASTEventProcessor::sendEvent(const std::string& event, const char* message) {
+  tellDelegate(event);
+  const auto found = trackingEvents_.find(event);
   if (found == trackingEvents_.end()) return;
   for (const auto urls = found->second; const NSURL& url : urls) {  // a log sink may change the table
     sendTrackingRequest(url);
-    log(known.message, url);
+    log(message, url);
   }
+}
+
+void SKVASTEventProcessor::trackProgress(double second, double duration) {
+  std::vector<NSURL> due;
+  std::erase_if(progress_, [&](const YMRVastModel::Progress& each) {
+    const auto moment = each.offset.secondsOf(duration);
+    const bool isDue = moment && *moment <= second;
+    if (isDue) due.push_back(each.url);
+    return isDue;
+  });
+  for (const NSURL& url : due) {
+    sendTrackingRequest(url);
+    log("Sent progress to url: ", url);
+  }
+}
+
+void SKVASTEventProcessor::sendNotRun(const std::vector<VASTNotRun>& notRun) {
+  constexpr int notSupported = 2;
+  ofRequest_.reason = notSupported;
+  for (const auto& each : notRun) {
+    for (const NSURL& url : each.tellAt) sendTrackingRequest(url);
+  }
+  ofRequest_.reason.reset();
 }
 
 void SKVASTEventProcessor::sendVASTUrlsWithId(const std::vector<SKVASTUrlWithId>& urls) {
@@ -84,11 +118,26 @@ void SKVASTEventProcessor::sendVASTUrlsWithId(const std::vector<SKVASTUrlWithId>
 void SKVASTEventProcessor::sendVASTError(const std::vector<SKVASTUrlWithId>& urls, const std::string& errorCode) {
   auto copy = urls;
   for (SKVASTUrlWithId& entry : copy) entry = SKVASTUrlWithId(entry.id_(), withErrorCode(entry.url(), errorCode));
+  ofRequest_.errorCode = errorCode;
   sendVASTUrlsWithId(copy);
+  ofRequest_.errorCode.reset();
 }
 
-void SKVASTEventProcessor::sendTrackingRequest(const NSURL& url) {
+void SKVASTEventProcessor::setRules(const YMRTagRules& rules, std::function<VASTMacroValues()> values) {
+  rules_ = &rules;
+  values_ = std::move(values);
+}
+
+NSURL SKVASTEventProcessor::address(const NSURL& url) const {
+  auto values = values_ ? values_() : VASTMacroValues();
+  values.errorCode = ofRequest_.errorCode;
+  values.reason = ofRequest_.reason;
+  return rules_->withMacros(url, values);
+}
+
+void SKVASTEventProcessor::sendTrackingRequest(const NSURL& given) {
   YMR_ASSERT_MAIN_THREAD();
+  const NSURL url = address(given);
   if (!url.isHTTP()) {
     log("Event processor refuses to send request to url: ", url);
     return;

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "VAST/SKVASTError.h"
 #include "VAST/SKVASTMediaFile.h"
+#include "VAST/YMRTagProfile.h"
 #include "platform/Export.h"
 
 // networkType().
@@ -24,6 +26,8 @@ class YMR_API SKVASTMediaFilePicker {
   // The file of a compatible type whose area is nearest to the main screen's in points, the smaller of two that are
   // equally near; bitrates do not matter. nil without such a file, and without a network.
   static std::shared_ptr<SKVASTMediaFile> pick(const Files& files);
+  // The same by a profile's rules: YMRTagRules::takes() and choose().
+  static std::shared_ptr<SKVASTMediaFile> pick(const Files& files, YMRTagProfile profile);
   // What pick() is to be reported as when it has just given nil: SKVASTErrorNoInternet without a network, else
   // SKVASTErrorMediaFileNotCompatible.
   static SKVASTError errorOfNone();

@@ -14,7 +14,7 @@ YMRPreparedAd YMRAdQueue::takeNext(const YMRPreparedAd::Pick& pick) {
   const auto model = std::move(models_.front());
   models_.pop_front();
   auto ad = YMRPreparedAd::from(*model, pick);
-  if (ad.foundNothing()) {
+  if (ad.failure && ad.rules().isReplacedAfter(*ad.failure)) {
     const auto standalone = model->sequencedAdModelsOfStandaloneAd();
     models_.insert(models_.begin(), standalone.begin(), standalone.end());
   }

@@ -28,9 +28,9 @@ class YMR_API YMRAdQueue {
 
   // The ad whose turn is next. Not when empty.
   const std::shared_ptr<YMRVastModel>& next() const { return models_.front(); }
-  // Takes it out, parted from its pod. When no ad was found for it, its pod's next stand-alone ad is now next. Not when
-  // empty.
-  YMRPreparedAd takeNext(const YMRPreparedAd::Pick& pick = SKVASTMediaFilePicker::pick);
+  // Takes it out, parted from its pod. When it failed in a way that lets one take its place, its pod's next stand-alone
+  // ad is now next. Not when empty.
+  YMRPreparedAd takeNext(const YMRPreparedAd::Pick& pick = nullptr);
   // Parts the ads from their pods and lets go of them.
   void clear();
 
