@@ -17,6 +17,15 @@ std::shared_ptr<YMRAd> YMRAd::initPostRollWithVastUrl(std::optional<NSURL> vastU
   return std::shared_ptr<YMRAd>(new YMRAd(YMRAdRollPost, std::move(vastUrl), 0));
 }
 
+std::shared_ptr<YMRAd> YMRAd::initWithListedBreak(std::shared_ptr<const VMAPBreak> listed, std::uint64_t offset) {
+  const auto roll = listed->place == VMAPBreak::Place::beforeProgramme ? YMRAdRollPre
+                    : listed->place == VMAPBreak::Place::inProgramme   ? YMRAdRollMid
+                                                                       : YMRAdRollPost;
+  auto made = std::shared_ptr<YMRAd>(new YMRAd(roll, listed->tag, roll == YMRAdRollMid ? offset : 0));
+  made->listed_ = std::move(listed);
+  return made;
+}
+
 std::string YMRAd::getNameFromRoll(YMRAdRoll roll) {
   switch (roll) {
     case YMRAdRollPre:
@@ -38,5 +47,6 @@ std::string YMRAd::description() const {
 std::shared_ptr<YMRAd> YMRAd::copy() const {
   auto copy = std::shared_ptr<YMRAd>(new YMRAd(roll_, vastUrl_, offset_));
   copy->isPlayed_ = isPlayed_;
+  copy->listed_ = listed_;
   return copy;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "VAST/Parser/VMAPDocument.h"
 #include "platform/Export.h"
 #include "platform/foundation/NSURL.h"
 
@@ -24,6 +25,11 @@ class YMRAd {
   YMR_API static std::shared_ptr<YMRAd> initMidRollWithVastUrl(std::optional<NSURL> vastUrl, std::uint64_t offset);
   YMR_API static std::shared_ptr<YMRAd> initPostRollWithVastUrl(std::optional<NSURL> vastUrl);
 
+  // A break of a schedule document, due where that says; `offset` is for one in the programme. Its ads are fetched from
+  // its tag, or are in its own document.
+  YMR_API static std::shared_ptr<YMRAd> initWithListedBreak(std::shared_ptr<const VMAPBreak> listed,
+                                                            std::uint64_t offset);
+
   // "Preroll", "Midroll" or "Postroll"; the last one for any unknown value.
   YMR_API static std::string getNameFromRoll(YMRAdRoll roll);
 
@@ -31,6 +37,9 @@ class YMRAd {
   const std::optional<NSURL>& vastUrl() const { return vastUrl_; }
   // 0 for pre- and post-rolls.
   std::uint64_t offset() const { return offset_; }
+
+  // What the schedule document says of the break; nil for one that the host listed itself.
+  const std::shared_ptr<const VMAPBreak>& listedBreak() const { return listed_; }
 
   // Whether the break has been started.
   bool isPlayed() const { return isPlayed_; }
@@ -54,6 +63,7 @@ class YMRAd {
   YMRAdRoll roll_;
   std::optional<NSURL> vastUrl_;
   std::uint64_t offset_;
+  std::shared_ptr<const VMAPBreak> listed_;
   std::optional<std::string> adTitle_;
   std::optional<std::string> adDescription_;
 };

@@ -76,8 +76,9 @@ class YMRAdPlayer::Watch final : public NSKeyValueObserver, public std::enable_s
   AVPlayerTimeObserverToken tick_;
 };
 
-YMRAdPlayer::YMRAdPlayer(const std::optional<NSURL>& film)
-    : item_(AVPlayerItem::playerItemWithURL(film, {.purpose = MediaPurpose::advertisement})),
+YMRAdPlayer::YMRAdPlayer(const std::optional<NSURL>& film, bool anyContainer)
+    : item_(AVPlayerItem::playerItemWithURL(
+          film, {.purpose = anyContainer ? MediaPurpose::anyAdvertisement : MediaPurpose::advertisement})),
       player_(AVPlayer::playerWithPlayerItem(item_)),
       layer_(AVPlayerLayer::playerLayerWithPlayer(player_)) {}
 

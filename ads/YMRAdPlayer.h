@@ -37,8 +37,9 @@ class YMR_API YMRAdPlayer {
     virtual void adItemDidFail(const NSError& error) = 0;
   };
 
-  // Begins to load the film; nil is one that fails. Throws when no player can be made.
-  explicit YMRAdPlayer(const std::optional<NSURL>& film);
+  // Begins to load the film; nil is one that fails. Only what an ad may be in is opened, unless `anyContainer`. Throws
+  // when no player can be made.
+  explicit YMRAdPlayer(const std::optional<NSURL>& film, bool anyContainer = false);
   YMRAdPlayer(const YMRAdPlayer&) = delete;
   YMRAdPlayer& operator=(const YMRAdPlayer&) = delete;
   ~YMRAdPlayer();

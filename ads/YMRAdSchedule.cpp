@@ -1,8 +1,23 @@
 #include "ads/YMRAdSchedule.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "platform/foundation/NSException.h"
+
+namespace {
+
+VMAPParser::Completion finishing(const YMRAdSchedule::Completion& completion) {
+  return [completion](const VMAPParser::Result& result) {
+    if (!result.document) return completion(nullptr, result.problem);
+    const auto schedule = std::make_shared<YMRAdSchedule>();
+    schedule->addBreaks(*result.document);
+    completion(schedule, "");
+  };
+}
+
+}  // namespace
 
 YMRAdSchedule::YMRAdSchedule() {
   setAttrs();
@@ -47,6 +62,54 @@ void YMRAdSchedule::addMidRoll(const std::shared_ptr<YMRAd>& adBreak) {
   }
   groups.insert(groups.begin() + index, Breaks{adBreak});
   offsets.insert(above, offset);
+}
+
+void YMRAdSchedule::addBreaks(const VMAPDocument& document) {
+  Breaks midRolls;
+  for (const auto& each : document.breaks) {
+    if (!each.refusal.empty()) continue;
+    auto listed = std::make_shared<const VMAPBreak>(each);
+    if (listed->percent) {
+      shares_->push_back(std::move(listed));
+      continue;
+    }
+    auto made = YMRAd::initWithListedBreak(listed, listed->second.value_or(0));
+    made->roll() == YMRAdRollMid ? midRolls.push_back(std::move(made)) : addAdBreak(made);
+  }
+  mergeMidRolls(std::move(midRolls));
+}
+
+void YMRAdSchedule::scheduleWithVMAPUrl(const NSURL& url, const Completion& completion) {
+  VMAPParser::parseWithUrl(url, finishing(completion));
+}
+
+void YMRAdSchedule::scheduleWithVMAPData(std::vector<std::byte> document, const Completion& completion) {
+  VMAPParser::parseWithData(std::move(document), finishing(completion));
+}
+
+void YMRAdSchedule::placeShares(double duration) {
+  if (!std::isfinite(duration) || duration <= 0) return;
+  Breaks midRolls;
+  for (auto& listed : std::exchange(*shares_, {})) {
+    const auto second = static_cast<std::uint64_t>(std::ceil(duration * *listed->percent / 100));
+    midRolls.push_back(YMRAd::initWithListedBreak(std::move(listed), second));
+  }
+  mergeMidRolls(std::move(midRolls));
+}
+
+// Sorts all at once: a document may list thousands, in any order.
+void YMRAdSchedule::mergeMidRolls(Breaks breaks) {
+  if (breaks.empty()) return;
+  for (const auto& group : *midRolls_) breaks.insert(breaks.end(), group.begin(), group.end());
+  const auto rank = [](const std::shared_ptr<YMRAd>& each) {
+    const auto& listed = each->listedBreak();
+    return std::pair(each->offset(), listed ? listed->number + 1 : 0);
+  };
+  std::erase(breaks, nullptr);
+  std::ranges::stable_sort(breaks, {}, rank);
+  midRolls_->clear();
+  midRollOffsets_->clear();
+  for (auto& each : breaks) addMidRoll(each);
 }
 
 std::shared_ptr<YMRAdSchedule> YMRAdSchedule::copy() const {

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "VAST/Parser/VMAPParser.h"
+#include "VAST/YMRTagProfile.h"
 #include "ads/YMRAd.h"
 #include "platform/Export.h"
 #include "platform/uikit/values/UIColor.h"
@@ -28,6 +32,22 @@ class YMR_API YMRAdSchedule {
   // mid-rolls in ascending order: an offset below the smallest one already there is not reordered but throws
   // NSRangeException, and the schedule stays as it was.
   void addMidRoll(const std::shared_ptr<YMRAd>& adBreak);
+  // Files the breaks of a schedule document (VMAP) that are played, by time and, where times are equal, in the
+  // document's order. Those at a share of the programme's length wait until placeShares().
+  void addBreaks(const VMAPDocument& document);
+  // Makes a schedule of a document that is fetched, or that the host has, and calls `completion` once, on a later turn
+  // of the main queue: with the schedule, or with nil and what is wrong, for people. Read off the main thread; what is
+  // left out is logged.
+  using Completion = std::function<void(std::shared_ptr<YMRAdSchedule>, const std::string& problem)>;
+  static void scheduleWithVMAPUrl(const NSURL& url, const Completion& completion);
+  static void scheduleWithVMAPData(std::vector<std::byte> document, const Completion& completion);
+
+  // Whether breaks wait for the programme's length.
+  bool hasShares() const { return !shares_->empty(); }
+  // Files them as mid-rolls of a programme of `duration` seconds, at whole seconds, a fraction counts as the next one.
+  // Nothing while that is not a length. Indexes into the lists of mid-rolls change.
+  void placeShares(double duration);
+
   // The same texts and look over the very same lists.
   std::shared_ptr<YMRAdSchedule> copy() const;
 
@@ -38,6 +58,10 @@ class YMR_API YMRAdSchedule {
   // breaks. A group whose breaks have been played stays, empty.
   const std::shared_ptr<std::vector<std::uint64_t>>& midRollOffsets() const { return midRollOffsets_; }
   const std::shared_ptr<std::vector<Breaks>>& midRolls() const { return midRolls_; }
+
+  // How the documents of its breaks are read, and what their trackers are told when. Exact at first.
+  YMRTagProfile tagProfile() const { return tagProfile_; }
+  void setTagProfile(YMRTagProfile profile) { tagProfile_ = profile; }
 
   // Shown while a break's ads are fetched and an ad gets ready. Empty at first, as are the other texts.
   const std::string& adLoadingText() const { return adLoadingText_; }
@@ -64,10 +88,15 @@ class YMR_API YMRAdSchedule {
   void setAdCountdownStrokeWidth(double width) { adCountdownStrokeWidth_ = width; }
 
  private:
+  void mergeMidRolls(Breaks breaks);
+
   std::shared_ptr<Breaks> preRolls_ = std::make_shared<Breaks>();
   std::shared_ptr<std::vector<Breaks>> midRolls_ = std::make_shared<std::vector<Breaks>>();
   std::shared_ptr<Breaks> postRolls_ = std::make_shared<Breaks>();
   std::shared_ptr<std::vector<std::uint64_t>> midRollOffsets_ = std::make_shared<std::vector<std::uint64_t>>();
+  std::shared_ptr<std::vector<std::shared_ptr<const VMAPBreak>>> shares_ =
+      std::make_shared<std::vector<std::shared_ptr<const VMAPBreak>>>();
+  YMRTagProfile tagProfile_ = YMRTagProfileExact;
   std::string adLoadingText_;
   std::string adCountdownText_;
   std::string adpodCountdownText_;

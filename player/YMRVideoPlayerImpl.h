@@ -28,6 +28,7 @@ class ASBPlayerScrubbing;
 class ASBPlayerSubtitling;
 class SKVASTEventProcessor;
 class YMRItemPreparation;
+class YMRBreakTracker;
 class YMRSubtitleConfig;
 class YMRSubtitleStage;
 class YMRVastModel;
@@ -172,6 +173,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void startPreRoll();
   // Chooses the next mid-roll, which starts when it is due.
   void startMidRoll();
+  // Files the breaks at shares of the programme's length, when there are any and it is known; whether it did.
+  bool placeShares();
   void startPostRoll();
   // Starts the chosen mid-roll when it is due at `time`; returns whether it was.
   bool playMidRollDueAt(const CMTime& time);
@@ -207,13 +210,18 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void prepareToPlayVastAdModel(bool seek);
   // Whether the ad plays now. When it does not, its failure has been reported, but it has not been ended.
   bool prepareNextAd();
+  // What the trackers hear at this moment of the ad's, by its profile.
+  void adDidReach(YMRTagRules::Moment moment);
+  void adDidShow();
+  // Of the ad at hand, or of the break while its tag is fetched.
+  VASTMacroValues macroValues() const;
   bool vastReady();
   bool playAd();
   void startAd();
   void adPlayerTick(const CMTime& time) override;
   void adPlayerDidChange(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
                          const NSKeyValueChange& change) override;
-  void adPictureDidArrive() override { adContainerView_->pictureDidArrive(); }
+  void adPictureDidArrive() override;
   void adDidPLayToEndTime() override;
   void adItemDidFail(const NSError& error) override;
   // These tell the host; whoever calls them ends the ad.
@@ -264,6 +272,9 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   bool programmeHasEnded_ = false;  // while a break was under way, before the first of its ads
   bool playsWhenActive_ = false;    // the programme was to play while the application was out of sight
 
+  std::shared_ptr<YMRBreakTracker> breakTracker_;  // of a break that a schedule document lists; nil for others
+  bool breakHasShown_ = false;                     // an ad of it
+
   // For the ads of a break.
   YMRAdQueue ads_;         // still to be played
   YMRPreparedAd ad_;       // taken last
@@ -271,5 +282,6 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   std::shared_ptr<SKVASTEventProcessor> eventProcessor_;
   std::shared_ptr<YMRAdContainerView> adContainerView_;
   int currentQuartile_ = 0;
+  bool adHasShown_ = false;
   std::atomic<bool> isPlayingAd_ = false;
 };

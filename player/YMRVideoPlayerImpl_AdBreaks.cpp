@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "VAST/SKLogger.h"
+#include "ads/core/YMRBreakTracker.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/PerformSelector.h"
 #include "platform/uikit/UIApplication.h"
@@ -67,7 +68,26 @@ void YMRVideoPlayerImpl::startPreRoll() {
   goOnWithProgramme(true);
 }
 
+bool YMRVideoPlayerImpl::placeShares() {
+  if (!adSchedule_ || !adSchedule_->hasShares()) return false;
+  const double duration = programmeDuration();
+  if (!std::isfinite(duration) || duration <= 0) return false;
+  // What is armed goes back into its list, which is looked through from its beginning: it may not be the next any more.
+  if (isArmedMidRoll(currentAdBreak_) && adState_ == YMRAdStateMidRoll) {
+    auto& groups = *adSchedule_->midRolls();
+    if (currentMidRollOffsetIndex_ < groups.size()) {
+      auto& group = groups[currentMidRollOffsetIndex_];
+      group.insert(group.begin(), currentAdBreak_);
+    }
+    currentAdBreak_ = nullptr;
+  }
+  adSchedule_->placeShares(duration);
+  currentMidRollOffsetIndex_ = 0;
+  return true;
+}
+
 void YMRVideoPlayerImpl::startMidRoll() {
+  placeShares();
   if (!adSchedule_ || adSchedule_->midRollOffsets()->empty()) {
     adState_ = YMRAdStatePostRoll;
     currentAdBreak_ = nullptr;
@@ -116,7 +136,17 @@ void YMRVideoPlayerImpl::playVastUrl(const std::optional<NSURL>& url) {
   adContainerView_->confWithAdSchedule(adSchedule_);
   // A mid-roll is fetched while the programme plays; before and after it nothing does.
   if (currentAdBreak_->roll() != YMRAdRollMid) putOverlayOnScreen(true);
-  loadVideoUsingSource(url);
+  breakHasShown_ = false;
+  breakTracker_ = nullptr;
+  const auto listed = currentAdBreak_->listedBreak();
+  if (!listed) return loadVideoUsingSource(url);
+  breakTracker_ = std::make_shared<YMRBreakTracker>(
+      listed->trackingEvents, YMRTagRules::of(adSchedule_ ? adSchedule_->tagProfile() : YMRTagProfileExact),
+      [weak = weak_from_this()] {
+        const auto self = weak.lock();
+        return self ? self->macroValues() : VASTMacroValues();
+      });
+  loadVideoUsingSource(listed->document ? AdSource(*listed->document) : AdSource(url));
 }
 
 bool YMRVideoPlayerImpl::isProgrammePausedBeforeBreak() const {
@@ -129,6 +159,9 @@ void YMRVideoPlayerImpl::breakDidEnd(bool seek) {
   const bool staysPaused = isProgrammePausedBeforeBreak();
   breakStage_ = BreakStage::none;
   const bool programmeHasEnded = std::exchange(programmeHasEnded_, false);
+  if (const auto tracker = std::exchange(breakTracker_, nullptr)) {
+    tracker->breakDidEnd(breakHasShown_ ? std::nullopt : std::optional(ad_.failure.value_or(SKVASTErrorPlayback)));
+  }
   takeOverlayOffScreen();
   if (vodPlayer_) vodPlayer_->setMuted(false);
   // When its schedule was taken away meanwhile, the break goes back the way it came.
@@ -166,6 +199,7 @@ void YMRVideoPlayerImpl::goOnAtEnd() {
 void YMRVideoPlayerImpl::leaveBreak() {
   ++adNumber_;
   breakStage_ = BreakStage::none;
+  breakTracker_ = nullptr;
   isPlayingAd_ = false;
   takeAdOffScreen();
   takeOverlayOffScreen();

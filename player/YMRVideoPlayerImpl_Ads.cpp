@@ -8,10 +8,12 @@
 #include "VAST/Parser/SKVAST2Parser.h"
 #include "VAST/SKLogger.h"
 #include "ads/core/SKVASTEventProcessor.h"
+#include "ads/core/YMRBreakTracker.h"
 #include "ads/core/YMRPlayerErrorHandler.h"
 #include "platform/dispatch/Weakly.h"
 #include "platform/foundation/NSString.h"
 #include "platform/uikit/UIApplication.h"
+#include "platform/uikit/values/UIScreen.h"
 #include "player/YMRVideoPlayerImpl.h"
 #include "player/states/YMRPlayerStatePlayingAd.h"
 #include "player/states/YMRPlayerStateRules.h"
@@ -50,10 +52,18 @@ void YMRVideoPlayerImpl::loadVideoUsingSource(const AdSource& source) {
       weakly(weak_from_this(), [number](YMRVideoPlayerImpl& self, const std::shared_ptr<YMRVastModel>& model) {
         if (self.isAtHand(number)) self.vastDidLoad(*model);
       });
+  SKVAST2ParserOptions options;
+  if (adSchedule_) options.profile = adSchedule_->tagProfile();
+  options.macroValues = macroValues();
+  if (const auto& listed = currentAdBreak_->listedBreak()) {
+    options.followsWrappers = listed->followsRedirects;
+    options.allowsMultipleAds = listed->allowsMultipleAds;
+  }
+  SKVAST2Parser parser(std::move(options));
   if (url) {
-    SKVAST2Parser().parseWithUrl(*url, didLoad);
+    parser.parseWithUrl(*url, didLoad);
   } else {
-    SKVAST2Parser().parseWithData(std::get<VASTDocument>(source), didLoad);
+    parser.parseWithData(std::get<VASTDocument>(source), didLoad);
   }
 }
 
@@ -70,6 +80,7 @@ void YMRVideoPlayerImpl::vastDidLoad(YMRVastModel& model) {
 void YMRVideoPlayerImpl::goOnWithBreak() {
   if (breakStage_ != BreakStage::fetched || isProgrammePausedBeforeBreak()) return;
   breakStage_ = BreakStage::begun;
+  if (breakTracker_) breakTracker_->breakDidStart();
   prepareToPlayVastAdModel(false);
 }
 
@@ -93,6 +104,11 @@ bool YMRVideoPlayerImpl::prepareNextAd() {
   ad_ = ads_.takeNext();
   eventProcessor_ =
       std::make_shared<SKVASTEventProcessor>(ad_.trackingEvents, std::weak_ptr<SKVASTViewControllerDelegate>());
+  eventProcessor_->setRules(ad_.rules(), [weak = weak_from_this()] {
+    const auto self = weak.lock();
+    return self ? self->macroValues() : VASTMacroValues();
+  });
+  eventProcessor_->setProgress(ad_.progress);
   if (!ad_.failure) {
     SKLogger::debug(adTag, "Sending vastReady: callback");
     currentAdBreak_->setAdTitle(ad_.title);
@@ -113,9 +129,44 @@ bool YMRVideoPlayerImpl::prepareNextAd() {
   return false;
 }
 
+void YMRVideoPlayerImpl::adDidReach(YMRTagRules::Moment moment) {
+  if (ad_.rules().impressionsAt() == moment) {
+    SKLogger::debug(adTag, "Sending Impressions requests");
+    eventProcessor_->sendVASTUrlsWithId(ad_.impressions);
+    eventProcessor_->sendNotRun(ad_.notRun);
+  }
+  if (ad_.rules().startAt() == moment) {
+    trackEvent(SKVASTTrackingEventStart);
+    trackEvent(SKVASTTrackingEventCreativeView);
+  }
+}
+
+void YMRVideoPlayerImpl::adDidShow() {
+  breakHasShown_ = true;
+  if (!std::exchange(adHasShown_, true)) adDidReach(YMRTagRules::Moment::shown);
+}
+
+void YMRVideoPlayerImpl::adPictureDidArrive() {
+  adContainerView_->pictureDidArrive();
+  adDidShow();
+}
+
+VASTMacroValues YMRVideoPlayerImpl::macroValues() const {
+  VASTMacroValues values;
+  const CGSize size = UIScreen::mainScreen().bounds().size;
+  values.playerSize = {static_cast<int>(size.width), static_cast<int>(size.height)};
+  values.mediaPlayhead = breakStage_ == BreakStage::onScreen ? CMTimeGetSeconds(lastPlayTime_) : currentPosition();
+  if (currentAdBreak_) values.breakPosition = currentAdBreak_->roll() + 1;
+  if (breakStage_ < BreakStage::begun) return values;
+  values.adCount = ads_.totalCount();
+  values.podSequence = ad_.sequence;
+  if (ad_.mediaFile) values.assetURI = ad_.mediaFile->url()->absoluteString();
+  if (adPlayer_) values.adPlayhead = adTime();
+  return values;
+}
+
 bool YMRVideoPlayerImpl::vastReady() {
-  SKLogger::debug(adTag, "Sending Impressions requests");
-  eventProcessor_->sendVASTUrlsWithId(ad_.impressions);
+  adDidReach(YMRTagRules::Moment::prepared);
   const auto number = adNumber_;
   tell(&YMRVideoPlayerDelegate::videoAdOnStart, currentAdBreak_);
   return isAtHand(number) && playAd();
@@ -144,13 +195,14 @@ void YMRVideoPlayerImpl::startAd() {
   if (!isAtHand(number)) return;
   isPlayingAd_ = true;
   playerState_ = std::make_shared<YMRPlayerStatePlayingAd>();
-  adPlayer_ = std::make_unique<YMRAdPlayer>(ad_.mediaFile->url());
+  adPlayer_ = std::make_unique<YMRAdPlayer>(ad_.rules().withMacros(*ad_.mediaFile->url(), macroValues()),
+                                            ad_.rules().opensAnyContainer());
+  adHasShown_ = false;
   adPlayer_->showIn(*adContainerView_->adPlayerView());
   // Between two ads it stays as it was, so that the programme does not show through.
   putOverlayOnScreen(isFirst);
   adPlayer_->listen(weak_from_this());
-  trackEvent(SKVASTTrackingEventStart);
-  trackEvent(SKVASTTrackingEventCreativeView);
+  adDidReach(YMRTagRules::Moment::asked);
   currentQuartile_ = 0;
   if (!UIApplication::sharedApplication().isInBackground()) adPlayer_->player()->play();
 }
@@ -161,6 +213,7 @@ void YMRVideoPlayerImpl::adPlayerTick(const CMTime& time) {
     if (text) label->setText(*text);
   }
   const auto number = adNumber_;
+  eventProcessor_->trackProgress(CMTimeGetSeconds(time), adDuration());
   const auto state = playerState_;
   state->adPlayerPeriodicTimeObserver(time, *this);
   if (!isAtHand(number)) return;
@@ -180,7 +233,7 @@ void YMRVideoPlayerImpl::adItemDidFail(const NSError& error) {
   if (!isPlayingAd_) return;
   SKLogger::error(adTag, "The ad can't be played: " + error.message);
   const auto number = adNumber_;
-  eventProcessor_->sendVASTError(ad_.errors, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorPlayback));
+  eventProcessor_->sendVASTError(ad_.errors, ad_.errorCodeOfFilm(error));
   onVastError(SKVASTErrorPlayback, YMRPlayerErrorHandler::VASTErrorToString(SKVASTErrorPlayback));
   if (isAtHand(number)) adPlayDidEnd(false, true);
 }

@@ -165,6 +165,7 @@ void YMRVideoPlayerImpl::vodPlayerTick(const CMTime& time) {
   if (SKLogger::reachesSink(SKLogLevelDebug)) {
     SKLogger::debug(ymrPlayerTag, "playhead position = " + stringWithDouble(CMTimeGetSeconds(time), 6));
   }
+  if (!isBreakUnderWay() && adState_ != YMRAdStateNone && placeShares()) startMidRoll();
   playMidRollDueAt(time);
   if (presentation_ == Presentation::gone) return;
   const auto state = playerState_;

@@ -50,6 +50,8 @@ double YMRVideoPlayerImpl::adDuration() const {
 }
 
 void YMRVideoPlayerImpl::trackEvent(std::uint32_t event) {
+  // What tells how far the ad has come tells that it has begun, also of one that has no picture.
+  if (event >= SKVASTTrackingEventFirstQuartile && event <= SKVASTTrackingEventComplete) adDidShow();
   if (eventProcessor_) eventProcessor_->trackEvent(static_cast<SKVASTTrackingEvent>(event));
 }
 

@@ -195,10 +195,14 @@ void SKVASTViewController::loadVideoUsingSource(const Source& source) {
   const auto didLoad = weakly(
       std::weak_ptr(self),
       [](SKVASTViewController& screen, const std::shared_ptr<YMRVastModel>& model) { screen.vastDidLoad(*model); });
+  SKVAST2ParserOptions options;
+  options.profile = tagProfile_;
+  options.macroValues = macroValues();
+  SKVAST2Parser parser(std::move(options));
   if (const auto* url = std::get_if<std::optional<NSURL>>(&source)) {
-    SKVAST2Parser().parseWithUrl(*url, didLoad);
+    parser.parseWithUrl(*url, didLoad);
   } else {
-    SKVAST2Parser().parseWithData(std::get<VASTDocument>(source), didLoad);
+    parser.parseWithData(std::get<VASTDocument>(source), didLoad);
   }
 }
 
@@ -213,6 +217,13 @@ void SKVASTViewController::vastDidLoad(YMRVastModel& model) {
     const auto ad = std::make_shared<Ad>();
     ad->prepared = queue.takeNext();
     ad->events = std::make_shared<SKVASTEventProcessor>(ad->prepared.trackingEvents, delegate_);
+    ad->events->setProgress(ad->prepared.progress);
+    ad->events->setRules(ad->prepared.rules(), [weak = std::weak_ptr(self), film = ad->prepared.mediaFile] {
+      const auto screen = weak.lock();
+      auto values = screen ? screen->macroValues() : VASTMacroValues();
+      if (film) values.assetURI = film->url()->absoluteString();
+      return values;
+    });
     if (!ad->prepared.failure) {
       const auto click = next->clickThrough();
       ad->clickThrough = click ? click->url() : std::nullopt;

@@ -63,6 +63,10 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // Takes effect at once, also for the ad on screen; nil for none.
   void setDelegate(const std::weak_ptr<SKVASTViewControllerDelegate>& delegate);
 
+  // How the documents of the loads to come are read, and what their trackers are told when. Exact at first.
+  YMRTagProfile tagProfile() const { return tagProfile_; }
+  void setTagProfile(YMRTagProfile profile) { tagProfile_ = profile; }
+
   // Loads an ad, which takes the place of one that was loaded before, also when it fails, for want of a network
   // (SKVASTErrorNoInternet) too; an ad on screen plays on. Ignored while a load is in progress. A URL of nil is a tag
   // that can't be fetched.
@@ -138,6 +142,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
     std::vector<SKVASTUrlWithId> clickTracking;
     std::shared_ptr<SKVASTEventProcessor> events;
     bool hasBegun = false;
+    bool hasShown = false;
     bool hasCompleted = false;
     bool hasFailed = false;
   };
@@ -164,6 +169,10 @@ class YMR_API SKVASTViewController final : public UIViewController,
   void presentPlayer();
   void showAndPlayVideo();
   void playFilm();
+  // What the trackers hear at this moment of the ad's, by its profile.
+  static void adDidReach(YMRTagRules::Moment moment, const Ad& ad);
+  void adDidShow();
+  VASTMacroValues macroValues() const;
   void stopTimers();
   void videoLoadDidTimeOut();
   void moviePlayBackDidFinish(const std::optional<NSError>& error);
@@ -175,7 +184,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   void refuseWithoutNetwork();
   void tellError(SKVASTError error, const std::string& reason = "");
 
-  void adPlayerTick(const CMTime&) override {}
+  void adPlayerTick(const CMTime& time) override;
   void adPlayerDidChange(const std::string&, const std::shared_ptr<NSObject>&, const NSKeyValueChange&) override {}
   void adPictureDidArrive() override;
   void adDidPLayToEndTime() override { moviePlayBackDidFinish(std::nullopt); }
@@ -189,6 +198,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   const std::shared_ptr<std::atomic<Network>> network_;
   bool isObserving_ = false;
   bool isLoading_ = false;
+  YMRTagProfile tagProfile_ = YMRTagProfileExact;
   std::shared_ptr<Ad> ad_;  // ready to be played
 
   // The parts of the view.

@@ -9,6 +9,7 @@
 #include "ads/core/YMRPlayerErrorHandler.h"
 #include "platform/dispatch/Weakly.h"
 #include "platform/foundation/MainThread.h"
+#include "platform/uikit/values/UIScreen.h"
 #include "vastscreen/SKVASTViewController.h"
 
 namespace {
@@ -46,7 +47,9 @@ void SKVASTViewController::play() {
     return tellError(SKVASTErrorPlayback);
   }
   try {
-    film_ = std::make_unique<YMRAdPlayer>(ad_->prepared.mediaFile->url());
+    const auto& rules = ad_->prepared.rules();
+    film_ = std::make_unique<YMRAdPlayer>(rules.withMacros(*ad_->prepared.mediaFile->url(), macroValues()),
+                                          rules.opensAnyContainer());
   } catch (const std::exception& exception) {
     SKLogger::error(tag, std::string("Exception - moviePlayer.prepareToPlay: ") + exception.what());
     reportFailure(*ad_, playerErrorCode);
@@ -107,9 +110,42 @@ void SKVASTViewController::showAndPlayVideo() {
       initialDelay, false, [controls = controls_.get()] { controls->showControls(); });
   playFilm();
   if (std::exchange(ad->hasBegun, true)) return ad->events->trackEvent(SKVASTTrackingEventResume);
-  SKLogger::debug(tag, "Sending Impressions requests");
-  ad->events->sendVASTUrlsWithId(ad->prepared.impressions);
-  ad->events->trackEvent(SKVASTTrackingEventStart);
+  const auto number = presentation_;
+  adDidReach(YMRTagRules::Moment::prepared, *ad);
+  adDidReach(YMRTagRules::Moment::asked, *ad);
+  if (isAtHand(number) && hasPicture_) adDidShow();
+}
+
+void SKVASTViewController::adDidReach(YMRTagRules::Moment moment, const Ad& ad) {
+  if (ad.prepared.rules().impressionsAt() == moment) {
+    SKLogger::debug(tag, "Sending Impressions requests");
+    ad.events->sendVASTUrlsWithId(ad.prepared.impressions);
+    ad.events->sendNotRun(ad.prepared.notRun);
+  }
+  if (ad.prepared.rules().startAt() != moment) return;
+  ad.events->trackEvent(SKVASTTrackingEventStart);
+  if (moment == YMRTagRules::Moment::shown) ad.events->trackEvent(SKVASTTrackingEventCreativeView);
+}
+
+void SKVASTViewController::adDidShow() {
+  const auto ad = shown_;
+  if (ad && !std::exchange(ad->hasShown, true)) adDidReach(YMRTagRules::Moment::shown, *ad);
+}
+
+void SKVASTViewController::adPlayerTick(const CMTime& time) {
+  if (!isShown_ || !film_) return;
+  shown_->events->trackProgress(CMTimeGetSeconds(time), CMTimeGetSeconds(film_->item()->duration()));
+}
+
+VASTMacroValues SKVASTViewController::macroValues() const {
+  constexpr int onItsOwn = 4;
+  VASTMacroValues values;
+  const CGSize size = UIScreen::mainScreen().bounds().size;
+  values.playerSize = {static_cast<int>(size.width), static_cast<int>(size.height)};
+  values.breakPosition = onItsOwn;
+  values.adCount = 1;
+  if (film_) values.adPlayhead = CMTimeGetSeconds(film_->player()->currentTime());
+  return values;
 }
 
 void SKVASTViewController::playFilm() {
@@ -183,9 +219,11 @@ void SKVASTViewController::stopTimers() {
 }
 
 void SKVASTViewController::adPictureDidArrive() {
+  const auto self = own();
   hasPicture_ = true;
   videoLoadTimeoutTimer_ = nullptr;
   indicator_->stopAnimating();
+  if (isShown_) adDidShow();
 }
 
 void SKVASTViewController::videoLoadDidTimeOut() {
@@ -193,7 +231,8 @@ void SKVASTViewController::videoLoadDidTimeOut() {
   const auto ad = shown_;
   SKLogger::error(tag, "Video Load Timeout");
   close();
-  reportFailure(*ad, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorTimeout));
+  reportFailure(*ad,
+                ad->prepared.errorCodeOfFilm({AVFoundationErrorDomain, AVErrorNoDataReceived, ""}, SKVASTErrorTimeout));
   tellError(SKVASTErrorTimeout);
 }
 
@@ -205,13 +244,15 @@ void SKVASTViewController::moviePlayBackDidFinish(const std::optional<NSError>& 
   wakefulness_.setAwake(false);
   if (error) {
     SKLogger::error(tag, "playback error:  " + error->message);
-    reportFailure(*ad, YMRPlayerErrorHandler::VASTErrorToErrorCode(SKVASTErrorPlayback));
+    reportFailure(*ad, ad->prepared.errorCodeOfFilm(*error));
     tellError(SKVASTErrorPlayback);
     if (isAtHand(number)) close();
     return;
   }
   isOver_ = true;
   if (!isShown_) return;  // over before the screen was there; it is shown from its beginning
+  adDidShow();
+  if (!isAtHand(number)) return;
   if (!std::exchange(ad->hasCompleted, true)) ad->events->trackEvent(SKVASTTrackingEventComplete);
   if (!isAtHand(number)) return;
   controls_->showControls();

@@ -10,6 +10,7 @@ AdScreenHost::AdScreenHost(Options options, std::function<void()> finished)
       printer_([this] { return window_.elapsed(); }, [this](const std::string& line) { window_.print(line); }),
       delegate_(std::make_shared<SKVASTViewControllerDelegate>(printer_.adScreenDelegate())),
       screen_(SKVASTViewController::initWithDelegate(delegate_, window_.root())) {
+  screen_->setTagProfile(options_.profile);
   answerCallbacks();
 }
 

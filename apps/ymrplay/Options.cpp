@@ -9,6 +9,7 @@
 
 #include "VAST/SKLogger.h"
 #include "apps/shared/Numbers.h"
+#include "apps/shared/ProfileOption.h"
 
 namespace {
 
@@ -101,7 +102,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
 
   Options options;
   std::string media, artwork, start = "0", windowSize, engine = "process", logLevel = "none";
-  std::optional<std::string> adScreen;
+  std::optional<std::string> adScreen, vmap;
   std::vector<std::string> keys, snapshots, subtitles, preRolls, midRolls, postRolls;
   auto* const mediaOption = app.add_option("MEDIA", media, "File or URL to play");
   app.add_option(
@@ -119,15 +120,24 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.add_option("--caption", options.caption, "Select the media's own caption track of that language tag")
       ->check([](const std::string& tag) { return std::string(tag.empty() ? "needs a language tag" : ""); })
       ->type_name("TAG");
-  app.add_option("--preroll", preRolls, "Ad tag of a break before the programme; may be repeated")
+  auto* const preRollOption =
+      app.add_option("--preroll", preRolls, "Ad tag of a break before the programme; may be repeated")
+          ->type_name("URL")
+          ->allow_extra_args(false);
+  auto* const midRollOption =
+      app.add_option("--midroll", midRolls, "Ad tag of a break at that second of the programme; may be repeated")
+          ->type_name("SECONDS=URL")
+          ->allow_extra_args(false);
+  auto* const postRollOption =
+      app.add_option("--postroll", postRolls, "Ad tag of a break after the programme; may be repeated")
+          ->type_name("URL")
+          ->allow_extra_args(false);
+  addProfileOption(app, options.profile);
+  app.add_option("--vmap", vmap, "Schedule document (VMAP) that lists the breaks, in place of the three above")
       ->type_name("URL")
-      ->allow_extra_args(false);
-  app.add_option("--midroll", midRolls, "Ad tag of a break at that second of the programme; may be repeated")
-      ->type_name("SECONDS=URL")
-      ->allow_extra_args(false);
-  app.add_option("--postroll", postRolls, "Ad tag of a break after the programme; may be repeated")
-      ->type_name("URL")
-      ->allow_extra_args(false);
+      ->excludes(preRollOption)
+      ->excludes(midRollOption)
+      ->excludes(postRollOption);
   app.add_option("--loading-text", options.loadingText, "Text while an ad loads")
       ->type_name("T")
       ->capture_default_str();
@@ -172,6 +182,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
     options.start = startPosition(start);
     if (!windowSize.empty()) options.size = size(windowSize);
     for (const auto& text : subtitles) options.subtitles.push_back(address("--subtitle", text));
+    if (vmap) options.vmap = adTag("--vmap", *vmap);
     for (const auto& text : preRolls) options.preRolls.push_back(adTag("--preroll", text));
     for (const auto& text : midRolls) options.midRolls.push_back(midRoll(text));
     for (const auto& text : postRolls) options.postRolls.push_back(adTag("--postroll", text));

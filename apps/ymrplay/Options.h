@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VAST/YMRTagProfile.h"
 #include "platform/foundation/NSURL.h"
 
 // What the command line asks for, checked: values are in range and addresses parse.
@@ -37,6 +38,8 @@ struct Options {
   std::vector<NSURL> preRolls;
   std::vector<MidRoll> midRolls;  // by time; those of one time as they were given
   std::vector<NSURL> postRolls;
+  std::optional<NSURL> vmap;  // of a schedule document, in place of the three lists
+  YMRTagProfile profile = YMRTagProfileExact;
   std::string loadingText = "Ad · loading";
   std::string countdownText = "Ad · %d s";  // formats, as YMRAdSchedule takes them
   std::string podCountdownText = "Ad %2$d of %3$d · %1$d s";

@@ -21,6 +21,13 @@ std::shared_ptr<YMRMediaItem> mediaItem(const Options& options) {
   return item;
 }
 
+void dress(YMRAdSchedule& schedule, const Options& options) {
+  schedule.setTagProfile(options.profile);
+  schedule.setAdLoadingText(options.loadingText);
+  schedule.setAdCountdownText(options.countdownText);
+  schedule.setAdpodCountdownText(options.podCountdownText);
+}
+
 // nil when there is no break to play.
 std::shared_ptr<YMRAdSchedule> adSchedule(const Options& options) {
   if (options.preRolls.empty() && options.midRolls.empty() && options.postRolls.empty()) return nullptr;
@@ -30,9 +37,7 @@ std::shared_ptr<YMRAdSchedule> adSchedule(const Options& options) {
     schedule->addAdBreak(YMRAd::initMidRollWithVastUrl(tag, seconds));
   }
   for (const auto& tag : options.postRolls) schedule->addAdBreak(YMRAd::initPostRollWithVastUrl(tag));
-  schedule->setAdLoadingText(options.loadingText);
-  schedule->setAdCountdownText(options.countdownText);
-  schedule->setAdpodCountdownText(options.podCountdownText);
+  dress(*schedule, options);
   return schedule;
 }
 
@@ -87,6 +92,7 @@ void PlayHost::answerCallbacks() {
   };
   delegate_->playerDidDismiss = [this, print = delegate_->playerDidDismiss] {
     print();
+    alive_ = nullptr;
     finished_();
   };
 }
@@ -118,6 +124,21 @@ void PlayHost::selectCaption() {
 void PlayHost::play() {
   window_.show();
   player_->presentWithController(window_.root());
+  if (!options_.vmap) return playProgramme();
+  YMRAdSchedule::scheduleWithVMAPUrl(
+      *options_.vmap, [this, alive = std::weak_ptr(alive_)](const auto& schedule, const std::string& problem) {
+        if (alive.expired()) return;
+        if (schedule) {
+          dress(*schedule, options_);
+          player_->setAdSchedule(schedule);
+        } else {
+          say(options_.vmap->absoluteString(), problem + " There will be no ads.");
+        }
+        playProgramme();
+      });
+}
+
+void PlayHost::playProgramme() {
   window_.start();
   player_->playWithMediaItem(mediaItem(options_), options_.start);
 }

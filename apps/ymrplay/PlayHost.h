@@ -21,6 +21,7 @@ class PlayHost final : public Host {
   int exitStatus() override { return window_.exitStatus(); }
 
  private:
+  void playProgramme();
   void answerCallbacks();
   // The next subtitle file, after the last one none, then the first.
   void nextSubtitle();
@@ -36,4 +37,5 @@ class PlayHost final : public Host {
   EventPrinter printer_;
   std::shared_ptr<YMRVideoPlayerDelegate> delegate_;
   std::unique_ptr<YMRVideoPlayer> player_;
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>();  // for what comes back later; nil when it is over
 };

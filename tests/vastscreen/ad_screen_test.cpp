@@ -197,6 +197,21 @@ TEST(AdScreen, showsAnAdAndTheControlsAndSaysSoInTheLog) {
                   "Dismissing VASTViewController", "Sending clickTracking requests", "Dismissing VASTViewController"));
 }
 
+TEST(AdScreen, readsBroadlyWhatItIsToldToAndTellsWithTheFirstPicture) {
+  Rig rig;
+  rig.screen->setTagProfile(YMRTagProfileBroad);
+  rig.answer({.body = adDocument({{"b", "image/png"}, {"a"}})});
+  rig.media.script("http://media.example/a.mp4") = {.duration = 6, .loadDelay = 5};
+  rig.load();
+  ASSERT_TRUE(rig.runUntilHeard("vastWillPresentFullScreen"));
+  rig.loop.advance(4s);
+  EXPECT_THAT(rig.tracked(), IsEmpty()) << "the screen is there, and black";
+  ASSERT_TRUE(rig.runUntilHeard("vastDidDismissFullScreen"));
+  EXPECT_THAT(rig.tracked("b"), ElementsAre("error-403"));
+  EXPECT_THAT(rig.tracked(), ElementsAre("impression", "start", "creativeView", "complete", "close"));
+  rig.expectOrderedAndNothingLeft();
+}
+
 TEST(AdScreen, tellsOneErrorOfEachStepThatFailsAndShowsTheNextAd) {
   MediaEngineSettings::shared().firstFrameSilenceLimit = 20;  // so that the screen's own bound comes first
   for (const auto& fault : faults()) {
