@@ -1,11 +1,15 @@
 #include "apps/ymrvast/Inspection.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
+#include <variant>
 
 #include "VAST/Parser/VASTSchema.h"
 #include "VAST/Parser/VASTXMLUtil.h"
 #include "ads/core/YMRAdQueue.h"
+#include "apps/ymrvast/Comparison.h"
+#include "apps/ymrvast/FetchOnce.h"
 #include "apps/ymrvast/Log.h"
 #include "platform/dispatch/PlainRunLoop.h"
 
@@ -13,10 +17,18 @@ namespace {
 
 using Models = YMRVastModel::Models;
 
+constexpr std::chrono::minutes breaksTimeLimit{5};
+
+// As the profile begins to read it.
+VASTDocument documentOf(std::span<const std::byte> bytes, YMRTagProfile profile) {
+  const auto rest = bytes.subspan(YMRTagRules::of(profile).blanksBefore(bytes));
+  return VASTDocument(std::vector(rest.begin(), rest.end()));
+}
+
 // How far a document can be read that is not well-formed, or what of another one is never played; else empty.
-std::string faultOf(const VASTDocument& document) {
+std::string faultOf(const VASTDocument& document, YMRTagProfile profile) {
   if (document.isWellFormed()) {
-    const auto nameless = document.namelessAdCount();
+    const auto nameless = YMRTagRules::of(profile).lostAdCount(document);
     return nameless == 0 ? "" : "never played: " + std::to_string(nameless) + " of several ads, without an id";
   }
   auto element = document.vast().element();
@@ -27,17 +39,6 @@ std::string faultOf(const VASTDocument& document) {
   return "the XML is broken in or after " + path;
 }
 
-// At which step the way to the media files ended.
-std::string reasonForNoFiles(const YMRVastModel& model) {
-  if (model.vastDocumentArray().empty()) return "";
-  const VASTDocument& last = model.vastDocumentArray().back();
-  if (last.vast().error()) return "no media file: the document is no VAST";
-  if (last.ads().error()) return "no media file: the document has no ad";
-  const auto error =
-      last.ad(model.adID())[{"InLine", "Creatives", "Creative", "Linear", "MediaFiles", "MediaFile"}].error();
-  return "no media file: " + (error ? error->description() : "none has a URL that can be asked for");
-}
-
 // What an ad would come to; all that follows from the network and the screen is the same for all of them.
 class AdInspector {
  public:
@@ -45,20 +46,20 @@ class AdInspector {
 
   Inspection::Ad inspect(const std::shared_ptr<YMRVastModel>& model) const {
     SKVASTMediaFilePicker::Files files;
-    return describe(model, YMRPreparedAd::from(*model, pickInto(files)), files);
+    return describe(model, YMRPreparedAd::from(*model, pickInto(model->rules().profile(), files)), files);
   }
 
   Inspection::Ad takeNext(YMRAdQueue& queue) const {
     const auto model = queue.next();
     SKVASTMediaFilePicker::Files files;
-    return describe(model, queue.takeNext(pickInto(files)), files);
+    return describe(model, queue.takeNext(pickInto(model->rules().profile(), files)), files);
   }
 
  private:
-  YMRPreparedAd::Pick pickInto(SKVASTMediaFilePicker::Files& seen) const {
-    return [this, &seen](const SKVASTMediaFilePicker::Files& files) {
+  YMRPreparedAd::Pick pickInto(YMRTagProfile profile, SKVASTMediaFilePicker::Files& seen) const {
+    return [this, profile, &seen](const SKVASTMediaFilePicker::Files& files) {
       seen = files;
-      return hasNetwork_ ? SKVASTMediaFilePicker::pick(files) : nullptr;
+      return hasNetwork_ ? SKVASTMediaFilePicker::pick(files, profile) : nullptr;
     };
   }
 
@@ -68,16 +69,15 @@ class AdInspector {
     ad.model = model;
     ad.prepared = std::move(prepared);
     for (const auto& file : files) {
-      ad.files.push_back({file, file == ad.prepared.mediaFile ? "" : verdictOn(*file)});
+      ad.files.push_back({file, file == ad.prepared.mediaFile ? "" : verdictOn(*file, model->rules())});
     }
-    if (ad.failure() && ad.prepared.foundNothing()) ad.reason = reasonForNoFiles(*model);
+    if (ad.failure() && ad.prepared.foundNothing()) ad.reason = model->rules().whyNoFilm(*model);
     return ad;
   }
 
-  std::string verdictOn(const SKVASTMediaFile& file) const {
+  std::string verdictOn(const SKVASTMediaFile& file, const YMRTagRules& rules) const {
     if (!hasNetwork_) return "there is no network";
-    if (!file.type()) return "it has no type";
-    if (!SKVASTMediaFilePicker::isMIMETypeCompatible(file)) return "the player takes no " + *file.type();
+    if (!rules.takes(file)) return file.type() ? "the player takes no " + *file.type() : "it has no type";
     return "another one's area is nearer to the screen's " + std::to_string(options_.screenWidth) + "x" +
            std::to_string(options_.screenHeight) + ", or as near";
   }
@@ -91,17 +91,41 @@ void addStandalone(const YMRVastModel& model, Models& standalone) {
   for (const auto& child : model.adModels()) addStandalone(*child, standalone);
 }
 
+// Of a document of stand-alone ads alone the one that is shown counts as its ad.
+void putShownFirst(std::vector<Inspection::Ad>& ads, std::vector<Inspection::Ad>& standalone) {
+  if (ads.size() != 1 || ads[0].isShown || ads[0].model->adSequence()) return;
+  const auto shown = std::ranges::find_if(standalone, &Inspection::Ad::isShown);
+  if (shown == standalone.end()) return;
+  std::swap(ads[0], *shown);
+  std::rotate(standalone.begin(), shown, shown + 1);
+}
+
+struct Ads {
+  std::vector<Inspection::Ad> ads;
+  std::vector<Inspection::Ad> standalone;
+  std::size_t shownCount = 0;
+
+  std::vector<const Inspection::Ad*> all() const {
+    std::vector<const Inspection::Ad*> list;
+    for (const auto* each : {&ads, &standalone}) {
+      for (const auto& ad : *each) list.push_back(&ad);
+    }
+    return list;
+  }
+};
+
 // Lists the ads, and goes through the break as the player does, which uses the stand-alone ads up.
-void inspectAds(Inspection& inspection, const AdInspector& inspector) {
-  const Models ads = inspection.model->sequencedAdModels();
+Ads inspectAds(YMRVastModel& root, const AdInspector& inspector) {
+  Ads inspected;
+  const Models ads = root.sequencedAdModels();
   Models standalone;
-  addStandalone(*inspection.model, standalone);
+  addStandalone(root, standalone);
   // A fall-back that was split is played as its children, which are listed nowhere.
   std::map<const YMRVastModel*, Inspection::Ad> played;
-  for (YMRAdQueue queue(*inspection.model); !queue.isEmpty();) {
+  for (YMRAdQueue queue(root); !queue.isEmpty();) {
     auto ad = inspector.takeNext(queue);
     ad.isShown = !ad.prepared.failure;
-    if (ad.isShown) ++inspection.shownCount;
+    if (ad.isShown) ++inspected.shownCount;
     const auto* model = ad.model.get();
     played.emplace(model, std::move(ad));
   }
@@ -111,8 +135,70 @@ void inspectAds(Inspection& inspection, const AdInspector& inspector) {
       into.push_back(found ? std::move(found.mapped()) : inspector.inspect(model));
     }
   };
-  list(ads, inspection.ads);
-  list(standalone, inspection.standalone);
+  list(ads, inspected.ads);
+  list(standalone, inspected.standalone);
+  putShownFirst(inspected.ads, inspected.standalone);
+  return inspected;
+}
+
+using Source = std::variant<std::optional<NSURL>, VASTDocument>;
+
+// Resolves a tag or a document; runs the loop until that is done.
+std::shared_ptr<YMRVastModel> resolve(SKVAST2ParserOptions options, const Source& source, PlainRunLoop& loop) {
+  std::shared_ptr<YMRVastModel> result;
+  SKVAST2Parser parser(std::move(options));
+  const auto completed = [&](std::shared_ptr<YMRVastModel> model) {
+    result = std::move(model);
+    loop.stop();
+  };
+  if (const auto* document = std::get_if<VASTDocument>(&source)) {
+    parser.parseWithData(*document, completed);
+  } else {
+    parser.parseWithUrl(std::get<std::optional<NSURL>>(source), completed);
+  }
+  loop.run();
+  return result;
+}
+
+YMRTagProfile otherThan(YMRTagProfile profile) {
+  return profile == YMRTagProfileExact ? YMRTagProfileBroad : YMRTagProfileExact;
+}
+
+// What both profiles make of it; `options` are those of the one that is asked for.
+Ads inspectBoth(const Options& all, SKVAST2ParserOptions options, const Source& source,
+                std::shared_ptr<YMRVastModel>& model, PlainRunLoop& loop) {
+  const AdInspector inspector(all);
+  model = resolve(options, source, loop);
+  Ads inspected = inspectAds(*model, inspector);
+  options.hopObserver = nullptr;
+  options.profile = otherThan(options.profile);
+  const auto otherModel = quietly(all.logLevel, [&] { return resolve(options, source, loop); });
+  const Ads other = quietly(all.logLevel, [&] { return inspectAds(*otherModel, inspector); });
+  for (auto* list : {&inspected.ads, &inspected.standalone}) compare(*list, options.profile, other.all());
+  return inspected;
+}
+
+void inspectBreaks(Inspection& inspection, const Options& options, const SKVAST2ParserOptions& parserOptions,
+                   PlainRunLoop& loop) {
+  // A document can list thousands of tags that never answer.
+  const auto deadline = RunLoop::main().now() + breaksTimeLimit;
+  for (const auto& listed : inspection.schedule->breaks) {
+    Inspection::Break one{listed, {}};
+    if (one.listed.refusal.empty() && RunLoop::main().now() > deadline) {
+      one.listed.refusal = "not looked at, since those before it took five minutes";
+    }
+    if (one.listed.refusal.empty()) {
+      SKVAST2ParserOptions own = parserOptions;
+      own.followsWrappers = listed.followsRedirects;
+      own.allowsMultipleAds = listed.allowsMultipleAds;
+      std::shared_ptr<YMRVastModel> model;
+      const Source source = listed.document ? Source(*listed.document) : Source(listed.tag);
+      auto inspected = inspectBoth(options, own, source, model, loop);
+      inspection.shownCount += inspected.shownCount;
+      one.ads = std::move(inspected.ads);
+    }
+    inspection.breaks.push_back(std::move(one));
+  }
 }
 
 Inspection::Validation validate(const std::vector<std::pair<std::string, VASTDocument>>& documents,
@@ -143,31 +229,33 @@ Inspection inspect(const Options& options, const std::optional<VASTDocument>& do
   Inspection inspection;
   inspection.source = options.source;
   std::vector<std::pair<std::string, VASTDocument>> documents;
+  std::optional<VASTDocument> first;
+  if (document) first = documentOf(document->bytes(), options.profile);
   if (document) documents.emplace_back(options.source, *document);
 
   SKVAST2ParserOptions parserOptions;
+  parserOptions.profile = options.profile;
+  parserOptions.loader = std::make_shared<FetchOnce>();
+  const SKVAST2ParserOptions ofBreaks = parserOptions;
   parserOptions.hopObserver = [&](const VASTHop& hop) {
     inspection.hops.push_back(hopOf(hop));
-    if (hop.error) return;
-    const VASTDocument fetched(std::vector(hop.body.begin(), hop.body.end()));
-    inspection.hops.back().reason = faultOf(fetched);
+    if (hop.error || hop.body.empty()) return;
+    const VASTDocument fetched = documentOf(hop.body, options.profile);
+    inspection.hops.back().reason = faultOf(fetched, options.profile);
+    if (!first) first = fetched;
     if (options.validate) documents.emplace_back(hop.url, fetched);
   };
-  SKVAST2Parser parser(std::move(parserOptions));
-  const auto completed = [&](std::shared_ptr<YMRVastModel> model) {
-    inspection.model = std::move(model);
-    loop.stop();
-  };
-  if (document) {
-    parser.parseWithData(*document, completed);
-  } else {
-    parser.parseWithUrl(options.url, completed);
+  const Source source = document ? Source(*document) : Source(options.url);
+  auto inspected = inspectBoth(options, parserOptions, source, inspection.model, loop);
+  if (first && VMAPDocument::isVMAP(*first)) {
+    inspection.schedule = VMAPDocument::read(first->bytes(), inspection.scheduleProblem);
+    if (inspection.schedule) inspectBreaks(inspection, options, ofBreaks, loop);
+    return inspection;
   }
-  loop.run();
-
-  const AdInspector inspector(options);
-  inspectAds(inspection, inspector);
-  if (document) inspection.fault = faultOf(*document);
+  inspection.ads = std::move(inspected.ads);
+  inspection.standalone = std::move(inspected.standalone);
+  inspection.shownCount = inspected.shownCount;
+  if (document) inspection.fault = faultOf(*first, options.profile);
   if (options.validate) inspection.validation = validate(documents, options);
   return inspection;
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "VAST/Parser/SKVAST2Parser.h"
+#include "VAST/Parser/VMAPDocument.h"
 #include "VAST/Parser/YMRVastModel.h"
 #include "ads/core/YMRPreparedAd.h"
 #include "apps/ymrvast/Options.h"
@@ -27,12 +28,19 @@ struct Inspection {
     std::shared_ptr<SKVASTMediaFile> file;
     std::string verdict;  // why it was not picked; empty for the one that was
   };
+  // What the profile that was not asked for makes of the same ad.
+  struct Other {
+    YMRTagProfile profile = YMRTagProfileExact;
+    std::optional<NSURL> picked;  // nil: it shows nothing
+    std::string why;              // they differ; empty when they don't
+  };
   struct Ad {
     std::shared_ptr<YMRVastModel> model;
     YMRPreparedAd prepared;
     std::vector<MediaFile> files;  // as the document lists them
     std::string reason;            // for the lack of media files in a document that came, or for its refusal
     bool isShown = false;          // by the player, when nothing fails on the way
+    Other other;
 
     // Where the film is that the player would play; nil for none.
     std::optional<NSURL> picked() const { return prepared.mediaFile ? prepared.mediaFile->url() : std::nullopt; }
@@ -46,6 +54,12 @@ struct Inspection {
     std::vector<std::string> messages;
   };
 
+  // A break of a schedule document, and what its ads come to; empty for one that is left.
+  struct Break {
+    VMAPBreak listed;
+    std::vector<Ad> ads;
+  };
+
   std::string source;
   std::string fault;                    // of a document that was not fetched, as a hop's reason
   std::shared_ptr<YMRVastModel> model;  // its lists of stand-alone ads are used up
@@ -54,6 +68,10 @@ struct Inspection {
   std::vector<Ad> standalone;  // fall-backs, the root's first
   std::size_t shownCount = 0;
   std::optional<Validation> validation;  // when asked for
+  std::optional<VMAPDocument> schedule;  // when the source is one; then there are breaks and no ads
+  std::string scheduleProblem;           // when it is meant as one
+  std::vector<Break> breaks;
+  bool isSchedule() const { return schedule || !scheduleProblem.empty(); }
 };
 
 // Fetches and resolves what the options name; a document that was read from a file or standard input comes in

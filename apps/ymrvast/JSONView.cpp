@@ -51,6 +51,12 @@ Json mediaFiles(const std::vector<Inspection::MediaFile>& files) {
   return array;
 }
 
+Json other(const Inspection::Other& other) {
+  return {{"profile", YMRTagProfileNames[other.profile]},
+          {"picked", orNull(other.picked)},
+          {"why", other.why.empty() ? Json(nullptr) : Json(other.why)}};
+}
+
 // The model's error, which is set, for people.
 std::string messageOf(const YMRVastModel& model) {
   return YMRPlayerErrorHandler::messageOf(model.getVastError(), model.vastErrorReason());
@@ -72,7 +78,8 @@ Json ads(const std::vector<Inspection::Ad>& list) {
                      {"errors", urls(prepared.errors)},
                      {"tracking", tracking(prepared.trackingEvents)},
                      {"mediaFiles", mediaFiles(ad.files)},
-                     {"picked", orNull(ad.picked())}});
+                     {"picked", orNull(ad.picked())},
+                     {"other", other(ad.other)}});
   }
   return array;
 }
@@ -90,9 +97,34 @@ Json hops(const std::vector<Inspection::Hop>& list) {
   return array;
 }
 
+Json breaks(const std::vector<Inspection::Break>& list) {
+  Json array = Json::array();
+  for (const auto& each : list) {
+    const VMAPBreak& listed = each.listed;
+    const bool isFirst = listed.refusal.empty() && listed.place == VMAPBreak::Place::beforeProgramme;
+    array.push_back({{"id", listed.identifier},
+                     {"timeOffset", listed.timeOffset},
+                     {"second", isFirst ? Json(0) : orNull(listed.second)},
+                     {"why", listed.refusal.empty() ? Json(nullptr) : Json(listed.refusal)},
+                     {"ads", ads(each.ads)}});
+  }
+  return array;
+}
+
+void print(const Json& json, std::ostream& out) {
+  out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
 }  // namespace
 
 void printJSON(const Inspection& inspection, std::ostream& out) {
+  if (inspection.isSchedule()) {
+    const std::string& problem = inspection.scheduleProblem;
+    return print({{"source", inspection.source},
+                  {"error", problem.empty() ? Json(nullptr) : Json(problem)},
+                  {"breaks", breaks(inspection.breaks)}},
+                 out);
+  }
   const SKVASTError error = inspection.model->getVastError();
   Json all{{"source", inspection.source},
            {"version", orNull(inspection.model->vastVersion())},
@@ -105,5 +137,5 @@ void printJSON(const Inspection& inspection, std::ostream& out) {
     all["valid"] = inspection.validation->isValid;
     all["validation"] = inspection.validation->messages;
   }
-  out << all.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+  print(all, out);
 }

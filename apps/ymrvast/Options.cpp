@@ -6,6 +6,7 @@
 #include "VAST/SKLogger.h"
 #include "apps/shared/CommandLine.h"
 #include "apps/shared/Numbers.h"
+#include "apps/shared/ProfileOption.h"
 
 namespace {
 
@@ -50,6 +51,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.add_option("SOURCE", options.source, "URL (http, https), file, or - for standard input")->required();
   app.add_flag("--json", options.json, "Print one JSON object for scripts");
   app.add_flag("--validate", options.validate, "Also check documents against the VAST 2.0.1 schema");
+  addProfileOption(app, options.profile);
   app.add_option("--screen", screen, "Screen size to pick media files for (1920x1080)")->type_name("WxH");
   app.add_option("--reachability-host", options.reachabilityHost, "Its route tells whether there is a network")
       ->type_name("HOST");

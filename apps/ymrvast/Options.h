@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "VAST/YMRTagProfile.h"
 #include "platform/foundation/NSURL.h"
 
 // What the command line asks for, checked.
@@ -11,6 +12,7 @@ struct Options {
   std::optional<NSURL> url;  // the source, when it is fetched
   bool json = false;
   bool validate = false;
+  YMRTagProfile profile = YMRTagProfileExact;
   int screenWidth = 1920;
   int screenHeight = 1080;
   std::string reachabilityHost;  // empty: the library's own

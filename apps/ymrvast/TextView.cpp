@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <iomanip>
+#include <sstream>
 #include <string_view>
 
 #include "ads/core/YMRPlayerErrorHandler.h"
@@ -28,13 +29,17 @@ void printRow(std::ostream& out, std::string_view label, std::string_view value)
   out << "  " << std::left << std::setw(16) << label << (label.size() < 16 ? "" : "  ") << printable(value) << '\n';
 }
 
+void printShownCount(const Inspection& inspection, std::ostream& out) {
+  out << "The player would show " << counted(inspection.shownCount, "ad") << ".\n";
+}
+
 void printHeading(const Inspection& inspection, std::ostream& out) {
   const auto version = inspection.model->vastVersion();
   out << printable(inspection.source) << '\n';
   if (version) out << "VAST " << printable(*version) << '\n';
   if (!inspection.fault.empty()) out << printable(inspection.fault) << '\n';
   if (inspection.shownCount > 0) {
-    out << "The player would show " << counted(inspection.shownCount, "ad") << ".\n";
+    printShownCount(inspection, out);
   } else {
     const SKVASTError error = inspection.model->getVastError();
     out << "The player would show NO ad. The tag's outcome is "
@@ -74,6 +79,16 @@ void printURLs(const Inspection::Ad& ad, std::ostream& out) {
   const auto print = [&](std::string_view label, const std::vector<NSURL>& urls) {
     for (const NSURL& url : urls) printRow(out, label, url.absoluteString());
   };
+  if (ad.prepared.rules().knowsOffsets()) {
+    for (const auto& each : ad.prepared.progress) {
+      std::ostringstream label;
+      label << "at " << each.offset.value << (each.offset.isPercent ? " %" : " s");
+      printRow(out, label.str(), each.url.absoluteString());
+    }
+    events.erase("progress");
+    const auto skip = events.extract("skip");
+    if (plays && skip) print("skip", skip.mapped());
+  }
   if (plays) {
     for (const auto& each : ad.prepared.impressions) printRow(out, "impression", each.url()->absoluteString());
   }
@@ -87,6 +102,12 @@ void printURLs(const Inspection::Ad& ad, std::ostream& out) {
   }
   if (!plays) return;
   for (const auto& [event, urls] : events) print(event + ", not asked", urls);
+}
+
+// What the other profile makes of it, and why that is something else.
+void printOther(const Inspection::Other& other, std::ostream& out) {
+  const std::string shown = other.picked ? "shows " + other.picked->absoluteString() : "shows nothing";
+  printRow(out, YMRTagProfileNames[other.profile], other.why.empty() ? "the same" : shown + ": " + other.why);
 }
 
 void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ostream& out) {
@@ -103,14 +124,43 @@ void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ost
     if (const auto failure = ad.failure()) printRow(out, "failed", describe(*failure, ad.prepared.reason));
     if (!ad.reason.empty()) printRow(out, "", ad.reason);
     if (!model.vastError()) printRow(out, "", "never resolved: stand-alone ads are looked at only beside a pod");
+    for (const auto& each : ad.prepared.notRun) printRow(out, "not run", each.what);
+    printOther(ad.other, out);
     printFiles(ad, out);
     printURLs(ad, out);
+  }
+}
+
+std::string placeOf(const VMAPBreak& listed) {
+  if (listed.place == VMAPBreak::Place::beforeProgramme) return "before the programme";
+  if (listed.place == VMAPBreak::Place::afterProgramme) return "after the programme";
+  if (listed.second) return "at " + std::to_string(*listed.second) + " s";
+  return "at " + listed.timeOffset + " of the programme";
+}
+
+void printSchedule(const Inspection& inspection, std::ostream& out) {
+  out << printable(inspection.source) << '\n';
+  if (!inspection.scheduleProblem.empty()) {
+    out << printable(inspection.scheduleProblem) << '\n';
+    return;
+  }
+  out << "VMAP " << printable(inspection.schedule->version) << ", " << counted(inspection.breaks.size(), "break")
+      << '\n';
+  printShownCount(inspection, out);
+  for (const auto& note : inspection.schedule->notes) out << printable(note) << '\n';
+  for (const auto& [listed, ads] : inspection.breaks) {
+    out << "\nBreak " << std::to_string(listed.number + 1) << " "
+        << (listed.identifier.empty() ? "" : "'" + printable(listed.identifier) + "' ")
+        << (listed.refusal.empty() ? placeOf(listed) : "left out: " + printable(listed.refusal)) << '\n';
+    if (listed.tag) printRow(out, "tag", listed.tag->absoluteString());
+    printAds(ads, "Ad", out);
   }
 }
 
 }  // namespace
 
 void printText(const Inspection& inspection, std::ostream& out) {
+  if (inspection.isSchedule()) return printSchedule(inspection, out);
   printHeading(inspection, out);
   printHops(inspection.hops, out);
   printAds(inspection.ads, "Ad", out);

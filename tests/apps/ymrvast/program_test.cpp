@@ -1,7 +1,9 @@
 // The inspector as people and scripts use it: real files, real HTTP on loopback.
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "tests/VAST/Parser/VASTTexts.h"
 #include "tests/apps/ymrplay/ProgramRun.h"
@@ -70,7 +72,8 @@ TEST_F(VastProgram, printsEverythingOfAnAdForScripts) {
          "scalable": false, "maintainAspectRatio": false, "apiFramework": "x", "url": "http://media.test/a.mp4"},
         {"id": null, "delivery": null, "type": "video/mp4", "bitrate": 0, "width": 1280, "height": 720,
          "scalable": true, "maintainAspectRatio": false, "apiFramework": null, "url": "http://media.test/b.mp4"}],
-      "picked": "http://media.test/b.mp4"}],
+      "picked": "http://media.test/b.mp4",
+      "other": {"profile": "broad", "picked": "http://media.test/b.mp4", "why": null}}],
     "standalone": []})"));
 }
 
@@ -136,6 +139,47 @@ TEST_F(VastProgram, checksEveryFetchedDocumentAgainstTheSchema) {
     const json all = inspect(file("tag.xml", wrapping), 1, {"--validate"});
     EXPECT_EQ(all["valid"], path == "/good") << all["validation"];
     EXPECT_EQ(all["validation"].dump().find(server.url(path)) != std::string::npos, path == "/bad");
+  }
+}
+
+TEST_F(VastProgram, saysWhatEitherProfileMakesOfATagAndWhyTheyDiffer) {
+  // What exact shows of the documents in the tree; broad shows all that have a film.
+  const std::set<std::string> shownExactly{"default-namespace", "interactive-beside-film", "plain",
+                                           "pod-of-eleven",     "program-beside-film",     "sizes-and-rates",
+                                           "verification"};
+  for (const auto& entry : std::filesystem::directory_iterator(TAGS)) {
+    if (entry.path().extension() != ".xml") continue;
+    const std::string name = entry.path().stem();
+    const bool hasFilm = name.rfind("none-", 0) != 0, isShownExactly = shownExactly.count(name) > 0;
+    const json exact = inspect(entry.path(), isShownExactly ? 0 : 1);
+    const json broad = inspect(entry.path(), hasFilm ? 0 : 1, {"--profile", "broad"});
+    const json& ad = broad["ads"][0];
+    EXPECT_EQ(ad["picked"].is_string(), hasFilm) << name;
+    EXPECT_EQ(ad["other"]["profile"], "exact");
+    EXPECT_EQ(ad["other"]["picked"].is_string(), isShownExactly) << name;
+    EXPECT_EQ(ad["other"]["why"].is_string(), ad["other"]["picked"] != ad["picked"]) << name << ad;
+    EXPECT_EQ(exact["ads"][0]["other"]["picked"].is_string(), hasFilm) << name << exact;
+  }
+  const std::string text = run({"--profile", "broad", TAGS "/verification.xml"}).output;
+  EXPECT_THAT(text, AllOf(HasSubstr("exact           the same"), HasSubstr("a verification script of tide")));
+  EXPECT_THAT(run({TAGS "/companion.xml"}).output,
+              HasSubstr("broad           shows https://media.example/harbour.mp4: exact shows nothing: no media file"));
+}
+
+TEST_F(VastProgram, showsTheBreaksOfASchedule) {
+  const json all = inspect(TAGS "/schedule.vmap", 0, {"--profile", "broad"});
+  EXPECT_EQ(all["error"], nullptr);
+  EXPECT_THAT(each(all["breaks"], "second"), ElementsAre("301", "0", "null", "null", "null", "null"));
+  EXPECT_EQ(all["breaks"][0]["ads"][0]["picked"], "https://media.example/quay.mp4");
+  EXPECT_EQ(all["breaks"][1]["ads"].size(), 1u) << "of a pod of two, which it does not allow";
+  EXPECT_EQ(all["breaks"][2]["why"], nullptr);
+  for (const std::size_t left : {3, 4, 5}) EXPECT_TRUE(all["breaks"][left]["why"].is_string()) << left;
+  const std::string text = run({TAGS "/schedule.vmap"}).output;
+  for (const auto* line :
+       {"VMAP 1.0, 6 breaks", "Break 1 'fifth-minute' at 301 s", "'opening' before the programme",
+        "'half' at 50% of the programme", "is not repeated after 00:10:00", "'numbered' left out: '#1' is a position",
+        "'banner' left out: its kind is 'nonlinear'", "'own' left out: ads of the kind 'house'"}) {
+    EXPECT_THAT(text, HasSubstr(line));
   }
 }
 
