@@ -1,7 +1,8 @@
 // Reads every document of a folder again and again: as the framework does, parse and all queries, and, in turns, with a
-// bare SAX pass of libxml2's.
+// bare SAX pass of libxml2's; and as either profile reads them.
 //
 //   bench_vast rates FOLDER [SECONDS]    prints documents a second of both, and what one pass over the folder found
+//   bench_vast profiles FOLDER [SECONDS] prints documents a second read exactly and read broadly, in turns
 //   bench_vast large FOLDER              prints name, bytes and the framework's CPU milliseconds, the median of five,
 //                                        of each
 #include <libxml/SAX2.h>
@@ -53,9 +54,9 @@ void ask(const YMRVastModel& model, Found& found) {
   for (const auto& [event, urls] : model.trackingEvents()) found.urls += urls.size();
 }
 
-void readAsFramework(const VASTDocument& document, Found& found) {
+void readAsFramework(const VASTDocument& document, Found& found, YMRTagProfile profile) {
   if (!document.isWellFormed()) std::abort();
-  const auto model = std::make_shared<YMRVastModel>();
+  const auto model = std::make_shared<YMRVastModel>(profile);
   model->addVASTDocument(document);
   model->vastVersion();
   const auto standalone = model->standaloneAdModels();
@@ -94,12 +95,13 @@ struct CPUTime {
 
 // Making the documents, which a fetch does by handing its buffer over, is not counted; taking all down is.
 template <class Stopwatch>
-double millisecondsAsFramework(const std::vector<Document>& list, Found& found) {
+double millisecondsAsFramework(const std::vector<Document>& list, Found& found,
+                               YMRTagProfile profile = YMRTagProfileExact) {
   std::vector<VASTDocument> fetched;
   for (const auto& document : list) fetched.emplace_back(document.text);
   std::reverse(fetched.begin(), fetched.end());
   const Stopwatch stopwatch;
-  for (; !fetched.empty(); fetched.pop_back()) readAsFramework(fetched.back(), found);
+  for (; !fetched.empty(); fetched.pop_back()) readAsFramework(fetched.back(), found, profile);
   return stopwatch.milliseconds();
 }
 
@@ -124,6 +126,22 @@ void measureRates(const std::vector<Document>& list, double seconds) {
               found.mediaFiles, found.urls);
 }
 
+void measureProfiles(const std::vector<Document>& list, double seconds) {
+  Found exact, broad, ignored;
+  millisecondsAsFramework<WallTime>(list, exact, YMRTagProfileExact);
+  millisecondsAsFramework<WallTime>(list, broad, YMRTagProfileBroad);
+  std::size_t passes = 0;
+  double exactly = 0, broadly = 0;
+  for (; exactly + broadly < seconds * 1000; ++passes) {
+    exactly += millisecondsAsFramework<WallTime>(list, ignored, YMRTagProfileExact);
+    broadly += millisecondsAsFramework<WallTime>(list, ignored, YMRTagProfileBroad);
+  }
+  const auto count = static_cast<double>(passes * list.size() * 1000);
+  std::printf("exact %.1f/s (%zu ads, %zu media files)\nbroad %.1f/s (%zu ads, %zu media files), %.3f x exact's time\n",
+              count / exactly, exact.ads, exact.mediaFiles, count / broadly, broad.ads, broad.mediaFiles,
+              broadly / exactly);
+}
+
 void measureLarge(const std::vector<Document>& list) {
   for (const auto& document : list) {
     std::vector<double> rounds;
@@ -140,15 +158,18 @@ void measureLarge(const std::vector<Document>& list) {
 
 int main(int argc, char** argv) {
   const std::string mode = argc > 2 ? argv[1] : "";
-  if (mode != "rates" && mode != "large") {
-    std::fputs("usage: bench_vast rates|large FOLDER [SECONDS]\n", stderr);
+  if (mode != "rates" && mode != "profiles" && mode != "large") {
+    std::fputs("usage: bench_vast rates|profiles|large FOLDER [SECONDS]\n", stderr);
     return 2;
   }
   const auto list = documents(argv[2]);
+  const double seconds = argc > 3 ? std::atof(argv[3]) : 2.0;
   if (mode == "large") {
     measureLarge(list);
+  } else if (mode == "profiles") {
+    measureProfiles(list, seconds);
   } else {
-    measureRates(list, argc > 3 ? std::atof(argv[3]) : 2.0);
+    measureRates(list, seconds);
   }
   return 0;
 }

@@ -36,6 +36,8 @@ for name, rates in figures.items():
     note = "" if name == "framework" else f"{ours / rate:.1f} x as fast" if ours > rate else f"{rate / ours:.2f} x its time"
     print(f"{name:<12}{rate:12.0f}{note:>16}")
 
+print("\n" + output(bench, "profiles", f"{documents}/varied", "4").strip())
+
 print(f"\n{'':<18}{'MB':>6}{'CPU ms':>9}{'ms per MB':>11}")
 for line in output(bench, "large", f"{documents}/large").splitlines():
     name, size, milliseconds = line.split()
