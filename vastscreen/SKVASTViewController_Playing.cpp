@@ -186,7 +186,8 @@ void SKVASTViewController::info() {
   SKLogger::debug(tag, "Sending clickTracking requests");
   ad->events->sendVASTUrlsWithId(ad->clickTracking);
   if (!ad->clickThrough) return;
-  callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastOpenBrowseWithUrl, *ad->clickThrough);
+  const NSURL target = ad->prepared.rules().withMacros(*ad->clickThrough, macroValues());
+  callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastOpenBrowseWithUrl, target);
 }
 
 void SKVASTViewController::close() {
