@@ -24,6 +24,7 @@ void registerTypes() {
   takeResources();
   qmlRegisterType<YMRAdContainerView>("YMRAds", 1, 0, "YMRAdContainerView");
   qmlRegisterType<YMROutlinedLabel>("YMRAds", 1, 0, "YMROutlinedLabel");
+  qmlRegisterType<YMRSkipButton>("YMRAds", 1, 0, "YMRSkipButton");
 }
 
 template <typename View>
@@ -45,7 +46,7 @@ std::shared_ptr<YMRAdContainerView> YMRAdContainerView::make() {
     static const bool registered = (registerTypes(), true);
     static_cast<void>(registered);
     const auto view = std::dynamic_pointer_cast<YMRAdContainerView>(UINib::instantiate("YMRAdContainerView"));
-    if (view && view->label_ && view->adPlayerView_ && view->indicator_) return view;
+    if (view && view->label_ && view->adPlayerView_ && view->indicator_ && view->skipButton_) return view;
   }
   const auto bare = std::make_shared<YMRAdContainerView>();
   const auto add = [&bare](const auto& part) {
@@ -55,6 +56,7 @@ std::shared_ptr<YMRAdContainerView> YMRAdContainerView::make() {
   bare->adPlayerView_ = add(std::make_shared<UIView>());
   bare->indicator_ = add(std::make_shared<UIActivityIndicatorView>());
   bare->label_ = add(std::make_shared<YMROutlinedLabel>());
+  bare->skipButton_ = add(std::make_shared<YMRSkipButton>());
   return bare;
 }
 
@@ -70,8 +72,13 @@ std::shared_ptr<UIActivityIndicatorView> YMRAdContainerView::loadingIndicator() 
   return held(indicator_.data());
 }
 
+std::shared_ptr<YMRSkipButton> YMRAdContainerView::skipButton() const {
+  return held(skipButton_.data());
+}
+
 void YMRAdContainerView::confWithAdSchedule(const std::shared_ptr<YMRAdSchedule>& adSchedule) {
   YMR_ASSERT_MAIN_THREAD();
+  if (const auto button = skipButton()) button->confWithAdSchedule(adSchedule);
   const auto label = timeRemainLabel();
   if (!label || !adSchedule) return;
   label->setFont(adSchedule->adCountdownFont());

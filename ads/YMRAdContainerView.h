@@ -4,17 +4,19 @@
 #include <memory>
 
 #include "ads/YMROutlinedLabel.h"
+#include "ads/YMRSkipButton.h"
 #include "platform/Export.h"
 #include "platform/uikit/UIActivityIndicatorView.h"
 #include "platform/uikit/UIView.h"
 
 class YMRAdSchedule;
 
-// What lies over a programme during an ad break: black, the ad's picture, a wheel while the ad is waited for, and the
-// text that tells the viewer how long. Main thread.
+// What lies over a programme during an ad break: black, the ad's picture, a wheel while the ad is waited for, the text
+// that tells the viewer how long, and the button that skips the ad. Main thread.
 //
 // Its looks are in the library's resource YMRAdContainerView.qml: the text lies below the wheel as long as that turns,
-// then at the upper right. Sizes, the font's points included, are those of a screen 1080 points high and grow with it.
+// then at the upper right; the button is at the lower right. Sizes, the font's points included, are those of a screen
+// 1080 points high and grow with it.
 //
 // Over a player view controller's view it takes the remote: a recogniser added to it gets the presses, all others but
 // Menu end there.
@@ -23,6 +25,7 @@ class YMR_API YMRAdContainerView : public UIView {
   Q_PROPERTY(YMROutlinedLabel* timeRemainLabel MEMBER label_)
   Q_PROPERTY(UIView* adPlayerView MEMBER adPlayerView_)
   Q_PROPERTY(UIActivityIndicatorView* loadingIndicator MEMBER indicator_)
+  Q_PROPERTY(YMRSkipButton* skipButton MEMBER skipButton_)
   // Whether wheel and text are held back for a moment, since the ad is likely to come at once.
   Q_PROPERTY(bool isPatient MEMBER isPatient_ NOTIFY patienceDidChange)
 
@@ -38,9 +41,10 @@ class YMR_API YMRAdContainerView : public UIView {
   // Fills the overlay; the ad's layer goes into its layer.
   std::shared_ptr<UIView> adPlayerView() const;
   std::shared_ptr<UIActivityIndicatorView> loadingIndicator() const;
+  std::shared_ptr<YMRSkipButton> skipButton() const;
 
   // Gives the label the schedule's font, colours and stroke width; before the first text is drawn, since the label
-  // keeps those. Nothing when nil.
+  // keeps those. Gives the button its texts. Nothing when nil.
   void confWithAdSchedule(const std::shared_ptr<YMRAdSchedule>& adSchedule);
 
   // An ad is on its way: nothing of this view is seen, so that the last picture of what lies below stays, until
@@ -61,4 +65,5 @@ class YMR_API YMRAdContainerView : public UIView {
   QPointer<YMROutlinedLabel> label_;
   QPointer<UIView> adPlayerView_;
   QPointer<UIActivityIndicatorView> indicator_;
+  QPointer<YMRSkipButton> skipButton_;
 };

@@ -13,6 +13,7 @@ YMRAdContainerView {
     adPlayerView: picture
     loadingIndicator: wheel
     timeRemainLabel: label
+    skipButton: skip
 
     UIView {
         id: picture
@@ -60,5 +61,16 @@ YMRAdContainerView {
         x: Math.round(edge - width * scale)
         y: Math.round(root.waiting ? wheel.y + wheel.height + 40 * root.unit
                                    : root.height * 0.05 + plate.paddingY)
+    }
+
+    YMRSkipButton {
+        id: skip
+
+        width: contentSize.width
+        height: contentSize.height
+        transformOrigin: Item.TopLeft
+        scale: root.unit
+        x: Math.round(root.width * 0.95 - width * scale)
+        y: Math.round(root.height * 0.95 - height * scale)
     }
 }

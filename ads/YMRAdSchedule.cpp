@@ -112,6 +112,21 @@ void YMRAdSchedule::mergeMidRolls(Breaks breaks) {
   for (auto& each : breaks) addMidRoll(each);
 }
 
+std::optional<std::size_t> YMRAdSchedule::midRollAfterJump(double from, double to) const {
+  std::optional<std::size_t> missed, next;
+  for (std::size_t index = 0; index < midRolls_->size() && !next; ++index) {
+    const auto& group = (*midRolls_)[index];
+    if (std::ranges::count(group, nullptr) == std::ssize(group)) continue;
+    const auto offset = static_cast<double>((*midRollOffsets_)[index]);
+    if (missedBreaks_ == YMRMissedBreaksLast && offset > from && offset <= to) {
+      missed = index;
+    } else if (offset >= to) {
+      next = index;
+    }
+  }
+  return missed ? missed : next;
+}
+
 std::shared_ptr<YMRAdSchedule> YMRAdSchedule::copy() const {
   return std::make_shared<YMRAdSchedule>(*this);
 }

@@ -15,6 +15,15 @@
 #include "platform/uikit/values/UIColor.h"
 #include "platform/uikit/values/UIFont.h"
 
+// Which of the breaks that lie between are played when a programme jumps ahead, or starts behind some of them. One that
+// is due at the very second where it lands is not missed. The others stay in the schedule, for the viewer who goes
+// back.
+enum YMRMissedBreaks : std::int32_t {
+  YMRMissedBreaksAll = 0,   // each of them, one after another
+  YMRMissedBreaksLast = 1,  // the last one alone, or in its place the one that is due where the programme lands
+  YMRMissedBreaksNone = 2,
+};
+
 // The advertising of one programme: its ad breaks, and what the viewer reads while they load and play. Main thread.
 //
 // Copies share their lists. A player copies the schedule that it is given and takes each break out of its list when it
@@ -62,6 +71,18 @@ class YMR_API YMRAdSchedule {
   // How the documents of its breaks are read, and what their trackers are told when. Exact at first.
   YMRTagProfile tagProfile() const { return tagProfile_; }
   void setTagProfile(YMRTagProfile profile) { tagProfile_ = profile; }
+  // At first all of them.
+  YMRMissedBreaks missedBreaks() const { return missedBreaks_; }
+  void setMissedBreaks(YMRMissedBreaks missed) { missedBreaks_ = missed; }
+  // Where the programme goes on with its mid-rolls, unless all of the missed ones are played, when it has jumped from
+  // one second to another: the index of a group that has breaks; nil when none is to come.
+  std::optional<std::size_t> midRollAfterJump(double from, double to) const;
+  // Whether ads that offer it may be skipped; true at first.
+  bool allowsSkipping() const { return allowsSkipping_; }
+  void setAllowsSkipping(bool allows) { allowsSkipping_ = allows; }
+  // Whether the transport bar marks the mid-rolls to come; true at first.
+  bool showsBreakMarks() const { return showsBreakMarks_; }
+  void setShowsBreakMarks(bool shows) { showsBreakMarks_ = shows; }
 
   // Shown while a break's ads are fetched and an ad gets ready. Empty at first, as are the other texts.
   const std::string& adLoadingText() const { return adLoadingText_; }
@@ -75,8 +96,15 @@ class YMR_API YMRAdSchedule {
   const std::string& adpodCountdownText() const { return adpodCountdownText_; }
   void setAdpodCountdownText(std::string format) { adpodCountdownText_ = std::move(format); }
 
-  // The look of these texts: at first the system's font at 32 points, white, outlined in black 10 wide (in hundredths
-  // of the font's size).
+  // What the button says that skips an ad, at first "Skip ad"; and until then, a format with the seconds left, at first
+  // "Skip ad in %d".
+  const std::string& adSkipText() const { return adSkipText_; }
+  void setAdSkipText(std::string text) { adSkipText_ = std::move(text); }
+  const std::string& adSkipCountdownText() const { return adSkipCountdownText_; }
+  void setAdSkipCountdownText(std::string format) { adSkipCountdownText_ = std::move(format); }
+
+  // The look of the loading and countdown texts: at first the system's font at 32 points, white, outlined in black 10
+  // wide (in hundredths of the font's size).
   void setAttrs();
   const UIFont& adCountdownFont() const { return adCountdownFont_; }
   void setAdCountdownFont(UIFont font) { adCountdownFont_ = std::move(font); }
@@ -97,9 +125,14 @@ class YMR_API YMRAdSchedule {
   std::shared_ptr<std::vector<std::shared_ptr<const VMAPBreak>>> shares_ =
       std::make_shared<std::vector<std::shared_ptr<const VMAPBreak>>>();
   YMRTagProfile tagProfile_ = YMRTagProfileExact;
+  YMRMissedBreaks missedBreaks_ = YMRMissedBreaksAll;
+  bool allowsSkipping_ = true;
+  bool showsBreakMarks_ = true;
   std::string adLoadingText_;
   std::string adCountdownText_;
   std::string adpodCountdownText_;
+  std::string adSkipText_ = "Skip ad";
+  std::string adSkipCountdownText_ = "Skip ad in %d";
   UIFont adCountdownFont_;
   UIColor adCountdownTextColor_;
   UIColor adCountdownStrokeColor_;

@@ -178,6 +178,15 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void startPostRoll();
   // Starts the chosen mid-roll when it is due at `time`; returns whether it was.
   bool playMidRollDueAt(const CMTime& time);
+  // At each tick of the programme: starts a mid-roll that is due.
+  void followMidRolls(const CMTime& time);
+  // Chooses anew when the programme has jumped and not all missed breaks are played.
+  void programmeDidJump();
+  void chooseMidRollAfterJump();
+  // Tells the programme's item which breaks are to come, for the transport bar.
+  void markBreaks();
+  // Takes the first break out of a list; nil when it has none.
+  static std::shared_ptr<YMRAd> takeFirst(YMRAdSchedule::Breaks& breaks);
   void playVastUrl(const std::optional<NSURL>& url);
   bool isBreakUnderWay() const { return breakStage_ != BreakStage::none; }
   // Whether a mid-roll is under way and somebody has paused the programme, which neither it nor its failure may start.
@@ -231,8 +240,14 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   void adPlayDidEnd(bool seek, bool shouldPassTracking);
   // The first half of that; false when the host meanwhile ended the break or the presentation.
   bool endAd(bool seek, bool shouldPassTracking);
+  // After the last ad of a pod; false likewise.
+  bool endPod();
   void takeAdOffScreen();
   void removeObserverOfAdPlayer();
+  // At each tick of the ad, of this second.
+  void offerSkipping(double second);
+  // The viewer's press.
+  void skipAd();
   // Whether the fetch or the ad of this number is still the one at hand: to be asked after each callback.
   bool isAtHand(unsigned number) const { return presentation_ == Presentation::alive && number == adNumber_; }
 
@@ -268,6 +283,12 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   std::shared_ptr<YMRAd> currentAdBreak_;  // being fetched or played, or the mid-roll that is next
   std::uint64_t currentMidRollOffsetIndex_ = 0;
   CMTime lastPlayTime_ = kCMTimeZero;
+  struct Jump {
+    double from;
+    double to;
+  };
+  std::optional<Jump> jump_;  // of the programme, over several seeks, until the choice of a mid-roll has followed it
+  double tickedAt_ = -1;  // where the programme last ticked or was stopped for a break, in seconds; at first before all
   BreakStage breakStage_ = BreakStage::none;
   bool programmeHasEnded_ = false;  // while a break was under way, before the first of its ads
   bool playsWhenActive_ = false;    // the programme was to play while the application was out of sight

@@ -1,5 +1,4 @@
 // Which ad break is next, and the programme before, between and after the breaks.
-#include <cmath>
 #include <utility>
 
 #include "VAST/SKLogger.h"
@@ -16,24 +15,10 @@ namespace {
 
 constexpr const char* adTag = "VAST - View Controller";
 
-// Takes the first break out of a list; nil when it has none.
-std::shared_ptr<YMRAd> takeFirst(YMRAdSchedule::Breaks& breaks) {
-  while (!breaks.empty()) {
-    const auto first = breaks.front();
-    breaks.erase(breaks.begin());
-    if (first) return first;
-  }
-  return nullptr;
-}
-
 void forgetPlayed(const YMRAdSchedule::Breaks& breaks) {
   for (const auto& each : breaks) {
     if (each) each->setIsPlayed(false);
   }
-}
-
-bool isArmedMidRoll(const std::shared_ptr<YMRAd>& adBreak) {
-  return adBreak && adBreak->roll() == YMRAdRollMid && !adBreak->isPlayed();
 }
 
 YMRAdState phaseOf(const YMRAd& adBreak) {
@@ -47,12 +32,22 @@ void YMRVideoPlayerImpl::setAdSchedule(const std::shared_ptr<YMRAdSchedule>& sch
   if (!schedule) {
     adSchedule_ = nullptr;
     adState_ = YMRAdStateNone;
-    return;
+    return markBreaks();
   }
   adSchedule_ = schedule->copy();
   forgetPlayed(*adSchedule_->preRolls());
   for (const auto& group : *adSchedule_->midRolls()) forgetPlayed(group);
   forgetPlayed(*adSchedule_->postRolls());
+  markBreaks();
+}
+
+std::shared_ptr<YMRAd> YMRVideoPlayerImpl::takeFirst(YMRAdSchedule::Breaks& breaks) {
+  while (!breaks.empty()) {
+    const auto first = breaks.front();
+    breaks.erase(breaks.begin());
+    if (first) return first;
+  }
+  return nullptr;
 }
 
 void YMRVideoPlayerImpl::startPreRoll() {
@@ -68,62 +63,12 @@ void YMRVideoPlayerImpl::startPreRoll() {
   goOnWithProgramme(true);
 }
 
-bool YMRVideoPlayerImpl::placeShares() {
-  if (!adSchedule_ || !adSchedule_->hasShares()) return false;
-  const double duration = programmeDuration();
-  if (!std::isfinite(duration) || duration <= 0) return false;
-  // What is armed goes back into its list, which is looked through from its beginning: it may not be the next any more.
-  if (isArmedMidRoll(currentAdBreak_) && adState_ == YMRAdStateMidRoll) {
-    auto& groups = *adSchedule_->midRolls();
-    if (currentMidRollOffsetIndex_ < groups.size()) {
-      auto& group = groups[currentMidRollOffsetIndex_];
-      group.insert(group.begin(), currentAdBreak_);
-    }
-    currentAdBreak_ = nullptr;
-  }
-  adSchedule_->placeShares(duration);
-  currentMidRollOffsetIndex_ = 0;
-  return true;
-}
-
-void YMRVideoPlayerImpl::startMidRoll() {
-  placeShares();
-  if (!adSchedule_ || adSchedule_->midRollOffsets()->empty()) {
-    adState_ = YMRAdStatePostRoll;
-    currentAdBreak_ = nullptr;
-    return;
-  }
-  adState_ = YMRAdStateMidRoll;
-  auto& groups = *adSchedule_->midRolls();
-  for (auto index = currentMidRollOffsetIndex_; index < groups.size(); ++index) {
-    if (auto next = takeFirst(groups[index])) {
-      currentAdBreak_ = std::move(next);
-      currentMidRollOffsetIndex_ = index;
-      return;
-    }
-  }
-}
-
 void YMRVideoPlayerImpl::startPostRoll() {
   auto next = adSchedule_ ? takeFirst(*adSchedule_->postRolls()) : nullptr;
   if (!next) return end();
   adState_ = YMRAdStatePostRoll;
   currentAdBreak_ = std::move(next);
   playVastUrl(currentAdBreak_->vastUrl());
-}
-
-bool YMRVideoPlayerImpl::playMidRollDueAt(const CMTime& time) {
-  if (!adSchedule_ || adState_ != YMRAdStateMidRoll || isBreakUnderWay() || !isArmedMidRoll(currentAdBreak_)) {
-    return false;
-  }
-  const auto& offsets = *adSchedule_->midRollOffsets();
-  if (currentMidRollOffsetIndex_ >= offsets.size()) return false;
-  const auto offset = static_cast<double>(offsets[currentMidRollOffsetIndex_]);
-  if (!(offset <= std::trunc(CMTimeGetSeconds(time)))) return false;
-  const auto due = currentAdBreak_;
-  playVastUrl(due->vastUrl());
-  due->setIsPlayed(true);
-  return true;
 }
 
 void YMRVideoPlayerImpl::playVastUrl(const std::optional<NSURL>& url) {
@@ -225,6 +170,7 @@ bool YMRVideoPlayerImpl::pauseVideoPlayer() {
   const bool isFirst = std::exchange(breakStage_, BreakStage::onScreen) != BreakStage::onScreen;
   // A host may have kept the programme running behind the ad before this one.
   if (isFirst) lastPlayTime_ = item ? item->currentTime() : kCMTimeZero;
+  if (isFirst && adState_ == YMRAdStateMidRoll) tickedAt_ = CMTimeGetSeconds(lastPlayTime_);
   SKLogger::debug(adTag,
                   "Pause video player for playing ad at " + stringWithDouble(CMTimeGetSeconds(lastPlayTime_), 6));
   if (!vodPlayer_) return isFirst;

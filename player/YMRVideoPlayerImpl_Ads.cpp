@@ -212,6 +212,7 @@ void YMRVideoPlayerImpl::adPlayerTick(const CMTime& time) {
     const auto text = countdown(*adSchedule_, ads_, remainingSeconds(adDuration(), CMTimeGetSeconds(time)));
     if (text) label->setText(*text);
   }
+  offerSkipping(CMTimeGetSeconds(time));
   const auto number = adNumber_;
   eventProcessor_->trackProgress(CMTimeGetSeconds(time), adDuration());
   const auto state = playerState_;
@@ -260,21 +261,44 @@ bool YMRVideoPlayerImpl::endAd(bool seek, bool shouldPassTracking) {
   if (!shouldPassTracking) {
     trackEvent(SKVASTTrackingEventComplete);
     tell(&YMRVideoPlayerDelegate::videoAdOnComplete, currentAdBreak_);
-    if (!isAtHand(number)) return false;
-    if (ads_.isPod() && ads_.isEmpty()) {
-      tell(&YMRVideoPlayerDelegate::videoAdOnPodComplete, currentAdBreak_);
-      if (!isAtHand(number)) return false;
-    }
+    if (!isAtHand(number) || !endPod()) return false;
   }
   ++adNumber_;
   takeAdOffScreen();
   return true;
 }
 
+bool YMRVideoPlayerImpl::endPod() {
+  if (!ads_.isPod() || !ads_.isEmpty()) return true;
+  const auto number = adNumber_;
+  tell(&YMRVideoPlayerDelegate::videoAdOnPodComplete, currentAdBreak_);
+  return isAtHand(number);
+}
+
+// How long the film really is counts, which may be known only later.
+void YMRVideoPlayerImpl::offerSkipping(double second) {
+  const auto button = adContainerView_->skipButton();
+  if (!button) return;
+  const bool isAllowed = ad_.skipOffset && (!adSchedule_ || adSchedule_->allowsSkipping());
+  button->setSecondsLeft(isAllowed ? ad_.skipOffset->secondsLeft(second, adDuration()) : std::nullopt);
+}
+
+// In place of its completion. Nothing that the film still does, its end included, is heard of any more.
+void YMRVideoPlayerImpl::skipAd() {
+  if (!isPlayingAd_) return;
+  const auto number = adNumber_;
+  isPlayingAd_ = false;
+  removeObserverOfAdPlayer();
+  adContainerView_->skipButton()->setSecondsLeft(std::nullopt);
+  tell(&YMRVideoPlayerDelegate::videoAdOnSkip, currentAdBreak_);
+  if (isAtHand(number) && endPod()) adPlayDidEnd(true, true);
+}
+
 // Nothing that the player of an ad still has to say belongs to that ad any more.
 void YMRVideoPlayerImpl::takeAdOffScreen() {
   currentQuartile_ = 0;
   if (!std::exchange(adPlayer_, nullptr)) return;
+  if (const auto button = adContainerView_->skipButton()) button->setSecondsLeft(std::nullopt);
   adContainerView_->removeFromSuperview();
 }
 

@@ -67,6 +67,8 @@ void YMRVideoPlayerImpl::playWithAVMediaItem(const std::shared_ptr<AVPlayerItem>
 
 void YMRVideoPlayerImpl::followFromBeginning(const std::shared_ptr<AVPlayerItem>& item) {
   currentMidRollOffsetIndex_ = 0;
+  jump_.reset();
+  tickedAt_ = -1;
   hasBegun_ = false;
   programmeHasEnded_ = false;
   playsWhenActive_ = false;
@@ -166,7 +168,7 @@ void YMRVideoPlayerImpl::vodPlayerTick(const CMTime& time) {
     SKLogger::debug(ymrPlayerTag, "playhead position = " + stringWithDouble(CMTimeGetSeconds(time), 6));
   }
   if (!isBreakUnderWay() && adState_ != YMRAdStateNone && placeShares()) startMidRoll();
-  playMidRollDueAt(time);
+  followMidRolls(time);
   if (presentation_ == Presentation::gone) return;
   const auto state = playerState_;
   state->vodPlayerPeriodicTimeObserver(time, *this);
@@ -174,6 +176,7 @@ void YMRVideoPlayerImpl::vodPlayerTick(const CMTime& time) {
 
 void YMRVideoPlayerImpl::videoDidSeek(const NSNotification& notification) {
   if (!isPlayingAd_) programmeHasEnded_ = false;
+  programmeDidJump();
   const auto state = playerState_;
   state->videoDidSeek(notification, *this);
 }

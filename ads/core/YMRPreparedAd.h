@@ -10,6 +10,7 @@
 #include "VAST/Parser/YMRVastModel.h"
 #include "VAST/SKVASTError.h"
 #include "VAST/SKVASTUrlWithId.h"
+#include "VAST/YMRSkipOffset.h"
 #include "ads/core/SKVASTMediaFilePicker.h"
 #include "platform/Export.h"
 
@@ -26,7 +27,7 @@ struct YMR_API YMRPreparedAd {
   std::vector<SKVASTUrlWithId> impressions;
   std::vector<SKVASTUrlWithId> errors;
   std::vector<YMRVastModel::Progress> progress;  // these two only where the profile knows them
-  std::optional<YMRSkipOffset> skipOffset;
+  std::optional<YMRSkipOffset> skipOffset;  // from when on it may be skipped; nil for never
   std::vector<VASTNotRun> notRun;              // of an ad that has a film
   std::optional<std::string> sequence;         // in its pod
   std::shared_ptr<SKVASTMediaFile> mediaFile;  // has a URL; nil exactly when the ad has failed

@@ -40,7 +40,8 @@ inline constexpr const char* AVPlayerItemTimeJumpedNotification = "AVPlayerItemT
 // "currentCaption". All notify from a turn of the main queue of their own, never from inside a call, and only when the
 // value has changed. A failure (status 2) is the last thing that an item says.
 //
-// Kept from the platform: the keys, the two notifications, selection, external metadata. Left out: seeking by the item,
+// Kept from the platform: the keys, the two notifications, selection, external metadata, interstitial time ranges
+// (as plain ranges). Left out: seeking by the item,
 // access logs, outputs, stepping, end times.
 class YMR_API AVPlayerItem : public NSObject {
  public:
@@ -71,6 +72,9 @@ class YMR_API AVPlayerItem : public NSObject {
   // For the information panel. Not used here.
   const std::vector<AVMetadataItem>& externalMetadata() const { return externalMetadata_; }
   void setExternalMetadata(std::vector<AVMetadataItem> metadata) { externalMetadata_ = std::move(metadata); }
+  // Where something else than the programme is shown, ascending; for the transport bar. Not used here.
+  const std::vector<CMTimeRange>& interstitialTimeRanges() const { return interstitialTimeRanges_; }
+  void setInterstitialTimeRanges(std::vector<CMTimeRange> ranges) { interstitialTimeRanges_ = std::move(ranges); }
 
   // Selects the option, or none (nil), of one of the asset's groups. An option that is not in the asset's legible group
   // is ignored. Nothing is selected at first.
@@ -93,4 +97,5 @@ class YMR_API AVPlayerItem : public NSObject {
   const std::shared_ptr<AVURLAsset> asset_;
   std::shared_ptr<ItemPlayback> playback_;
   std::vector<AVMetadataItem> externalMetadata_;
+  std::vector<CMTimeRange> interstitialTimeRanges_;
 };

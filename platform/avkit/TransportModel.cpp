@@ -16,6 +16,8 @@ namespace {
 constexpr auto refreshInterval = 250ms;
 // Seconds of a live stream's past that are worth a place on the bar.
 constexpr double shortestHistory = 10;
+// How near to each other two marks may be.
+constexpr double marksDistance = 1.0 / 150;
 constexpr const char* minus = "\u2212";
 
 QString text(double seconds) {
@@ -52,6 +54,23 @@ void TransportModel::setShown(bool shown) {
 void TransportModel::refresh() {
   facts_ = read();
   Q_EMIT changed();
+  auto marks = readMarks();
+  if (marks == marks_) return;
+  marks_ = std::move(marks);
+  Q_EMIT marksChanged();
+}
+
+QList<double> TransportModel::readMarks() const {
+  const auto item = player_ ? player_->currentItem() : nullptr;
+  const double duration = item ? CMTimeGetSeconds(item->duration()) : 0;
+  QList<double> marks;
+  if (!(duration > 0) || !std::isfinite(duration)) return marks;
+  for (const auto& range : item->interstitialTimeRanges()) {
+    const double place = CMTimeGetSeconds(range.start) / duration;
+    if (!(place >= 0 && place <= 1) || (!marks.empty() && place - marks.back() < marksDistance)) continue;
+    marks.push_back(place);
+  }
+  return marks;
 }
 
 TransportModel::Facts TransportModel::read() const {

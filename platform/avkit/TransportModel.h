@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <memory>
@@ -26,6 +27,9 @@ class TransportModel final : public QObject {
   Q_PROPERTY(QString elapsed READ elapsed NOTIFY changed)
   // Empty when the programme has no known end.
   Q_PROPERTY(QString remaining READ remaining NOTIFY changed)
+  // Where the item's interstitials begin, ascending; those that lie too near to another for the eye are left out. Empty
+  // for a live stream, whose bar shows what has been.
+  Q_PROPERTY(QList<double> marks READ marks NOTIFY marksChanged)
 
  public:
   TransportModel();
@@ -47,10 +51,12 @@ class TransportModel final : public QObject {
   double bufferedTo() const { return facts_.bufferedTo; }
   QString elapsed() const { return facts_.elapsed; }
   QString remaining() const { return facts_.remaining; }
+  const QList<double>& marks() const { return marks_; }
 
  Q_SIGNALS:
   void changed();
   void shownChanged();
+  void marksChanged();
 
  private:
   struct Facts {
@@ -64,9 +70,11 @@ class TransportModel final : public QObject {
     QString remaining;
   };
   Facts read() const;
+  QList<double> readMarks() const;
 
   std::shared_ptr<AVPlayer> player_;
   std::optional<double> target_;
   Facts facts_;
+  QList<double> marks_;
   std::shared_ptr<NSTimer> clock_;  // runs while the bar is shown
 };

@@ -56,9 +56,12 @@ struct YMRVideoPlayerDelegate {
   std::function<void(Ad ad, double duration, double second)> videoAdOnBuffer;
   std::function<void(Ad ad, double duration, double second)> videoAdOnPause;
   std::function<void(Ad ad, double duration, double second)> videoAdOnPlay;
-  // An ad, and the last of several ads, has been shown.
+  // An ad, and the last of several ads, has been shown. The last one may have been skipped.
   std::function<void(Ad ad)> videoAdOnComplete;
   std::function<void(Ad ad)> videoAdOnPodComplete;
+  // The viewer has skipped an ad, of which there is then no completion. What comes next follows by itself: a host that
+  // leaves this empty, as it starts, misses nothing.
+  std::function<void(Ad ad)> videoAdOnSkip;
   // Fetching or playing failed: in words, which name the URL when a server or a redirect is to blame for a document
   // that did not come; then with a code (YMRVastError).
   std::function<void(Ad ad, std::string message)> videoAdOnError;

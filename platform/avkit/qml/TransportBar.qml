@@ -107,6 +107,29 @@ Item {
             color: root.transport.scrubbing ? root.accent : "white"
         }
 
+        // Where breaks are to come, taken out of the track and the line alike.
+        Repeater {
+            model: root.transport.marks
+
+            Rectangle {
+                required property real modelData
+                x: Math.round(track.width * modelData - width / 2)
+                width: 18 * root.unit
+                height: 18 * root.unit
+                radius: 5 * root.unit
+                anchors.verticalCenter: parent.verticalCenter
+                color: "#141414"
+
+                Rectangle {
+                    anchors.centerIn: parent
+                    width: 10 * root.unit
+                    height: 10 * root.unit
+                    radius: 2 * root.unit
+                    color: root.accent
+                }
+            }
+        }
+
         // Where the programme is while the viewer looks elsewhere.
         Rectangle {
             x: track.width * root.transport.playing - width / 2
