@@ -286,8 +286,9 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   struct Jump {
     double from;
     double to;
+    bool isReckonedWith;  // a mid-roll has been chosen after it
   };
-  std::optional<Jump> jump_;  // of the programme, over several seeks, until the choice of a mid-roll has followed it
+  std::optional<Jump> jump_;  // the programme's last one, until a mid-roll was chosen after it and it has ticked again
   double tickedAt_ = -1;  // where the programme last ticked or was stopped for a break, in seconds; at first before all
   BreakStage breakStage_ = BreakStage::none;
   bool programmeHasEnded_ = false;  // while a break was under way, before the first of its ads

@@ -44,7 +44,8 @@ void YMRVideoPlayerImpl::startMidRoll() {
   adState_ = YMRAdStateMidRoll;
   auto& groups = *adSchedule_->midRolls();
   // After a jump while a break was under way only those of its own moment follow it by themselves.
-  const auto end = jump_ ? std::min(currentMidRollOffsetIndex_ + 1, groups.size()) : groups.size();
+  const bool hasJumped = jump_ && !jump_->isReckonedWith;
+  const auto end = hasJumped ? std::min(currentMidRollOffsetIndex_ + 1, groups.size()) : groups.size();
   for (auto index = currentMidRollOffsetIndex_; index < end; ++index) {
     if (auto next = takeFirst(groups[index])) {
       currentAdBreak_ = std::move(next);
@@ -52,7 +53,7 @@ void YMRVideoPlayerImpl::startMidRoll() {
       return;
     }
   }
-  if (jump_) chooseMidRollAfterJump();
+  if (hasJumped) chooseMidRollAfterJump();
 }
 
 bool YMRVideoPlayerImpl::playMidRollDueAt(const CMTime& time) {
@@ -77,11 +78,12 @@ void YMRVideoPlayerImpl::programmeDidJump() {
   }
   const double to = currentPosition();
   if (to >= tickedAt_ && to <= tickedAt_ + tickReach) return;
-  jump_ = {jump_ ? jump_->from : tickedAt_, to};
+  jump_ = {jump_ ? jump_->from : tickedAt_, to, false};
   if (!isBreakUnderWay()) chooseMidRollAfterJump();
 }
 
 void YMRVideoPlayerImpl::chooseMidRollAfterJump() {
+  jump_->isReckonedWith = true;
   auto& groups = *adSchedule_->midRolls();
   const auto& offsets = *adSchedule_->midRollOffsets();
   const auto former = currentMidRollOffsetIndex_;
@@ -95,7 +97,7 @@ void YMRVideoPlayerImpl::chooseMidRollAfterJump() {
 }
 
 void YMRVideoPlayerImpl::followMidRolls(const CMTime& time) {
-  if (!isBreakUnderWay()) jump_.reset();  // it has been reckoned with
+  if (jump_ && jump_->isReckonedWith) jump_.reset();
   if (breakStage_ != BreakStage::onScreen) tickedAt_ = CMTimeGetSeconds(time);
   playMidRollDueAt(time);
   markBreaks();

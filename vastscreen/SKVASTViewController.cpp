@@ -121,6 +121,7 @@ void SKVASTViewController::applicationWillTerminate() {
   if (isViewLoaded()) view()->removeFromSuperview();
   setView(nullptr);
   controls_ = nullptr;
+  skipButton_ = nullptr;
   indicator_ = nullptr;
   picture_ = nullptr;
   shown_ = ad_ = nullptr;
@@ -151,6 +152,7 @@ void SKVASTViewController::viewDidLoad() {
   if (stage_ == Stage::over) return;
   controls_ = SKVASTControls::initWithVASTPlayer(own());
   setUpTapGestureRecognizer();
+  addSkipButton();
 }
 
 bool SKVASTViewController::shouldAutorotate() const {

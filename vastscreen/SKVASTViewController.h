@@ -9,6 +9,7 @@
 
 #include "VAST/Parser/VASTDocument.h"
 #include "ads/YMRAdPlayer.h"
+#include "ads/YMRSkipButton.h"
 #include "ads/core/SKVASTViewControllerDelegate.h"
 #include "ads/core/YMRPreparedAd.h"
 #include "platform/Export.h"
@@ -44,9 +45,10 @@ class YMRVastModel;
 // presented; then it ends in one vastDidDismissFullScreen, with at most one vastError before or right after it. The
 // error URLs of an ad that fails are requested once.
 //
-// The viewer's remote: Menu closes, Play/Pause acts at once, and each button but Menu brings the controls up. Taps on
-// the picture do nothing: the screen installs no recogniser for them, a host may add its own to view() that calls
-// handleTouches().
+// The viewer's remote: Menu closes, Play/Pause acts at once, and each button but Menu brings the controls up. When an
+// ad may be skipped, Enter does that while the controls are hidden, and Up hides them; skipped, it counts as having
+// ended, without a completion, and the screen closes. Taps on the picture do nothing: the screen installs no recogniser
+// for them, a host may add its own to view() that calls handleTouches().
 class YMR_API SKVASTViewController final : public UIViewController,
                                            public SKVASTControlsTarget,
                                            public YMRAdPlayer::Listener {
@@ -96,6 +98,10 @@ class YMR_API SKVASTViewController final : public UIViewController,
   void handleTouches();
   std::shared_ptr<UIView> view() override { return UIViewController::view(); }
 
+  // Whether an ad that offers it may be skipped; true at first. Counts from the next second of the ad on.
+  bool allowsSkipping() const { return allowsSkipping_; }
+  void setAllowsSkipping(bool allows) { allowsSkipping_ = allows; }
+
   // Of the ad on screen, else of the one loaded last; nil without.
   std::optional<NSURL> clickThrough() const;
   std::shared_ptr<SKVASTEventProcessor> eventProcessor() const;
@@ -104,6 +110,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   std::shared_ptr<AVPlayerLayer> avplayerLayer() const { return film_ ? film_->layer() : nullptr; }
   // In the view; nil until that is made.
   const std::shared_ptr<SKVASTControls>& controls() const { return controls_; }
+  const std::shared_ptr<YMRSkipButton>& skipButton() const { return skipButton_; }
   // nil: none is installed.
   std::shared_ptr<UIGestureRecognizer> touchGestureRecognizer() const { return nullptr; }
   // The delegate's last vastError in words, with the URL when a server or a redirect is to blame for a
@@ -143,7 +150,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
     std::shared_ptr<SKVASTEventProcessor> events;
     bool hasBegun = false;
     bool hasShown = false;
-    bool hasCompleted = false;
+    bool hasEnded = false;  // by its completion or by being skipped: one of them is tracked
     bool hasFailed = false;
   };
 
@@ -179,6 +186,10 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // Nothing is reported from here while the ad plays, and no recogniser is made.
   void updatePlayedSeconds() {}
   void setUpTapGestureRecognizer() {}
+  void addSkipButton();
+  void skip();
+  // Whether a press that goes down means the skip button, which acts when the press comes up.
+  bool skipTakesPress(UIPressType type);
   // Requests the error URLs of an ad, once in its life.
   static void reportFailure(Ad& ad, const std::string& code);
   void refuseWithoutNetwork();
@@ -205,6 +216,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
   std::shared_ptr<UIView> picture_;
   std::shared_ptr<UIActivityIndicatorView> indicator_;
   std::shared_ptr<SKVASTControls> controls_;
+  std::shared_ptr<YMRSkipButton> skipButton_;
 
   // The presentation.
   Stage stage_ = Stage::idle;
@@ -214,6 +226,8 @@ class YMR_API SKVASTViewController final : public UIViewController,
   bool isShown_ = false;  // the viewer sees the film
   bool hasPicture_ = false;
   bool isOver_ = false;  // the film is at its end
+  bool allowsSkipping_ = true;
+  bool skipIsDown_ = false;  // its press has begun
   std::shared_ptr<NSTimer> playbackTimer_;
   std::shared_ptr<NSTimer> initialDelayTimer_;
   std::shared_ptr<NSTimer> videoLoadTimeoutTimer_;

@@ -201,6 +201,7 @@ void SKVASTViewController::close() {
   wakefulness_.setAwake(false);
   indicator_->stopAnimating();
   controls_->hideControls();
+  skipButton_->setSecondsLeft(std::nullopt);
   shown_->events->trackEvent(SKVASTTrackingEventClose);
   SKLogger::debug(tag, "Dismissing VASTViewController");
   if (const auto presenter = presentingViewController()) {
@@ -254,7 +255,8 @@ void SKVASTViewController::moviePlayBackDidFinish(const std::optional<NSError>& 
   if (!isShown_) return;  // over before the screen was there; it is shown from its beginning
   adDidShow();
   if (!isAtHand(number)) return;
-  if (!std::exchange(ad->hasCompleted, true)) ad->events->trackEvent(SKVASTTrackingEventComplete);
+  skipButton_->setSecondsLeft(std::nullopt);
+  if (!std::exchange(ad->hasEnded, true)) ad->events->trackEvent(SKVASTTrackingEventComplete);
   if (!isAtHand(number)) return;
   controls_->showControls();
   controls_->toggleToPlayButton(true);
@@ -276,6 +278,7 @@ void SKVASTViewController::handleTouches() {
 bool SKVASTViewController::pressesBegan(const UIPress& press) {
   const auto self = own();
   if (press.isRepeat || press.type == UIPressTypeMenu) return true;
+  if (skipTakesPress(press.type)) return true;
   if (press.type == UIPressTypePlayPause && isShown_) isPlaying() ? pause() : resume();
   handleTouches();
   return true;
@@ -283,4 +286,5 @@ bool SKVASTViewController::pressesBegan(const UIPress& press) {
 
 void SKVASTViewController::pressesEnded(const UIPress& press) {
   if (press.type == UIPressTypeMenu) close();
+  if (press.type == UIPressTypeSelect && std::exchange(skipIsDown_, false)) skipButton_->press();
 }

@@ -12,6 +12,7 @@ AdScreenHost::AdScreenHost(Options options, std::function<void()> finished)
       screen_(SKVASTViewController::initWithDelegate(delegate_, window_.root())) {
   screen_->setTagProfile(options_.profile);
   answerCallbacks();
+  screen_->setAllowsSkipping(options_.allowsSkipping);
 }
 
 void AdScreenHost::answerCallbacks() {

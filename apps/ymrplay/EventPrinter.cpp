@@ -93,6 +93,7 @@ void EventPrinter::addAdCallbacks(YMRVideoPlayerDelegate& delegate) {
   delegate.videoAdOnStart = plain("videoAdOnStart");
   delegate.videoAdOnComplete = plain("videoAdOnComplete");
   delegate.videoAdOnPodComplete = plain("videoAdOnPodComplete");
+  delegate.videoAdOnSkip = plain("videoAdOnSkip");
   delegate.videoAdOnTime = timed("videoAdOnTime");
   delegate.videoAdOnBuffer = timed("videoAdOnBuffer");
   delegate.videoAdOnPause = timed("videoAdOnPause");

@@ -15,6 +15,9 @@ namespace {
 
 constexpr int wrongUsage = 2;
 
+// In the order of YMRMissedBreaks.
+const std::vector<std::string> missedBreaksNames{"all", "last", "none"};
+
 const char* const description =
     "Plays a video file or stream full screen, as a host of the player framework would.\n"
     "MEDIA is a file or a URL (file, http, https; MP4, MKV, WebM, TS; HLS from web servers).";
@@ -101,7 +104,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   app.set_version_flag("--version", std::string("ymrplay ") + YMR_VERSION);
 
   Options options;
-  std::string media, artwork, start = "0", windowSize, engine = "process", logLevel = "none";
+  std::string media, artwork, start = "0", windowSize, engine = "process", missedBreaks = "all", logLevel = "none";
   std::optional<std::string> adScreen, vmap;
   std::vector<std::string> keys, snapshots, subtitles, preRolls, midRolls, postRolls;
   auto* const mediaOption = app.add_option("MEDIA", media, "File or URL to play");
@@ -138,6 +141,13 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
       ->excludes(preRollOption)
       ->excludes(midRollOption)
       ->excludes(postRollOption);
+  app.add_option("--missed-breaks", missedBreaks,
+                 "Mid-rolls passed over by a seek or the start position that are played: all, last, none")
+      ->type_name("WHICH")
+      ->check(CLI::IsMember(missedBreaksNames))
+      ->capture_default_str();
+  app.add_flag("!--no-break-marks", options.marksBreaks, "Do not mark the mid-rolls to come on the transport bar");
+  app.add_flag("!--no-skip", options.allowsSkipping, "Do not let the viewer skip ads, whatever they offer");
   app.add_option("--loading-text", options.loadingText, "Text while an ad loads")
       ->type_name("T")
       ->capture_default_str();
@@ -204,6 +214,8 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   std::stable_sort(options.midRolls.begin(), options.midRolls.end(),
                    [](const auto& left, const auto& right) { return left.seconds < right.seconds; });
   options.isEngineInHost = engine == "host";
+  options.missedBreaks =
+      static_cast<int>(std::ranges::find(missedBreaksNames, missedBreaks) - missedBreaksNames.begin());
   options.logLevel = SKLogger::levelNamed(logLevel).value();
   if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) options.headless = true;
   return options;

@@ -40,6 +40,9 @@ struct Options {
   std::vector<NSURL> postRolls;
   std::optional<NSURL> vmap;  // of a schedule document, in place of the three lists
   YMRTagProfile profile = YMRTagProfileExact;
+  int missedBreaks = 0;  // YMRMissedBreaks' numbers
+  bool marksBreaks = true;
+  bool allowsSkipping = true;
   std::string loadingText = "Ad · loading";
   std::string countdownText = "Ad · %d s";  // formats, as YMRAdSchedule takes them
   std::string podCountdownText = "Ad %2$d of %3$d · %1$d s";

@@ -23,6 +23,9 @@ std::shared_ptr<YMRMediaItem> mediaItem(const Options& options) {
 
 void dress(YMRAdSchedule& schedule, const Options& options) {
   schedule.setTagProfile(options.profile);
+  schedule.setMissedBreaks(static_cast<YMRMissedBreaks>(options.missedBreaks));
+  schedule.setShowsBreakMarks(options.marksBreaks);
+  schedule.setAllowsSkipping(options.allowsSkipping);
   schedule.setAdLoadingText(options.loadingText);
   schedule.setAdCountdownText(options.countdownText);
   schedule.setAdpodCountdownText(options.podCountdownText);

@@ -13,6 +13,7 @@ struct AdElement {
   std::string name;
   std::string type = "video/mp4";  // of its film; empty for no linear creative at all
   std::string sequence{};          // makes it one of a pod
+  std::string skipOffset{};        // as written; empty for none
 };
 
 struct AdPlaces {
@@ -44,10 +45,11 @@ inline std::string adDocument(const std::vector<AdElement>& ads, const AdPlaces&
         vast::mediaFile(places.films + "/" + ad.name + ".mp4", "type='" + ad.type + "' width='640' height='360'");
     const std::string clicks =
         "<ClickThrough>" + tracker + "shop</ClickThrough><ClickTracking>" + tracker + "click</ClickTracking>";
+    const std::string skip = ad.skipOffset.empty() ? "" : " skipoffset='" + ad.skipOffset + "'";
     text += vast::inLine(
         "<AdTitle>Title of " + ad.name + "</AdTitle><Description>About " + ad.name + "</Description><Error>" + tracker +
             "error-[ERRORCODE]</Error><Impression>" + tracker + "impression</Impression>" +
-            (ad.type.empty() ? "<Creatives><Creative/></Creatives>" : vast::linear(film, events, clicks)),
+            (ad.type.empty() ? "<Creatives><Creative/></Creatives>" : vast::linear(film, events, clicks, skip)),
         "id='" + ad.name + "'" + (ad.sequence.empty() ? "" : " sequence='" + ad.sequence + "'"));
   }
   return vast::document(text, "3.0");

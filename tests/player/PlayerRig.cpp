@@ -64,6 +64,7 @@ RecordingHost::RecordingHost() {
   listen(to.videoAdOnStart, "videoAdOnStart");
   listen(to.videoAdOnComplete, "videoAdOnComplete");
   listen(to.videoAdOnPodComplete, "videoAdOnPodComplete");
+  listen(to.videoAdOnSkip, "videoAdOnSkip");
   listen(to.videoAdOnTime, "videoAdOnTime");
   listen(to.videoAdOnBuffer, "videoAdOnBuffer");
   listen(to.videoAdOnPause, "videoAdOnPause");

@@ -212,6 +212,29 @@ TEST(AdScreen, readsBroadlyWhatItIsToldToAndTellsWithTheFirstPicture) {
   rig.expectOrderedAndNothingLeft();
 }
 
+TEST(AdScreen, letsTheViewerSkipAnAdOnceItMay) {
+  for (const bool allows : {true, false}) {
+    Rig rig;
+    rig.answer({.body = adDocument({{"a", "video/mp4", "", "00:00:03"}})});
+    rig.screen->setTagProfile(YMRTagProfileBroad);
+    rig.screen->setAllowsSkipping(allows);
+    rig.load();
+    rig.runUntilHeard("start");
+    const auto& button = *rig.screen->skipButton();
+    EXPECT_EQ(rig.loop.advanceUntil([&] { return button.text() == "Skip ad in 1"; }, 3s), allows);
+    rig.window.sendPress(UIPressTypeSelect);  // brings the controls
+    rig.loop.advance(1s);
+    EXPECT_EQ(button.isReady() && !button.hasRemote(), allows);
+    rig.window.sendPress(UIPressTypeUpArrow);
+    for (int press = 0; press < 2; ++press) rig.window.sendPress(UIPressTypeSelect);
+    EXPECT_EQ(rig.count("vastDidDismissFullScreen"), allows);
+    rig.screen->play();
+    rig.loop.advance(20s);
+    EXPECT_EQ(std::ranges::count(rig.tracked(), "complete"), !allows) << "nor later, when it is shown again";
+    rig.expectOrderedAndNothingLeft();
+  }
+}
+
 TEST(AdScreen, tellsOneErrorOfEachStepThatFailsAndShowsTheNextAd) {
   MediaEngineSettings::shared().firstFrameSilenceLimit = 20;  // so that the screen's own bound comes first
   for (const auto& fault : faults()) {

@@ -107,24 +107,24 @@ Item {
             color: root.transport.scrubbing ? root.accent : "white"
         }
 
-        // Where breaks are to come, taken out of the track and the line alike.
+        // Where breaks are to come: higher than the line, and set off from it whatever its colour.
         Repeater {
             model: root.transport.marks
 
             Rectangle {
                 required property real modelData
                 x: Math.round(track.width * modelData - width / 2)
-                width: 18 * root.unit
-                height: 18 * root.unit
-                radius: 5 * root.unit
+                width: 20 * root.unit
+                height: 32 * root.unit
+                radius: 6 * root.unit
                 anchors.verticalCenter: parent.verticalCenter
                 color: "#141414"
 
                 Rectangle {
                     anchors.centerIn: parent
-                    width: 10 * root.unit
-                    height: 10 * root.unit
-                    radius: 2 * root.unit
+                    width: 12 * root.unit
+                    height: 24 * root.unit
+                    radius: 3 * root.unit
                     color: root.accent
                 }
             }

@@ -14,8 +14,8 @@ inline std::string mediaFile(const std::string& url, const std::string& attribut
 }
 
 inline std::string linear(const std::string& mediaFiles, const std::string& trackings = "",
-                          const std::string& clicks = "") {
-  return "<Creatives><Creative><Linear><Duration>00:00:10</Duration><TrackingEvents>" + trackings +
+                          const std::string& clicks = "", const std::string& attributes = "") {
+  return "<Creatives><Creative><Linear" + attributes + "><Duration>00:00:10</Duration><TrackingEvents>" + trackings +
          "</TrackingEvents>" + (clicks.empty() ? "" : "<VideoClicks>" + clicks + "</VideoClicks>") + "<MediaFiles>" +
          mediaFiles + "</MediaFiles></Linear></Creative></Creatives>";
 }

@@ -126,6 +126,23 @@ TEST_F(StageTest, saysWhereTheProgrammeIs) {
   EXPECT_EQ(bar().position(), 1);
 }
 
+TEST_F(StageTest, theBarMarksWhatInterruptsAProgrammeWithAKnownEnd) {
+  std::vector<CMTimeRange> ranges;
+  for (const double second : {900, 905, 1800, 3600, 3601}) ranges.push_back({CMTimeMakeWithSeconds(second, 1), {}});
+  for (const bool isLive : {false, true}) {
+    media.script(kURL).live = isLive;
+    play(600);
+    item->setInterstitialTimeRanges(ranges);
+    press(UIPressTypeUpArrow);
+    EXPECT_EQ(bar().marks(), isLive ? QList<double>() : QList<double>({0.25, 0.5, 1})) << "one at a place";
+    run(500ms);
+    const QImage picture = snapshot();
+    int ambers = 0;
+    for (int y = 260; y < 310; ++y) ambers += picture.pixelColor(picture.width() / 2, y) == "#ffb81c";
+    EXPECT_EQ(ambers > 3, !isLive) << ambers;
+  }
+}
+
 TEST_F(StageTest, outOfSightIsAPauseAndNothingResumesByItself) {
   play();
   UIApplication::sharedApplication().setVisible(false);
