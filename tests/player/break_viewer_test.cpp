@@ -13,12 +13,12 @@ namespace {
 // A presentation in a window, with a break of each kind.
 class OnScreen : public BreakRig {
  public:
-  OnScreen() {
+  explicit OnScreen(Answer pre = pod({"a"}), Answer mid = pod({"b"})) {
     window.setRootViewController(std::make_shared<UIViewController>());
     window.makeKeyAndVisible();
     player->presentWithController(window.rootViewController());
-    preRoll("pre", pod({"a"}));
-    midRoll("mid", 3, pod({"b"}));
+    preRoll("pre", std::move(pre));
+    midRoll("mid", 3, std::move(mid));
     postRoll("post", pod({"c"}));
   }
   ~OnScreen() { UIApplication::sharedApplication().setVisible(true); }
@@ -54,6 +54,62 @@ TEST(BreakViewer, hasTheAdsPlayPauseAndNoOtherButtonButMenu) {
   rig.loop.advance(1s);
   EXPECT_TRUE(rig.window.sendPress(UIPressTypePlayPause));
   EXPECT_EQ(rig.hub().vodPlayer()->rate(), 0) << "the programme's remote is back";
+}
+
+TEST(BreakViewer, isOfferedToSkipAnAdFromItsOffsetOnUnlessThatIsNoneOrTheScheduleForbidsIt) {
+  constexpr int never = 9;
+  std::map<std::string, int> firstSeconds{{"00:00:03", 3}, {" 00:00:00.5 ", 1}, {"25%", 2}, {"0%", 0}};
+  for (const auto* none :
+       {"00:00:08", "00:01:00", "100%", "101%", "-10%", "-00:00:01", "00:00:60", "1e1%", "5", ":::"}) {
+    firstSeconds[none] = never;
+  }
+  for (const auto& [offset, first] : firstSeconds) {
+    for (const bool allows : {true, false}) {
+      SCOPED_TRACE(offset + (allows ? "" : ", forbidden"));
+      OnScreen rig(BreakRig::document({{"a", "video/mp4", "", offset}}));
+      const auto& button = *rig.hub().adContainerView()->skipButton();
+      rig.schedule->setAllowsSkipping(allows);
+      rig.begin();
+      for (int second = 0; second < 5; ++second) {
+        rig.runUntilHeard("videoAdOnTime 8 " + std::to_string(second));
+        EXPECT_EQ(button.isHidden(), !allows || first == never);
+        const auto text = second < first ? "Skip ad in " + std::to_string(first - second) : "Skip ad";
+        EXPECT_TRUE(button.isHidden() || button.text() == text) << second;
+        if (!button.isReady()) rig.window.sendPress(UIPressTypeSelect);
+      }
+      rig.runUntilHeard("videoOnPlay");
+      EXPECT_EQ(rig.tracked("a"), BreakRig::wholeAd());
+    }
+  }
+}
+
+TEST(BreakViewer, endsAnAdOnceByAPressThatLeadsOnAtOnce) {
+  // Where in the film it comes, in milliseconds, and whether the viewer has paused it.
+  for (const auto& [moment, isPaused] : {std::pair(0, false), {2500, false}, {2500, true}, {7999, false}}) {
+    SCOPED_TRACE(std::to_string(moment) + (isPaused ? ", paused" : ""));
+    const auto both = [](const std::string& ad) {
+      return BreakRig::document({{ad, "video/mp4", "1", "0%"}, {ad + "2", "video/mp4", "2", "0%"}});
+    };
+    OnScreen rig(both("pre"), both("mid"));
+    rig.begin();
+    for (const std::string ad : {"pre", "pre2", "mid", "mid2"}) {
+      ASSERT_TRUE(rig.loop.advanceUntil([&] { return rig.hub().adContainerView()->skipButton()->isReady(); }, 60s));
+      rig.loop.advance(std::chrono::milliseconds(std::max(0, moment - int(rig.hub().adTime() * 1000))));
+      if (isPaused) rig.window.sendPress(UIPressTypePlayPause);
+      rig.host.heard.clear();
+      const bool isLast = ad.ends_with('2');  // then Enter means the programme
+      for (int press = 0; press < (isLast ? 1 : 2); ++press) rig.window.sendPress(UIPressTypeSelect);
+      const std::string roll = ad.starts_with("pre") ? ":Preroll" : ":Midroll";
+      EXPECT_THAT(rig.host.heardOf({"videoAdOnStart", "videoAdOnSkip", "videoAdOnPause", "videoOnPlay"}),
+                  ElementsAre("videoAdOnSkip" + roll, isLast ? "videoOnPlay" : "videoAdOnStart" + roll));
+      EXPECT_EQ(rig.host.count("videoAdOnPodComplete"), isLast);
+      EXPECT_EQ(rig.isAdGone(), isLast);
+      EXPECT_EQ(std::ranges::count(rig.tracked(ad), "complete"), 0);
+    }
+    EXPECT_NEAR(rig.player->currentPosition(), 3, 0.1) << "the programme where it stopped";
+    rig.loop.advance(9s);
+    EXPECT_EQ(rig.host.count("videoAdOnComplete"), 0);
+  }
 }
 
 TEST(BreakViewer, leavesByMenuFromEveryMomentAsDoesTheHostThatGoes) {
