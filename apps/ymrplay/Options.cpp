@@ -105,6 +105,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
 
   Options options;
   std::string media, artwork, start = "0", windowSize, engine = "process", missedBreaks = "all", logLevel = "none";
+  bool hidesMarks = false, forbidsSkipping = false;
   std::optional<std::string> adScreen, vmap;
   std::vector<std::string> keys, snapshots, subtitles, preRolls, midRolls, postRolls;
   auto* const mediaOption = app.add_option("MEDIA", media, "File or URL to play");
@@ -146,8 +147,8 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
       ->type_name("WHICH")
       ->check(CLI::IsMember(missedBreaksNames))
       ->capture_default_str();
-  app.add_flag("!--no-break-marks", options.marksBreaks, "Do not mark the mid-rolls to come on the transport bar");
-  app.add_flag("!--no-skip", options.allowsSkipping, "Do not let the viewer skip ads, whatever they offer");
+  app.add_flag("--no-break-marks", hidesMarks, "Do not mark the mid-rolls to come on the transport bar");
+  app.add_flag("--no-skip", forbidsSkipping, "Do not let the viewer skip ads, whatever they offer");
   app.add_option("--loading-text", options.loadingText, "Text while an ad loads")
       ->type_name("T")
       ->capture_default_str();
@@ -216,6 +217,8 @@ std::optional<Options> parseOptions(int argc, char** argv, int& exitStatus) {
   options.isEngineInHost = engine == "host";
   options.missedBreaks =
       static_cast<int>(std::ranges::find(missedBreaksNames, missedBreaks) - missedBreaksNames.begin());
+  options.marksBreaks = !hidesMarks;
+  options.allowsSkipping = !forbidsSkipping;
   options.logLevel = SKLogger::levelNamed(logLevel).value();
   if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) options.headless = true;
   return options;

@@ -78,7 +78,7 @@ TEST(MissedBreaks, waitForTheViewerWhoGoesBackAndKeepTheirMarks) {
 TEST(MissedBreaks, countFromASeekWhileAnotherBreakIsFetched) {
   for (const auto missed : {YMRMissedBreaksNone, YMRMissedBreaksLast}) {
     JumpRig rig(missed, 10);
-    const auto isFetched = [&rig](const auto& at) { return at && at->offset() == 30 && at->isPlayed(); };
+    const auto isFetched = [](const auto& at) { return at && at->offset() == 30 && at->isPlayed(); };
     ASSERT_TRUE(rig.loop.advanceUntil([&] { return isFetched(rig.hub().currentAdBreak()); }, 60s));
     for (const double second : {40, 60}) rig.seek(second);
     rig.loop.advance(30s);
