@@ -290,6 +290,7 @@ void YMRVideoPlayerImpl::skipAd() {
   isPlayingAd_ = false;
   removeObserverOfAdPlayer();
   adContainerView_->skipButton()->setSecondsLeft(std::nullopt);
+  eventProcessor_->trackSkip();
   tell(&YMRVideoPlayerDelegate::videoAdOnSkip, currentAdBreak_);
   if (isAtHand(number) && endPod()) adPlayDidEnd(true, true);
 }

@@ -46,6 +46,7 @@ void SKVASTViewController::adPlayerTick(const CMTime& time) {
 void SKVASTViewController::skip() {
   if (stage_ != Stage::presented) return;
   shown_->hasEnded = true;
+  shown_->events->trackSkip();
   close();
 }
 

@@ -27,11 +27,11 @@ struct YMR_API YMRPreparedAd {
   std::vector<SKVASTUrlWithId> impressions;
   std::vector<SKVASTUrlWithId> errors;
   std::vector<YMRVastModel::Progress> progress;  // these two only where the profile knows them
-  std::optional<YMRSkipOffset> skipOffset;  // from when on it may be skipped; nil for never
-  std::vector<VASTNotRun> notRun;              // of an ad that has a film
-  std::optional<std::string> sequence;         // in its pod
-  std::shared_ptr<SKVASTMediaFile> mediaFile;  // has a URL; nil exactly when the ad has failed
-  std::optional<std::string> title;            // of an ad with a film, as is the description
+  std::optional<YMRSkipOffset> skipOffset;       // from when on it may be skipped; nil for never
+  std::vector<VASTNotRun> notRun;                // of an ad that has a film
+  std::optional<std::string> sequence;           // in its pod
+  std::shared_ptr<SKVASTMediaFile> mediaFile;    // has a URL; nil exactly when the ad has failed
+  std::optional<std::string> title;              // of an ad with a film, as is the description
   std::optional<std::string> description;
   // When there were files but none to play, SKVASTErrorNoInternet without a network, else
   // SKVASTErrorMediaFileNotCompatible; without files the model's own error, which counts as SKVASTErrorNoAd where no
