@@ -187,6 +187,8 @@ class YMR_API SKVASTViewController final : public UIViewController,
   void updatePlayedSeconds() {}
   void setUpTapGestureRecognizer() {}
   void addSkipButton();
+  // At each tick of the film on the screen, in seconds; the duration is not a number while it is unknown.
+  void offerSkipping(double second, double duration);
   void skip();
   // Whether a press that goes down means the skip button, which acts when the press comes up.
   bool skipTakesPress(UIPressType type);

@@ -134,7 +134,10 @@ void SKVASTViewController::adDidShow() {
 
 void SKVASTViewController::adPlayerTick(const CMTime& time) {
   if (!isShown_ || !film_) return;
-  shown_->events->trackProgress(CMTimeGetSeconds(time), CMTimeGetSeconds(film_->item()->duration()));
+  const double second = CMTimeGetSeconds(time);
+  const double duration = CMTimeGetSeconds(film_->item()->duration());
+  offerSkipping(second, duration);
+  shown_->events->trackProgress(second, duration);
 }
 
 VASTMacroValues SKVASTViewController::macroValues() const {

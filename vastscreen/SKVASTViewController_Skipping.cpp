@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ads/core/SKVASTEventProcessor.h"
 #include "platform/dispatch/Weakly.h"
 #include "platform/uikit/UIToolbar.h"
 #include "vastscreen/SKVASTViewController.h"
@@ -36,11 +37,10 @@ void SKVASTViewController::addSkipButton() {
   QObject::connect(bar, &QQuickItem::visibleChanged, button, [button, bar] { button->setHasRemote(bar->isHidden()); });
 }
 
-void SKVASTViewController::adPlayerTick(const CMTime& time) {
+void SKVASTViewController::offerSkipping(double second, double duration) {
   const auto& offset = shown_->prepared.skipOffset;
-  const bool isOffered = offset && allowsSkipping_ && isShown_ && !shown_->hasEnded;
-  const double duration = CMTimeGetSeconds(film_->item()->duration());
-  skipButton_->setSecondsLeft(isOffered ? offset->secondsLeft(CMTimeGetSeconds(time), duration) : std::nullopt);
+  const bool isOffered = offset && allowsSkipping_ && !shown_->hasEnded;
+  skipButton_->setSecondsLeft(isOffered ? offset->secondsLeft(second, duration) : std::nullopt);
 }
 
 void SKVASTViewController::skip() {

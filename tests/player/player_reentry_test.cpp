@@ -19,14 +19,15 @@ const NSError broken{AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"};
 constexpr const char* second = "http://media.example/second.mp4";
 
 // A presentation in which every callback has its turn. Ads come before, in and after the programme: one fails, one is
-// paused by the viewer, during one the programme's buffer runs empty, one is skipped. The programme stalls at 5 s, the
-// viewer chooses a subtitle, and it ends at 20 s or, for videoOnError, breaks at 15 s. Then the host dismisses it.
+// paused by the viewer, during one the programme's buffer runs empty, the last one, which is read broadly, is
+// skipped. The programme stalls at 5 s, the viewer chooses a subtitle, and it ends at 20 s or, for videoOnError, breaks
+// at 15 s. Then the host dismisses it.
 class Story : public BreakRig {
  public:
   explicit Story(bool breaks) {
     preRoll("pre", document({{"a", "video/mp4", "1"}, {"b", "video/webm", "2"}, {"c", "video/mp4", "3"}}));
-    midRoll("mid", 3, document({{"d", "video/mp4", "1"}, {"e", "video/mp4", "2"}, {"g", "video/mp4", "3", "50%"}}));
-    postRoll("post", pod({"f"}));
+    midRoll("mid", 3, pod({"d", "e"}));
+    postRoll("post", document({{"f", "video/mp4", "", "50%"}}));
     schedule->addAdBreak(YMRAd::initPostRollWithVastUrl(std::nullopt));
     auto& script = media.script(PlayerRig::film);
     script.stalls = {{5, 1}};
@@ -48,6 +49,7 @@ class Story : public BreakRig {
     }
     loop.advance(20s);
     chooseSubtitle();
+    if (player && hub().adSchedule()) hub().adSchedule()->setTagProfile(YMRTagProfileBroad);
     loop.advanceUntil([this] { return player && hub().adContainerView()->skipButton()->isReady(); }, 75s);
     if (player) hub().adContainerView()->skipButton()->press();
     loop.advance(75s);
