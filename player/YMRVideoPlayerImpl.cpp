@@ -71,14 +71,7 @@ void YMRVideoPlayerImpl::addAdRemote() {
   }));
   toggle->setAllowedPressTypes({UIPressTypePlayPause});
   adContainerView_->addGestureRecognizer(toggle);
-  const auto button = adContainerView_->skipButton();
-  button->setPressed(weakly(weak_from_this(), &YMRVideoPlayerImpl::skipAd));
-  const auto skip =
-      std::make_shared<UITapGestureRecognizer>([held = std::weak_ptr(button)](const UIGestureRecognizer&) {
-        if (const auto one = held.lock()) one->press();
-      });
-  skip->setAllowedPressTypes({UIPressTypeSelect});
-  adContainerView_->addGestureRecognizer(skip);
+  addSkipping();
 }
 
 void YMRVideoPlayerImpl::followApplication() {

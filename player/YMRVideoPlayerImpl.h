@@ -20,6 +20,8 @@
 #include "platform/avkit/AVPlayerViewController.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/foundation/NSObject.h"
+#include "platform/foundation/NSTimer.h"
+#include "platform/uikit/UIGestureRecognizer.h"
 #include "player/YMRMediaItem.h"
 #include "player/states/YMRAbstractPlayerState.h"
 #include "player/states/YMRPlayerStateHub.h"
@@ -244,12 +246,17 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   bool endPod();
   void takeAdOffScreen();
   void removeObserverOfAdPlayer();
+  // Whether the fetch or the ad of this number is still the one at hand: to be asked after each callback.
+  bool isAtHand(unsigned number) const { return presentation_ == Presentation::alive && number == adNumber_; }
+
+  // ---- Skipping an ad.
+  void addSkipping();
   // At each tick of the ad, of this second.
   void offerSkipping(double second);
   // The viewer's press.
   void skipAd();
-  // Whether the fetch or the ad of this number is still the one at hand: to be asked after each callback.
-  bool isAtHand(unsigned number) const { return presentation_ == Presentation::alive && number == adNumber_; }
+  // Takes the button away; for a moment its press means neither the next ad nor the programme.
+  void endSkipping();
 
   // ---- Subtitles and captions.
   void initSubtitle();
@@ -305,5 +312,7 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   std::shared_ptr<YMRAdContainerView> adContainerView_;
   int currentQuartile_ = 0;
   bool adHasShown_ = false;
+  std::shared_ptr<UITapGestureRecognizer> enterGuard_;  // of the player view controller's view; takes no press at first
+  std::shared_ptr<NSTimer> enterGuardTime_;
   std::atomic<bool> isPlayingAd_ = false;
 };

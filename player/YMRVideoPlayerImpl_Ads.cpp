@@ -275,31 +275,11 @@ bool YMRVideoPlayerImpl::endPod() {
   return isAtHand(number);
 }
 
-// How long the film really is counts, which may be known only later.
-void YMRVideoPlayerImpl::offerSkipping(double second) {
-  const auto button = adContainerView_->skipButton();
-  if (!button) return;
-  const bool isAllowed = ad_.skipOffset && (!adSchedule_ || adSchedule_->allowsSkipping());
-  button->setSecondsLeft(isAllowed ? ad_.skipOffset->secondsLeft(second, adDuration()) : std::nullopt);
-}
-
-// In place of its completion. Nothing that the film still does, its end included, is heard of any more.
-void YMRVideoPlayerImpl::skipAd() {
-  if (!isPlayingAd_) return;
-  const auto number = adNumber_;
-  isPlayingAd_ = false;
-  removeObserverOfAdPlayer();
-  adContainerView_->skipButton()->setSecondsLeft(std::nullopt);
-  eventProcessor_->trackSkip();
-  tell(&YMRVideoPlayerDelegate::videoAdOnSkip, currentAdBreak_);
-  if (isAtHand(number) && endPod()) adPlayDidEnd(true, true);
-}
-
 // Nothing that the player of an ad still has to say belongs to that ad any more.
 void YMRVideoPlayerImpl::takeAdOffScreen() {
   currentQuartile_ = 0;
   if (!std::exchange(adPlayer_, nullptr)) return;
-  if (const auto button = adContainerView_->skipButton()) button->setSecondsLeft(std::nullopt);
+  endSkipping();
   adContainerView_->removeFromSuperview();
 }
 

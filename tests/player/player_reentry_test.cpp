@@ -229,7 +229,8 @@ TEST(Reentry, aSecondProgrammeInsideAnyCallbackPlaysToItsEnd) {
     story.inside(callback, [&] { story.player->playWithMediaItem(PlayerRig::item(second), 0); });
     story.run();
     EXPECT_EQ(story.media.logs(second).size(), isTooLate ? 0u : 1u);
-    const bool isAfterTheFirst = callback == "videoDidPlayFinished" || callback == "videoAdOnError";
+    const bool isAfterTheFirst =
+        callback == "videoDidPlayFinished" || callback == "videoAdOnError" || callback == "videoAdOnSkip";
     EXPECT_EQ(story.host.count("videoDidPlayFinished"), isAfterTheFirst ? 2 : 1);
     EXPECT_EQ(story.host.count("playerDidDismiss"), 1);
   });
