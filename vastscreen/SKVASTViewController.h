@@ -32,9 +32,10 @@ class YMRVastModel;
 //
 // play() starts the film and presents the screen, which fades in over the film's first pictures; a small wheel turns
 // while those are awaited. The ad begins, with impressions and start, when the screen is fully there; four seconds
-// later the controls show for the first time. After the end the last picture stays until the viewer leaves or plays it
-// again. The film has an advertisement's bounds, and from play() on vastVideoLoadTimeout() seconds for its first
-// picture. Out of sight it is paused, and resumed when it is seen again, unless it is over.
+// later the controls show for the first time, unless the ad may be skipped by then. After the end the last picture
+// stays until the viewer leaves or plays it again. The film has an advertisement's bounds, and from play() on
+// vastVideoLoadTimeout() seconds for its first picture. Out of sight it is paused, and resumed when it is seen again,
+// unless it is over.
 //
 // Main thread. Always held by shared_ptr: by the host and, while it is presented, by who presents it. Destroyed before
 // that, it is silent. So it is at the end of the QGuiApplication, which it may outlive: load and presentation end

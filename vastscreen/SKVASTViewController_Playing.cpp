@@ -107,7 +107,9 @@ void SKVASTViewController::showAndPlayVideo() {
   film_->showIn(*picture_);
   controls_->hideControls();
   initialDelayTimer_ = NSTimer::scheduledTimerWithTimeInterval(
-      initialDelay, false, [controls = controls_.get()] { controls->showControls(); });
+      initialDelay, false, [controls = controls_.get(), skip = skipButton_.get()] {
+        if (!skip->isReady()) controls->showControls();  // which would take Enter from it
+      });
   playFilm();
   if (std::exchange(ad->hasBegun, true)) return ad->events->trackEvent(SKVASTTrackingEventResume);
   const auto number = presentation_;

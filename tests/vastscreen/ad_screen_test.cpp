@@ -226,6 +226,8 @@ TEST(AdScreen, letsTheViewerSkipAnAdOnceItMay) {
     rig.loop.advance(1s);
     EXPECT_EQ(button.isReady() && !button.hasRemote(), allows);
     rig.window.sendPress(UIPressTypeUpArrow);
+    rig.loop.advance(1500ms);
+    EXPECT_EQ(rig.screen->controls()->isShowing(), !allows) << "nor do they come by themselves";
     for (int press = 0; press < 2; ++press) rig.window.sendPress(UIPressTypeSelect);
     EXPECT_EQ(rig.count("vastDidDismissFullScreen"), allows);
     rig.screen->play();
