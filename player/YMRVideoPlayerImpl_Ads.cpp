@@ -143,6 +143,7 @@ void YMRVideoPlayerImpl::adDidReach(YMRTagRules::Moment moment) {
 
 void YMRVideoPlayerImpl::adDidShow() {
   breakHasShown_ = true;
+  ad_.replaceable = nullptr;
   if (!std::exchange(adHasShown_, true)) adDidReach(YMRTagRules::Moment::shown);
 }
 
@@ -183,6 +184,7 @@ bool YMRVideoPlayerImpl::playAd() {
     if (!isAtHand(number)) return false;
     if (!ad_.errors.empty()) SKLogger::debug(adTag, "Sending Error requests");
     eventProcessor_->sendVASTError(ad_.errors, playerErrorCode);
+    ads_.replace(ad_);
     return false;
   }
 }
@@ -235,6 +237,7 @@ void YMRVideoPlayerImpl::adItemDidFail(const NSError& error) {
   SKLogger::error(adTag, "The ad can't be played: " + error.message);
   const auto number = adNumber_;
   eventProcessor_->sendVASTError(ad_.errors, ad_.errorCodeOfFilm(error));
+  ads_.replace(ad_);
   onVastError(SKVASTErrorPlayback, YMRPlayerErrorHandler::VASTErrorToString(SKVASTErrorPlayback));
   if (isAtHand(number)) adPlayDidEnd(false, true);
 }

@@ -1,5 +1,6 @@
 #include "VAST/Parser/VASTOffset.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -60,4 +61,13 @@ std::optional<VASTOffset> VASTOffset::from(std::string_view text) {
 std::optional<double> VASTOffset::secondsOf(double duration) const {
   if (!isPercent) return value;
   return std::isfinite(duration) && duration > 0 ? std::optional(duration * value / 100) : std::nullopt;
+}
+
+std::optional<std::int64_t> VASTOffset::secondsLeft(double second, double duration) const {
+  constexpr double limit = 1e9;  // no film is that long; below it every number is exact
+  const auto from = secondsOf(duration);
+  const bool isKnown = duration > 0 && std::isfinite(duration);
+  if (!from || (isKnown && *from >= duration)) return std::nullopt;
+  const double left = *from - second;
+  return left > 0 ? static_cast<std::int64_t>(std::ceil(std::min(left, limit))) : 0;
 }

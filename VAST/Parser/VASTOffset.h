@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -15,6 +16,10 @@ struct YMR_API VASTOffset {
   // In seconds of a film that is `duration` seconds long; nil for a share of a length that is not known: 0, not a
   // number, or without end.
   std::optional<double> secondsOf(double duration) const;
+  // As the moment from when on a film may be skipped, of which `second` has been reached: the whole seconds, rounded
+  // up, that are left until then; 0 when it may be. nil when it never may: the moment does not lie before the film's
+  // end, or is a share of a length that is not known.
+  std::optional<std::int64_t> secondsLeft(double second, double duration) const;
 
   friend bool operator==(const VASTOffset&, const VASTOffset&) = default;
 };

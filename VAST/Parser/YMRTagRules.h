@@ -105,7 +105,7 @@ class YMR_API YMRTagRules {
 
   // ---- What fails.
 
-  // Whether a stand-alone ad takes the place of one that failed so before it played.
+  // Whether a stand-alone ad takes the place of one that failed so before anything of it was seen.
   virtual bool isReplacedAfter(SKVASTError failure) const = 0;
   // Whether that goes on: with the next one when it fails too, and, when a document's are used up, with those beside
   // the wrapper that led to it.

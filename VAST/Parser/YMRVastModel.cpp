@@ -228,13 +228,13 @@ std::vector<YMRVastModel::Progress> YMRVastModel::progress() const {
   return list;
 }
 
-std::optional<YMRSkipOffset> YMRVastModel::skipOffset() const {
+std::optional<VASTOffset> YMRVastModel::skipOffset() const {
   if (!rules_.knowsOffsets()) return std::nullopt;
   const auto ads = adsOfChain();
   for (auto ad = ads.rbegin(); ad != ads.rend(); ++ad) {
     for (const auto* linear : rules_.at(*ad, toLinear)) {
       const auto* text = attribute(*linear, "skipoffset");
-      const auto offset = text ? YMRSkipOffset::fromText(*text) : std::nullopt;
+      const auto offset = text ? VASTOffset::from(*text) : std::nullopt;
       if (offset) return offset;
     }
   }

@@ -16,7 +16,6 @@
 #include "VAST/SKVASTError.h"
 #include "VAST/SKVASTMediaFile.h"
 #include "VAST/SKVASTUrlWithId.h"
-#include "VAST/YMRSkipOffset.h"
 #include "platform/Export.h"
 
 // What became of one ad request, or of one ad of it: the documents of its wrapper chain, and the queries that playing
@@ -123,7 +122,7 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
   // What is to be told when the film has come so far, in the order of the documents.
   std::vector<Progress> progress() const;
   // From when on the viewer may skip the ad: the innermost document's that says so.
-  std::optional<YMRSkipOffset> skipOffset() const;
+  std::optional<VASTOffset> skipOffset() const;
   // What of the ad is not run here.
   std::vector<VASTNotRun> notRun() const;
 

@@ -14,12 +14,21 @@ YMRPreparedAd YMRAdQueue::takeNext(const YMRPreparedAd::Pick& pick) {
   const auto model = std::move(models_.front());
   models_.pop_front();
   auto ad = YMRPreparedAd::from(*model, pick);
-  if (ad.failure && ad.rules().isReplacedAfter(*ad.failure)) {
-    const auto standalone = model->sequencedAdModelsOfStandaloneAd();
-    models_.insert(models_.begin(), standalone.begin(), standalone.end());
+  if (ad.rules().isReplacedAfter(ad.failure.value_or(SKVASTErrorPlayback))) {
+    ad.replaceable = model;
+    if (ad.failure) replace(ad);
+  } else {
+    model->setParent(nullptr);
   }
-  model->setParent(nullptr);
   return ad;
+}
+
+void YMRAdQueue::replace(YMRPreparedAd& ad) {
+  const auto model = std::exchange(ad.replaceable, nullptr);
+  if (!model) return;
+  const auto standalone = model->sequencedAdModelsOfStandaloneAd();
+  models_.insert(models_.begin(), standalone.begin(), standalone.end());
+  model->setParent(nullptr);
 }
 
 void YMRAdQueue::clear() {

@@ -31,6 +31,9 @@ class YMR_API YMRAdQueue {
   // Takes it out, parted from its pod. When it failed in a way that lets one take its place, its pod's next stand-alone
   // ad is now next. Not when empty.
   YMRPreparedAd takeNext(const YMRPreparedAd::Pick& pick = nullptr);
+  // The ad, taken from here, has failed as it was to be played, and nothing of it was seen: its pod's next stand-alone
+  // ad is now next where its profile lets that take its place.
+  void replace(YMRPreparedAd& ad);
   // Parts the ads from their pods and lets go of them.
   void clear();
 

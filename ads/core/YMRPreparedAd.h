@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "VAST/Parser/VASTOffset.h"
 #include "VAST/Parser/YMRVastModel.h"
 #include "VAST/SKVASTError.h"
 #include "VAST/SKVASTUrlWithId.h"
-#include "VAST/YMRSkipOffset.h"
 #include "ads/core/SKVASTMediaFilePicker.h"
 #include "platform/Export.h"
 
@@ -27,7 +27,7 @@ struct YMR_API YMRPreparedAd {
   std::vector<SKVASTUrlWithId> impressions;
   std::vector<SKVASTUrlWithId> errors;
   std::vector<YMRVastModel::Progress> progress;  // these two only where the profile knows them
-  std::optional<YMRSkipOffset> skipOffset;       // from when on it may be skipped; nil for never
+  std::optional<VASTOffset> skipOffset;          // from when on it may be skipped; nil for never
   std::vector<VASTNotRun> notRun;                // of an ad that has a film
   std::optional<std::string> sequence;           // in its pod
   std::shared_ptr<SKVASTMediaFile> mediaFile;    // has a URL; nil exactly when the ad has failed
@@ -38,6 +38,9 @@ struct YMR_API YMRPreparedAd {
   // step has set one.
   std::optional<SKVASTError> failure;
   std::optional<int> code;  // of the failure, where the profile knows it better than by its error
+  // What it was made of, whose stand-alone ads may take its place as long as nothing of it was seen; nil where the
+  // profile lets none.
+  std::shared_ptr<YMRVastModel> replaceable;
   std::string reason;  // why the ad's document did not come, where the failure's own text would mislead; else empty
 
   // By which it was prepared.

@@ -21,6 +21,18 @@ TEST(BroadBreaks, areToldWithTheFirstPicture) {
   EXPECT_TRUE(rig.isAdGone());
 }
 
+TEST(BroadBreaks, goOnWithTheNextStandAloneAdAsLongAsNothingWasSeen) {
+  BreakRig rig;
+  rig.schedule->setTagProfile(YMRTagProfileBroad);
+  rig.midRoll("mid", 3, BreakRig::document({{"a"}, {"b"}, {"c"}}));
+  rig.media.script(BreakRig::film("a")).loadFailure = NSError{NSURLErrorDomain, NSURLErrorResourceUnavailable, "gone"};
+  rig.media.script(BreakRig::film("b")).failure = {1, {AVFoundationErrorDomain, AVErrorDecodeFailed, "broken"}};
+  ASSERT_TRUE(rig.playToEnd());
+  EXPECT_THAT(rig.tracked("a"), ElementsAre("error-401"));
+  EXPECT_THAT(rig.tracked("b"), ElementsAre("impression", "start", "creativeView", "error-405"));
+  EXPECT_THAT(rig.tracked("c"), IsEmpty());
+}
+
 TEST(BroadBreaks, ofAScheduleDocumentComeInItsOrderAndTellTheirTrackers) {
   BreakRig rig;  // the programme lasts 20 s
   const auto adBreak = [](const std::string& time, const std::string& name, const std::string& ads) {

@@ -246,7 +246,7 @@ TEST_F(Profiles, tellWhatTheirTrackersWantToKnow) {
   const auto model = resolve(YMRTagProfileBroad);
   const auto prepared = YMRPreparedAd::from(*model);
   ASSERT_FALSE(prepared.failure) << prepared.errorCode();
-  EXPECT_EQ(prepared.skipOffset, YMRSkipOffset::ofPercent(25));
+  EXPECT_EQ(prepared.skipOffset, (VASTOffset{25, true}));
   SKVASTEventProcessor processor(prepared.trackingEvents, {});
   processor.setRules(prepared.rules(), [] { return VASTMacroValues{.adPlayhead = 3661.5}; });
   processor.setProgress(prepared.progress);
