@@ -8,10 +8,11 @@
 
 namespace {
 
-VMAPParser::Completion finishing(const YMRAdSchedule::Completion& completion) {
-  return [completion](const VMAPParser::Result& result) {
+VMAPParser::Completion finishing(const YMRAdSchedule::Completion& completion, YMRTagProfile profile) {
+  return [completion, profile](const VMAPParser::Result& result) {
     if (!result.document) return completion(nullptr, result.problem);
     const auto schedule = std::make_shared<YMRAdSchedule>();
+    schedule->setTagProfile(profile);
     schedule->addBreaks(*result.document);
     completion(schedule, "");
   };
@@ -79,12 +80,13 @@ void YMRAdSchedule::addBreaks(const VMAPDocument& document) {
   mergeMidRolls(std::move(midRolls));
 }
 
-void YMRAdSchedule::scheduleWithVMAPUrl(const NSURL& url, const Completion& completion) {
-  VMAPParser::parseWithUrl(url, finishing(completion));
+void YMRAdSchedule::scheduleWithVMAPUrl(const NSURL& url, const Completion& completion, YMRTagProfile profile) {
+  VMAPParser::parseWithUrl(url, finishing(completion, profile), profile);
 }
 
-void YMRAdSchedule::scheduleWithVMAPData(std::vector<std::byte> document, const Completion& completion) {
-  VMAPParser::parseWithData(std::move(document), finishing(completion));
+void YMRAdSchedule::scheduleWithVMAPData(std::vector<std::byte> document, const Completion& completion,
+                                         YMRTagProfile profile) {
+  VMAPParser::parseWithData(std::move(document), finishing(completion, profile));
 }
 
 void YMRAdSchedule::placeShares(double duration) {

@@ -46,10 +46,12 @@ class YMR_API YMRAdSchedule {
   void addBreaks(const VMAPDocument& document);
   // Makes a schedule of a document that is fetched, or that the host has, and calls `completion` once, on a later turn
   // of the main queue: with the schedule, or with nil and what is wrong, for people. Read off the main thread; what is
-  // left out is logged.
+  // left out is logged. The schedule is of that profile.
   using Completion = std::function<void(std::shared_ptr<YMRAdSchedule>, const std::string& problem)>;
-  static void scheduleWithVMAPUrl(const NSURL& url, const Completion& completion);
-  static void scheduleWithVMAPData(std::vector<std::byte> document, const Completion& completion);
+  static void scheduleWithVMAPUrl(const NSURL& url, const Completion& completion,
+                                  YMRTagProfile profile = YMRTagProfileExact);
+  static void scheduleWithVMAPData(std::vector<std::byte> document, const Completion& completion,
+                                   YMRTagProfile profile = YMRTagProfileExact);
 
   // Whether breaks wait for the programme's length.
   bool hasShares() const { return !shares_->empty(); }

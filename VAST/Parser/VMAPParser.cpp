@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "VAST/HostCall.h"
+#include "VAST/Parser/YMRTagRules.h"
 #include "VAST/SKLogger.h"
 #include "platform/dispatch/Dispatch.h"
 #include "platform/foundation/URLLoader.h"
@@ -39,8 +40,10 @@ void read(const std::vector<std::byte>& bytes, const VMAPParser::Completion& com
 
 }  // namespace
 
-void VMAPParser::parseWithUrl(const NSURL& url, Completion completion, std::shared_ptr<URLLoader> loader) {
+void VMAPParser::parseWithUrl(const NSURL& given, Completion completion, YMRTagProfile profile,
+                              std::shared_ptr<URLLoader> loader) {
   if (!loader) loader = URLLoader::shared();
+  const NSURL url = YMRTagRules::of(profile).withMacros(given, {});
   if (!url.isHTTP()) {
     return complete(completion, {std::nullopt, "Schedules are fetched over http and https only."});
   }

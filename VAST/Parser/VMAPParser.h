@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "VAST/Parser/VMAPDocument.h"
+#include "VAST/YMRTagProfile.h"
 #include "platform/Export.h"
 #include "platform/foundation/NSURL.h"
 
@@ -24,7 +25,8 @@ class YMR_API VMAPParser {
   // Called exactly once, on the main queue, not before the call that asks has returned.
   using Completion = std::function<void(Result)>;
 
-  // Without a loader URLLoader::shared().
-  static void parseWithUrl(const NSURL& url, Completion completion, std::shared_ptr<URLLoader> loader = nullptr);
+  // Macros of the address are filled in where the profile does that. Without a loader URLLoader::shared().
+  static void parseWithUrl(const NSURL& url, Completion completion, YMRTagProfile profile = YMRTagProfileExact,
+                           std::shared_ptr<URLLoader> loader = nullptr);
   static void parseWithData(std::vector<std::byte> document, Completion completion);
 };

@@ -129,7 +129,8 @@ void PlayHost::play() {
   player_->presentWithController(window_.root());
   if (!options_.vmap) return playProgramme();
   YMRAdSchedule::scheduleWithVMAPUrl(
-      *options_.vmap, [this, alive = std::weak_ptr(alive_)](const auto& schedule, const std::string& problem) {
+      *options_.vmap,
+      [this, alive = std::weak_ptr(alive_)](const auto& schedule, const std::string& problem) {
         if (alive.expired()) return;
         if (schedule) {
           dress(*schedule, options_);
@@ -138,7 +139,8 @@ void PlayHost::play() {
           say(options_.vmap->absoluteString(), problem + " There will be no ads.");
         }
         playProgramme();
-      });
+      },
+      options_.profile);
 }
 
 void PlayHost::playProgramme() {
