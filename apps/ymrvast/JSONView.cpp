@@ -62,6 +62,15 @@ std::string messageOf(const YMRVastModel& model) {
   return YMRPlayerErrorHandler::messageOf(model.getVastError(), model.vastErrorReason());
 }
 
+Json notRun(const std::vector<VASTNotRun>& list) {
+  Json array = Json::array();
+  for (const auto& each : list) {
+    array.push_back({{"what", each.what}, {"told", Json::array()}});
+    for (const NSURL& url : each.tellAt) array.back()["told"].push_back(url.absoluteString());
+  }
+  return array;
+}
+
 Json ads(const std::vector<Inspection::Ad>& list) {
   Json array = Json::array();
   for (const auto& ad : list) {
@@ -80,6 +89,9 @@ Json ads(const std::vector<Inspection::Ad>& list) {
                      {"mediaFiles", mediaFiles(ad.files)},
                      {"picked", orNull(ad.picked())},
                      {"other", other(ad.other)}});
+    // Only where the profile knows of them.
+    if (prepared.code) array.back()["code"] = *prepared.code;
+    if (!prepared.notRun.empty()) array.back()["notRun"] = notRun(prepared.notRun);
   }
   return array;
 }

@@ -20,9 +20,19 @@ std::string counted(std::size_t count, const char* what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-std::string describe(SKVASTError error, const std::string& reason) {
+std::string describe(SKVASTError error, const std::string& reason, const std::string& code) {
   return "error " + std::to_string(error) + ": " + YMRPlayerErrorHandler::messageOf(error, reason) + " (VAST code " +
-         YMRPlayerErrorHandler::VASTErrorToErrorCode(error) + ")";
+         code + ")";
+}
+
+std::string describe(SKVASTError error, const std::string& reason) {
+  return describe(error, reason, YMRPlayerErrorHandler::VASTErrorToErrorCode(error));
+}
+
+std::string describe(const VASTOffset& offset) {
+  std::ostringstream text;
+  text << offset.value << (offset.isPercent ? " %" : " s");
+  return text.str();
 }
 
 void printRow(std::ostream& out, std::string_view label, std::string_view value) {
@@ -81,9 +91,7 @@ void printURLs(const Inspection::Ad& ad, std::ostream& out) {
   };
   if (ad.prepared.rules().knowsOffsets()) {
     for (const auto& each : ad.prepared.progress) {
-      std::ostringstream label;
-      label << "at " << each.offset.value << (each.offset.isPercent ? " %" : " s");
-      printRow(out, label.str(), each.url.absoluteString());
+      printRow(out, "at " + describe(each.offset), each.url.absoluteString());
     }
     events.erase("progress");
     const auto skip = events.extract("skip");
@@ -91,6 +99,7 @@ void printURLs(const Inspection::Ad& ad, std::ostream& out) {
   }
   if (plays) {
     for (const auto& each : ad.prepared.impressions) printRow(out, "impression", each.url()->absoluteString());
+    for (const auto& each : ad.prepared.notRun) print("not executed", each.tellAt);
   }
   for (const auto event : askedEvents) {
     const auto found = events.extract(std::string(event));
@@ -121,10 +130,13 @@ void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ost
     if (!model.adID().empty()) printRow(out, "id", model.adID());
     if (model.adSequence()) printRow(out, "sequence", *model.adSequence());
     printRow(out, "chain", counted(model.vastDocumentArray().size(), "document"));
-    if (const auto failure = ad.failure()) printRow(out, "failed", describe(*failure, ad.prepared.reason));
+    if (const auto failure = ad.failure()) {
+      printRow(out, "failed", describe(*failure, ad.prepared.reason, ad.prepared.errorCode()));
+    }
     if (!ad.reason.empty()) printRow(out, "", ad.reason);
     if (!model.vastError()) printRow(out, "", "never resolved: stand-alone ads are looked at only beside a pod");
     for (const auto& each : ad.prepared.notRun) printRow(out, "not run", each.what);
+    if (ad.prepared.skipOffset) printRow(out, "may be skipped", "from " + describe(*ad.prepared.skipOffset) + " on");
     printOther(ad.other, out);
     printFiles(ad, out);
     printURLs(ad, out);
