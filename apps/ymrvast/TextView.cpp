@@ -115,8 +115,10 @@ void printURLs(const Inspection::Ad& ad, std::ostream& out) {
 
 // What the other profile makes of it, and why that is something else.
 void printOther(const Inspection::Other& other, std::ostream& out) {
-  const std::string shown = other.picked ? "shows " + other.picked->absoluteString() : "shows nothing";
-  printRow(out, YMRTagProfileNames[other.profile], other.why.empty() ? "the same" : shown + ": " + other.why);
+  const std::string_view name = YMRTagProfileNames[other.profile];
+  if (other.why.empty()) return printRow(out, name, "the same");
+  if (other.picked) return printRow(out, name, "shows " + other.picked->absoluteString() + ": " + other.why);
+  printRow(out, name, other.why.substr(other.why.starts_with(name) ? name.size() + 1 : 0));
 }
 
 void printAds(const std::vector<Inspection::Ad>& ads, const char* kind, std::ostream& out) {
