@@ -262,6 +262,7 @@ bool YMRVideoPlayerImpl::endAd(bool seek, bool shouldPassTracking) {
   const auto number = adNumber_;
   isPlayingAd_ = false;
   if (!shouldPassTracking) {
+    eventProcessor_->trackProgress(adDuration(), adDuration());  // what was due since the last tick
     trackEvent(SKVASTTrackingEventComplete);
     tell(&YMRVideoPlayerDelegate::videoAdOnComplete, currentAdBreak_);
     if (!isAtHand(number) || !endPod()) return false;

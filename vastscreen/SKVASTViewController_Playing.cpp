@@ -261,6 +261,8 @@ void SKVASTViewController::moviePlayBackDidFinish(const std::optional<NSError>& 
   adDidShow();
   if (!isAtHand(number)) return;
   skipButton_->setSecondsLeft(std::nullopt);
+  const double duration = CMTimeGetSeconds(film_->item()->duration());
+  ad->events->trackProgress(duration, duration);  // what was due since the last tick
   if (!std::exchange(ad->hasEnded, true)) ad->events->trackEvent(SKVASTTrackingEventComplete);
   if (!isAtHand(number)) return;
   controls_->showControls();

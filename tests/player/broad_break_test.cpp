@@ -12,12 +12,19 @@ TEST(BroadBreaks, areToldWithTheFirstPicture) {
   rig.midRoll("mid", 3, BreakRig::pod({"a", "b", "c"}));
   rig.media.script(BreakRig::film("a")).loadFailure = NSError{NSURLErrorDomain, NSURLErrorResourceUnavailable, "gone"};
   rig.media.script(BreakRig::film("b")).neverLoads = true;
-  rig.host.inside["videoAdOnStart"] = [&] { EXPECT_THAT(rig.tracked("c"), IsEmpty()); };
+  const std::string nearly = "<Tracking event='progress' offset='99%'>http://track.example/d/nearly</Tracking>";
+  const std::string ad = vast::linear(vast::mediaFile(BreakRig::film("d"), "type='video/mp4'"), nearly);
+  rig.postRoll("post", {.body = vast::document(vast::inLine(ad))});
+  rig.host.inside["videoAdOnStart"] = [&] {
+    EXPECT_TRUE(rig.host.heard.back() == "videoAdOnStart:Postroll" || rig.tracked("c").empty());
+  };
   ASSERT_TRUE(rig.playToEnd());
   EXPECT_THAT(rig.tracked("a"), ElementsAre("error-401")) << "an ad that nobody saw has not begun";
   EXPECT_THAT(rig.tracked("b"), ElementsAre("error-402"));
   EXPECT_EQ(rig.tracked("c"), BreakRig::wholeAd());
   EXPECT_EQ(rig.media.logs(BreakRig::film("c")).front()->source.purpose, MediaPurpose::anyAdvertisement);
+  rig.runUntilHeard("videoAdOnComplete:Postroll");
+  EXPECT_THAT(rig.tracked("d"), ElementsAre("nearly"));
   EXPECT_TRUE(rig.isAdGone());
 }
 
