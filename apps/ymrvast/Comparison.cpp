@@ -58,14 +58,28 @@ std::string whyNothing(YMRTagProfile profile, const Ad* ad) {
                                                : "a wrapper lets only one ad, or no other wrapper, come");
 }
 
+std::size_t shownBefore(const Ad& ad, const std::vector<const Ad*>& all) {
+  const auto place = std::ranges::find(all, &ad);
+  return static_cast<std::size_t>(std::count_if(all.begin(), place, [](const Ad* each) { return each->isShown; }));
+}
+
 }  // namespace
 
 void compare(std::vector<Ad>& ads, YMRTagProfile otherProfile, const std::vector<const Ad*>& others) {
+  std::size_t shown = 0;
   for (auto& ad : ads) {
     const Ad* other = counterpart(ad, others);
     const auto here = shownFilm(ad), there = other ? shownFilm(*other) : std::nullopt;
     ad.other = {otherProfile, there, ""};
-    if (here == there) continue;
+    if (here) ++shown;
+    if (here == there) {
+      if (!here || !ad.model->adSequence()) continue;
+      const auto number = shownBefore(*other, others) + 1;
+      if (number == shown) continue;
+      ad.other.why = nameOf(otherProfile) + " plays it as number " + std::to_string(number) +
+                     ", since exact takes the numbers of a pod for text";
+      continue;
+    }
     if (here && there) {
       ad.other.why =
           "exact takes an MP4 kind nearest to the screen's size, broad any kind of film, and of one size the "

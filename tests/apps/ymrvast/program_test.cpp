@@ -163,6 +163,7 @@ TEST_F(VastProgram, saysWhatEitherProfileMakesOfATagAndWhyTheyDiffer) {
   const std::string text = run({"--profile", "broad", TAGS "/verification.xml"}).output;
   EXPECT_THAT(text, AllOf(HasSubstr("exact           the same"), HasSubstr("a verification script of tide")));
   EXPECT_THAT(run({"--profile", "broad", TAGS "/none-program.xml"}).output, HasSubstr("(VAST code 901)"));
+  EXPECT_THAT(run({TAGS "/pod-of-eleven.xml"}).output, HasSubstr("part-10.mp4: broad plays it as number 10, since"));
   EXPECT_THAT(run({TAGS "/companion.xml"}).output,
               HasSubstr("broad           shows https://media.example/harbour.mp4: exact shows nothing: no media file"));
 }
