@@ -220,11 +220,9 @@ void SKVASTViewController::vastDidLoad(YMRVastModel& model) {
     ad->prepared = queue.takeNext();
     ad->events = std::make_shared<SKVASTEventProcessor>(ad->prepared.trackingEvents, delegate_);
     ad->events->setProgress(ad->prepared.progress);
-    ad->events->setRules(ad->prepared.rules(), [weak = std::weak_ptr(self), film = ad->prepared.mediaFile] {
+    ad->events->setRules(ad->prepared.rules(), [weak = std::weak_ptr(self), weakAd = std::weak_ptr(ad)] {
       const auto screen = weak.lock();
-      auto values = screen ? screen->macroValues() : VASTMacroValues();
-      if (film) values.assetURI = film->url()->absoluteString();
-      return values;
+      return screen ? screen->macroValues(weakAd.lock().get()) : VASTMacroValues();
     });
     if (!ad->prepared.failure) {
       const auto click = next->clickThrough();

@@ -180,7 +180,8 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // What the trackers hear at this moment of the ad's, by its profile.
   static void adDidReach(YMRTagRules::Moment moment, const Ad& ad);
   void adDidShow();
-  VASTMacroValues macroValues() const;
+  // While an ad is not known yet, without one.
+  VASTMacroValues macroValues(const Ad* ad = nullptr) const;
   void stopTimers();
   void videoLoadDidTimeOut();
   void moviePlayBackDidFinish(const std::optional<NSError>& error);

@@ -48,7 +48,7 @@ void SKVASTViewController::play() {
   }
   try {
     const auto& rules = ad_->prepared.rules();
-    film_ = std::make_unique<YMRAdPlayer>(rules.withMacros(*ad_->prepared.mediaFile->url(), macroValues()),
+    film_ = std::make_unique<YMRAdPlayer>(rules.withMacros(*ad_->prepared.mediaFile->url(), macroValues(ad_.get())),
                                           rules.opensAnyContainer());
   } catch (const std::exception& exception) {
     SKLogger::error(tag, std::string("Exception - moviePlayer.prepareToPlay: ") + exception.what());
@@ -142,7 +142,7 @@ void SKVASTViewController::adPlayerTick(const CMTime& time) {
   shown_->events->trackProgress(second, duration);
 }
 
-VASTMacroValues SKVASTViewController::macroValues() const {
+VASTMacroValues SKVASTViewController::macroValues(const Ad* ad) const {
   constexpr int onItsOwn = 4;
   VASTMacroValues values;
   const CGSize size = UIScreen::mainScreen().bounds().size;
@@ -150,6 +150,9 @@ VASTMacroValues SKVASTViewController::macroValues() const {
   values.breakPosition = onItsOwn;
   values.adCount = 1;
   if (film_) values.adPlayhead = CMTimeGetSeconds(film_->player()->currentTime());
+  if (!ad) return values;
+  values.podSequence = ad->prepared.sequence;
+  if (ad->prepared.mediaFile) values.assetURI = ad->prepared.mediaFile->url()->absoluteString();
   return values;
 }
 
@@ -191,7 +194,7 @@ void SKVASTViewController::info() {
   SKLogger::debug(tag, "Sending clickTracking requests");
   ad->events->sendVASTUrlsWithId(ad->clickTracking);
   if (!ad->clickThrough) return;
-  const NSURL target = ad->prepared.rules().withMacros(*ad->clickThrough, macroValues());
+  const NSURL target = ad->prepared.rules().withMacros(*ad->clickThrough, macroValues(ad.get()));
   callDelegate(tag, delegate_, &SKVASTViewControllerDelegate::vastOpenBrowseWithUrl, target);
 }
 
