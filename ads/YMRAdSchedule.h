@@ -79,7 +79,7 @@ class YMR_API YMRAdSchedule {
   // Where the programme goes on with its mid-rolls, unless all of the missed ones are played, when it has jumped from
   // one second to another: the index of a group that has breaks; nil when none is to come.
   std::optional<std::size_t> midRollAfterJump(double from, double to) const;
-  // Whether ads that offer it may be skipped; true at first.
+  // Whether ads that offer it, where the profile reads that, may be skipped; true at first.
   bool allowsSkipping() const { return allowsSkipping_; }
   void setAllowsSkipping(bool allows) { allowsSkipping_ = allows; }
   // Whether the transport bar marks the mid-rolls to come; true at first.

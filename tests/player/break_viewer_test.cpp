@@ -80,6 +80,8 @@ TEST(BreakViewer, isOfferedToSkipAnAdFromItsOffsetOnUnlessThatIsNoneOrTheSchedul
       }
       rig.runUntilHeard("videoOnPlay");
       EXPECT_EQ(rig.tracked("a"), BreakRig::wholeAd());
+      rig.window.sendPress(UIPressTypeSelect);
+      EXPECT_EQ(rig.hub().vodPlayer()->rate(), allows && first != never) << "a press that came too late means nothing";
     }
   }
 }
