@@ -4,6 +4,12 @@
 
 #include "VAST/Parser/YMRVastModel.h"
 
+namespace {
+
+constexpr int replacementsLimit = 5;
+
+}  // namespace
+
 YMRAdQueue::YMRAdQueue(YMRVastModel& request) {
   const auto models = request.sequencedAdModels();
   models_.assign(models.begin(), models.end());
@@ -16,7 +22,7 @@ YMRPreparedAd YMRAdQueue::takeNext(const YMRPreparedAd::Pick& pick) {
   auto ad = YMRPreparedAd::from(*model, pick);
   if (ad.rules().isReplacedAfter(ad.failure.value_or(SKVASTErrorPlayback))) {
     ad.replaceable = model;
-    if (ad.failure) replace(ad);
+    if (ad.failure) putReplacement(ad);
   } else {
     model->setParent(nullptr);
   }
@@ -24,6 +30,11 @@ YMRPreparedAd YMRAdQueue::takeNext(const YMRPreparedAd::Pick& pick) {
 }
 
 void YMRAdQueue::replace(YMRPreparedAd& ad) {
+  if (ad.replaceable && replacedFilms_++ < replacementsLimit) return putReplacement(ad);
+  ad.replaceable = nullptr;
+}
+
+void YMRAdQueue::putReplacement(YMRPreparedAd& ad) {
   const auto model = std::exchange(ad.replaceable, nullptr);
   if (!model) return;
   const auto standalone = model->sequencedAdModelsOfStandaloneAd();

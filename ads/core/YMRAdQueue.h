@@ -32,12 +32,15 @@ class YMR_API YMRAdQueue {
   // ad is now next. Not when empty.
   YMRPreparedAd takeNext(const YMRPreparedAd::Pick& pick = nullptr);
   // The ad, taken from here, has failed as it was to be played, and nothing of it was seen: its pod's next stand-alone
-  // ad is now next where its profile lets that take its place.
+  // ad is now next where its profile lets that take its place; five times, since each film may take long to fail.
   void replace(YMRPreparedAd& ad);
   // Parts the ads from their pods and lets go of them.
   void clear();
 
  private:
+  void putReplacement(YMRPreparedAd& ad);
+
   std::deque<std::shared_ptr<YMRVastModel>> models_;
   int totalCount_ = 0;
+  int replacedFilms_ = 0;
 };

@@ -38,6 +38,12 @@ TEST(BroadBreaks, goOnWithTheNextStandAloneAdAsLongAsNothingWasSeen) {
   EXPECT_THAT(rig.tracked("a"), ElementsAre("error-401"));
   EXPECT_THAT(rig.tracked("b"), ElementsAre("impression", "start", "creativeView", "error-405"));
   EXPECT_THAT(rig.tracked("c"), IsEmpty());
+  BreakRig dead;
+  dead.schedule->setTagProfile(YMRTagProfileBroad);
+  dead.media.otherwise().neverLoads = true;
+  dead.midRoll("mid", 3, BreakRig::document(std::vector<BreakRig::Ad>(1000, {"d"})));
+  EXPECT_TRUE(dead.playToEnd());
+  EXPECT_EQ(dead.tracked("d"), Lines(6, "error-402")) << "not for hours";
 }
 
 TEST(BroadBreaks, ofAScheduleDocumentComeInItsOrderAndTellTheirTrackers) {
