@@ -147,7 +147,7 @@ std::optional<SKVASTError> VASTRequest::check(const VASTDocument& document) {
 bool VASTRequest::getDataWithUrl(const std::string& text, Unresolved of) {
   const auto now = RunLoop::main().now();
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - now);
-  auto url = urlWithCleanString(text);
+  auto url = rules_.urlOf(text);
   if (url) url = rules_.withMacros(*url, options_.macroValues);
   const auto fetch = std::make_shared<Fetch>(url ? url->absoluteString() : text, std::move(of), now);
   if (!url || !url->isHTTP()) {

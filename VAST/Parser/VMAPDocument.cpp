@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "VAST/Parser/VASTOffset.h"
-#include "VAST/Parser/VASTXMLUtil.h"
 #include "VAST/Parser/YMRTagRules.h"
 #include "platform/foundation/NSCharacterSet.h"
 #include "platform/foundation/NSString.h"
@@ -138,7 +137,7 @@ std::string readSource(const Element* source, VMAPBreak& of) {
   if (const auto* tag = names().child(source, "AdTagURI")) {
     const std::string kind = attribute(*tag, "templateType");
     if (!isVASTTemplate(kind)) return "ads of the kind '" + kind + "' are not known";
-    const auto url = tag->text ? urlWithCleanString(*tag->text) : std::nullopt;
+    const auto url = tag->text ? names().urlOf(*tag->text) : std::nullopt;
     if (!url || !url->isHTTP()) return "its tag can't be asked for";
     of.tag = url;
     return "";
@@ -153,7 +152,7 @@ void readTracking(const Element* events, VMAPBreak& of) {
   if (!events) return;
   for (const auto& tracking : events->childElements) {
     if (!names().isNamed(*tracking, "Tracking") || !tracking->text) continue;
-    const auto url = urlWithCleanString(*tracking->text);
+    const auto url = names().urlOf(*tracking->text);
     if (url && url->isHTTP()) of.trackingEvents[attribute(*tracking, "event")].push_back(*url);
   }
 }

@@ -72,11 +72,19 @@ YMRTagRules::Answer YMRBroadRules::answerOf(const URLResponse& response) const {
   return response.body.empty() || response.status == 204 ? Answer::noAd : Answer::document;
 }
 
+// A byte order mark stays, unless there are blanks behind it.
 std::size_t YMRBroadRules::blanksBefore(std::span<const std::byte> document) const {
-  constexpr std::string_view blanks = " \t\r\n";
-  const auto first = std::ranges::find_if(
-      document, [&](std::byte each) { return blanks.find(static_cast<char>(each)) == blanks.npos; });
-  return static_cast<std::size_t>(first - document.begin());
+  const std::string_view text(reinterpret_cast<const char*>(document.data()), document.size());
+  const std::size_t mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  const auto first = std::min(text.find_first_not_of(" \t\r\n", mark), text.size());
+  return first == mark ? 0 : first;
+}
+
+// Spaces in an address are what browsers make of them.
+std::optional<NSURL> YMRBroadRules::urlOf(std::string_view text) const {
+  text = stringByTrimmingCharactersInSet(text, NSCharacterSet::whitespaceAndNewlineCharacterSet());
+  if (text.find(' ') == text.npos) return urlWithCleanString(text);
+  return urlWithCleanString(stringByReplacingOccurrencesOfString(text, " ", "%20"));
 }
 
 NSURL YMRBroadRules::withMacros(const NSURL& url, const VASTMacroValues& values) const {
@@ -172,7 +180,7 @@ bool YMRBroadRules::isFilm(const Element& mediaFile) const {
     const auto* value = attribute(mediaFile, name);
     return value ? std::optional(*value) : std::nullopt;
   };
-  const auto url = mediaFile.text ? urlWithCleanString(*mediaFile.text) : std::nullopt;
+  const auto url = mediaFile.text ? urlOf(*mediaFile.text) : std::nullopt;
   return url && url->isHTTP() &&
          takes({{}, {}, text("type"), {}, {}, {}, {}, {}, text("apiFramework"), url->absoluteString()});
 }
@@ -217,7 +225,7 @@ std::vector<VASTNotRun> YMRBroadRules::notRunOf(const std::vector<const Element*
         for (const auto* tracking : at(verification, toTrackers)) {
           const auto* event = attribute(*tracking, "event");
           if (!event || *event != "verificationNotExecuted" || !tracking->text) continue;
-          const auto url = urlWithCleanString(*tracking->text);
+          const auto url = urlOf(*tracking->text);
           if (url && url->isHTTP()) entry.tellAt.push_back(*url);
         }
         notRun.push_back(std::move(entry));
@@ -231,7 +239,8 @@ std::vector<VASTNotRun> YMRBroadRules::notRunOf(const std::vector<const Element*
 bool YMRBroadRules::takes(const SKVASTMediaFile& file) const {
   if (containsAny(orNull(file.apiFramework()), {"vpaid", "simid"})) return false;
   const auto* type = orNull(file.type());
-  if (type && !type->empty()) return isUsual(file) || containsAny(type, {"video/"});
+  const bool saysNothing = !type || type->empty() || containsAny(type, {"octet-stream"});
+  if (!saysNothing) return isUsual(file) || containsAny(type, {"video/"});
   const std::string path = file.url() ? file.url()->path() : "";
   constexpr std::array<std::string_view, 4> programs{".js", ".swf", ".html", ".htm"};
   return std::ranges::none_of(programs, [&](auto ending) { return path.ends_with(ending); });

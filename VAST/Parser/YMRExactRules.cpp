@@ -2,6 +2,7 @@
 #include <array>
 #include <cstdlib>
 
+#include "VAST/Parser/VASTXMLUtil.h"
 #include "VAST/Parser/YMRProfiles.h"
 #include "VAST/Parser/YMRVastModel.h"
 #include "VAST/SKLogger.h"
@@ -30,6 +31,10 @@ const std::string* attribute(const XML::Element& element, std::string_view name)
 YMRTagRules::Answer YMRExactRules::answerOf(const URLResponse& response) const {
   constexpr long statusOfDocument = 200;
   return !response.error && response.status == statusOfDocument ? Answer::document : Answer::nothing;
+}
+
+std::optional<NSURL> YMRExactRules::urlOf(std::string_view text) const {
+  return urlWithCleanString(text);
 }
 
 YMRTagRules::Split YMRExactRules::split(const VASTDocument& document) const {

@@ -10,6 +10,7 @@ class YMRExactRules final : public YMRTagRules {
 
   Answer answerOf(const URLResponse& response) const override;
   std::size_t blanksBefore(std::span<const std::byte>) const override { return 0; }
+  std::optional<NSURL> urlOf(std::string_view text) const override;
   NSURL withMacros(const NSURL& url, const VASTMacroValues&) const override { return url; }
   Allowance allowanceOf(const Element*) const override { return {}; }
 
@@ -46,6 +47,7 @@ class YMRBroadRules final : public YMRTagRules {
 
   Answer answerOf(const URLResponse& response) const override;
   std::size_t blanksBefore(std::span<const std::byte> document) const override;
+  std::optional<NSURL> urlOf(std::string_view text) const override;
   NSURL withMacros(const NSURL& url, const VASTMacroValues& values) const override;
   Allowance allowanceOf(const Element* wrapper) const override;
 

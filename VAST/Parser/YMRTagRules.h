@@ -47,6 +47,8 @@ class YMR_API YMRTagRules {
   virtual Answer answerOf(const URLResponse& response) const = 0;
   // How many bytes at a document's beginning are not read: blanks before the XML declaration make it malformed.
   virtual std::size_t blanksBefore(std::span<const std::byte> document) const = 0;
+  // The address that a text of a document is; nil when it is none.
+  virtual std::optional<NSURL> urlOf(std::string_view text) const = 0;
   // The address to ask, of a wrapper, a film or a tracker, where the document gives `url`.
   virtual NSURL withMacros(const NSURL& url, const VASTMacroValues& values) const = 0;
   // What a wrapper lets come of the document that it leads to.

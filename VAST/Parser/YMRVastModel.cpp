@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <utility>
 
-#include "VAST/Parser/VASTXMLUtil.h"
 #include "VAST/SKLogger.h"
 
 namespace {
@@ -26,10 +25,10 @@ std::optional<std::string> copyOf(const std::string* text) {
 // Calls `use` with each of the elements and the URL that is its text. Those whose text cannot be asked for are left
 // out.
 template <class Use>
-void forEachURL(const std::vector<const XML::Element*>& elements, const Use& use) {
+void forEachURL(const YMRTagRules& rules, const std::vector<const XML::Element*>& elements, const Use& use) {
   for (const auto* element : elements) {
     if (!element->text) continue;
-    auto url = urlWithCleanString(*element->text);
+    auto url = rules.urlOf(*element->text);
     if (url && url->isHTTP()) {
       use(*element, *std::move(url));
     } else {
@@ -38,8 +37,9 @@ void forEachURL(const std::vector<const XML::Element*>& elements, const Use& use
   }
 }
 
-void addURLs(const std::vector<const XML::Element*>& elements, std::vector<SKVASTUrlWithId>& urls) {
-  forEachURL(elements, [&urls](const XML::Element& element, NSURL url) {
+void addURLs(const YMRTagRules& rules, const std::vector<const XML::Element*>& elements,
+             std::vector<SKVASTUrlWithId>& urls) {
+  forEachURL(rules, elements, [&urls](const XML::Element& element, NSURL url) {
     urls.emplace_back(copyOf(attribute(element, "id")), std::move(url));
   });
 }
@@ -157,7 +157,7 @@ std::optional<std::string> YMRVastModel::redirectUrl() const {
 
 std::vector<std::shared_ptr<SKVASTMediaFile>> YMRVastModel::mediaFiles() const {
   std::vector<std::shared_ptr<SKVASTMediaFile>> files;
-  forEachURL(rules_.at(rules_.child(lastAd(), "InLine"), toFilms),
+  forEachURL(rules_, rules_.at(rules_.child(lastAd(), "InLine"), toFilms),
              [&files](const XML::Element& element, const NSURL& url) {
                const auto text = [&element](std::string_view name) { return copyOf(attribute(element, name)); };
                files.push_back(std::make_shared<SKVASTMediaFile>(
@@ -181,15 +181,15 @@ std::map<std::string, std::vector<NSURL>> YMRVastModel::trackingEvents() const {
     if (const auto* event = attribute(tracking, "event")) events[*event].push_back(std::move(url));
   };
   for (const auto* ad : adsOfChain()) {
-    forEachURL(rules_.at(ad, toTracking), add);
-    forEachURL(rules_.at(ad, toCustomTracking), add);
+    forEachURL(rules_, rules_.at(ad, toTracking), add);
+    forEachURL(rules_, rules_.at(ad, toCustomTracking), add);
   }
   return events;
 }
 
 std::vector<SKVASTUrlWithId> YMRVastModel::urlsOfChain(std::initializer_list<std::string_view> path) const {
   std::vector<SKVASTUrlWithId> urls;
-  for (const auto* ad : adsOfChain()) addURLs(rules_.at(ad, {path.begin(), path.size()}), urls);
+  for (const auto* ad : adsOfChain()) addURLs(rules_, rules_.at(ad, {path.begin(), path.size()}), urls);
   return urls;
 }
 
@@ -200,7 +200,8 @@ std::vector<SKVASTUrlWithId> YMRVastModel::impressions() const {
 std::vector<SKVASTUrlWithId> YMRVastModel::errors() const {
   static constexpr std::array<std::string_view, 1> toErrors{"Error"};
   auto urls = urlsOfChain({"Error"});
-  if (!vastDocumentArray_.empty()) addURLs(rules_.at(rules_.emptyVastOf(vastDocumentArray_.back()), toErrors), urls);
+  if (!vastDocumentArray_.empty())
+    addURLs(rules_, rules_.at(rules_.emptyVastOf(vastDocumentArray_.back()), toErrors), urls);
   return urls;
 }
 
@@ -222,7 +223,9 @@ std::vector<YMRVastModel::Progress> YMRVastModel::progress() const {
       const auto* text = attribute(*tracking, "offset");
       const auto offset = event && text && *event == "progress" ? VASTOffset::from(*text) : std::nullopt;
       if (!offset) continue;
-      forEachURL({tracking}, [&](const XML::Element&, NSURL url) { list.push_back({*offset, std::move(url)}); });
+      forEachURL(rules_, {tracking}, [&](const XML::Element&, NSURL url) {
+        list.push_back({*offset, std::move(url)});
+      });
     }
   }
   return list;
