@@ -49,9 +49,10 @@ Text timestamp(const VASTMacroValues&) {
   const auto rest = now - std::chrono::floor<std::chrono::seconds>(now);
   std::tm parts{};
   gmtime_r(&seconds, &parts);
-  char text[32];
-  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S.", &parts);
-  return text + padded("%03lldZ", std::chrono::duration_cast<std::chrono::milliseconds>(rest).count());
+  return padded("%04lld-", parts.tm_year + 1900) + padded("%02lld-", parts.tm_mon + 1) +
+         padded("%02lldT", parts.tm_mday) + padded("%02lld:", parts.tm_hour) + padded("%02lld:", parts.tm_min) +
+         padded("%02lld.", parts.tm_sec) +
+         padded("%03lldZ", std::chrono::duration_cast<std::chrono::milliseconds>(rest).count());
 }
 
 Text eightDigits(const VASTMacroValues&) {
