@@ -23,7 +23,7 @@ Outlet& outlet() {
   return *instance;
 }
 
-thread_local bool isInsideSink = false;
+thread_local bool isSilent = false;  // inside the sink, too
 
 void write(int level, std::string_view tag, std::string_view message) {
   if (!SKLogger::reachesSink(level)) return;
@@ -33,12 +33,12 @@ void write(int level, std::string_view tag, std::string_view message) {
     sink = outlet().sink;
   }
   if (!sink) return;
-  isInsideSink = true;
+  isSilent = true;
   try {
     (*sink)(level, tag, message);
   } catch (...) {
   }
-  isInsideSink = false;
+  isSilent = false;
 }
 
 }  // namespace
@@ -73,7 +73,13 @@ void SKLogger::installSink(int level, Sink sink) {
 }
 
 bool SKLogger::reachesSink(int level) {
-  return level <= outlet().level.load(std::memory_order_relaxed) && !isInsideSink;
+  return level <= outlet().level.load(std::memory_order_relaxed) && !isSilent;
+}
+
+SKLogger::Silence::Silence() : wasSilent_(std::exchange(isSilent, true)) {}
+
+SKLogger::Silence::~Silence() {
+  isSilent = wasSilent_;
 }
 
 void SKLogger::error(std::string_view tag, std::string_view message) {

@@ -37,6 +37,18 @@ class YMR_API SKLogger {
   // Whether a message of this level would reach a sink: for callers whose message is costly to build.
   static bool reachesSink(int level);
 
+  // While one lives, what its thread logs is dropped: for looking ahead at what is logged when its turn comes.
+  class YMR_API Silence {
+   public:
+    Silence();
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+    ~Silence();
+
+   private:
+    const bool wasSilent_;
+  };
+
   static void error(std::string_view tag, std::string_view message);
   static void warning(std::string_view tag, std::string_view message);
   static void info(std::string_view tag, std::string_view message);

@@ -258,6 +258,11 @@ YMRVastModel::Models YMRVastModel::sequencedAdModels() {
   return ads;
 }
 
+std::shared_ptr<YMRVastModel> YMRVastModel::nextStandaloneAd() const {
+  const auto list = std::ranges::find_if(fallBacks_, [](const auto& each) { return !each->empty(); });
+  return list == fallBacks_.end() ? nullptr : (*list)->front()->sequencedAdModels().front();
+}
+
 YMRVastModel::Models YMRVastModel::sequencedAdModelsOfStandaloneAd() {
   const auto list = std::ranges::find_if(fallBacks_, [](const auto& each) { return !each->empty(); });
   if (list == fallBacks_.end()) return {};

@@ -128,6 +128,8 @@ class YMR_API YMRVastModel : public std::enable_shared_from_this<YMRVastModel> {
 
   // The ads to play, in order: this model alone when it has no pod children, else theirs.
   Models sequencedAdModels();
+  // The one that sequencedAdModelsOfStandaloneAd() would take; nil when there is none.
+  std::shared_ptr<YMRVastModel> nextStandaloneAd() const;
   // Takes the next playable stand-alone ad out of the parent's list: a list of one, or empty when there is none.
   // Broadly read, that ad has what is left for its own fall-backs.
   Models sequencedAdModelsOfStandaloneAd();

@@ -31,6 +31,11 @@ std::shared_ptr<SKVASTMediaFile> SKVASTMediaFilePicker::pick(const Files& files)
 }
 
 std::shared_ptr<SKVASTMediaFile> SKVASTMediaFilePicker::pick(const Files& files, YMRTagProfile profile) {
+  return pick(files, profile, ConnectionRate::shared().kilobits());
+}
+
+std::shared_ptr<SKVASTMediaFile> SKVASTMediaFilePicker::pick(const Files& files, YMRTagProfile profile,
+                                                             const std::optional<double>& kilobits) {
   const SKNetworkType network = networkType();
   SKLogger::debug(tag, "NetworkType: " + std::to_string(network));
   if (network == SKNetworkTypeNone) {
@@ -42,7 +47,7 @@ std::shared_ptr<SKVASTMediaFile> SKVASTMediaFilePicker::pick(const Files& files,
   std::copy_if(files.begin(), files.end(), std::back_inserter(playable),
                [&rules](const auto& file) { return rules.takes(*file); });
   if (playable.empty()) return nullptr;
-  const auto best = rules.choose(std::move(playable), screenArea(), ConnectionRate::shared().kilobits());
+  const auto best = rules.choose(std::move(playable), screenArea(), kilobits);
   SKLogger::debug(tag, "Selected Media File: " + (best->url() ? best->url()->absoluteString() : "(null)"));
   return best;
 }

@@ -28,6 +28,9 @@ class YMR_API SKVASTMediaFilePicker {
   static std::shared_ptr<SKVASTMediaFile> pick(const Files& files);
   // The same by a profile's rules: YMRTagRules::takes() and choose().
   static std::shared_ptr<SKVASTMediaFile> pick(const Files& files, YMRTagProfile profile);
+  // The same by what the connection had shown that it carries, ConnectionRate::kilobits(), at an earlier moment.
+  static std::shared_ptr<SKVASTMediaFile> pick(const Files& files, YMRTagProfile profile,
+                                               const std::optional<double>& kilobits);
   // What pick() is to be reported as when it has just given nil: SKVASTErrorNoInternet without a network, else
   // SKVASTErrorMediaFileNotCompatible.
   static SKVASTError errorOfNone();

@@ -7,6 +7,7 @@ namespace {
 
 constexpr double shortest = 10.0;
 std::atomic<double> timeout{shortest};
+std::atomic<bool> preparesNext{true};
 
 }  // namespace
 
@@ -16,4 +17,12 @@ double VASTSettings::vastVideoLoadTimeout() {
 
 void VASTSettings::setVastVideoLoadTimeout(double seconds) {
   timeout = std::fmax(seconds, shortest);  // not-a-number counts as the shortest
+}
+
+bool VASTSettings::preparesNextFilm() {
+  return preparesNext;
+}
+
+void VASTSettings::setPreparesNextFilm(bool prepares) {
+  preparesNext = prepares;
 }

@@ -1,10 +1,15 @@
 #include "ads/core/YMRAdQueue.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "VAST/Parser/YMRVastModel.h"
+#include "VAST/SKLogger.h"
 
 namespace {
+
+// How many ads are looked at ahead of their turn.
+constexpr std::size_t foreseenLimit = 8;
 
 constexpr int replacementsLimit = 5;
 
@@ -14,6 +19,20 @@ YMRAdQueue::YMRAdQueue(YMRVastModel& request) {
   const auto models = request.sequencedAdModels();
   models_.assign(models.begin(), models.end());
   totalCount_ = static_cast<int>(models.size());
+}
+
+std::optional<YMRPreparedAd> YMRAdQueue::foresee(const YMRPreparedAd::Pick& pick) const {
+  const SKLogger::Silence silence;
+  for (std::size_t ahead = 0; ahead < std::min(models_.size(), foreseenLimit); ++ahead) {
+    auto ad = YMRPreparedAd::from(*models_[ahead], pick);
+    if (!ad.failure) return ad;
+    if (!ad.rules().isReplacedAfter(*ad.failure)) continue;
+    const auto standalone = models_[ahead]->nextStandaloneAd();
+    if (!standalone) continue;
+    ad = YMRPreparedAd::from(*standalone, pick);
+    return ad.failure ? std::nullopt : std::optional(std::move(ad));
+  }
+  return std::nullopt;
 }
 
 YMRPreparedAd YMRAdQueue::takeNext(const YMRPreparedAd::Pick& pick) {

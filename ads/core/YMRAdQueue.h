@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 
 #include "ads/core/YMRPreparedAd.h"
 #include "platform/Export.h"
@@ -26,6 +27,9 @@ class YMR_API YMRAdQueue {
   // Which of them was taken last, from 1.
   int number() const { return totalCount_ - static_cast<int>(models_.size()); }
 
+  // The first of the ads to come that has a film, as things stand; nothing is taken, and nothing logged. nil when there
+  // is none among the next few, or when it can't be known without taking others.
+  std::optional<YMRPreparedAd> foresee(const YMRPreparedAd::Pick& pick = nullptr) const;
   // The ad whose turn is next. Not when empty.
   const std::shared_ptr<YMRVastModel>& next() const { return models_.front(); }
   // Takes it out, parted from its pod. When it failed in a way that lets one take its place, its pod's next stand-alone
