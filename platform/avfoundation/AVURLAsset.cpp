@@ -80,7 +80,10 @@ void AVURLAsset::setStartTime(const CMTime& time) {
 void AVURLAsset::loadValuesAsynchronouslyForKeys(const std::vector<std::string>&, std::function<void()> completion) {
   YMR_ASSERT_MAIN_THREAD();
   if (completion) waiters_.push_back(std::move(completion));
-  if (status_ == AVKeyValueStatusUnknown) session_ = openSession();
+  if (status_ == AVKeyValueStatusUnknown) {
+    session_ = openSession();
+    if (session_ && isAdvertisement(options_.purpose)) session_->keepPicture();
+  }
   if (status_ != AVKeyValueStatusLoading) completeWaiters();
 }
 

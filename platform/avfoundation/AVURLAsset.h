@@ -32,8 +32,8 @@ struct AVURLAssetOptions {
 // Media at a URL, and what is known of them. Always held by shared_ptr. Main thread.
 //
 // Loading decodes up to the picture at the start time, in the very pipeline that the asset's first item then plays:
-// nothing is opened or downloaded twice, and the item plays at once. An asset that failed to load stays failed, and so
-// do its items.
+// nothing is opened or downloaded twice, and the item plays at once; the first picture of an ad is then here already.
+// An asset that failed to load stays failed, and so do its items.
 //
 // Kept from the platform: asynchronous loading by key (all keys load together), the legible selection group, tracks by
 // media type. Left out: composition, export, the other characteristics. Keys to observe: none.

@@ -1,5 +1,6 @@
 #include "platform/avfoundation/EngineSession.h"
 
+#include <mutex>
 #include <utility>
 
 #include "platform/avfoundation/process/EngineChoice.h"
@@ -14,6 +15,23 @@ void letGoLater(std::shared_ptr<EngineSession> session) {
 }
 
 }  // namespace
+
+// Holds the newest picture.
+class EngineSession::PictureKeeper final : public VideoFrameSink {
+ public:
+  void present(VideoFrame frame) override {
+    std::lock_guard lock(mutex_);
+    std::swap(frame_, frame);
+  }
+  VideoFrame take() {
+    std::lock_guard lock(mutex_);
+    return std::exchange(frame_, {});
+  }
+
+ private:
+  std::mutex mutex_;
+  VideoFrame frame_;
+};
 
 std::shared_ptr<EngineSession> EngineSession::open(const MediaSource& source, const CMTime& start) {
   YMR_ASSERT_MAIN_THREAD();
@@ -43,6 +61,18 @@ EngineSession::~EngineSession() {
 
 void EngineSession::addListener(const std::shared_ptr<EngineListener>& listener) {
   listeners_.push_back(listener);
+}
+
+void EngineSession::keepPicture() {
+  keeper_ = std::make_shared<PictureKeeper>();
+  engine_->setFrameSink(keeper_);
+}
+
+void EngineSession::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
+  const auto keeper = std::exchange(keeper_, nullptr);
+  auto frame = keeper ? keeper->take() : VideoFrame();
+  if (sink && frame.isValid()) sink->present(std::move(frame));
+  engine_->setFrameSink(std::move(sink));
 }
 
 void EngineSession::seek(const CMTime& time, MediaEngine::SeekCompletion completion) {

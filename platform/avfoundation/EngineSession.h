@@ -39,10 +39,16 @@ class EngineSession : public std::enable_shared_from_this<EngineSession> {
 
   bool isReady() const { return isReady_; }
   MediaEngine& engine() const { return *engine_; }
+  // Has the engine's pictures come as far as this process until somebody wants to see them: setFrameSink() then hands
+  // over the newest one at once.
+  void keepPicture();
+  // As the engine's. To be used instead.
+  void setFrameSink(std::shared_ptr<VideoFrameSink> sink);
   // As the engine's. To be used instead, so that the completion may let go of the session.
   void seek(const CMTime& time, MediaEngine::SeekCompletion completion);
 
  private:
+  class PictureKeeper;
   EngineSession() = default;
   MediaEngine::Events events();
   template <typename Call>
@@ -50,5 +56,6 @@ class EngineSession : public std::enable_shared_from_this<EngineSession> {
 
   std::unique_ptr<MediaEngine> engine_;
   std::vector<std::weak_ptr<EngineListener>> listeners_;
+  std::shared_ptr<PictureKeeper> keeper_;  // until there is another sink
   bool isReady_ = false;
 };

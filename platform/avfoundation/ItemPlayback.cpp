@@ -54,7 +54,7 @@ void ItemPlayback::begin(const std::weak_ptr<Player>& player, const Settings& se
   session_->addListener(shared_from_this());
   auto& engine = session_->engine();
   engine.setMuted(settings.muted);
-  if (settings.frameSink) engine.setFrameSink(settings.frameSink);
+  if (settings.frameSink) session_->setFrameSink(settings.frameSink);
   if (legibleTrack_) engine.selectLegibleTrack(legibleTrack_);
   if (rate_ != 0) engine.setRate(rate_);
   if (session_->isReady()) post(&ItemPlayback::becomeReady);
@@ -72,7 +72,7 @@ void ItemPlayback::dropSession() {
   loadedTimeRanges_ = session_->engine().bufferedRanges();
   sample();
   session_->engine().setRate(0);
-  session_->engine().setFrameSink(nullptr);
+  session_->setFrameSink(nullptr);
   session_.reset();
 }
 
@@ -88,7 +88,7 @@ void ItemPlayback::setMuted(bool muted) {
 }
 
 void ItemPlayback::setFrameSink(std::shared_ptr<VideoFrameSink> sink) {
-  if (session_) session_->engine().setFrameSink(std::move(sink));
+  if (session_) session_->setFrameSink(std::move(sink));
 }
 
 void ItemPlayback::selectLegibleTrack(const std::optional<std::string>& identifier) {

@@ -59,6 +59,11 @@ std::shared_ptr<AVPlayer> AVPlayerLayer::letGo() {
   return former;
 }
 
+void AVPlayerLayer::keepPicture() {
+  YMR_ASSERT_MAIN_THREAD();
+  letGo();
+}
+
 bool AVPlayerLayer::isReadyForDisplay() const {
   return picture_->hasPicture();
 }

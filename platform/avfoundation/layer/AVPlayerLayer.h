@@ -27,6 +27,9 @@ class YMR_API AVPlayerLayer : public CALayer {
   const std::shared_ptr<AVPlayer>& player() const { return player_; }
   void setPlayer(const std::shared_ptr<AVPlayer>& player);
 
+  // Parts from the player and goes on showing its last picture, until it gets another player.
+  void keepPicture();
+
   // True from the player's first picture on.
   bool isReadyForDisplay() const;
 
