@@ -46,7 +46,8 @@ std::shared_ptr<YMRAdContainerView> YMRAdContainerView::make() {
     static const bool registered = (registerTypes(), true);
     static_cast<void>(registered);
     const auto view = std::dynamic_pointer_cast<YMRAdContainerView>(UINib::instantiate("YMRAdContainerView"));
-    if (view && view->label_ && view->adPlayerView_ && view->indicator_ && view->skipButton_) return view;
+    if (view && view->label_ && view->adPlayerView_ && view->lastPictureView_ && view->indicator_ && view->skipButton_)
+      return view;
   }
   const auto bare = std::make_shared<YMRAdContainerView>();
   const auto add = [&bare](const auto& part) {
@@ -54,6 +55,7 @@ std::shared_ptr<YMRAdContainerView> YMRAdContainerView::make() {
     return part.get();
   };
   bare->adPlayerView_ = add(std::make_shared<UIView>());
+  bare->lastPictureView_ = add(std::make_shared<UIView>());
   bare->indicator_ = add(std::make_shared<UIActivityIndicatorView>());
   bare->label_ = add(std::make_shared<YMROutlinedLabel>());
   bare->skipButton_ = add(std::make_shared<YMRSkipButton>());
@@ -98,6 +100,7 @@ void YMRAdContainerView::awaitPicture() {
 }
 
 void YMRAdContainerView::pictureDidArrive() {
+  dropKeptPicture();
   setAlpha(1);
 }
 
@@ -105,6 +108,21 @@ void YMRAdContainerView::endWaiting() {
   cancelPreviousPerformRequestsWithTarget(this);
   setPatient(false);
   setAlpha(1);
+  dropKeptPicture();
+}
+
+void YMRAdContainerView::keepPicture(const std::shared_ptr<CALayer>& layer) {
+  if (!layer || !lastPictureView_) return;
+  dropKeptPicture();
+  cancelPreviousPerformRequestsWithTarget(this, "dropKeptPicture");
+  lastPictureView_->layer()->addSublayer(layer);
+  performSelectorAfterDelay(this, "dropKeptPicture", unseenWaitLimit, [this] { dropKeptPicture(); });
+}
+
+void YMRAdContainerView::dropKeptPicture() {
+  if (!lastPictureView_) return;
+  for (const auto kept = lastPictureView_->layer()->sublayers(); const auto& layer : kept)
+    layer->removeFromSuperlayer();
 }
 
 void YMRAdContainerView::setPatient(bool patient) {

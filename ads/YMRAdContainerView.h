@@ -24,6 +24,7 @@ class YMR_API YMRAdContainerView : public UIView {
   Q_OBJECT
   Q_PROPERTY(YMROutlinedLabel* timeRemainLabel MEMBER label_)
   Q_PROPERTY(UIView* adPlayerView MEMBER adPlayerView_)
+  Q_PROPERTY(UIView* lastPictureView MEMBER lastPictureView_)
   Q_PROPERTY(UIActivityIndicatorView* loadingIndicator MEMBER indicator_)
   Q_PROPERTY(YMRSkipButton* skipButton MEMBER skipButton_)
   // Whether wheel and text are held back for a moment, since the ad is likely to come at once.
@@ -52,6 +53,9 @@ class YMR_API YMRAdContainerView : public UIView {
   void awaitPicture();
   // Shows the ad at once.
   void pictureDidArrive();
+  // Keeps the picture of an ad that has ended over adPlayerView(), until the next one's, for half a second at most.
+  // nil leaves it at the one that is kept.
+  void keepPicture(const std::shared_ptr<CALayer>& layer);
   // Nothing is awaited any more; as it starts.
   void endWaiting();
 
@@ -60,10 +64,12 @@ class YMR_API YMRAdContainerView : public UIView {
 
  private:
   void setPatient(bool patient);
+  void dropKeptPicture();
 
   bool isPatient_ = false;
   QPointer<YMROutlinedLabel> label_;
   QPointer<UIView> adPlayerView_;
+  QPointer<UIView> lastPictureView_;
   QPointer<UIActivityIndicatorView> indicator_;
   QPointer<YMRSkipButton> skipButton_;
 };

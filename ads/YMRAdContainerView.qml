@@ -11,12 +11,18 @@ YMRAdContainerView {
 
     backgroundColor: "black"
     adPlayerView: picture
+    lastPictureView: last
     loadingIndicator: wheel
     timeRemainLabel: label
     skipButton: skip
 
     UIView {
         id: picture
+        anchors.fill: parent
+    }
+
+    UIView {
+        id: last
         anchors.fill: parent
     }
 

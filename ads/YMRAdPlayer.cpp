@@ -77,14 +77,21 @@ class YMRAdPlayer::Watch final : public NSKeyValueObserver, public std::enable_s
 };
 
 YMRAdPlayer::YMRAdPlayer(const std::optional<NSURL>& film, bool anyContainer)
-    : item_(AVPlayerItem::playerItemWithURL(
-          film, {.purpose = anyContainer ? MediaPurpose::anyAdvertisement : MediaPurpose::advertisement})),
-      player_(AVPlayer::playerWithPlayerItem(item_)),
-      layer_(AVPlayerLayer::playerLayerWithPlayer(player_)) {}
+    : YMRAdPlayer(std::make_shared<AVURLAsset>(
+          film,
+          AVURLAssetOptions{.purpose = anyContainer ? MediaPurpose::anyAdvertisement : MediaPurpose::advertisement})) {}
+
+// The item last: when its picture is here, that comes before all else that it has to say.
+YMRAdPlayer::YMRAdPlayer(const std::shared_ptr<AVURLAsset>& film)
+    : item_(AVPlayerItem::playerItemWithAsset(film)),
+      player_(AVPlayer::playerWithPlayerItem(nullptr)),
+      layer_(AVPlayerLayer::playerLayerWithPlayer(player_)) {
+  player_->replaceCurrentItemWithPlayerItem(item_);
+}
 
 YMRAdPlayer::~YMRAdPlayer() {
   stopListening();
-  layer_->removeFromSuperlayer();
+  if (layer_->player()) layer_->removeFromSuperlayer();
   player_->pause();
 }
 
@@ -96,6 +103,12 @@ void YMRAdPlayer::showIn(UIView& view) {
 
 bool YMRAdPlayer::isShown() const {
   return layer_->superlayer() != nullptr;
+}
+
+std::shared_ptr<CALayer> YMRAdPlayer::leavePicture() {
+  if (!layer_->isReadyForDisplay()) return nullptr;
+  layer_->keepPicture();
+  return layer_;
 }
 
 void YMRAdPlayer::listen(std::weak_ptr<Listener> listener) {

@@ -10,6 +10,7 @@
 #include "platform/foundation/NSURL.h"
 
 class AVPlayerLayer;
+class CALayer;
 class UIView;
 
 // Plays the film of one ad: its item, a player of its own, the layer that shows it, and all that is observed of them.
@@ -40,6 +41,8 @@ class YMR_API YMRAdPlayer {
   // Begins to load the film; nil is one that fails. Only what an ad may be in is opened, unless `anyContainer`. Throws
   // when no player can be made.
   explicit YMRAdPlayer(const std::optional<NSURL>& film, bool anyContainer = false);
+  // Goes on with a film that may have been made ready.
+  explicit YMRAdPlayer(const std::shared_ptr<AVURLAsset>& film);
   YMRAdPlayer(const YMRAdPlayer&) = delete;
   YMRAdPlayer& operator=(const YMRAdPlayer&) = delete;
   ~YMRAdPlayer();
@@ -52,6 +55,9 @@ class YMR_API YMRAdPlayer {
   // Shows the film in all of `view`, on top of what it holds.
   void showIn(UIView& view);
   bool isShown() const;
+  // Parts from the film's last picture: the layer stays where it is shown, and goes on showing it when the player of
+  // the ad goes. nil, and nothing of it, before the first picture.
+  std::shared_ptr<CALayer> leavePicture();
   // Tells `listener` from now on. Once.
   void listen(std::weak_ptr<Listener> listener);
   // Tells nobody any more.

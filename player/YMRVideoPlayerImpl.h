@@ -14,6 +14,7 @@
 #include "ads/YMRAdContainerView.h"
 #include "ads/YMRAdPlayer.h"
 #include "ads/YMRAdSchedule.h"
+#include "ads/YMRNextFilm.h"
 #include "ads/core/YMRAdQueue.h"
 #include "platform/Export.h"
 #include "platform/avfoundation/AVPlayer.h"
@@ -229,6 +230,8 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   bool vastReady();
   bool playAd();
   void startAd();
+  // Makes the next ad's film ready when it is time, at this second of the one that plays.
+  void prepareNextFilm(double second);
   void adPlayerTick(const CMTime& time) override;
   void adPlayerDidChange(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
                          const NSKeyValueChange& change) override;
@@ -307,9 +310,11 @@ class YMR_API YMRVideoPlayerImpl final : public std::enable_shared_from_this<YMR
   // For the ads of a break.
   YMRAdQueue ads_;         // still to be played
   YMRPreparedAd ad_;       // taken last
+  YMRNextFilm nextFilm_;   // of them
   unsigned adNumber_ = 0;  // of the fetch or the ad at hand; counts up in the player's life
   std::shared_ptr<SKVASTEventProcessor> eventProcessor_;
   std::shared_ptr<YMRAdContainerView> adContainerView_;
+  unsigned lookedAheadFrom_ = 0;  // the number of the ad during which the next film was made ready
   int currentQuartile_ = 0;
   bool adHasShown_ = false;
   std::shared_ptr<UITapGestureRecognizer> enterGuard_;  // of the player view controller's view; takes no press at first

@@ -103,6 +103,7 @@ bool YMRVideoPlayerImpl::isProgrammePausedBeforeBreak() const {
 void YMRVideoPlayerImpl::breakDidEnd(bool seek) {
   const bool staysPaused = isProgrammePausedBeforeBreak();
   breakStage_ = BreakStage::none;
+  nextFilm_.letGo();
   const bool programmeHasEnded = std::exchange(programmeHasEnded_, false);
   if (const auto tracker = std::exchange(breakTracker_, nullptr)) {
     tracker->breakDidEnd(breakHasShown_ ? std::nullopt : std::optional(ad_.failure.value_or(SKVASTErrorPlayback)));
@@ -146,6 +147,7 @@ void YMRVideoPlayerImpl::leaveBreak() {
   breakStage_ = BreakStage::none;
   breakTracker_ = nullptr;
   isPlayingAd_ = false;
+  nextFilm_.letGo();
   takeAdOffScreen();
   takeOverlayOffScreen();
   ads_.clear();
@@ -205,6 +207,7 @@ void YMRVideoPlayerImpl::playVideo() {
 
 // Pauses the ad only: the player view controller pauses the programme.
 void YMRVideoPlayerImpl::appDidEnterBackground() {
+  nextFilm_.letGo();
   if (isPlayingAd_ && adPlayer_) adPlayer_->player()->pause();
 }
 

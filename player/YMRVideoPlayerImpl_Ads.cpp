@@ -101,7 +101,7 @@ bool YMRVideoPlayerImpl::prepareNextAd() {
     tell(&YMRVideoPlayerDelegate::videoAdOnPodStart, currentAdBreak_);
     if (!isAtHand(number)) return false;
   }
-  ad_ = ads_.takeNext();
+  ad_ = ads_.takeNext(nextFilm_.pick(ads_.next()->rules().profile()));
   eventProcessor_ =
       std::make_shared<SKVASTEventProcessor>(ad_.trackingEvents, std::weak_ptr<SKVASTViewControllerDelegate>());
   eventProcessor_->setRules(ad_.rules(), [weak = weak_from_this()] {
@@ -197,8 +197,7 @@ void YMRVideoPlayerImpl::startAd() {
   if (!isAtHand(number)) return;
   isPlayingAd_ = true;
   playerState_ = std::make_shared<YMRPlayerStatePlayingAd>();
-  adPlayer_ = std::make_unique<YMRAdPlayer>(ad_.rules().withMacros(*ad_.mediaFile->url(), macroValues()),
-                                            ad_.rules().opensAnyContainer());
+  adPlayer_ = std::make_unique<YMRAdPlayer>(nextFilm_.take(ad_, macroValues()));
   adHasShown_ = false;
   adPlayer_->showIn(*adContainerView_->adPlayerView());
   // Between two ads it stays as it was, so that the programme does not show through.
@@ -221,6 +220,7 @@ void YMRVideoPlayerImpl::adPlayerTick(const CMTime& time) {
   state->adPlayerPeriodicTimeObserver(time, *this);
   if (!isAtHand(number)) return;
   if (const auto indicator = adContainerView_->loadingIndicator()) indicator->stopAnimating();
+  prepareNextFilm(CMTimeGetSeconds(time));
 }
 
 void YMRVideoPlayerImpl::adPlayerDidChange(const std::string& keyPath, const std::shared_ptr<NSObject>& object,
@@ -282,7 +282,9 @@ bool YMRVideoPlayerImpl::endPod() {
 // Nothing that the player of an ad still has to say belongs to that ad any more.
 void YMRVideoPlayerImpl::takeAdOffScreen() {
   currentQuartile_ = 0;
-  if (!std::exchange(adPlayer_, nullptr)) return;
+  if (!adPlayer_) return;
+  if (!ads_.isEmpty()) adContainerView_->keepPicture(adPlayer_->leavePicture());
+  adPlayer_ = nullptr;
   endSkipping();
   adContainerView_->removeFromSuperview();
 }

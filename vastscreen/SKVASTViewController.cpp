@@ -116,6 +116,7 @@ void SKVASTViewController::applicationWillTerminate() {
   if (reachability_) reachability_->stopNotifier();
   stopTimers();
   film_ = nullptr;
+  nextFilm_.letGo();
   wakefulness_.setAwake(false);
   if (presenter) presenter->dismissViewControllerAnimated(false);
   if (isViewLoaded()) view()->removeFromSuperview();
@@ -192,6 +193,7 @@ void SKVASTViewController::loadVideoUsingSource(const Source& source) {
   const auto self = own();
   addObservers();
   ad_ = nullptr;
+  nextFilm_.letGo();
   if (!networkCurrentlyReachable()) return refuseWithoutNetwork();
   isLoading_ = true;
   const auto didLoad = weakly(

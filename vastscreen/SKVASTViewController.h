@@ -9,6 +9,7 @@
 
 #include "VAST/Parser/VASTDocument.h"
 #include "ads/YMRAdPlayer.h"
+#include "ads/YMRNextFilm.h"
 #include "ads/YMRSkipButton.h"
 #include "ads/core/SKVASTViewControllerDelegate.h"
 #include "ads/core/YMRPreparedAd.h"
@@ -45,6 +46,9 @@ class YMRVastModel;
 // Every load that is not ignored ends in vastReady or in one vastError. Every play ends in one vastError, or is
 // presented; then it ends in one vastDidDismissFullScreen, with at most one vastError before or right after it. The
 // error URLs of an ad that fails are requested once.
+//
+// The film of an ad that is loaded while another one plays is made ready as that one's end comes near, and kept for ten
+// seconds after its dismissal. One that is never played costs one request.
 //
 // The viewer's remote: Menu closes, Play/Pause acts at once, and each button but Menu brings the controls up. When an
 // ad may be skipped, Enter does that while the controls are hidden, and Up hides them; skipped, it counts as having
@@ -153,6 +157,7 @@ class YMR_API SKVASTViewController final : public UIViewController,
     bool hasShown = false;
     bool hasEnded = false;  // by its completion or by being skipped: one of them is tracked
     bool hasFailed = false;
+    bool wasMadeReady = false;  // its film, while another ad played
   };
 
   SKVASTViewController(std::weak_ptr<SKVASTViewControllerDelegate> delegate,
@@ -182,6 +187,8 @@ class YMR_API SKVASTViewController final : public UIViewController,
   void adDidShow();
   // While an ad is not known yet, without one.
   VASTMacroValues macroValues(const Ad* ad = nullptr) const;
+  // Makes the film of an ad that waits ready when it is time, at this second of the one that plays.
+  void prepareNextFilm(double second);
   void stopTimers();
   void videoLoadDidTimeOut();
   void moviePlayBackDidFinish(const std::optional<NSError>& error);
@@ -215,6 +222,8 @@ class YMR_API SKVASTViewController final : public UIViewController,
   bool isLoading_ = false;
   YMRTagProfile tagProfile_ = YMRTagProfileExact;
   std::shared_ptr<Ad> ad_;  // ready to be played
+  YMRNextFilm nextFilm_;    // of it
+  std::shared_ptr<NSTimer> nextFilmTimer_;
 
   // The parts of the view.
   std::shared_ptr<UIView> picture_;

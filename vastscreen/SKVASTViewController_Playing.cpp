@@ -20,6 +20,8 @@ constexpr const char* tag = "VAST - View Controller";
 constexpr const char* playerErrorCode = "400";
 
 constexpr auto initialDelay = std::chrono::seconds(4);
+// How long a film that has been made ready waits for play() after a dismissal.
+constexpr auto nextFilmLimit = std::chrono::seconds(10);
 constexpr auto playbackInterval = std::chrono::milliseconds(250);
 
 RunLoop::Duration loadTimeout() {
@@ -47,15 +49,14 @@ void SKVASTViewController::play() {
     return tellError(SKVASTErrorPlayback);
   }
   try {
-    const auto& rules = ad_->prepared.rules();
-    film_ = std::make_unique<YMRAdPlayer>(rules.withMacros(*ad_->prepared.mediaFile->url(), macroValues(ad_.get())),
-                                          rules.opensAnyContainer());
+    film_ = std::make_unique<YMRAdPlayer>(nextFilm_.take(ad_->prepared, macroValues(ad_.get())));
   } catch (const std::exception& exception) {
     SKLogger::error(tag, std::string("Exception - moviePlayer.prepareToPlay: ") + exception.what());
     reportFailure(*ad_, playerErrorCode);
     return tellError(SKVASTErrorPlayback);
   }
   stage_ = Stage::presented;
+  nextFilmTimer_ = nullptr;
   shown_ = ad_;
   isShown_ = hasPicture_ = isOver_ = false;
   addObservers();
@@ -140,6 +141,15 @@ void SKVASTViewController::adPlayerTick(const CMTime& time) {
   const double duration = CMTimeGetSeconds(film_->item()->duration());
   offerSkipping(second, duration);
   shown_->events->trackProgress(second, duration);
+  if (film_) prepareNextFilm(second);
+}
+
+void SKVASTViewController::prepareNextFilm(double second) {
+  if (!ad_ || ad_ == shown_ || ad_->wasMadeReady) return;
+  const auto& skipOffset = shown_->prepared.skipOffset;
+  if (!YMRNextFilm::isDue(*film_->item(), second, allowsSkipping_ ? skipOffset : std::nullopt)) return;
+  ad_->wasMadeReady = true;
+  nextFilm_.prepare(ad_->prepared, macroValues(ad_.get()));
 }
 
 VASTMacroValues SKVASTViewController::macroValues(const Ad* ad) const {
@@ -206,6 +216,7 @@ void SKVASTViewController::close() {
   removeObservers();
   stopTimers();
   film_ = nullptr;
+  nextFilmTimer_ = NSTimer::scheduledTimerWithTimeInterval(nextFilmLimit, false, [this] { nextFilm_.letGo(); });
   wakefulness_.setAwake(false);
   indicator_->stopAnimating();
   controls_->hideControls();
@@ -278,6 +289,7 @@ void SKVASTViewController::applicationDidBecomeActive() {
 }
 
 void SKVASTViewController::applicationDidEnterBackground() {
+  nextFilm_.letGo();
   pause();
 }
 

@@ -237,6 +237,28 @@ TEST(AdScreen, letsTheViewerSkipAnAdOnceItMay) {
   }
 }
 
+TEST(AdScreen, makesTheFilmOfAnAdReadyThatWaitsForTheOneThatPlays) {
+  for (const bool isPlayed : {true, false}) {
+    Rig rig;
+    rig.media.otherwise().duration = 16;
+    for (const auto* ad : {"a", "b"}) rig.answer({.body = adDocument({{ad}})});
+    rig.load();
+    rig.runUntilHeard("start");
+    rig.load();
+    rig.loop.advance(11s);
+    EXPECT_EQ(rig.media.aliveEngines(), 1);
+    rig.loop.advance(2s);
+    EXPECT_EQ(rig.media.aliveEngines(), 2);
+    rig.screen->close();
+    rig.loop.advance(isPlayed ? 9s : 10s);
+    if (isPlayed) rig.screen->play();
+    EXPECT_EQ(rig.media.aliveEngines(), isPlayed);
+    rig.loop.advance(20s);
+    EXPECT_EQ(rig.media.logs("http://media.example/b.mp4").size(), 1u);
+    rig.expectOrderedAndNothingLeft();
+  }
+}
+
 TEST(AdScreen, tellsOneErrorOfEachStepThatFailsAndShowsTheNextAd) {
   MediaEngineSettings::shared().firstFrameSilenceLimit = 20;  // so that the screen's own bound comes first
   for (const auto& fault : faults()) {
