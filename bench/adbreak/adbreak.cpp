@@ -5,13 +5,12 @@
 //   bench_adbreak PROGRAMME AD [ROUNDS]     numbered clips, the ad's numbers from 32768; the first round is discarded
 #include <QGuiApplication>
 #include <cmath>
-#include <functional>
 #include <memory>
 
 #include "ads/YMRAdSchedule.h"
 #include "ads/core/SKVASTMediaFilePicker.h"
-#include "bench/Playbin.h"
 #include "bench/adbreak/ScreenWatch.h"
+#include "bench/adbreak/Until.h"
 #include "platform/avfoundation/engine/MediaEngine.h"
 #include "platform/uikit/UIWindow.h"
 #include "player/YMRVideoPlayer.h"
@@ -60,17 +59,6 @@ void serve(HTTPServer& server, const char* programme, const char* ad) {
                 server.url("/ad.mp4") +
                 "</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>",
             "application/xml");
-}
-
-// Runs Qt's events until `done`; ends the program when that takes too long.
-void runUntil(const std::function<bool()>& done, const char* what) {
-  const auto start = Clock::now();
-  while (!done()) {
-    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    if (millisecondsSince(start) < 30'000) continue;
-    std::fprintf(stderr, "%s: not within 30 s\n", what);
-    std::exit(1);
-  }
 }
 
 int moved(const std::vector<ScreenWatch::Picture>& pictures) {
