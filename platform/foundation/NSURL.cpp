@@ -80,6 +80,18 @@ std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
   return url;
 }
 
+std::optional<NSURL> NSURL::URLWithString(std::string_view text, const NSURL& base) {
+  const bool hasControl = std::any_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; });
+  const Handle handle = makeHandle();
+  constexpr unsigned flags = CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE;
+  if (!handle || hasControl || curl_url_set(handle.get(), CURLUPART_URL, base.text_.c_str(), flags) ||
+      curl_url_set(handle.get(), CURLUPART_URL, std::string(text).c_str(), flags)) {
+    return std::nullopt;
+  }
+  const auto whole = part(handle.get(), CURLUPART_URL);
+  return whole ? URLWithString(*whole) : std::nullopt;
+}
+
 std::optional<NSURL> NSURL::parse(std::string_view text) {
   const auto endOfScheme = text.find(':');
   if (endOfScheme == text.npos || !text.substr(endOfScheme).starts_with("://") || hasControlOrSpace(text)) {

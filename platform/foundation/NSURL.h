@@ -17,6 +17,8 @@ class YMR_API NSURL {
  public:
   // nil for text that is not an absolute URL.
   static std::optional<NSURL> URLWithString(std::string_view text);
+  // What a document at `base` means by a reference of its own, absolute or not; spaces in it are escaped.
+  static std::optional<NSURL> URLWithString(std::string_view text, const NSURL& base);
   // A file URL; a relative path counts from the working directory. An empty path gives that directory.
   static NSURL fileURLWithPath(std::string_view path);
   // What a person typed on a command line: a URL when it has "://", else a path.

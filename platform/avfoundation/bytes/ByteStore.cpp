@@ -72,6 +72,7 @@ ByteStore::Demand ByteStore::demand() const {
   demand.readers = control().readers.load();
   demand.place = std::min(control().place.load(), placesLimit);
   if (const std::uint64_t limit = control().aheadLimit.load(); limit != nowhere) demand.aheadLimit = limit;
+  demand.wish = control().wish.load();
   for (std::size_t lane = 0; lane < lanes; ++lane) {
     demand.lane[lane].uses = control().lane[lane].uses.load();  // the reader writes it last
     demand.lane[lane].place = std::clamp(control().lane[lane].place.load(), begin(lane), end(lane));

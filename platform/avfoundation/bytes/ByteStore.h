@@ -43,6 +43,7 @@ class YMR_API ByteStore {
     std::uint32_t readers = 0;                // changes when another one takes over
     std::uint64_t place = 0;                  // or behind what was read last
     std::optional<std::uint64_t> aheadLimit;  // bytes to keep ready, any number; nil until it is said
+    std::uint64_t wish = 0;                   // the reader's word, any number; 0 until it is said
     struct Lane {
       // Within the lane's window: behind what was read last in it. Means nothing before `uses` has changed since the
       // lane was moved.

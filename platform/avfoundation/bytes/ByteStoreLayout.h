@@ -54,6 +54,7 @@ struct Control {
   std::atomic<std::uint32_t> readers;  // counts those that came
   std::atomic<std::uint64_t> place;    // that is waited for, or behind what was read last
   std::atomic<std::uint64_t> aheadLimit;
+  std::atomic<std::uint64_t> wish;  // any number
   struct {
     std::atomic<std::uint64_t> place;  // behind what was read last here
     std::atomic<std::uint64_t> uses;   // a number that grows with every read, whatever its lane

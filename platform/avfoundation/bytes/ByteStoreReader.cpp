@@ -165,6 +165,11 @@ void ByteStoreReader::setAheadLimit(std::uint64_t bytes) {
   wakeStore();
 }
 
+void ByteStoreReader::setWish(std::uint64_t wish) {
+  control().wish.store(wish);
+  wakeStore();
+}
+
 std::optional<NSError> ByteStoreReader::failure() const {
   if (!board().hasFailed.load()) return std::nullopt;
   return NSError{board().domain, board().code, board().message};

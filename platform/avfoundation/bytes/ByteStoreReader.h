@@ -20,6 +20,7 @@ class YMR_API ByteStoreReader final : public MediaBytes {
   std::uint64_t ahead(std::uint64_t place) const override;
   bool isFull() const override;
   void setAheadLimit(std::uint64_t bytes) override;
+  void setWish(std::uint64_t wish) override;
   std::optional<NSError> failure() const override;
 
  private:

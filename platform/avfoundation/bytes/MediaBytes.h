@@ -44,6 +44,8 @@ class MediaBytes {
   virtual bool isFull() const = 0;
   // How many bytes to keep ready ahead of the reader; less where there is no room for so many.
   virtual void setAheadLimit(std::uint64_t bytes) = 0;
+  // A word to whoever brings the bytes, where the two have agreed on its meaning; told before what is read next.
+  virtual void setWish(std::uint64_t) {}
   // Why it can't be read; nil while it can.
   virtual std::optional<NSError> failure() const = 0;
 };

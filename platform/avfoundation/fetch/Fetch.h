@@ -4,22 +4,19 @@
 #include <memory>
 
 #include "platform/avfoundation/fetch/FetchLane.h"
+#include "platform/avfoundation/fetch/FetchThread.h"
 
 // Keeps a store filled with a resource around where its reader is: decides which lane serves which place, and how much
 // each may hold. Everything that the reader says of itself may be wrong.
 //
 // The thread that drives the streams.
-class Fetch {
+class Fetch final : public FetchWork {
  public:
-  using Time = FetchLane::Time;
-
   Fetch(const NSURL& url, std::shared_ptr<ByteStore> store, HTTPStreams& streams);
 
-  // Does what is due. Returns when the next turn is needed at the latest, if nothing else happens.
-  std::optional<Time> turn(Time now);
-  // Becomes readable when a turn is needed because of the reader; takeWake() ends that, before the turn.
-  int wakeDescriptor() const { return store_->wakeDescriptor(); }
-  void takeWake() { store_->takeWake(); }
+  std::optional<Time> turn(Time now) override;
+  int wakeDescriptor() const override { return store_->wakeDescriptor(); }
+  void takeWake() override { store_->takeWake(); }
 
  private:
   struct Lane {

@@ -22,7 +22,7 @@ struct FetchThread::State {
   bool isStopping = false;
 
   // The thread's own.
-  std::map<std::uint64_t, std::unique_ptr<Fetch>> fetches;
+  std::map<std::uint64_t, std::unique_ptr<FetchWork>> fetches;
   Fetch::Time now{0};
 
   void run();
@@ -51,8 +51,12 @@ std::shared_ptr<FetchThread> FetchThread::shared() {
 }
 
 std::uint64_t FetchThread::add(const NSURL& url, std::shared_ptr<ByteStore> store) {
+  return add([=](HTTPStreams& streams) { return std::make_unique<Fetch>(url, store, streams); });
+}
+
+std::uint64_t FetchThread::add(Make make) {
   const std::uint64_t number = ++lastNumber_;
-  post([=](State& state) { state.fetches[number] = std::make_unique<Fetch>(url, store, state.streams); });
+  post([=](State& state) { state.fetches[number] = make(state.streams); });
   return number;
 }
 
