@@ -6,7 +6,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto bytes = std::as_bytes(std::span(data, size));
-  SegmentBegin::firstTime(bytes);
+  SegmentBegin::firstTimes(bytes);
   const auto texts = readWebVTT({reinterpret_cast<const char*>(data), size});
   if (!texts) return 0;
   if (!SegmentBegin::looksLikeMedia(bytes) || texts->cues.size() > WebVTT::cuesLimit) std::abort();

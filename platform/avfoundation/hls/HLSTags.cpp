@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 #include "platform/avfoundation/hls/HLSPlaylist.h"
 
@@ -51,7 +52,7 @@ std::optional<std::int64_t> seconds(std::string_view text) {
   double value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   const bool isTime = error == std::errc() && end != text.data() && value >= 0 && value <= century;
-  return isTime ? std::optional(static_cast<std::int64_t>(value * 1e9 + 0.5)) : std::nullopt;
+  return isTime ? std::optional(std::llround(value * 1e9)) : std::nullopt;
 }
 
 Attributes::Attributes(std::string_view list) {

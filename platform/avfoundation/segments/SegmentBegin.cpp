@@ -39,31 +39,21 @@ std::uint64_t ticksOf(std::span<const std::byte> five) {
   return high << 30 | middle << 15 | low;
 }
 
-// The time in one packet that begins a picture or a piece of sound.
-std::optional<FirstTime> timeOfPacket(std::span<const std::byte> packet) {
+// Notes the time in one packet that begins a picture or a piece of sound.
+void noteTime(std::span<const std::byte> packet, FirstTimes& times) {
   const bool begins = at(packet, 1) & 0x40;
   const unsigned parts = (at(packet, 3) >> 4) & 3;
-  if (!begins || !(parts & 1)) return std::nullopt;
+  if (!begins || !(parts & 1)) return;
   const std::size_t head = 4 + (parts & 2 ? 1 + at(packet, 4) : 0);
   constexpr std::size_t headWithTime = 14;
-  if (head + headWithTime > packet.size()) return std::nullopt;
+  if (head + headWithTime > packet.size()) return;
   const auto unit = packet.subspan(head);
-  if (at(unit, 0) != 0 || at(unit, 1) != 0 || at(unit, 2) != 1 || !(at(unit, 7) & 0x80)) return std::nullopt;
+  if (at(unit, 0) != 0 || at(unit, 1) != 0 || at(unit, 2) != 1 || !(at(unit, 7) & 0x80)) return;
   const unsigned stream = at(unit, 3);
   const bool isPicture = stream >= 0xE0 && stream <= 0xEF;
   const bool isSound = (stream >= 0xC0 && stream <= 0xDF) || stream == 0xBD || stream == 0xFD;
-  if (!isPicture && !isSound) return std::nullopt;
-  return FirstTime{ticksOf(unit.subspan(9, 5)), isPicture};
-}
-
-std::optional<FirstTime> timeOfPackets(std::span<const std::byte> bytes) {
-  std::optional<FirstTime> first;
-  for (; bytes.size() >= packetBytes && bytes[0] == packetMark; bytes = bytes.subspan(packetBytes)) {
-    const auto time = timeOfPacket(bytes.first(packetBytes));
-    if (time && time->isOfPicture) return time;
-    if (!first) first = time;
-  }
-  return first;
+  if (isPicture && !times.picture) times.picture = ticksOf(unit.subspan(9, 5));
+  if (isSound && !times.sound) times.sound = ticksOf(unit.subspan(9, 5));
 }
 
 }  // namespace
@@ -79,17 +69,23 @@ bool looksLikeMedia(std::span<const std::byte> bytes) {
   return (mark & 0xFFE0) == 0xFFE0 || mark == 0x0B77;
 }
 
-std::optional<FirstTime> firstTime(std::span<const std::byte> bytes) {
-  if (isPackets(bytes)) return timeOfPackets(bytes);
+FirstTimes firstTimes(std::span<const std::byte> bytes) {
+  FirstTimes times;
+  if (isPackets(bytes)) {
+    for (; bytes.size() >= packetBytes && bytes[0] == packetMark; bytes = bytes.subspan(packetBytes)) {
+      noteTime(bytes.first(packetBytes), times);
+      if (times.picture && times.sound) break;
+    }
+    return times;
+  }
   constexpr std::string_view owner("com.apple.streaming.transportStreamTimestamp\0", 45);
   const auto text = textOf(bytes.first(std::min<std::size_t>(bytes.size(), 4096)));
-  if (!text.starts_with("ID3")) return std::nullopt;
-  const auto found = text.find(owner);
-  if (found == std::string_view::npos || found + owner.size() + 8 > text.size()) return std::nullopt;
-  FirstTime first;
-  for (std::size_t i = 0; i < 8; ++i) first.ticks = first.ticks << 8 | at(bytes, found + owner.size() + i);
-  first.ticks &= (std::uint64_t{1} << 33) - 1;
-  return first;
+  const auto found = text.starts_with("ID3") ? text.find(owner) : std::string_view::npos;
+  if (found == std::string_view::npos || found + owner.size() + 8 > text.size()) return times;
+  std::uint64_t ticks = 0;
+  for (std::size_t i = 0; i < 8; ++i) ticks = ticks << 8 | at(bytes, found + owner.size() + i);
+  times.sound = ticks & ((std::uint64_t{1} << 33) - 1);
+  return times;
 }
 
 }  // namespace SegmentBegin

@@ -16,12 +16,11 @@ inline constexpr std::size_t bytesLimit = 64 * 1024;
 // They are those of a container or a text that segments have; a page, an empty body or noise is none.
 YMR_API bool looksLikeMedia(std::span<const std::byte> bytes);
 
-// When the first picture, or else the first sound, is presented, by the transport stream's clock or by the tag before
-// packed sound: ticks of 1/90,000 s, modulo 2^33. nil where nothing says so: fragments have times of their own.
-struct FirstTime {
-  std::uint64_t ticks = 0;
-  bool isOfPicture = false;
+// When the first picture and the first sound are presented, by the transport stream's clock or by the tag before packed
+// sound: ticks of 1/90,000 s, modulo 2^33. nil where nothing says so: fragments have times of their own.
+struct FirstTimes {
+  std::optional<std::uint64_t> picture, sound;
 };
-YMR_API std::optional<FirstTime> firstTime(std::span<const std::byte> bytes);
+YMR_API FirstTimes firstTimes(std::span<const std::byte> bytes);
 
 }  // namespace SegmentBegin
