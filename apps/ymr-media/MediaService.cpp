@@ -20,6 +20,7 @@ MediaSource sourceOf(const wire::Load& load, const Descriptor& file, std::shared
   source.purpose = load.purpose;
   if (file) source.descriptor = file.get();
   source.bytes = std::move(bytes);
+  source.areSegments = load.areSegments;
   source.isWithoutTexts = load.isWithoutTexts;
   source.hasBegun = load.hasBegun;
   return source;

@@ -32,6 +32,8 @@ struct MediaSource {
   // Where its bytes come from; nil for a file, which the engine opens itself. What a web server has needs them; only
   // the segments of a playlist does the media library fetch. Of one engine alone: its end interrupts them for good.
   std::shared_ptr<MediaBytes> bytes = nullptr;
+  // They are a row of segments with what belongs to them (SegmentRecord.h), not a resource as it is.
+  bool areSegments = false;
   // Of a file: its descriptor, open for reading and kept so by the caller, where the engine may not open it itself. The
   // URL is its name all the same.
   std::optional<int> descriptor = std::nullopt;

@@ -63,6 +63,15 @@ void MediaGraph::open(GstElement* source) {
   gst_element_link(source, find);
 }
 
+void MediaGraph::openStreams(GstElement* source) {
+  const GraphDoor::Lock inside = door_.enter();
+  queue_ = makeQueue(limits_, false);
+  hooks_.demuxerMade(source, true);
+  g_signal_connect(source, "pad-added", G_CALLBACK(padAdded), this);
+  g_signal_connect(source, "pad-removed", G_CALLBACK(padRemoved), this);
+  gst_bin_add_many(GST_BIN(pipeline_.get()), queue_, source, nullptr);
+}
+
 void MediaGraph::typeFound(GstElement* find, guint, GstCaps* caps, gpointer data) {
   auto* self = static_cast<MediaGraph*>(data);
   if (self->hooks_.mayOpen(gst_structure_get_name(gst_caps_get_structure(caps, 0)))) self->openMedia(find, caps);

@@ -37,6 +37,8 @@ class MediaGraph {
 
   // Puts the source (which floats) at its beginning. Whoever listens to the pipeline is connected by now.
   void open(GstElement* source);
+  // The same with a source that has parsed streams already.
+  void openStreams(GstElement* source);
   // Nothing joins from here on. Not on a streaming thread.
   void close() { door_.close(); }
   // The same if the media are not being opened yet; else false.

@@ -7,6 +7,7 @@
 #include "platform/avfoundation/engine/ContainerPolicy.h"
 #include "platform/avfoundation/engine/GStreamerLibrary.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
+#include "platform/avfoundation/engine/SegmentSource.h"
 #include "platform/dispatch/Weakly.h"
 
 namespace {
@@ -95,7 +96,7 @@ void MediaPipeline::build() {
   for (GstPad* pad : {frames_.pad(), sound_.pad()}) {
     gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_FLUSH, &MediaPipeline::countFlush, this, nullptr);
   }
-  graph_->open(source);
+  source_.areSegments ? graph_->openStreams(source) : graph_->open(source);
   applyState();
 }
 
@@ -110,6 +111,7 @@ bool MediaPipeline::openBytes() {
 }
 
 GstElement* MediaPipeline::makeSource() {
+  if (source_.areSegments) return makeSegmentSource(source_.bytes);
   return bytes_ ? makeBytesSource(bytes_)
                 : gst_element_make_from_uri(GST_URI_SRC, uriOf(source_).c_str(), nullptr, nullptr);
 }
@@ -138,7 +140,7 @@ void MediaPipeline::watch(GstElement* demuxer, bool isAdaptive) {
   if (!source_.isWithoutTexts) captions_.admit(demuxer);
   if (!isAdaptive) return restrictContainers(demuxer, source_.purpose);
   const auto level = static_cast<guint64>(aheadTime(source_.purpose));
-  g_object_set(demuxer, "max-buffering-time", level, "high-watermark-time", level, nullptr);
+  if (!source_.areSegments) g_object_set(demuxer, "max-buffering-time", level, "high-watermark-time", level, nullptr);
   std::lock_guard lock(mutex_);
   adaptiveDemuxer_ = shareObject(demuxer);
 }

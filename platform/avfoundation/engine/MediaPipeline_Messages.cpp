@@ -4,6 +4,7 @@
 #include "platform/avfoundation/engine/BytesSource.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
 #include "platform/avfoundation/engine/MediaPipeline.h"
+#include "platform/avfoundation/engine/SegmentSource.h"
 #include "platform/avfoundation/engine/StreamChoice.h"
 #include "platform/avfoundation/engine/StreamTracks.h"
 
@@ -40,13 +41,18 @@ void MediaPipeline::undecodable(GstStreamType type, GstCaps* caps) {
 }
 
 void MediaPipeline::ended() {
+  if (const auto failure = source_.areSegments ? bytes_->failure() : std::nullopt) {
+    hop_.post([this, error = *failure] { events_.failed(error); });
+    return;
+  }
   hop_.post([this] { events_.ended(); });
 }
 
 void MediaPipeline::failed(GstMessage* message) {
   if (sound_.contains(GST_MESSAGE_SRC(message))) return enqueue(&MediaPipeline::replaceSound);
   hasFailed_ = true;
-  if (const auto failure = isBytesSource(GST_MESSAGE_SRC(message)) ? bytes_->failure() : std::nullopt) {
+  const bool isOfBytes = isBytesSource(GST_MESSAGE_SRC(message)) || isSegmentSource(GST_MESSAGE_SRC(message));
+  if (const auto failure = isOfBytes ? bytes_->failure() : std::nullopt) {
     hop_.post([this, error = *failure] { events_.failed(error); });
     return;
   }

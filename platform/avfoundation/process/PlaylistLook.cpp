@@ -5,6 +5,9 @@
 #include <string>
 #include <utility>
 
+#include "platform/avfoundation/hls/HLSFetcher.h"
+#include "platform/avfoundation/hls/HLSPlaylist.h"
+
 namespace {
 
 using Finding = PlaylistLook::Finding;
@@ -16,27 +19,9 @@ constexpr std::array<std::string_view, 3> documentMarks{"<MPD", "<mpd", "<Smooth
 constexpr RunLoop::Duration shortestInterval = std::chrono::milliseconds(1);
 constexpr RunLoop::Duration longestInterval = std::chrono::milliseconds(100);
 
-// nil when there is not enough yet.
-std::optional<Finding> lookAt(MediaBytes& bytes) {
-  MediaBytes::Head head;
-  std::array<std::byte, PlaylistLook::lookLimit> begin;
-  std::size_t count = 0;
-  auto outcome = bytes.head(head);
-  while (outcome == MediaBytes::Outcome::done) {
-    std::size_t part = 0;
-    outcome = bytes.read(count, std::span(begin).subspan(count), part);
-    if (outcome == MediaBytes::Outcome::done) count += part;
-    const bool isAll = outcome == MediaBytes::Outcome::ended || count == begin.size();
-    if (const auto finding = PlaylistLook::findingOf({reinterpret_cast<const char*>(begin.data()), count}, isAll)) {
-      return finding;
-    }
-  }
-  return outcome == MediaBytes::Outcome::failed ? std::optional(Finding::failed) : std::nullopt;
-}
-
 }  // namespace
 
-PlaylistLook::PlaylistLook(std::shared_ptr<MediaBytes> bytes, std::function<void(Finding)> found)
+PlaylistLook::PlaylistLook(std::shared_ptr<MediaBytes> bytes, std::function<void(Result)> found)
     : bytes_(std::move(bytes)), found_(std::move(found)) {
   bytes_->setInterrupted(true);
   lookIn({}, RunLoop::main().now());
@@ -52,11 +37,32 @@ void PlaylistLook::lookIn(RunLoop::Duration interval, RunLoop::Duration since) {
 
 void PlaylistLook::look(RunLoop::Duration since) {
   timer_ = 0;
-  if (const auto finding = lookAt(*bytes_)) {
+  if (auto result = readOn()) {
     const auto found = std::exchange(found_, nullptr);  // which may end the look
-    return found(*finding);
+    return found(std::move(*result));
   }
   lookIn(std::clamp((RunLoop::main().now() - since) / 8, shortestInterval, longestInterval), since);
+}
+
+std::optional<PlaylistLook::Result> PlaylistLook::readOn() {
+  MediaBytes::Head head;
+  std::array<std::byte, lookLimit> part;
+  auto outcome = bytes_->head(head);
+  // Of a list that is too long enough to see that it is.
+  while (outcome == MediaBytes::Outcome::done && text_.size() <= HLSLimits::textBytesLimit) {
+    std::size_t count = 0;
+    outcome = bytes_->read(text_.size(), part, count);
+    if (outcome == MediaBytes::Outcome::done) text_.append(reinterpret_cast<const char*>(part.data()), count);
+    const bool isAll = outcome == MediaBytes::Outcome::ended;
+    const auto finding = findingOf(text_, isAll || text_.size() >= lookLimit);
+    if (finding == Finding::playlist && HLSFetcher::isPlaylist(text_)) {
+      if (isAll) return Result{Finding::segments, head.url, std::move(text_)};
+    } else if (finding) {
+      return Result{*finding, head.url, {}};
+    }
+  }
+  if (outcome == MediaBytes::Outcome::done) return Result{Finding::segments, head.url, std::move(text_)};
+  return outcome == MediaBytes::Outcome::failed ? std::optional(Result()) : std::nullopt;
 }
 
 std::optional<PlaylistLook::Finding> PlaylistLook::findingOf(std::string_view begin, bool isAll) {

@@ -45,8 +45,7 @@ ProcessEngine::ProcessEngine(const MediaSource& source, Launch launch, Fetch fet
       launch_(std::move(launch)),
       fetch_(std::move(fetch)),
       fetcher_(fetch_ ? fetch_() : nullptr),
-      silence_([this] { fail(silenceError(source_.url, std::chrono::duration<double>(silenceLimit()).count())); }),
-      segments_([this] { openListAnew(); }) {}
+      silence_([this] { fail(silenceError(source_.url, std::chrono::duration<double>(silenceLimit()).count())); }) {}
 
 ProcessEngine::~ProcessEngine() {
   YMR_ASSERT_MAIN_THREAD();
@@ -56,7 +55,6 @@ ProcessEngine::~ProcessEngine() {
 
 void ProcessEngine::cut() {
   look_.reset();
-  segments_.reset();
   hangs_.end();
   if (link_) std::exchange(link_, nullptr)->cut();
 }
@@ -81,15 +79,20 @@ void ProcessEngine::load(const CMTime& start) {
   if (isLoaded_) return;
   isLoaded_ = true;
   if (pending_.empty() && start > kCMTimeZero && isPlace(start)) floor_ = reachable(start);
+  if (auto text = localPlaylist(source_)) {
+    playlist_.emplace(source_.url, std::move(*text));
+    return this->start();
+  }
   auto bytes = fetcher_ ? fetcher_->makeReader() : nullptr;
   if (!bytes) return this->start();
   silence_.setWaiting(true, silenceLimit());
-  look_ = std::make_unique<PlaylistLook>(std::move(bytes), [this](auto finding) { looked(finding); });
+  look_ = std::make_unique<PlaylistLook>(std::move(bytes), [this](const auto& result) { looked(result); });
 }
 
 void ProcessEngine::start() {
+  segments_ = playlist_ ? segmentFetcher(playlist_->first, playlist_->second) : nullptr;
   Descriptor file;
-  if (source_.url.isFileURL() && source_.purpose == MediaPurpose::programme) {
+  if (source_.url.isFileURL() && !segments_ && source_.purpose == MediaPurpose::programme) {
     // A FIFO opens here at once, and waits where nobody waits for it.
     file = PipeBytes::open(source_.url.path());
     if (!file) return fail(fileError(source_.url, errno));
@@ -111,7 +114,8 @@ void ProcessEngine::start() {
   load.url = source_.url.absoluteString();
   load.purpose = source_.purpose;
   load.hasFile = static_cast<bool>(file);
-  load.hasBytes = fetcher_ != nullptr;
+  load.hasBytes = fetcher_ || segments_;
+  load.areSegments = segments_ != nullptr;
   load.isNetworkAllowed = isPlaylist_;
   // The next process of a live stream calls its times otherwise: no seek finds its place there.
   if (isLive()) finishSeeks(UINT64_MAX, false);
@@ -122,8 +126,8 @@ void ProcessEngine::start() {
   load.settings = MediaEngineSettings::shared();
   std::vector<int> descriptors{shared_->descriptor()};
   if (file) descriptors.push_back(file.get());
-  if (fetcher_) {
-    const auto [memory, control, wake] = fetcher_->descriptors();
+  if (load.hasBytes) {
+    const auto [memory, control, wake] = segments_ ? segments_->descriptors() : fetcher_->descriptors();
     descriptors.insert(descriptors.end(), {memory, control, wake});
   }
   link_->peer().send(load, descriptors);
@@ -133,7 +137,6 @@ void ProcessEngine::start() {
   send(wire::SetRate{rate_});
   send(wire::SelectLegible{legible_});
   setFrameSink(sink_);
-  watchSegments();
 }
 
 RunLoop::Duration ProcessEngine::silenceLimit() const {
@@ -156,7 +159,7 @@ void ProcessEngine::send(const wire::ToProcess& message) const {
 void ProcessEngine::fallBack() {
   if (isReady_ || hasCrashed_) return fail(crashError(source_.url));
   cut();
-  fallback_ = MediaEngine::make(withBytes(source_, fetcher_));
+  fallback_ = MediaEngine::make(segments_ ? withSegments(source_, std::move(segments_)) : withBytes(source_, fetcher_));
   Events events;
   events.ready = [this] { hear(wire::Ready{}); };
   events.failed = [this](const NSError& error) { fail(error); };
@@ -179,7 +182,6 @@ void ProcessEngine::setRate(double rate) {
   if (hasFailed_) return;
   rate_ = rate;
   fallback_ ? fallback_->setRate(rate) : send(wire::SetRate{rate});
-  watchSegments();
 }
 
 void ProcessEngine::setMuted(bool muted) {
@@ -245,8 +247,6 @@ void ProcessEngine::hear(const wire::Ready&) {
   if (!std::exchange(isReady_, true)) return tell(&Events::ready);
   if (!std::exchange(isRecovering_, false)) return;
   takeOver();
-  segments_.reset();
-  watchSegments();
   tell(&Events::bufferingChanged);
 }
 
@@ -264,13 +264,12 @@ void ProcessEngine::takeOver() {
 
 void ProcessEngine::hear(const wire::Failed& failed) {
   // In the fetcher's own words, when that is why.
+  if (const auto failure = segments_ ? segments_->failure() : std::nullopt) return fail(*failure);
   fail(fetcher_ ? fetcher_->failure().value_or(failed.error) : failed.error);
 }
 
 void ProcessEngine::hear(const wire::Buffering& buffering) {
   buffering_ = buffering;
-  if (!buffering.isEmpty) segments_.reset();
-  watchSegments();
   if (isReady_ && !isRecovering_) tell(&Events::bufferingChanged);
 }
 
@@ -325,9 +324,7 @@ void ProcessEngine::recover() {
     caption_.reset();
     report(&Events::captionChanged, caption_);
   }
-  if (!isPlaylist_) return start();
-  silence_.setWaiting(true, silenceLimit());
-  openListAnew();
+  startAnew();
 }
 
 void ProcessEngine::fail(const NSError& error) {

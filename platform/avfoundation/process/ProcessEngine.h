@@ -8,6 +8,7 @@
 #include "platform/avfoundation/engine/MediaEngine.h"
 #include "platform/avfoundation/engine/SilenceWatch.h"
 #include "platform/avfoundation/fetch/ByteFetcher.h"
+#include "platform/avfoundation/hls/HLSFetcher.h"
 #include "platform/avfoundation/process/CrashHistory.h"
 #include "platform/avfoundation/process/HangWatch.h"
 #include "platform/avfoundation/process/PlaylistLook.h"
@@ -18,7 +19,9 @@
 // the position is read from memory that both see; nothing here waits for the process.
 //
 // What is fetched is fetched here, and every process of the item reads the same store. A process is started when the
-// first bytes are here, since only one that plays a list of segments may reach the network itself.
+// first bytes are here, since only one that plays a list of segments which the media library reads may reach the
+// network itself. Of the lists that are read here (HLSFetcher) it gets the segments, and one that takes over gets them
+// anew.
 //
 // When the process dies or hangs, another one goes on at the same place with all that was chosen, and whoever plays
 // sees a stall. Media that do it again and again have failed (CrashHistory); an ad has after the first time.
@@ -57,7 +60,8 @@ class ProcessEngine final : public MediaEngine {
     SeekCompletion completion;
   };
 
-  void looked(PlaylistLook::Finding finding);
+  void looked(const PlaylistLook::Result& result);
+  void use(const PlaylistLook::Result& result);
   // Starts a process that begins where this one is to go on.
   void start();
   void send(const wire::ToProcess& message) const;
@@ -73,10 +77,9 @@ class ProcessEngine final : public MediaEngine {
   void hear(const wire::SeekDone& done);
   void died(const MediaPeer::Death& death);
   void recover();
-  // A list of segments is read anew before another process plays it: a live one is another list by now. Also when its
-  // segments have stopped coming: then the process that waits for them goes if the list is there.
-  void openListAnew();
-  void watchSegments();
+  // The same; a list of segments is read anew before: a live one is another list by now. The old one does when it isn't
+  // there.
+  void startAnew();
   // How long it may take to the next picture.
   RunLoop::Duration silenceLimit() const;
   // Where it crashes: the edge of a live stream moves with time.
@@ -99,10 +102,11 @@ class ProcessEngine final : public MediaEngine {
   const Fetch fetch_;
   std::shared_ptr<ByteFetcher> fetcher_, nextFetcher_;
   std::unique_ptr<PlaylistLook> look_;
-  bool isPlaylist_ = false;
-  bool comesOnce_ = false;  // a pipe: no other process can begin again
-  SilenceWatch silence_;    // of a server, up to the first picture, whatever has to be started for it
-  SilenceWatch segments_;   // while those of a live list are missing
+  bool isPlaylist_ = false;                                // that the media library reads
+  std::optional<std::pair<NSURL, std::string>> playlist_;  // that is read here, and where it came from
+  std::shared_ptr<HLSFetcher> segments_;                   // of it
+  bool comesOnce_ = false;                                 // a pipe: no other process can begin again
+  SilenceWatch silence_;  // of a server, up to the first picture, whatever has to be started for it
   std::shared_ptr<const Events> events_ = std::make_shared<const Events>();
   MainHop hop_;  // for what is posted to itself
   std::shared_ptr<ProcessLink> link_;

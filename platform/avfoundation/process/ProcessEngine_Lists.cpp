@@ -1,48 +1,42 @@
-// Lists of segments: who plays one has to reach the network, and a live one is never the same twice.
+// Lists of segments: which there are, and that a live one is never the same twice.
 #include <utility>
 
 #include "platform/avfoundation/engine/MediaErrors.h"
+#include "platform/avfoundation/process/FetchedSource.h"
 #include "platform/avfoundation/process/ProcessEngine.h"
 
-namespace {
-
-// Segments of a live list that are needed and don't come for so long won't.
-constexpr RunLoop::Duration segmentsLimit = std::chrono::seconds(6);
-
-}  // namespace
-
-void ProcessEngine::looked(PlaylistLook::Finding finding) {
+void ProcessEngine::looked(const PlaylistLook::Result& result) {
   look_.reset();
-  if (finding == PlaylistLook::Finding::failed) return fail(fetcher_->failure().value_or(readingError(source_.url)));
-  isPlaylist_ = finding == PlaylistLook::Finding::playlist && source_.purpose != MediaPurpose::advertisement;
+  if (result.finding == PlaylistLook::Finding::failed) {
+    return fail(fetcher_->failure().value_or(readingError(source_.url)));
+  }
+  use(result);
   start();
 }
 
-void ProcessEngine::openListAnew() {
-  nextFetcher_ = fetch_();
-  auto bytes = nextFetcher_ ? nextFetcher_->makeReader() : nullptr;
-  const auto goOn = [this](PlaylistLook::Finding finding) {
-    look_.reset();
-    const auto next = std::exchange(nextFetcher_, nullptr);
-    const bool isThere = finding == PlaylistLook::Finding::playlist;
-    const bool isNeeded = buffering_.isEmpty || isRecovering_;
-    if (link_ && (!isThere || !isNeeded)) return watchSegments();
-    if (isThere) fetcher_ = next;
-    if (link_) {
-      floor_ = place();
-      hangs_.end();
-      std::exchange(link_, nullptr)->cut();
-    }
-    isRecovering_ = isReady_;
-    silence_.setWaiting(true, silenceLimit());  // however many processes it takes
-    start();
-  };
-  if (!bytes) return goOn(PlaylistLook::Finding::failed);
-  look_ = std::make_unique<PlaylistLook>(std::move(bytes), goOn);
+void ProcessEngine::use(const PlaylistLook::Result& result) {
+  if (source_.purpose == MediaPurpose::advertisement) return;
+  isPlaylist_ = result.finding == PlaylistLook::Finding::playlist;
+  if (result.finding != PlaylistLook::Finding::segments) return playlist_.reset();
+  playlist_.emplace(NSURL::URLWithString(result.url).value_or(source_.url), result.text);
 }
 
-void ProcessEngine::watchSegments() {
-  const bool isLive = isPlaylist_ && link_ && isReady_ && facts_.isLive;
-  const bool isMissing = isRecovering_ || (rate_ != 0 && buffering_.isEmpty);
-  segments_.setWaiting(isLive && isMissing && !look_, segmentsLimit);
+void ProcessEngine::startAnew() {
+  if (!isPlaylist_ && !playlist_) return start();
+  silence_.setWaiting(true, silenceLimit());  // however many processes it takes
+  if (auto text = localPlaylist(source_)) playlist_.emplace(source_.url, std::move(*text));
+  nextFetcher_ = fetch_ ? fetch_() : nullptr;
+  auto bytes = nextFetcher_ ? nextFetcher_->makeReader() : nullptr;
+  if (!bytes) return start();
+  look_ = std::make_unique<PlaylistLook>(std::move(bytes), [this](const PlaylistLook::Result& result) {
+    look_.reset();
+    auto next = std::exchange(nextFetcher_, nullptr);
+    const bool isThere = result.finding == PlaylistLook::Finding::playlist ||
+                         result.finding == PlaylistLook::Finding::segments;
+    if (isThere) {
+      fetcher_ = std::move(next);
+      use(result);
+    }
+    start();
+  });
 }

@@ -180,7 +180,7 @@ bool passAll(Archive& archive, Fields&... fields) {
 
 template <class Archive>
 bool pass(Archive& a, Load& m) {
-  return a.text(m.url, addressLimit) && passAll(a, m.purpose, m.hasFile, m.hasBytes, m.isNetworkAllowed,
+  return a.text(m.url, addressLimit) && passAll(a, m.purpose, m.hasFile, m.hasBytes, m.areSegments, m.isNetworkAllowed,
                                                 m.isWithoutTexts, m.hasBegun, m.start, m.settings);
 }
 template <class Archive>

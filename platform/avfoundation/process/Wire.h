@@ -27,7 +27,7 @@ inline constexpr std::size_t tracksLimit = 256;
 inline constexpr std::size_t rangesLimit = 64;
 
 // Grows with every change below.
-inline constexpr std::uint32_t version = 3;
+inline constexpr std::uint32_t version = 4;
 
 // ---- To the media process.
 
@@ -38,6 +38,7 @@ struct Load {
   MediaPurpose purpose = MediaPurpose::programme;
   bool hasFile = false;
   bool hasBytes = false;
+  bool areSegments = false;
   bool isNetworkAllowed = false;  // what fetches is the media library
   bool isWithoutTexts = false;
   bool hasBegun = false;  // in a process before this one

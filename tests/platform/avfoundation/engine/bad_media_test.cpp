@@ -53,7 +53,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Bad{"hls", NSURLErrorDomain, NSURLErrorNoPermissionsToReadFile, "hls can't be opened"},
                     Bad{"zero.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "zero.mp4"},
                     Bad{"english.srt", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "english.srt"},
-                    Bad{"hls/master.m3u8", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "playlist"},
                     Bad{"@picture.png", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "image/png"},
                     Bad{"headless.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "headless.mp4"},
                     Bad{"headonly.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "incomplete"},
