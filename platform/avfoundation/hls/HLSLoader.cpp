@@ -50,6 +50,13 @@ void HLSLoader::fail(const NSError& error) {
   store_->tellFailure(error);
 }
 
+// Why something could not be had, after what follows from it.
+NSError HLSLoader::reason(const std::string& consequence) const {
+  NSError error = error_.value_or(senselessAnswerError(source_.url, "a marked hole"));
+  error.message = consequence + error.message;
+  return error;
+}
+
 std::optional<Time> HLSLoader::turn(Time now) {
   now_ = now;
   if (store_->failure()) return std::nullopt;
@@ -193,7 +200,8 @@ std::optional<Time> HLSLoader::turnMain(Time now, const ByteStore::Demand& deman
   if (isBegun_ && audio_.isThere() && audio_.track.time <= main_.time) return due;
   if (!picked_) picked_ = asked_.empty() ? choice_->choose(now, ahead()) : choice_->instead(asked_, now);
   if (!picked_ && asked_.empty()) {
-    fail(error_.value_or(senselessAnswerError(source_.url, "no media")));
+    // Of a list without variants there is but one stream, and its own words say it all.
+    fail(reason(master_.variants[0].uri.empty() ? "" : "No stream that the playlist names can be had. "));
     return std::nullopt;
   }
   if (!picked_ || asked_.size() >= variantsAsked) {
@@ -298,9 +306,8 @@ void HLSLoader::giveUp(Time now) {
   const bool isLast = index + 1 >= from.list().segments.size();
   asked_.clear();
   if (isRefused_ && (from.list().hasEnded || !isLast)) {
-    if (from.list().hasEnded && (isLast || ++main_.missing >= missingLimit)) {
-      return fail(error_.value_or(senselessAnswerError(source_.url, "the end of the media")));
-    }
+    if (from.list().hasEnded && isLast) return fail(reason("The end of the media is missing. "));
+    if (from.list().hasEnded && ++main_.missing >= missingLimit) return fail(reason("Much of the media is missing. "));
     pause_ = Time(0);
     return leaveOut(from, index);
   }

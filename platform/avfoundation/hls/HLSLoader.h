@@ -56,6 +56,7 @@ class HLSLoader {
   void open(Time now);
   void openMaster(HLSMasterPlaylist master);
   void fail(const NSError& error);
+  NSError reason(const std::string& consequence) const;
   void followWish(const ByteStore::Demand& demand);
   void jump(const SegmentWish& wish);
   void tellFacts();
