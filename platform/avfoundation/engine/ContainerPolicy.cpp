@@ -8,7 +8,8 @@ namespace {
 
 // The family of containers that the picker accepts (mp4, m4v, quicktime, 3gpp) is one to the type finder.
 constexpr std::array<std::string_view, 3> advertisementTypes{"video/quicktime", "application/x-3gp", "audio/x-m4a"};
-constexpr std::array<std::string_view, 3> playlistTypes{"application/x-hls", "application/dash+xml",
+constexpr std::string_view segmentListType = "application/x-hls";
+constexpr std::array<std::string_view, 3> playlistTypes{segmentListType, "application/dash+xml",
                                                         "application/vnd.ms-sstr+xml"};
 constexpr std::string_view advertisementDemuxer = "qtdemux";
 
@@ -29,6 +30,7 @@ bool isPlaylistType(const std::string& typeName) {
 
 bool mayOpenContainer(const MediaSource& source, const std::string& typeName) {
   if (source.purpose == MediaPurpose::advertisement) return std::ranges::count(advertisementTypes, typeName) > 0;
+  if (typeName == segmentListType) return false;  // those are read elsewhere
   if (isPlaylistType(typeName)) return !source.url.isFileURL();
   // Pages and texts would be looked at for ever; an archive or a program has nothing to play; an image is over at once.
   return !typeName.starts_with("text/") && !typeName.starts_with("image/") && typeName != "application/xml" &&

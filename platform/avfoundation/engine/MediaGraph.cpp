@@ -9,7 +9,6 @@
 namespace {
 
 const char* adaptiveDemuxerFor(std::string_view type) {
-  if (type == "application/x-hls") return "hlsdemux2";
   if (type == "application/dash+xml") return "dashdemux2";
   if (type == "application/vnd.ms-sstr+xml") return "mssdemux2";
   return nullptr;

@@ -152,6 +152,9 @@ bool StreamDecoder::takeEvent(GstPad* pad, GstEvent* event) {
   GstObject* parent = GST_OBJECT_CAST(bin_.get());
   const GstEventType type = GST_EVENT_TYPE(event);
   if (type == GST_EVENT_FLUSH_STOP || type == GST_EVENT_CAPS) untilOutput_.clear();
+  // Whoever waits for the stream downstream is let go of, whether anything has ever come or not.
+  const bool isFlush = type == GST_EVENT_FLUSH_START || type == GST_EVENT_FLUSH_STOP;
+  if (isFlush && !decoder_) gst_pad_push_event(out_, gst_event_ref(event));
   if (type != GST_EVENT_CAPS) {
     const bool isTaken = gst_pad_event_default(pad, parent, event);
     if (type == GST_EVENT_EOS) end();

@@ -5,7 +5,6 @@
 #include <string>
 #include <utility>
 
-#include "platform/avfoundation/hls/HLSFetcher.h"
 #include "platform/avfoundation/hls/HLSPlaylist.h"
 
 namespace {
@@ -55,7 +54,7 @@ std::optional<PlaylistLook::Result> PlaylistLook::readOn() {
     if (outcome == MediaBytes::Outcome::done) text_.append(reinterpret_cast<const char*>(part.data()), count);
     const bool isAll = outcome == MediaBytes::Outcome::ended;
     const auto finding = findingOf(text_, isAll || text_.size() >= lookLimit);
-    if (finding == Finding::playlist && HLSFetcher::isPlaylist(text_)) {
+    if (finding == Finding::segments) {
       if (isAll) return Result{Finding::segments, head.url, std::move(text_)};
     } else if (finding) {
       return Result{*finding, head.url, {}};
@@ -73,7 +72,7 @@ std::optional<PlaylistLook::Finding> PlaylistLook::findingOf(std::string_view be
     if (text.starts_with(order)) text.erase(0, order.size());
   }
   text.erase(0, text.find_first_not_of(" \t\r\n"));
-  if (text.starts_with(listMark)) return Finding::playlist;
+  if (text.starts_with(listMark)) return Finding::segments;
   if (text.starts_with('<')) {
     const auto isThere = [&text](std::string_view mark) { return text.find(mark) != std::string::npos; };
     if (std::ranges::any_of(documentMarks, isThere)) return Finding::playlist;

@@ -31,8 +31,8 @@ void ProcessEngine::startAnew() {
   look_ = std::make_unique<PlaylistLook>(std::move(bytes), [this](const PlaylistLook::Result& result) {
     look_.reset();
     auto next = std::exchange(nextFetcher_, nullptr);
-    const bool isThere = result.finding == PlaylistLook::Finding::playlist ||
-                         result.finding == PlaylistLook::Finding::segments;
+    const bool isThere =
+        result.finding == PlaylistLook::Finding::playlist || result.finding == PlaylistLook::Finding::segments;
     if (isThere) {
       fetcher_ = std::move(next);
       use(result);

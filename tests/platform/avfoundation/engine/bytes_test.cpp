@@ -89,12 +89,4 @@ TEST_F(Bytes, thatNeverAnswerEndWithTheEngineOrItsPatience) {
   EXPECT_EQ(told.failures[0].code, AVErrorNoDataReceived);
 }
 
-TEST_F(Bytes, thatAreAPlaylistNameTheirSegments) {
-  bytes = std::make_shared<MemoryBytes>(sample("hls/low/index.m3u8"), false);
-  bytes->setURL(server.url("/hls/low/index.m3u8"));
-  ASSERT_TRUE(open("@elsewhere", MediaPurpose::programme, 0, bytes));
-  EXPECT_EQ(frames->lastNumber(), 0);
-  EXPECT_GT(server.count("/hls/low/00.ts"), 0u);
-}
-
 }  // namespace
