@@ -86,7 +86,6 @@ inline std::string caseName(std::string where) {
 
 // The engine in this process, or, in the program that repeats these tests there, in one of its own.
 std::unique_ptr<MediaEngine> engineUnderTest(const MediaSource& source);
-bool isEngineInThisProcess();
 
 // Real media in real time, without a sound device, and a web server that has every sample clip.
 class EngineTest : public testing::Test {

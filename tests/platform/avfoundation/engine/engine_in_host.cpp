@@ -5,7 +5,3 @@ std::unique_ptr<MediaEngine> engineUnderTest(const MediaSource& source) {
   MediaEngineSettings::shared().process = MediaEngineSettings::Process::host;
   return makeMediaEngine(source);
 }
-
-bool isEngineInThisProcess() {
-  return true;
-}

@@ -6,7 +6,3 @@ std::unique_ptr<MediaEngine> engineUnderTest(const MediaSource& source) {
   MediaProcesses::setProgram(YMR_MEDIA_PROGRAM);
   return makeMediaEngine(source);
 }
-
-bool isEngineInThisProcess() {
-  return false;
-}
