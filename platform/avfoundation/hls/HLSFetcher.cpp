@@ -15,9 +15,8 @@ class Work final : public FetchWork {
         loader_(std::move(source), std::move(store), isLocal_ ? files_ : streams) {}
 
   std::optional<Time> turn(Time now) override {
-    const bool hasMoved = isLocal_ && files_.turn();
     const auto due = loader_.turn(now);
-    return hasMoved ? now : due;
+    return isLocal_ && files_.turn() ? now : due;  // nobody else wakes this thread for a file
   }
   int wakeDescriptor() const override { return store_->wakeDescriptor(); }
   void takeWake() override { store_->takeWake(); }

@@ -1,6 +1,7 @@
 #include "platform/avfoundation/hls/HLSFiles.h"
 
 #include <charconv>
+#include <filesystem>
 #include <fstream>
 #include <vector>
 
@@ -26,7 +27,11 @@ std::pair<std::uint64_t, std::uint64_t> rangeOf(const std::vector<std::string>& 
 class HLSFiles::Stream final : public HTTPStream {
  public:
   Stream(HLSFiles& files, HTTPStreamRequest request, HTTPStreamClient& client)
-      : files_(files), request_(std::move(request)), client_(client), file_(request_.url.path(), std::ios::binary) {
+      : files_(files), request_(std::move(request)), client_(client) {
+    std::error_code error;
+    const std::string path = request_.url.path();
+    // A pipe would be waited for.
+    if (std::filesystem::is_regular_file(path, error)) file_.open(path, std::ios::binary);
     std::tie(place_, end_) = rangeOf(request_.headers);
     files_.streams_.insert(this);
   }
@@ -47,7 +52,7 @@ class HLSFiles::Stream final : public HTTPStream {
   bool answer() {
     hasAnswered_ = true;
     HTTPAnswer answer;
-    answer.status = file_ ? 206 : 404;
+    answer.status = file_.is_open() ? 206 : 404;
     answer.url = request_.url.absoluteString();
     answer.headers["content-range"] = "bytes " + std::to_string(place_) + "-";
     file_.seekg(static_cast<std::streamoff>(place_));

@@ -245,8 +245,9 @@ std::optional<Time> HLSLoader::next(Track& track, HLSRow& row, const HLSStream& 
       isOver_ = true;
       row.write({.kind = Kind::over});
     }
-    if (list.hasEnded && track.isSide) track.time = INT64_MAX / 2;
-    return std::nullopt;
+    if (!list.hasEnded || !track.isSide) return std::nullopt;
+    track.time = INT64_MAX / 2;
+    return now;  // nothing waits for it any more
   }
   const HLSSegment& segment = list.segments[*index];
   SegmentRecord record{.track = track.number};

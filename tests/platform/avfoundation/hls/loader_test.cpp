@@ -114,16 +114,19 @@ class Loader : public testing::Test {
   const std::string master =
       "#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=400000\nlow.m3u8\n#EXT-X-STREAM-INF:BANDWIDTH=900000\nhigh.m3u8\n";
 
-  // Moves time and reads what there is, for so long.
+  // Moves time and reads what there is, for so long. As the thread that drives it does: a turn when something has come
+  // or the reader waits, and none before the next one is due.
   void run(HLSLoader::Time time, const std::string& text, const std::string& name = "master.m3u8") {
     if (!loader) {
       loader = std::make_unique<HLSLoader>(
           HLSLoader::Source{.url = *NSURL::URLWithString("http://media.example/" + name), .text = text}, store, site);
     }
     for (const auto end = now + time; now < end;) {
-      const auto due = loader->turn(now);
+      loader->turn(now);
       if (site.pump() || read()) continue;
-      now = std::min({end, now + 100ms, std::max(now + 1ms, due.value_or(end))});
+      const auto due = loader->turn(now);
+      if (site.pump()) continue;
+      now = std::min(end, std::max(now + 1ms, due.value_or(end)));
     }
   }
   bool read() {
