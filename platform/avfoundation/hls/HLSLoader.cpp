@@ -190,6 +190,7 @@ std::optional<Time> HLSLoader::turnMain(Time now, const ByteStore::Demand& deman
   if (main_.load) {
     due = earlier(due, main_.load->turn(now));
     considerLess(now);
+    if (!main_.load) return now;
     if (main_.load->state() == HLSSegmentLoad::State::running) return due;
     settleMain(now);
     return now;
@@ -334,7 +335,9 @@ void HLSLoader::considerLess(Time now) {
   const double rate = static_cast<double>(transfer->received()) / took;
   const double rest = static_cast<double>(*transfer->expected() - transfer->received()) / rate;
   const double ready = std::chrono::duration<double>(ahead()).count();
-  const auto lesser = choice_->instead({*picked_}, now);
+  auto others = asked_;  // in vain already
+  others.push_back(*picked_);
+  const auto lesser = choice_->instead(others, now);
   if (rest <= ready || !lesser) return;
   const double there = static_cast<double>(master_.variants[*lesser].bandwidth) / 8 *
                        static_cast<double>(main_.loadEnd - main_.time) / 1e9;

@@ -20,6 +20,9 @@ constexpr int busyLimit = 4;
 constexpr int lostLimit = 3;
 constexpr int goneLimit = 2;
 constexpr int sideLimit = 2;
+// What a server begins to send and cuts off so often, or leaves off, it does not have. A line that is down does not
+// answer.
+constexpr int cutsLimit = 4;
 
 // The first place of "bytes 7-99/200".
 std::optional<std::uint64_t> firstOf(const HTTPAnswer& answer) {
@@ -53,8 +56,8 @@ std::optional<Time> HLSTransfer::turn(Time now) {
   if (isLate) attempts_ = lostLimit;
   if (stream_ && (isLate || now - heardAt_ >= silenceLimit)) {
     error_ = unansweredError({NSURLErrorDomain, NSURLErrorTimedOut, ""}, request_.url);
-    outcome_ = Outcome::lost;
-    if (request_.isSide) attempts_ = sideLimit;  // waiting again would cost as much
+    if (request_.isSide) cuts_ = attempts_ = sideLimit;  // waiting again would cost as much
+    lose();
     settle(now);
   }
   if (state_ != State::running) return now;
@@ -140,11 +143,16 @@ void HLSTransfer::streamDidEnd(std::optional<NSError> error) {
     outcome_ = Outcome::complete;
     return;
   }
-  outcome_ = Outcome::lost;
+  lose();
   error_ = unansweredError(error.value_or(lostConnectionError(request_.url)), request_.url);
   constexpr int final[] = {NSURLErrorServerCertificateUntrusted, NSURLErrorHTTPTooManyRedirects,
                            NSURLErrorUnsupportedURL, NSURLErrorBadURL};
   if (error && std::ranges::count(final, error->code) > 0) outcome_ = Outcome::gone;
+}
+
+void HLSTransfer::lose() {
+  const bool isOut = ++cuts_ >= (request_.isSide ? sideLimit : cutsLimit);
+  outcome_ = toSkip_ && isOut ? Outcome::senseless : Outcome::lost;
 }
 
 void HLSTransfer::settle(Time now) {

@@ -57,6 +57,7 @@ class HLSTransfer final : HTTPStreamClient {
 
   enum class Outcome { complete, gone, busy, lost, senseless };
   void ask(Time now);
+  void lose();
   void settle(Time now);
   void again(Time now, int attemptsLimit);
   std::uint64_t first() const { return request_.range ? request_.range->first : 0; }
@@ -81,6 +82,7 @@ class HLSTransfer final : HTTPStreamClient {
   Time countedSince_{0}, counted_{0}, beganAt_{-1};
   bool isCounted_ = false;
   int attempts_ = 0;
+  int cuts_ = 0;  // times that it was lost
 };
 
 // A small resource, held whole.
