@@ -18,7 +18,7 @@ std::unique_ptr<MediaEngine> makeMediaEngine(const MediaSource& source) {
   if (MediaEngine::hasFactory() || source.bytes) return MediaEngine::make(source);
   const auto fetch = [source] { return fetcherOf(source); };
   if (!isProcessWanted()) {
-    if (source.purpose != MediaPurpose::programme) return MediaEngine::make(withBytes(source, fetcherOf(source)));
+    if (source.purpose == MediaPurpose::advertisement) return MediaEngine::make(withBytes(source, fetcherOf(source)));
     // It looks for playlists, finds no process and goes on with an engine in this one.
     return std::make_unique<ProcessEngine>(
         source, [] { return std::shared_ptr<MediaPeer>(); }, fetch);

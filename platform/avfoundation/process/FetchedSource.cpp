@@ -27,11 +27,15 @@ std::shared_ptr<MediaBytes> keepingReader(std::shared_ptr<Fetcher> fetcher) {
   return {fetched, fetched->reader.get()};
 }
 
+std::size_t bytesLimitOf(MediaPurpose purpose) {
+  return isAdvertisement(purpose) ? ByteFetcher::adBytesLimit : ByteFetcher::programmeBytesLimit;
+}
+
 }  // namespace
 
-std::shared_ptr<HLSFetcher> segmentFetcher(const NSURL& url, const std::string& text) {
+std::shared_ptr<HLSFetcher> segmentFetcher(const NSURL& url, const std::string& text, MediaPurpose purpose) {
   const auto screenHeight = static_cast<int>(UIScreen::mainScreen().bounds().size.height);
-  return HLSFetcher::open(url, text, ByteFetcher::programmeBytesLimit, screenHeight);
+  return HLSFetcher::open(url, text, bytesLimitOf(purpose), screenHeight);
 }
 
 std::optional<std::string> localPlaylist(const MediaSource& source) {
@@ -60,8 +64,7 @@ MediaSource withSegments(MediaSource source, std::shared_ptr<HLSFetcher> fetcher
 
 std::shared_ptr<ByteFetcher> fetcherOf(const MediaSource& source) {
   if (!source.url.isHTTP() || source.bytes) return nullptr;
-  return ByteFetcher::open(source.url, source.purpose == MediaPurpose::programme ? ByteFetcher::programmeBytesLimit
-                                                                                 : ByteFetcher::adBytesLimit);
+  return ByteFetcher::open(source.url, bytesLimitOf(source.purpose));
 }
 
 MediaSource withBytes(MediaSource source, std::shared_ptr<ByteFetcher> fetcher) {

@@ -13,7 +13,7 @@
 // thread.
 std::shared_ptr<ByteFetcher> fetcherOf(const MediaSource& source);
 // Begins to fetch what a playlist names; null when the machine has no memory left. Main thread.
-std::shared_ptr<HLSFetcher> segmentFetcher(const NSURL& url, const std::string& text);
+std::shared_ptr<HLSFetcher> segmentFetcher(const NSURL& url, const std::string& text, MediaPurpose purpose);
 // The text of a playlist on the disk that is read here; nil for any other file.
 std::optional<std::string> localPlaylist(const MediaSource& source);
 // The source with its segments, for an engine in this process; they keep the fetcher.

@@ -90,7 +90,7 @@ void ProcessEngine::load(const CMTime& start) {
 }
 
 void ProcessEngine::start() {
-  segments_ = playlist_ ? segmentFetcher(playlist_->first, playlist_->second) : nullptr;
+  segments_ = playlist_ ? segmentFetcher(playlist_->first, playlist_->second, source_.purpose) : nullptr;
   Descriptor file;
   if (source_.url.isFileURL() && !segments_ && source_.purpose == MediaPurpose::programme) {
     // A FIFO opens here at once, and waits where nobody waits for it.
