@@ -80,7 +80,7 @@ NSError CurlHandle::failure(CURLcode code) const {
   }
   const int known = errorCode(code);
   std::string reason = message_[0] ? message_ : curl_easy_strerror(code);
-  const std::string to = get() ? redirectedTo() : "";
+  const std::string to = get() ? nameForMessage(redirectedTo()) : "";
   if (known == NSURLErrorServerCertificateUntrusted) reason = "The server's certificate is not trusted: " + reason;
   if (known == NSURLErrorHTTPTooManyRedirects) {
     reason = "It was redirected more than " + std::to_string(redirectsLimit) + " times, at last to " + to + ".";

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/UTF8.h"
 
 namespace {
 
@@ -161,4 +162,46 @@ bool NSURL::isFileURL() const {
 
 bool NSURL::isHTTP() const {
   return !parts_ || parts_->scheme == "http" || parts_->scheme == "https";
+}
+
+namespace {
+
+// Of untrusted text; linear.
+std::string shownName(std::string_view text) {
+  constexpr std::size_t nameLimit = 300, endLimit = 100;
+  constexpr std::string_view gap = "…", wrong = "\uFFFD";
+  std::string name, end;
+  if (text.size() > nameLimit) {
+    end = gap;
+    end += shownName(text.substr(text.size() - endLimit));
+    text = text.substr(0, nameLimit - endLimit);
+  }
+  while (!text.empty()) {
+    const UTF8Character character = firstUTF8Character(text);
+    const bool isControl = character.value < 0x20 || (character.value >= 0x7F && character.value < 0xA0);
+    name += character.isValid && !isControl ? text.substr(0, character.length) : wrong;
+    text.remove_prefix(character.length);
+  }
+  return name + end;
+}
+
+}  // namespace
+
+std::string nameForMessage(std::string_view url) {
+  const auto endOfScheme = url.find("://");
+  if (endOfScheme == url.npos) return shownName(url);
+  const auto start = endOfScheme + 3;
+  const auto path = std::min(url.find_first_of("/?#", start), url.size());
+  const auto end = std::min(url.find_first_of("?#", path), url.size());
+  const auto user = url.substr(start, path - start).rfind('@');
+  const auto host = user == url.npos ? start : start + user + 1;
+  const bool hasQuery = end < url.size() && url[end] == '?';
+  return std::string(url.substr(0, start)) + shownName(url.substr(host, end - host)) + (hasQuery ? "?…" : "");
+}
+
+std::string nameForMessage(const NSURL& url) {
+  if (!url.isFileURL()) return nameForMessage(url.absoluteString());
+  const std::string path = url.path();
+  const auto slash = path.find_last_of('/', path.size() > 1 ? path.size() - 2 : path.npos);
+  return shownName(slash == path.npos || path.size() <= 1 ? path : std::string_view(path).substr(slash + 1));
 }

@@ -50,3 +50,10 @@ class YMR_API NSURL {
   std::string text_;
   std::shared_ptr<const Parts> parts_;  // null where they stand in the text as they are
 };
+
+// What a message calls a URL: it is there without user name, password, query and fragment, which may hold secrets. A
+// query that was there is shown as "?…", what is long has "…" in its middle, and what no message should have in it
+// (control characters, bytes that are no UTF-8) is replaced. A file's last name, if it is one.
+YMR_API std::string nameForMessage(const NSURL& url);
+// The same of text that need not be a URL.
+YMR_API std::string nameForMessage(std::string_view url);

@@ -2,67 +2,101 @@
 
 namespace {
 
-NSError urlError(int code, std::string message) {
-  return {NSURLErrorDomain, code, std::move(message)};
+NSError unfetched(int code, const NSURL& url, const std::string& reason) {
+  return {NSURLErrorDomain, code, nameOfMedia(url) + " can't be fetched: " + reason + "."};
 }
 
-std::string server(const NSURL& url) {
-  return "The server " + nameOfMedia(url);
+std::string withoutFullStop(std::string sentence) {
+  if (sentence.ends_with('.')) sentence.pop_back();
+  return sentence;
 }
 
 }  // namespace
 
 std::string nameOfMedia(const NSURL& url) {
-  if (!url.isFileURL()) return url.host().empty() ? url.absoluteString() : url.host();
-  const auto slash = url.path().find_last_of('/');
-  return slash == std::string::npos ? url.path() : url.path().substr(slash + 1);
+  return nameForMessage(url);
 }
 
 NSError statusError(long status, const NSURL& url) {
-  const std::string answer = " (HTTP " + std::to_string(status) + ").";
+  const auto answered = [&](int code, const char* reason) {
+    return unfetched(code, url, std::string(reason) + " (HTTP " + std::to_string(status) + ")");
+  };
   if (status >= 300 && status < 400) {
-    return urlError(NSURLErrorHTTPTooManyRedirects, server(url) + " redirects without an end" + answer);
+    return answered(NSURLErrorRedirectToNonExistentLocation, "its server says that it is elsewhere, and not where");
   }
   switch (status) {
+    case 204:
+    case 205:
+      return answered(NSURLErrorZeroByteResource, "its server sends nothing");
     case 401:
     case 403:
     case 407:
-      return urlError(NSURLErrorNoPermissionsToReadFile,
-                      server(url) + " does not allow this media to be played" + answer);
+      return answered(NSURLErrorNoPermissionsToReadFile, "its server does not allow it");
     case 404:
     case 410:
-      return urlError(NSURLErrorFileDoesNotExist, server(url) + " does not have this media" + answer);
+      return answered(NSURLErrorFileDoesNotExist, "its server does not have it");
+    case 408:
+    case 429:
+    case 503:
+      return answered(NSURLErrorResourceUnavailable, "its server is too busy");
     default:
-      return urlError(NSURLErrorBadServerResponse, server(url) + " did not deliver the media" + answer);
+      return answered(NSURLErrorBadServerResponse,
+                      status >= 500 ? "its server is out of order" : "its server did not deliver it");
   }
 }
 
 NSError unansweredError(const NSError& error, const NSURL& url) {
   switch (error.code) {
     case NSURLErrorTimedOut:
+      return unfetched(error.code, url, "its server can't be reached in time");
     case NSURLErrorCannotFindHost:
+      return unfetched(error.code, url, "there is no address for the name of its server");
     case NSURLErrorCannotConnectToHost:
-      return urlError(NSURLErrorCannotConnectToHost, server(url) + " can't be reached.");
+      return unfetched(error.code, url, "its server can't be reached");
     case NSURLErrorNetworkConnectionLost:
       return lostConnectionError(url);
     case NSURLErrorHTTPTooManyRedirects:
-      return urlError(error.code, server(url) + " redirects without an end.");
+      return unfetched(error.code, url, "its server redirects without an end");
+    case NSURLErrorSecureConnectionFailed:
+      return unfetched(error.code, url,
+                       "there is no secure connection to its server: " + withoutFullStop(error.message));
     case NSURLErrorServerCertificateUntrusted:
     case NSURLErrorUnsupportedURL:
-      return error;
+      return {NSURLErrorDomain, error.code,
+              nameOfMedia(url) + " can't be fetched. " + withoutFullStop(error.message) + "."};
     default:
-      return urlError(error.code, server(url) + " did not deliver the media: " + error.message);
+      return unfetched(error.code, url, withoutFullStop(error.message));
   }
 }
 
 NSError lostConnectionError(const NSURL& url) {
-  return urlError(NSURLErrorNetworkConnectionLost, "The connection to the server " + nameOfMedia(url) + " was lost.");
+  return unfetched(NSURLErrorNetworkConnectionLost, url, "the connection to its server was lost");
 }
 
 NSError senselessAnswerError(const NSURL& url, const std::string& what) {
-  return urlError(NSURLErrorBadServerResponse, server(url) + " did not deliver what was asked for: " + what + ".");
+  return unfetched(NSURLErrorBadServerResponse, url, "its server did not answer what was asked, but with " + what);
 }
 
 NSError changedMediaError(const NSURL& url) {
-  return urlError(NSURLErrorBadServerResponse, "The media on the server " + nameOfMedia(url) + " has changed.");
+  return unfetched(NSURLErrorBadServerResponse, url, "it is not what it was when it was opened");
+}
+
+NSError emptyMediaError(const NSURL& url) {
+  return {NSURLErrorDomain, NSURLErrorZeroByteResource, nameOfMedia(url) + " is empty."};
+}
+
+NSError missingPartError(MediaPart part, const NSError& why, const NSURL& media) {
+  const auto missing = [&](int code, const char* what) {
+    return NSError{AVFoundationErrorDomain, code,
+                   nameOfMedia(media) + " can't be played: " + what + " can't be had. " + why.message};
+  };
+  switch (part) {
+    case MediaPart::key:
+      return missing(AVErrorContentIsNotAuthorized, "the key of its segments");
+    case MediaPart::variant:
+      return missing(AVErrorContentIsUnavailable, "none of its variants");
+    case MediaPart::segment:
+      return missing(AVErrorContentIsUnavailable, "a segment of it");
+  }
+  return why;
 }

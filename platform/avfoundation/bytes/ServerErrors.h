@@ -6,9 +6,10 @@
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/NSURL.h"
 
-// Why a server's bytes don't come, for a host to read: one sentence, which names the server. Any thread.
+// Why media's bytes don't come, for a host to read: the codes are NSError.h's, the messages name the media and say what
+// is wrong with them. Any thread.
 
-// What a person calls the media: the file's name, or the server.
+// What a person calls the media: the file's name, or the URL (nameForMessage()).
 YMR_API std::string nameOfMedia(const NSURL& url);
 // A status that is not what was asked for.
 YMR_API NSError statusError(long status, const NSURL& url);
@@ -19,3 +20,9 @@ YMR_API NSError lostConnectionError(const NSURL& url);
 YMR_API NSError senselessAnswerError(const NSURL& url, const std::string& what);
 // It is not the same any more as when its first bytes came.
 YMR_API NSError changedMediaError(const NSURL& url);
+// There is not one byte in it.
+YMR_API NSError emptyMediaError(const NSURL& url);
+
+// Media that consist of several resources, for want of one: `why` is that one's own error, and named after it.
+enum class MediaPart { key, variant, segment };
+YMR_API NSError missingPartError(MediaPart part, const NSError& why, const NSURL& media);

@@ -1,7 +1,11 @@
 #include "platform/avfoundation/engine/MediaErrors.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cmath>
+#include <system_error>
 #include <utility>
 
 #include "platform/avfoundation/bytes/ServerErrors.h"
@@ -20,17 +24,14 @@ NSError mediaError(int code, std::string message) {
 NSError resourceError(int code, const NSURL& url, const std::string& detail) {
   switch (code) {
     case GST_RESOURCE_ERROR_NOT_FOUND:
-      if (url.isFileURL())
-        return urlError(NSURLErrorFileDoesNotExist, "The file " + nameOfMedia(url) + " does not exist.");
-      return urlError(NSURLErrorResourceUnavailable, "The server " + nameOfMedia(url) + " does not have this media.");
+      return url.isFileURL() ? fileError(url, ENOENT) : statusError(404, url);
     case GST_RESOURCE_ERROR_NOT_AUTHORIZED:
-      return urlError(NSURLErrorNoPermissionsToReadFile, "Reading " + nameOfMedia(url) + " is not allowed.");
+      return url.isFileURL() ? fileError(url, EACCES) : statusError(403, url);
     case GST_RESOURCE_ERROR_OPEN_READ:
     case GST_RESOURCE_ERROR_OPEN_READ_WRITE:
-      if (url.isFileURL()) {
-        return urlError(NSURLErrorNoPermissionsToReadFile, "The file " + nameOfMedia(url) + " can't be opened.");
-      }
-      return urlError(NSURLErrorCannotConnectToHost, "The server " + nameOfMedia(url) + " can't be reached.");
+      if (url.isFileURL())
+        return urlError(NSURLErrorCannotOpenFile, "The file " + nameOfMedia(url) + " can't be opened.");
+      return unansweredError({NSURLErrorDomain, NSURLErrorCannotConnectToHost, ""}, url);
     case GST_RESOURCE_ERROR_READ:
     case GST_RESOURCE_ERROR_SEEK:
       return readingError(url);
@@ -84,14 +85,18 @@ NSError mediaErrorFromMessage(GstMessage* message, const NSURL& url, const std::
 
 NSError readingError(const NSURL& url) {
   return urlError(url.isFileURL() ? NSURLErrorResourceUnavailable : NSURLErrorNetworkConnectionLost,
-                  "Reading " + nameOfMedia(url) + " failed.");
+                  nameOfMedia(url) + " can't be read any further.");
 }
 
 NSError unsupportedSchemeError(const NSURL& url) {
-  return urlError(NSURLErrorUnsupportedURL, "Media at " + url.scheme() + ": addresses can't be played here.");
+  return urlError(NSURLErrorUnsupportedURL,
+                  nameOfMedia(url) + " can't be played: " + url.scheme() + ": addresses are not opened here.");
 }
 
 NSError unrecognizedFormatError(const NSURL& url, const std::string& typeName) {
+  if (typeName == "text/html") {
+    return mediaError(AVErrorFileFormatNotRecognized, nameOfMedia(url) + " is a web page and no film (text/html).");
+  }
   const std::string found = typeName.empty() ? "" : " (" + typeName + ")";
   return mediaError(AVErrorFileFormatNotRecognized,
                     nameOfMedia(url) + " is not of a format that can be played" + found + ".");
@@ -122,8 +127,33 @@ NSError overtimeError(const NSURL& url) {
 }
 
 NSError fileError(const NSURL& url, int reason) {
-  return resourceError(
-      reason == ENOENT || reason == ENOTDIR ? GST_RESOURCE_ERROR_NOT_FOUND : GST_RESOURCE_ERROR_OPEN_READ, url, "");
+  const std::string file = "The file " + nameOfMedia(url);
+  switch (reason) {
+    case ENOENT:
+    case ENOTDIR:
+      return urlError(NSURLErrorFileDoesNotExist, file + " does not exist.");
+    case EISDIR:
+      return urlError(NSURLErrorFileIsDirectory, nameOfMedia(url) + " is a folder and no file.");
+    case EACCES:
+    case EPERM:
+      return urlError(NSURLErrorNoPermissionsToReadFile, file + " may not be read.");
+    default:
+      return urlError(NSURLErrorCannotOpenFile,
+                      file + " can't be opened: " + std::generic_category().message(reason) + ".");
+  }
+}
+
+std::optional<NSError> fileFault(const NSURL& url, std::optional<int> descriptor) {
+  struct stat status {};
+  if ((descriptor ? ::fstat(*descriptor, &status) : ::stat(url.path().c_str(), &status)) != 0) {
+    return fileError(url, errno);
+  }
+  if (S_ISDIR(status.st_mode)) return fileError(url, EISDIR);
+  if (S_ISREG(status.st_mode) && status.st_size == 0) return emptyMediaError(url);
+  if (descriptor && ::access(("/proc/self/fd/" + std::to_string(*descriptor)).c_str(), F_OK) != 0) {
+    return mediaError(AVErrorUnknown, nameOfMedia(url) + " can't be played: /proc is missing on this machine.");
+  }
+  return std::nullopt;
 }
 
 NSError crashError(const NSURL& url) {

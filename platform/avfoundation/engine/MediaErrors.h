@@ -2,13 +2,14 @@
 
 #include <gst/gst.h>
 
+#include <optional>
 #include <string>
 
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/NSURL.h"
 
-// The one place that turns what GStreamer says into the errors that a host reads. Messages are for people, in one
-// sentence, and name the file or the server. Any thread.
+// The one place that turns what GStreamer says into the errors that a host reads. The codes are NSError.h's; messages
+// are for people and name the media (nameOfMedia()). Any thread.
 
 // What an error message of the pipeline means for the media at `url`. `missingCodec` is what was seen before that
 // nothing here decodes, for people; or empty.
@@ -30,6 +31,9 @@ NSError silenceError(const NSURL& url, double seconds);
 NSError overtimeError(const NSURL& url);
 // A file could not be opened, for the reason that errno had.
 NSError fileError(const NSURL& url, int reason);
+// What can be told of a file before it is read, by its descriptor or, when that is nil, by its path: that it is not
+// there, a folder, empty, or out of reach of the library, which opens descriptors under /proc. nil when nothing is.
+std::optional<NSError> fileFault(const NSURL& url, std::optional<int> descriptor);
 // What played it has crashed or hung, and does so each time.
 NSError crashError(const NSURL& url);
 NSError missingLibraryError(const std::string& what);

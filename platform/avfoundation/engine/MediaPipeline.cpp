@@ -80,16 +80,17 @@ void MediaPipeline::open() {
 }
 
 void MediaPipeline::build() {
-  const auto fail = [this](const std::string& missing) {
-    hop_.post([this, missing] { events_.failed(missingLibraryError(missing)); });
-  };
-  if (const auto missing = loadGStreamer()) return fail(*missing);
+  const auto fail = [this](const NSError& error) { hop_.post([this, error] { events_.failed(error); }); };
+  if (const auto missing = loadGStreamer()) return fail(missingLibraryError(*missing));
   hop_.post([this] { events_.opened(); });
   if (!source_.isLocal() && !openBytes()) return;
+  if (const auto fault = source_.isLocal() ? fileFault(source_.url, source_.descriptor) : std::nullopt) {
+    return fail(*fault);
+  }
   GstElement* source = makeSource();
   GstElement* pictures = frames_.makeElement();
   GstElement* sound = sound_.makeElement(settings_);
-  if (!source || !pictures || !sound) return fail("one of GStreamer's elements");
+  if (!source || !pictures || !sound) return fail(missingLibraryError("one of GStreamer's elements"));
   graph_ = std::make_unique<MediaGraph>(queueLimits(), pictures, sound, graphHooks());
   PipelineListener::connect(graph_->pipeline(), this);
   g_signal_connect(graph_->pipeline(), "deep-element-added", G_CALLBACK(elementAdded), this);

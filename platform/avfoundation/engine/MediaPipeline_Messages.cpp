@@ -1,6 +1,7 @@
 // What a pipeline hears from its listener, on the library's threads, and what its engine is told of it.
 #include <utility>
 
+#include "platform/avfoundation/bytes/ServerErrors.h"
 #include "platform/avfoundation/engine/BytesSource.h"
 #include "platform/avfoundation/engine/MediaErrors.h"
 #include "platform/avfoundation/engine/MediaPipeline.h"
@@ -51,6 +52,10 @@ void MediaPipeline::ended() {
 void MediaPipeline::failed(GstMessage* message) {
   if (sound_.contains(GST_MESSAGE_SRC(message))) return enqueue(&MediaPipeline::replaceSound);
   hasFailed_ = true;
+  if (bytes_ && bytes_->isEmpty()) {
+    hop_.post([this] { events_.failed(emptyMediaError(source_.url)); });
+    return;
+  }
   const bool isOfBytes = isBytesSource(GST_MESSAGE_SRC(message)) || isSegmentSource(GST_MESSAGE_SRC(message));
   if (const auto failure = isOfBytes ? bytes_->failure() : std::nullopt) {
     hop_.post([this, error = *failure] { events_.failed(error); });

@@ -7,6 +7,7 @@
 MediaBytes::Outcome ReadAhead::read(std::uint64_t place, std::span<std::byte> target, std::size_t& count) {
   const MediaBytes::Outcome outcome = bytes_->read(place, target, count);
   if (outcome == MediaBytes::Outcome::done) place_ = place + count;
+  if (outcome == MediaBytes::Outcome::ended && place == 0) isEmpty_ = true;
   return outcome;
 }
 

@@ -23,6 +23,8 @@ class ReadAhead {
   MediaBytes::Outcome read(std::uint64_t place, std::span<std::byte> target, std::size_t& count);
   void setInterrupted(bool interrupted) { bytes_->setInterrupted(interrupted); }
   std::optional<NSError> failure() const { return bytes_->failure(); }
+  // There was nothing to read.
+  bool isEmpty() const { return isEmpty_ || head_.length == 0u; }
 
   // How long the media are, in nanoseconds: from now on as much is kept ready as its purpose asks for.
   void setDuration(std::int64_t duration);
@@ -36,4 +38,5 @@ class ReadAhead {
   MediaBytes::Head head_;
   std::atomic<std::uint64_t> place_{0};  // behind what was read last
   std::atomic<std::int64_t> duration_{0};
+  std::atomic<bool> isEmpty_{false};
 };

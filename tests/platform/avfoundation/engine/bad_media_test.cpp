@@ -20,6 +20,9 @@ class BadMedia : public EngineTest, public testing::WithParamInterface<Bad> {
     server.on("/404.mp4", HTTPServer::Reply{.status = 404});
     server.on("/gone.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:2\n#EXTINF:2,\n404.mp4\n#EXT-X-ENDLIST\n",
               "application/vnd.apple.mpegurl");
+    server.on("/empty.mp4", HTTPServer::Reply{.ranges = false});
+    server.on("/ended.mp4", HTTPServer::Reply{.ranges = false, .chunked = true});
+    server.on("/none.mp4", HTTPServer::Reply{.status = 416, .headers = {{"Content-Range", "bytes */0"}}});
     server.on("/picture.png", "\x89PNG\r\n\x1a\n" + std::string(100, ' '), "image/png");
   }
 };
@@ -49,14 +52,17 @@ TEST_P(BadMedia, failsInWordsAndTheNextOnePlays) {
 INSTANTIATE_TEST_SUITE_P(
     Engine, BadMedia,
     testing::Values(Bad{"nowhere.mp4", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "nowhere.mp4 does not exist"},
-                    Bad{"hls", NSURLErrorDomain, NSURLErrorNoPermissionsToReadFile, "hls can't be opened"},
-                    Bad{"zero.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "zero.mp4"},
+                    Bad{"hls", NSURLErrorDomain, NSURLErrorFileIsDirectory, "hls is a folder"},
+                    Bad{"zero.mp4", NSURLErrorDomain, NSURLErrorZeroByteResource, "zero.mp4 is empty"},
+                    Bad{"@empty.mp4", NSURLErrorDomain, NSURLErrorZeroByteResource, "/empty.mp4 is empty"},
+                    Bad{"@none.mp4", NSURLErrorDomain, NSURLErrorZeroByteResource, "/none.mp4 is empty"},
+                    Bad{"@ended.mp4", NSURLErrorDomain, NSURLErrorZeroByteResource, "/ended.mp4 is empty"},
                     Bad{"english.srt", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "english.srt"},
                     Bad{"@picture.png", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "image/png"},
                     Bad{"headless.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "headless.mp4"},
                     Bad{"headonly.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "incomplete"},
                     Bad{"@404.mp4", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
-                    Bad{"@page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "text/html"},
+                    Bad{"@page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "page.mp4 is a web page"},
                     Bad{"@gone.m3u8", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
                     Bad{"ftp://127.0.0.1/clip.mp4", NSURLErrorDomain, NSURLErrorUnsupportedURL, "ftp:"}),
     [](const auto& test) { return caseName(test.param.where); });

@@ -61,35 +61,47 @@ TEST_F(Fetcher, bringsAResourceFromItsFirstByteToItsLast) {
   EXPECT_EQ(server.log().front().get_header_value("Range"), "bytes=0-");
 }
 
-TEST_F(Fetcher, whatCannotBeOpenedHasFailedInWords) {
+TEST_F(Fetcher, whatCannotBeOpenedHasFailedInWordsThatNameItAndTellWhy) {
   for (const auto& [from, to] : {std::pair("/loop", "/loop"), std::pair("/file", "file:///etc/hosts")}) {
     server.on(from, HTTPServer::Reply{.status = 302, .headers = {{"Location", to}}});
   }
-  server.on("/packed", HTTPServer::Reply{.body = "no gzip", .headers = {{"Content-Encoding", "gzip"}}});
+  for (const int status : {204, 304, 403, 410, 500, 503}) {
+    const HTTPServer::Reply reply{.status = status, .headers = {{"Retry-After", "0"}}};
+    server.on("/" + std::to_string(status), reply);
+  }
   httplib::SSLServer untrusted(YMR_UNTRUSTED ".pem", YMR_UNTRUSTED ".key");
-  const std::string port = std::to_string(untrusted.bind_to_any_port("127.0.0.1"));
+  const std::string secure = "https://127.0.0.1:" + std::to_string(untrusted.bind_to_any_port("127.0.0.1")) + "/";
   std::thread thread([&] { untrusted.listen_after_bind(); });
+  const std::string refusing = HTTPServer::refusingURL();
   const std::tuple<std::string, int, const char*> rows[] = {
-      {server.url("/nothing"), NSURLErrorFileDoesNotExist, "The server 127.0.0.1 does not have this media (HTTP 404)."},
-      {server.url("/loop"), NSURLErrorHTTPTooManyRedirects, "The server 127.0.0.1 redirects without an end."},
-      {server.url("/file"), NSURLErrorUnsupportedURL,
-       "The redirect to file:///etc/hosts is refused: only http and https are followed."},
-      {HTTPServer::refusingURL(), NSURLErrorCannotConnectToHost, "The server 127.0.0.1 can't be reached."},
-      {"http://host.invalid/a", NSURLErrorCannotConnectToHost, "The server host.invalid can't be reached."},
-      {"https://127.0.0.1:" + port, NSURLErrorServerCertificateUntrusted, "The server's certificate is not trusted: "},
+      {server.url("/nothing"), NSURLErrorFileDoesNotExist, ": its server does not have it (HTTP 404)."},
+      {server.url("/410"), NSURLErrorFileDoesNotExist, ": its server does not have it (HTTP 410)."},
+      {server.url("/403"), NSURLErrorNoPermissionsToReadFile, ": its server does not allow it (HTTP 403)."},
+      {server.url("/503"), NSURLErrorResourceUnavailable, ": its server is too busy (HTTP 503)."},
+      {server.url("/500"), NSURLErrorBadServerResponse, ": its server is out of order (HTTP 500)."},
+      {server.url("/204"), NSURLErrorZeroByteResource, ": its server sends nothing (HTTP 204)."},
+      {server.url("/304"), NSURLErrorRedirectToNonExistentLocation, ": its server says that it is elsewhere, "},
+      {server.url("/loop"), NSURLErrorHTTPTooManyRedirects, ": its server redirects without an end."},
+      {server.url("/file"), NSURLErrorUnsupportedURL, ". The redirect to file:///etc/hosts is refused: "},
+      {refusing, NSURLErrorCannotConnectToHost, ": its server can't be reached."},
+      {"http://host.invalid/a", NSURLErrorCannotFindHost, ": there is no address for the name of its server."},
+      {secure, NSURLErrorServerCertificateUntrusted, ". The server's certificate is not trusted: "},
   };
-  for (const auto& [url, code, message] : rows) {
+  for (const auto& [url, code, words] : rows) {
     open(url);
     read();
     EXPECT_EQ(outcome, Outcome::failed);
     EXPECT_TRUE(fetcher->failure()) << url;
     if (!fetcher->failure()) continue;
-    EXPECT_EQ(fetcher->failure()->code, code);
-    EXPECT_THAT(fetcher->failure()->message, testing::StartsWith(message));
+    EXPECT_EQ(fetcher->failure()->code, code) << url;
+    EXPECT_THAT(fetcher->failure()->message, testing::StartsWith(url + " can't be fetched" + words));
     EXPECT_EQ(reader->failure()->message, fetcher->failure()->message);
   }
   untrusted.stop();
   thread.join();
+  open("http://name:secret@" + server.url("/nothing?token=secret").substr(7));
+  read();
+  EXPECT_THAT(fetcher->failure().value_or(NSError{}).message, testing::StartsWith(server.url("/nothing?… can't")));
 }
 
 TEST_F(Fetcher, goesOnWhereAConnectionBroke) {
