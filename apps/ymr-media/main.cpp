@@ -1,5 +1,8 @@
 // Plays one source for a host: started by the player's library, at the other end of a socket, and of no use to anybody
 // else. It reads what foreign servers send, so that whatever that does to it does not happen to the host.
+#include <glib.h>
+
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +16,7 @@
 #include "apps/ymr-media/Walls.h"
 #include "platform/avfoundation/bytes/ByteStoreReader.h"
 #include "platform/avfoundation/bytes/PipeBytes.h"
+#include "platform/avfoundation/engine/CaptionText.h"
 #include "platform/dispatch/PlainRunLoop.h"
 
 namespace {
@@ -32,6 +36,13 @@ void hearHost(HostSocket& host, PictureSlots& slots, PictureSender& pictures, Me
   std::_Exit(0);
 }
 
+// The host's log is its own; this process has none.
+void tellRemark(const char*, GLogLevelFlags, const char* text, gpointer host) {
+  std::string line = tidyCaption(text);
+  std::ranges::replace(line, '\n', ' ');
+  if (!line.empty()) static_cast<HostSocket*>(host)->send(wire::Remark{std::move(line)});
+}
+
 }  // namespace
 
 int main() {
@@ -48,6 +59,7 @@ int main() {
 
   HostSocket host;
   host.send(wire::Hello{});
+  g_log_set_handler("ymr", G_LOG_LEVEL_WARNING, tellRemark, &host);
   auto first = host.receive();
   const auto* load = first ? std::get_if<wire::Load>(&first->message) : nullptr;
   if (!load || first->descriptors.size() != 1 + (load->hasFile ? 1u : 0u) + (load->hasBytes ? 3u : 0u)) return 0;

@@ -8,7 +8,8 @@
 #include "platform/avfoundation/engine/CaptionTimeline.h"
 #include "platform/dispatch/RunLoop.h"
 
-// Says when the text of the chosen legible track changes, by the media's own time. Main thread.
+// Says when the text of the chosen legible track changes, by the media's own time; no more often than pictures do. Main
+// thread.
 class CaptionPresenter {
  public:
   // `changed` is called within the functions below and by timers.
@@ -26,6 +27,7 @@ class CaptionPresenter {
 
  private:
   void present();
+  void presentIn(RunLoop::Duration duration);
 
   const std::function<void(std::optional<MediaCaption>)> changed_;
   CaptionTimeline timeline_;
@@ -33,5 +35,6 @@ class CaptionPresenter {
   std::optional<MediaCaption> shown_;
   std::function<std::int64_t()> now_;
   bool runs_ = false;
+  RunLoop::Duration changedAt_ = -std::chrono::hours(1);
   RunLoop::TimerToken timer_ = 0;
 };

@@ -73,7 +73,7 @@ MediaPipeline::Events GStreamerEngine::pipelineEvents() {
   events.failed = [this](const NSError& error) { fail(error); };
   events.buffered = [this](bool isFilled) { buffered(isFilled); };
   events.factsChanged = [this](MediaFacts facts) { factsChanged(std::move(facts)); };
-  events.captionFound = [this](const std::string& track, CaptionCue cue) { captionFound(track, std::move(cue)); };
+  events.captionsFound = [this](CaptionFeed::Found cues) { captionsFound(std::move(cues)); };
   return events;
 }
 
@@ -108,7 +108,7 @@ void GStreamerEngine::apply() {
     const double length = facts_.duration ? static_cast<double>(*facts_.duration) / second : settings.lengthOfUnknownAd;
     overtime_.setWaiting(rate_ != 0 && !hasEnded_, seconds(length + settings.adOvertimeLimit));
   }
-  captions_.update([this] { return mediaTime(); }, pipelinePlays_);
+  updateCaptions();
 }
 
 void GStreamerEngine::prerolled(std::uint64_t flushes) {
@@ -203,9 +203,13 @@ void GStreamerEngine::factsChanged(MediaFacts facts) {
   if (areNewTracks) report(&Events::tracksChanged);
 }
 
-void GStreamerEngine::captionFound(const std::string& track, CaptionCue cue) {
-  captions_.add(track, std::move(cue));
-  captions_.update([this] { return mediaTime(); }, pipelinePlays_);
+void GStreamerEngine::captionsFound(CaptionFeed::Found cues) {
+  for (auto& [track, cue] : cues) captions_.add(track, std::move(cue));
+  updateCaptions();
+}
+
+void GStreamerEngine::updateCaptions() {
+  captions_.update([this] { return pipeline_ ? pipeline_->cueTime(mediaTime()) : mediaTime(); }, pipelinePlays_);
 }
 
 void GStreamerEngine::selectLegibleTrack(const std::optional<std::string>& identifier) {

@@ -64,7 +64,8 @@ class GStreamerEngine final : public MediaEngine {
   void fail(const NSError& error);
   void buffered(bool isFilled);
   void factsChanged(MediaFacts facts);
-  void captionFound(const std::string& track, CaptionCue cue);
+  void captionsFound(CaptionFeed::Found cues);
+  void updateCaptions();
 
   void begin(Seek seek);
   void sendSeek(std::int64_t time);

@@ -32,9 +32,8 @@ MediaPipeline::MediaPipeline(MediaSource source, const MediaEngineSettings& sett
       queue_(dispatch_queue_create("pipeline")),
       sound_([this] { enqueue(&MediaPipeline::replaceSound); }),
       bytes_(source_.bytes ? std::make_shared<ReadAhead>(source_.bytes, source_.purpose) : nullptr),
-      captions_([this](const std::string& track, CaptionCue cue) {
-        hop_.post([this, track, cue = std::move(cue)] { events_.captionFound(track, cue); });
-      }) {}
+      captions_({[this] { hop_.post([this] { events_.captionsFound(captions_.take()); }); },
+                 [this] { enqueue(&MediaPipeline::refreshFacts); }}) {}
 
 MediaPipeline::~MediaPipeline() {
   if (!graph_) return;

@@ -44,7 +44,7 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
     std::function<void(NSError)> failed;
     std::function<void(bool isFilled)> buffered;
     std::function<void(MediaFacts)> factsChanged;
-    std::function<void(std::string track, CaptionCue cue)> captionFound;
+    std::function<void(CaptionFeed::Found)> captionsFound;
   };
 
   MediaPipeline(MediaSource source, const MediaEngineSettings& settings, Events events);
@@ -74,6 +74,8 @@ class MediaPipeline final : public std::enable_shared_from_this<MediaPipeline>, 
   std::optional<GstClockTime> bufferedEnd() const;
   std::optional<GstClockTime> reachedEnd() const { return fromOrigin(buffers_.reachedEnd()); }
   std::optional<std::int64_t> lastPicture() const { return fromOrigin(buffers_.lastPicture()); }
+  // The time of cues that is due at a media time.
+  std::int64_t cueTime(std::int64_t mediaTime) const { return mediaTime + origin_; }
   // As many bytes are here as there is room for, or as there are.
   bool isFull() const { return bytes_ && bytes_->isFull(); }
 

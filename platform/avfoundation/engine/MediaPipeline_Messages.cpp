@@ -27,6 +27,8 @@ void MediaPipeline::refreshFacts() {
     streams = shareObject(streams_.get());
   }
   MediaFacts facts = factsOf(graph_->pipeline(), streams.get());
+  const std::string pictures = streams ? chosenStream(streams.get(), GST_STREAM_TYPE_VIDEO) : "";
+  if (auto track = captions_.trackInPicturesOf(pictures)) facts.tracks.push_back(std::move(*track));
   if (bytes_) bytes_->setDuration(facts.duration.value_or(0));
   facts.saysItsLength = !isTransportStream_ && !buffers_.isAdaptive();
   hop_.post([this, facts = std::move(facts)] { events_.factsChanged(facts); });

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "platform/avfoundation/engine/Remarks.h"
+
 namespace {
 
 // There may be something that plays sound: a sound server, a card, or a configuration that names one. Where there is
@@ -54,6 +56,8 @@ GstElement* makeDevice(const MediaEngineSettings& settings) {
     // The pipeline would fail with a device that can't be opened.
     if (device && gst_element_set_state(device, GST_STATE_READY) != GST_STATE_CHANGE_FAILURE) return device;
     if (const GstElementRef useless = shareObject(device)) gst_element_set_state(useless.get(), GST_STATE_NULL);
+    remarkOnce("The sound device \"" + settings.soundDevice +
+               "\" can't be used, and there is no sound: " + (error ? error->message : "it can't be opened") + ".");
   } else if (settings.audio == MediaEngineSettings::Audio::automatic && mayHaveDevice()) {
     if (GstElement* device = gst_element_factory_make("autoaudiosink", nullptr)) return device;
   }

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "platform/avfoundation/engine/MediaEngine.h"
+#include "platform/avfoundation/engine/Remarks.h"
 #include "platform/avfoundation/engine/SilenceWatch.h"
 #include "platform/avfoundation/fetch/ByteFetcher.h"
 #include "platform/avfoundation/hls/HLSFetcher.h"
@@ -74,6 +75,7 @@ class ProcessEngine final : public MediaEngine {
   void hear(const wire::Buffering& buffering);
   void hear(const wire::Ended&);
   void hear(const wire::Caption& caption);
+  void hear(const wire::Remark& remark) { remarkOnce(remark.text); }
   void hear(const wire::SeekDone& done);
   void died(const MediaPeer::Death& death);
   void recover();

@@ -255,6 +255,11 @@ bool pass(Archive& a, Picture& m) {
                  m.rateDenominator, m.offsets, m.strides, m.rotation, m.mirrored, m.time);
 }
 
+template <class Archive>
+bool pass(Archive& a, Remark& m) {
+  return pass(a, m.text) && (!Archive::isReader || isCaptionText(m.text));
+}
+
 template <class Message, std::size_t index = 0>
 std::optional<Message> decodeAs(std::size_t wanted, Reader& reader) {
   if constexpr (index < std::variant_size_v<Message>) {

@@ -134,7 +134,12 @@ struct Picture {
   bool mirrored = false;
   CMTime time;
 };
-using ToHost = std::variant<Hello, Facts, Ready, Failed, Buffering, Ended, Caption, SeekDone, AreaWanted, Picture>;
+// A word for the host's log, without control characters; not empty.
+struct Remark {
+  std::string text;
+};
+using ToHost =
+    std::variant<Hello, Facts, Ready, Failed, Buffering, Ended, Caption, SeekDone, AreaWanted, Picture, Remark>;
 
 // Texts are cut to their limits; empty when it is longer than a message may be.
 template <class Message>

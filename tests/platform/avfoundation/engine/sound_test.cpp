@@ -1,4 +1,6 @@
 // What a viewer hears.
+#include <glib.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -45,6 +47,18 @@ TEST_F(Sound, aDeviceThatFailsDoesNotStopThePictures) {
     ASSERT_TRUE(open("clip.mp4"));
     EXPECT_TRUE(playTo(1));
   }
+}
+
+TEST_F(Sound, aDeviceThatCannotBeMadeIsSaidInTheLogOnce) {
+  std::vector<std::string> words;
+  const auto note = [](const char*, GLogLevelFlags, const char* text, gpointer all) {
+    static_cast<std::vector<std::string>*>(all)->emplace_back(text);
+  };
+  const guint handler = g_log_set_handler("ymr", G_LOG_LEVEL_WARNING, note, &words);
+  MediaEngineSettings::shared().soundDevice = "nosuchdevice";
+  for (int film = 0; film < 2; ++film) EXPECT_TRUE(open("half.mp4"));
+  EXPECT_THAT(words, testing::ElementsAre(testing::HasSubstr("\"nosuchdevice\" can't be used")));
+  g_log_remove_handler("ymr", handler);
 }
 
 }  // namespace
