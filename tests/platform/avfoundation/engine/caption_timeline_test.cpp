@@ -1,0 +1,113 @@
+#include "platform/avfoundation/engine/CaptionTimeline.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <random>
+
+#include "platform/avfoundation/engine/ClosedCaptions.h"
+
+namespace {
+
+CaptionCue cue(std::int64_t start, std::int64_t length, std::string text, bool endsWithNext = false) {
+  return {start, start + length, endsWithNext, {std::move(text)}};
+}
+
+// What is due, by looking at all there is.
+std::optional<std::string> lookedUp(const std::vector<CaptionCue>& cues, std::int64_t time) {
+  std::string text;
+  for (const CaptionCue& each : cues) {
+    const bool isOver = each.endsWithNext && std::ranges::any_of(cues, [&](const CaptionCue& other) {
+                          return other.start > each.start && other.start <= time;
+                        });
+    if (each.start > time || each.end <= time || isOver || each.caption.text.empty()) continue;
+    text += (text.empty() ? "" : "\n") + each.caption.text;
+  }
+  return text.empty() ? std::nullopt : std::optional(text);
+}
+
+TEST(CaptionTimeline, givesWhatIsDueInWhateverOrderCuesAndTimesCome) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 300; ++round) {
+    CaptionTimeline timeline;
+    std::vector<CaptionCue> known;
+    std::int64_t time = 0;
+    for (int step = 0; step < 100; ++step) {
+      if (random() % 2 == 0) {
+        const auto start = static_cast<std::int64_t>(random() % 1000) * 1000 + step;  // no two alike
+        CaptionCue added =
+            cue(start, 1 + random() % 100'000, std::string(random() % 3, 'a' + step % 26), step % 3 == 0);
+        timeline.add("one", added);
+        timeline.add("two", cue(start, 500, "of another track"));
+        known.insert(std::ranges::upper_bound(known, start, {}, &CaptionCue::start), added);
+      }
+      time = random() % 5 == 0 ? static_cast<std::int64_t>(random() % 1'000'000) : time + random() % 20'000;
+      const auto due = timeline.captionAt("one", time);
+      ASSERT_EQ(due ? std::optional(due->text) : std::nullopt, lookedUp(known, time));
+      const auto next = timeline.nextChange("one", time);
+      EXPECT_EQ(lookedUp(known, next.value_or(INT64_MAX) - 1), lookedUp(known, time));
+    }
+  }
+}
+
+// Of lots of them, a look costs what is due, and what strangers wrote stays bounded.
+TEST(CaptionTimeline, fiftyThousandCuesCostATickLittleMoreThanFifty) {
+  const auto costOfATick = [](std::int64_t count) {
+    CaptionTimeline timeline;
+    for (std::int64_t i = 0; i < count; ++i) timeline.add("one", cue(1000 * i, 1'000'000'000, "text"));
+    timeline.captionAt("one", 0);
+    auto least = std::chrono::nanoseconds::max();
+    for (std::int64_t round = 0; round < 20; ++round) {
+      const auto began = std::chrono::steady_clock::now();
+      for (std::int64_t tick = 0; tick < 50; ++tick) {
+        const std::int64_t time = (round * 50 + tick) * 1000;  // a cue begins with each
+        if (!timeline.captionAt("one", time) || !timeline.nextChange("one", time)) return least;
+      }
+      least = std::min<std::chrono::nanoseconds>(least, std::chrono::steady_clock::now() - began);
+    }
+    return least;
+  };
+  EXPECT_LT(costOfATick(50'000), 50 * costOfATick(50)) << "and not a thousand times as much";
+  CaptionTimeline timeline;
+  for (int i = 0; i < 6000; ++i) timeline.add("one", cue(i, 1, std::string(4000, 'x')));
+  EXPECT_FALSE(timeline.captionAt("one", 0)) << "more than is kept";
+  EXPECT_TRUE(timeline.captionAt("one", 5999));
+}
+
+struct Line21 : testing::Test {
+  using Pairs = std::vector<ClosedCaptions::Pair>;
+  void take(std::int64_t time, const Pairs& pairs, std::int64_t settled) { captions.take(time, pairs, settled); }
+  std::vector<CaptionCue> cues;
+  ClosedCaptions captions{[this](CaptionCue found) { cues.push_back(std::move(found)); }};
+};
+
+TEST_F(Line21, isReadInTheOrderInWhichPicturesAreSeen) {
+  constexpr ClosedCaptions::Pair load{0, 0x14, 0x20}, show{0, 0x14, 0x2F}, clear{0, 0x14, 0x2C};
+  take(10, {load}, 10);
+  take(40, {{0, 'L', 'O'}}, 20);
+  take(20, {{0, 'H', 'E'}}, 20);
+  take(30, {{0, 'L', 0}}, 30);
+  take(50, {show, {1, 'x', 'y'}}, 40);
+  take(60, {clear}, 60);
+  ASSERT_EQ(cues.size(), 2u);
+  EXPECT_EQ(cues[0].caption.text, "HELLO");
+  EXPECT_EQ(cues[0].start, 50);
+  EXPECT_TRUE(cues[0].endsWithNext);
+  EXPECT_EQ(cues[1].caption.text, "");
+  EXPECT_EQ(cues[1].start, 60);
+}
+
+TEST_F(Line21, takesAnyBytesAndGivesTexts) {
+  std::mt19937 random(1);
+  for (std::int64_t time = 0; time < 200'000; ++time) {
+    const auto bits = random();
+    const auto first = static_cast<std::uint8_t>(bits % 4 == 0 ? 0x10 + (bits >> 8) % 16 : bits >> 8);
+    take(time, {{static_cast<int>(bits % 2), first, static_cast<std::uint8_t>(bits >> 16)}}, time - 3);
+    if (bits % 5000 == 0) captions.restart();
+  }
+  EXPECT_GT(cues.size(), 100u);
+  for (const CaptionCue& found : cues) EXPECT_LE(found.caption.text.size(), 15 * 35 * 4u);
+}
+
+}  // namespace
