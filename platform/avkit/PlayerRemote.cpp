@@ -83,7 +83,10 @@ void PlayerRemote::repeated(UIPressType type) {
 }
 
 void PlayerRemote::handle(UIPressType type) {
-  if (type == UIPressTypeDownArrow && controls_->panel()->hasPages()) return openPanel();
+  if (type == UIPressTypeDownArrow) {
+    itemChanged();  // tracks may have come since
+    if (controls_->panel()->hasPages()) return openPanel();
+  }
   showBar();
   if (isSeeking(type)) {
     scrubber_.press(directionOf(type));

