@@ -12,7 +12,7 @@ struct NSError {
 // What a failed media item says, and what fetching an ad tag, a subtitle file or an artwork does. Messages about media
 // name them: a file by its name, what a server has by its URL, without what may be secret in it.
 
-// Fetching from a URL, and opening a file. Said of media:
+// Fetching from a URL and opening a file; beside each what it means for media.
 inline constexpr const char* NSURLErrorDomain = "NSURLErrorDomain";
 inline constexpr int NSURLErrorCancelled = -999;
 inline constexpr int NSURLErrorBadURL = -1000;
@@ -46,5 +46,5 @@ inline constexpr int AVErrorFileFormatNotRecognized = -11828;  // a web page, a 
 inline constexpr int AVErrorFileFailedToParse = -11829;        // damaged or incomplete
 inline constexpr int AVErrorDecoderNotFound = -11833;          // no decoder here
 inline constexpr int AVErrorContentIsNotAuthorized = -11835;   // the key of its segments can't be had
-inline constexpr int AVErrorContentIsUnavailable = -11863;     // none of its variants can be had, or segments of it
+inline constexpr int AVErrorContentIsUnavailable = -11863;     // none of its streams, or a part of it, can be had
 inline constexpr int AVErrorNoDataReceived = -11870;           // what was needed did not come in time

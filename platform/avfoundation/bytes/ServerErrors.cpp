@@ -85,18 +85,8 @@ NSError emptyMediaError(const NSURL& url) {
   return {NSURLErrorDomain, NSURLErrorZeroByteResource, nameOfMedia(url) + " is empty."};
 }
 
-NSError missingPartError(MediaPart part, const NSError& why, const NSURL& media) {
-  const auto missing = [&](int code, const char* what) {
-    return NSError{AVFoundationErrorDomain, code,
-                   nameOfMedia(media) + " can't be played: " + what + " can't be had. " + why.message};
-  };
-  switch (part) {
-    case MediaPart::key:
-      return missing(AVErrorContentIsNotAuthorized, "the key of its segments");
-    case MediaPart::variant:
-      return missing(AVErrorContentIsUnavailable, "none of its variants");
-    case MediaPart::segment:
-      return missing(AVErrorContentIsUnavailable, "a segment of it");
-  }
-  return why;
+NSError missingPartError(const NSURL& media, const std::string& missing, const NSError& why) {
+  const bool isKey = why.domain == AVFoundationErrorDomain && why.code == AVErrorContentIsNotAuthorized;
+  return {AVFoundationErrorDomain, isKey ? AVErrorContentIsNotAuthorized : AVErrorContentIsUnavailable,
+          nameOfMedia(media) + " can't be played: " + missing + ". " + why.message};
 }

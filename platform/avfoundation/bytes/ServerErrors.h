@@ -23,6 +23,7 @@ YMR_API NSError changedMediaError(const NSURL& url);
 // There is not one byte in it.
 YMR_API NSError emptyMediaError(const NSURL& url);
 
-// Media that consist of several resources, for want of one: `why` is that one's own error, and named after it.
-enum class MediaPart { key, variant, segment };
-YMR_API NSError missingPartError(MediaPart part, const NSError& why, const NSURL& media);
+// Media that consist of several resources can't be played for want of some: `missing` says of which, as in "none of its
+// streams can be had", and `why` is the last one's own error. A key that is missing is told by its code
+// (AVErrorContentIsNotAuthorized), which `why` has then; everything else is AVErrorContentIsUnavailable.
+YMR_API NSError missingPartError(const NSURL& media, const std::string& missing, const NSError& why);
