@@ -54,10 +54,6 @@ void MediaPipeline::ended() {
 void MediaPipeline::failed(GstMessage* message) {
   if (sound_.contains(GST_MESSAGE_SRC(message))) return enqueue(&MediaPipeline::replaceSound);
   hasFailed_ = true;
-  if (bytes_ && bytes_->isEmpty()) {
-    hop_.post([this] { events_.failed(emptyMediaError(source_.url)); });
-    return;
-  }
   const bool isOfBytes = isBytesSource(GST_MESSAGE_SRC(message)) || isSegmentSource(GST_MESSAGE_SRC(message));
   if (const auto failure = isOfBytes ? bytes_->failure() : std::nullopt) {
     hop_.post([this, error = *failure] { events_.failed(error); });
@@ -68,7 +64,9 @@ void MediaPipeline::failed(GstMessage* message) {
     std::lock_guard lock(mutex_);
     missingCodec = missingCodec_;
   }
-  hop_.post([this, error = mediaErrorFromMessage(message, source_.url, missingCodec)] { events_.failed(error); });
+  const NSError error = bytes_ && bytes_->isEmpty() ? emptyMediaError(source_.url)
+                                                    : mediaErrorFromMessage(message, source_.url, missingCodec);
+  hop_.post([this, error] { events_.failed(error); });
 }
 
 void MediaPipeline::buffered(bool isFilled) {
