@@ -20,7 +20,7 @@ const std::vector<std::string> missedBreaksNames{"all", "last", "none"};
 
 const char* const description =
     "Plays a video file or stream full screen, as a host of the player framework would.\n"
-    "MEDIA is a file or a URL (file, http, https; MP4, MKV, WebM, TS; HLS from web servers).";
+    "MEDIA is a file or a URL (file, http, https; MP4, MKV, WebM, TS, HLS; DASH from web servers).";
 const char* const footer =
     "Remote: arrows, Enter (select), Space (play/pause), Escape or Backspace (menu, leaves),\n"
     "S (the next subtitle file, after the last one none, then the first).\n"

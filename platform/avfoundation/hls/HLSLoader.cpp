@@ -52,9 +52,8 @@ void HLSLoader::fail(const NSError& error) {
 
 // Why something could not be had, after what follows from it.
 NSError HLSLoader::reason(const std::string& consequence) const {
-  NSError error = error_.value_or(senselessAnswerError(source_.url, "a marked hole"));
-  error.message = consequence + error.message;
-  return error;
+  const NSError error = error_.value_or(senselessAnswerError(source_.url, "a marked hole"));
+  return consequence.empty() ? error : missingPartError(source_.url, consequence, error);
 }
 
 std::optional<Time> HLSLoader::turn(Time now) {
@@ -202,7 +201,7 @@ std::optional<Time> HLSLoader::turnMain(Time now, const ByteStore::Demand& deman
   if (!picked_) picked_ = asked_.empty() ? choice_->choose(now, ahead()) : choice_->instead(asked_, now);
   if (!picked_ && asked_.empty()) {
     // Of a list without variants there is but one stream, and its own words say it all.
-    fail(reason(master_.variants[0].uri.empty() ? "" : "No stream that the playlist names can be had. "));
+    fail(reason(master_.variants[0].uri.empty() ? "" : "no stream that it names can be had"));
     return std::nullopt;
   }
   if (!picked_ || asked_.size() >= variantsAsked) {
@@ -308,8 +307,8 @@ void HLSLoader::giveUp(Time now) {
   const bool isLast = index + 1 >= from.list().segments.size();
   asked_.clear();
   if (isRefused_ && (from.list().hasEnded || !isLast)) {
-    if (from.list().hasEnded && isLast) return fail(reason("The end of the media is missing. "));
-    if (from.list().hasEnded && ++main_.missing >= missingLimit) return fail(reason("Much of the media is missing. "));
+    if (from.list().hasEnded && isLast) return fail(reason("its end is missing"));
+    if (from.list().hasEnded && ++main_.missing >= missingLimit) return fail(reason("much of it is missing"));
     pause_ = Time(0);
     return leaveOut(from, index);
   }

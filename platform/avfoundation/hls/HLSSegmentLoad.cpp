@@ -116,10 +116,15 @@ bool HLSSegmentLoad::hasAll(Time now, std::optional<Time>& due) {
       const bool isWhole = document_->state() == State::done && (!isKey || document_->text().size() == keyBytes);
       if (!isWhole) {
         const bool isLost = document_->state() == State::failed && !document_->transfer().isRefused();
-        NSError error = document_->transfer().error();
-        error.domain = error.domain.empty() ? NSURLErrorDomain : error.domain;
-        error.message = std::string(isKey ? "The key" : "The beginning") + " of the media can't be had. " +
-                        (error.message.empty() ? "It has another length." : error.message);
+        NSError error = document_->state() == State::failed
+                            ? document_->transfer().error()
+                            : senselessAnswerError(next.request.url, "a key of another length");
+        if (isKey) {
+          error.domain = AVFoundationErrorDomain;
+          error.code = AVErrorContentIsNotAuthorized;
+        }
+        error.message =
+            std::string(isKey ? "The key" : "The beginning") + " of the media can't be had. " + error.message;
         fail(std::move(error), !isLost);
         due = now;
         return false;

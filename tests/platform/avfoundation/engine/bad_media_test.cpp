@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Bad{"headonly.mp4", AVFoundationErrorDomain, AVErrorFileFailedToParse, "incomplete"},
                     Bad{"@404.mp4", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
                     Bad{"@page.mp4", AVFoundationErrorDomain, AVErrorFileFormatNotRecognized, "page.mp4 is a web page"},
-                    Bad{"@gone.m3u8", NSURLErrorDomain, NSURLErrorFileDoesNotExist, "404"},
+                    Bad{"@gone.m3u8", AVFoundationErrorDomain, AVErrorContentIsUnavailable, "404"},
                     Bad{"ftp://127.0.0.1/clip.mp4", NSURLErrorDomain, NSURLErrorUnsupportedURL, "ftp:"}),
     [](const auto& test) { return caseName(test.param.where); });
 

@@ -97,7 +97,7 @@ TEST_F(Segments, whoseEndIsMissingAreAFilmThatHasFailed) {
   loseOfBoth("02.ts");
   play(3);
   ASSERT_EQ(told.failures.size(), 1u);
-  EXPECT_EQ(told.failures[0].code, NSURLErrorFileDoesNotExist);
+  EXPECT_EQ(told.failures[0].code, AVErrorContentIsUnavailable);
   EXPECT_EQ(told.ended, 0);
   EXPECT_GE(frames->lastNumber(), 98) << "what is there is played";
 }

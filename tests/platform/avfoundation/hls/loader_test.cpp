@@ -203,7 +203,7 @@ TEST_F(Loader, leavesOutWhatNobodyHasButNotTheEndOfAFilm) {
   site.pages.erase("/low5");
   run(10s, film("low", 6), "low.m3u8");
   ASSERT_TRUE(store->failure());
-  EXPECT_EQ(store->failure()->code, NSURLErrorFileDoesNotExist);
+  EXPECT_EQ(store->failure()->code, AVErrorContentIsUnavailable);
 }
 
 TEST_F(Loader, losesSoundOrTextsOfTheirOwnAndNothingElse) {
