@@ -3,9 +3,12 @@
 // from a file and from a loopback server. Prints medians and ratios, and the very first item of the program apart.
 //
 //   bench_first_frame CLIP [ROUNDS] [START]     the first round is discarded; START in whole seconds, 0 without
+//   bench_first_frame --kinds SAMPLES [ROUNDS]  short clips of several kinds in the folder of the tests' samples, and a
+//                                               playlist of segments with texts (hls/master.m3u8)
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QTimer>
+#include <filesystem>
 #include <memory>
 #include <utility>
 
@@ -80,7 +83,7 @@ void compare(const char* name, const std::shared_ptr<UIViewController>& root, co
   for (int round = 0; round <= rounds; ++round) {
     const double first = firstFrameOf(Process::own, root, url, start);
     static bool isFirst = true;
-    if (std::exchange(isFirst, false)) std::printf("first item of all at %2d s, %-8s %6.1f ms\n", start, name, first);
+    if (std::exchange(isFirst, false)) std::printf("first item of all at %2d s, %-16s %6.1f ms\n", start, name, first);
     const double here = firstFrameOf(Process::host, root, url, start);
     const double peer = barePreroll(url.absoluteString(), start);
     if (round == 0) continue;
@@ -89,9 +92,25 @@ void compare(const char* name, const std::shared_ptr<UIViewController>& root, co
     bare.push_back(peer);
   }
   std::printf(
-      "first frame at %2d s, %-8s %6.1f ms  engine in the host %6.1f ms, ratio %.2f  bare playbin3 preroll %6.1f ms, "
+      "first frame at %2d s, %-16s %6.1f ms  engine in the host %6.1f ms, ratio %.2f  bare playbin3 preroll %6.1f ms, "
       "ratio %.2f\n",
       start, name, median(own), median(host), median(own) / median(host), median(bare), median(own) / median(bare));
+}
+
+void compareKinds(const std::string& samples, const std::shared_ptr<UIViewController>& root, int rounds) {
+  HTTPServer server;
+  for (const auto& each : std::filesystem::recursive_directory_iterator(samples)) {
+    if (!each.is_regular_file()) continue;
+    const auto place = "/" + std::filesystem::relative(each.path(), samples).string();
+    server.onFile(place, each.path().string(), "application/octet-stream");
+  }
+  for (const char* name : {"clip.mp4", "clip.mkv", "clip.ts"}) {
+    compare(name, root, NSURL::fileURLWithPath(samples + "/" + name), rounds, 0);
+  }
+  for (const char* name : {"clip.mp4", "clip.mkv", "clip.ts", "hls/master.m3u8"}) {
+    const std::string place = std::string("/") + name;
+    compare(place.c_str(), root, *NSURL::URLWithString(server.url(place)), rounds, 0);
+  }
 }
 
 }  // namespace
@@ -112,6 +131,10 @@ int main(int argc, char** argv) {
   window.setRootViewController(root);
   window.makeKeyAndVisible();
 
+  if (std::string_view(argv[1]) == "--kinds") {
+    if (argc > 2) compareKinds(argv[2], root, argc > 3 ? std::max(1, std::atoi(argv[3])) : 11);
+    return argc > 2 ? 0 : 2;
+  }
   HTTPServer server;
   server.onFile("/clip.mp4", argv[1], "video/mp4");
   compare("file", root, NSURL::fileURLWithPath(argv[1]), rounds, start);
