@@ -72,7 +72,9 @@ void YMRVastModel::addVASTDocument(const VASTDocument& document) {
     return;
   }
   if (!allowance_.severalAds) {
-    auto& first = split.standalone.empty() ? split.pod : split.standalone;
+    // The first stand-alone ad, which may be played without a pod.
+    const bool hasPod = !split.pod.empty() && attribute(*split.pod.front().ad, "sequence");
+    auto& first = split.pod.empty() || (hasPod && !split.standalone.empty()) ? split.standalone : split.pod;
     split.pod = {first.begin(), first.begin() + (first.empty() ? 0 : 1)};
     split.standalone.clear();
   }
@@ -93,7 +95,7 @@ std::shared_ptr<YMRVastModel> YMRVastModel::makeChild(const YMRTagRules::Child& 
   child->adIDs_.push_back(child->adID_);
   child->adPositions_ = adPositions_;
   child->adPositions_.push_back(of.position);
-  child->allowance_ = allowance_;
+  child->setAllowance(allowance_.wrappers, allowance_.severalAds);
   child->setVASTDocumentArray(vastDocumentArray_);
   return child;
 }
@@ -115,7 +117,9 @@ void YMRVastModel::setAllowance(bool wrappers, bool severalAds) {
 void YMRVastModel::passWrapper() {
   const auto further = rules_.allowanceOf(rules_.child(lastAd(), "Wrapper"));
   setAllowance(allowance_.wrappers && further.wrappers, allowance_.severalAds && further.severalAds);
-  if (!further.fallBacks) fallBacks_.clear();
+  if (further.fallBacks) return;
+  allowance_.fallBacks = false;
+  fallBacks_.clear();
 }
 
 SKVASTError YMRVastModel::getVastError() const {
@@ -267,11 +271,12 @@ YMRVastModel::Models YMRVastModel::sequencedAdModelsOfStandaloneAd() {
   const auto list = std::ranges::find_if(fallBacks_, [](const auto& each) { return !each->empty(); });
   if (list == fallBacks_.end()) return {};
   Queue& standalone = **list;
+  const bool goesOn = rules_.exhaustsFallBacks() && standalone.front()->allowance_.fallBacks;
   const Models playable = standalone.front()->sequencedAdModels();
   standalone.pop_front();
   standalone.insert(standalone.begin(), playable.begin(), playable.end());
   const auto next = standalone.front();
   standalone.pop_front();
-  if (rules_.exhaustsFallBacks()) next->fallBacks_.insert(next->fallBacks_.end(), fallBacks_.begin(), fallBacks_.end());
+  if (goesOn) next->fallBacks_.insert(next->fallBacks_.end(), fallBacks_.begin(), fallBacks_.end());
   return {next};
 }

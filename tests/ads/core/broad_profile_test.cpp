@@ -45,6 +45,7 @@ struct Profiles : testing::Test {
     SKVASTMediaFilePicker::setProbeHost("127.0.0.1");
     UIScreen::mainScreen().setSize({1920, 1080});
     loader->answer(ads + "pod", vast::document(film("p2", "sequence='2'") + film("p1", "sequence='1'") + film("s")));
+    loader->answer(ads + "several", vast::document(film("first", "id='1'") + film("second", "id='2'")));
     loader->answer(ads + "a", vast::document(film("a")));
     loader->answer(ads + "to-a", vast::document(wrapper("a")));
     loader->answer(ads + "none", {204, "", {}, {}, false});
@@ -123,11 +124,17 @@ TEST_F(Profiles, makeTheirOwnOfEachDocument) {
        {"403", "301", "s", "z"}},
       {"a wrapper that allows all", wrapper("pod"), {"303"}, {"p1", "p2"}},
       {"a wrapper that allows one", wrapper("pod", "allowMultipleAds='False'"), {"303"}, {"s"}},
+      {"of stand-alone ads", wrapper("several", "allowMultipleAds='0'"), {"303"}, {"first"}},
       {"a wrapper that allows no other", wrapper("to-a", "followAdditionalWrappers=' 0 '"), {"a"}, {"303"}},
       {"a wrapper that allows no fall-back",
        wrapper("none", "fallbackOnNoAd='false'", "id='1' sequence='1'") + film("s", "id='2'"),
        {"900"},
        {"303"}},
+      {"a fall-back that allows no further one",
+       wrapper("none", "", "id='1' sequence='1'") + wrapper("none", "fallbackOnNoAd='false'", "id='2'") +
+           film("s", "id='3'"),
+       {"900"},
+       {"303", "303"}},
       {"no ad behind a wrapper",
        wrapper("none", "", "id='1' sequence='1'") + film("s", "id='2'"),
        {"900"},
