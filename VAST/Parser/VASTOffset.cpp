@@ -67,7 +67,7 @@ std::optional<std::int64_t> VASTOffset::secondsLeft(double second, double durati
   constexpr double limit = 1e9;  // no film is that long; below it every number is exact
   const auto from = secondsOf(duration);
   const bool isKnown = duration > 0 && std::isfinite(duration);
-  if (!from || (isKnown && *from >= duration)) return std::nullopt;
+  if (!from || (isKnown && std::ceil(*from) >= duration)) return std::nullopt;
   const double left = *from - second;
   return left > 0 ? static_cast<std::int64_t>(std::ceil(std::min(left, limit))) : 0;
 }

@@ -17,8 +17,8 @@ struct YMR_API VASTOffset {
   // number, or without end.
   std::optional<double> secondsOf(double duration) const;
   // As the moment from when on a film may be skipped, of which `second` has been reached: the whole seconds, rounded
-  // up, that are left until then; 0 when it may be. nil when it never may: the moment does not lie before the film's
-  // end, or is a share of a length that is not known.
+  // up, that are left until then; 0 when it may be. nil when it never may: no whole second from the moment on lies
+  // before the film's end, or it is a share of a length that is not known.
   std::optional<std::int64_t> secondsLeft(double second, double duration) const;
 
   friend bool operator==(const VASTOffset&, const VASTOffset&) = default;

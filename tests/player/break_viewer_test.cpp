@@ -60,7 +60,7 @@ TEST(BreakViewer, isOfferedToSkipAnAdFromItsOffsetOnUnlessThatIsNoneOrTheSchedul
   constexpr int never = 9;
   std::map<std::string, int> firstSeconds{{"00:00:03", 3}, {" 00:00:00.5 ", 1}, {"25%", 2}, {"0%", 0}};
   for (const auto* none :
-       {"00:00:08", "00:01:00", "100%", "101%", "-10%", "-00:00:01", "00:00:60", "1e1%", "5", ":::"}) {
+       {"00:00:08", "00:00:07.5", "00:01:00", "100%", "101%", "-10%", "-00:00:01", "00:00:60", "1e1%", "5", ":::"}) {
     firstSeconds[none] = never;
   }
   for (const auto& [offset, first] : firstSeconds) {
