@@ -215,7 +215,7 @@ void YMRVideoPlayerImpl::adPlayerTick(const CMTime& time) {
   }
   offerSkipping(CMTimeGetSeconds(time));
   const auto number = adNumber_;
-  eventProcessor_->trackProgress(CMTimeGetSeconds(time), adDuration());
+  if (adHasShown_) eventProcessor_->trackProgress(CMTimeGetSeconds(time), adDuration());
   const auto state = playerState_;
   state->adPlayerPeriodicTimeObserver(time, *this);
   if (!isAtHand(number)) return;
@@ -262,6 +262,7 @@ bool YMRVideoPlayerImpl::endAd(bool seek, bool shouldPassTracking) {
   const auto number = adNumber_;
   isPlayingAd_ = false;
   if (!shouldPassTracking) {
+    adDidShow();                                                 // one without a picture has begun, too
     eventProcessor_->trackProgress(adDuration(), adDuration());  // what was due since the last tick
     trackEvent(SKVASTTrackingEventComplete);
     tell(&YMRVideoPlayerDelegate::videoAdOnComplete, currentAdBreak_);

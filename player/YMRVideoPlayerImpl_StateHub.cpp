@@ -52,6 +52,9 @@ double YMRVideoPlayerImpl::adDuration() const {
 void YMRVideoPlayerImpl::trackEvent(std::uint32_t event) {
   // What tells how far the ad has come tells that it has begun, also of one that has no picture.
   if (event >= SKVASTTrackingEventFirstQuartile && event <= SKVASTTrackingEventComplete) adDidShow();
+  // What the viewer does to an ad that has not begun for its trackers is none of theirs.
+  const bool isViewers = event == SKVASTTrackingEventPause || event == SKVASTTrackingEventResume;
+  if (isViewers && !adHasShown_ && ad_.rules().startAt() == YMRTagRules::Moment::shown) return;
   if (eventProcessor_) eventProcessor_->trackEvent(static_cast<SKVASTTrackingEvent>(event));
 }
 

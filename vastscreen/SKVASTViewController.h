@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@
 
 class SKReachability;
 class SKVASTEventProcessor;
+enum SKVASTTrackingEvent : std::uint32_t;
 class YMRVastModel;
 
 // A full screen that plays one VAST ad by itself, without a programme: load a tag, wait for vastReady, play.
@@ -185,6 +187,8 @@ class YMR_API SKVASTViewController final : public UIViewController,
   // What the trackers hear at this moment of the ad's, by its profile.
   static void adDidReach(YMRTagRules::Moment moment, const Ad& ad);
   void adDidShow();
+  // A pause or a resume of the ad on screen, unless it has not begun for its trackers.
+  void trackViewer(SKVASTTrackingEvent event);
   // While an ad is not known yet, without one.
   VASTMacroValues macroValues(const Ad* ad = nullptr) const;
   // Makes the film of an ad that waits ready when it is time, at this second of the one that plays.

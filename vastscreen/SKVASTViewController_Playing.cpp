@@ -112,10 +112,13 @@ void SKVASTViewController::showAndPlayVideo() {
         if (!skip->isReady()) controls->showControls();  // which would take Enter from it
       });
   playFilm();
-  if (std::exchange(ad->hasBegun, true)) return ad->events->trackEvent(SKVASTTrackingEventResume);
   const auto number = presentation_;
-  adDidReach(YMRTagRules::Moment::prepared, *ad);
-  adDidReach(YMRTagRules::Moment::asked, *ad);
+  if (std::exchange(ad->hasBegun, true)) {
+    trackViewer(SKVASTTrackingEventResume);
+  } else {
+    adDidReach(YMRTagRules::Moment::prepared, *ad);
+    adDidReach(YMRTagRules::Moment::asked, *ad);
+  }
   if (isAtHand(number) && hasPicture_) adDidShow();
 }
 
@@ -135,12 +138,17 @@ void SKVASTViewController::adDidShow() {
   if (ad && !std::exchange(ad->hasShown, true)) adDidReach(YMRTagRules::Moment::shown, *ad);
 }
 
+void SKVASTViewController::trackViewer(SKVASTTrackingEvent event) {
+  const auto ad = shown_;
+  if (ad->hasShown || ad->prepared.rules().startAt() != YMRTagRules::Moment::shown) ad->events->trackEvent(event);
+}
+
 void SKVASTViewController::adPlayerTick(const CMTime& time) {
   if (!isShown_ || !film_) return;
   const double second = CMTimeGetSeconds(time);
   const double duration = CMTimeGetSeconds(film_->item()->duration());
   offerSkipping(second, duration);
-  shown_->events->trackProgress(second, duration);
+  if (shown_->hasShown) shown_->events->trackProgress(second, duration);
   if (film_) prepareNextFilm(second);
 }
 
@@ -183,7 +191,7 @@ void SKVASTViewController::pause() {
   playbackTimer_ = nullptr;
   film_->player()->pause();
   wakefulness_.setAwake(false);
-  if (const auto self = own(); isShown_) shown_->events->trackEvent(SKVASTTrackingEventPause);
+  if (const auto self = own(); isShown_) trackViewer(SKVASTTrackingEventPause);
 }
 
 void SKVASTViewController::resume() {
@@ -193,7 +201,7 @@ void SKVASTViewController::resume() {
   if (!isShown_) return showAndPlayVideo();
   if (isPlaying()) return;
   playFilm();
-  shown_->events->trackEvent(SKVASTTrackingEventResume);
+  trackViewer(SKVASTTrackingEventResume);
 }
 
 void SKVASTViewController::info() {
