@@ -17,6 +17,10 @@ YMRPreparedAd YMRPreparedAd::from(const YMRVastModel& model, const Pick& pick) {
   ad.impressions = model.impressions();
   ad.errors = model.errors();
   const auto files = model.mediaFiles();
+  ad.notRun = model.notRun();
+  for (const auto& each : ad.notRun) {
+    SKLogger::info(tag, "Not run: " + each.what + " (" + std::to_string(each.code) + ")");
+  }
   if (files.empty()) {
     ad.failure = model.vastError().value_or(SKVASTErrorNoAd);
     ad.reason = model.vastErrorReason();
@@ -24,10 +28,6 @@ YMRPreparedAd YMRPreparedAd::from(const YMRVastModel& model, const Pick& pick) {
     return ad;
   }
   const auto picked = pick ? pick(files) : SKVASTMediaFilePicker::pick(files, ad.profile);
-  ad.notRun = model.notRun();
-  for (const auto& each : ad.notRun) {
-    SKLogger::info(tag, "Not run: " + each.what + " (" + std::to_string(each.code) + ")");
-  }
   if (!picked || !picked->url()) {
     ad.failure = picked ? SKVASTErrorMediaFileNotCompatible : SKVASTMediaFilePicker::errorOfNone();
     ad.code = model.rules().codeOf(model, *ad.failure);

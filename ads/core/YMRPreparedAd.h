@@ -28,7 +28,7 @@ struct YMR_API YMRPreparedAd {
   std::vector<SKVASTUrlWithId> errors;
   std::vector<YMRVastModel::Progress> progress;  // these two only where the profile knows them
   std::optional<VASTOffset> skipOffset;          // from when on it may be skipped; nil for never
-  std::vector<VASTNotRun> notRun;                // of an ad that has a film
+  std::vector<VASTNotRun> notRun;                // also of an ad that has failed
   std::optional<std::string> sequence;           // in its pod
   std::shared_ptr<SKVASTMediaFile> mediaFile;    // has a URL; nil exactly when the ad has failed
   std::optional<std::string> title;              // of an ad with a film, as is the description
