@@ -149,7 +149,9 @@ std::string YMRBroadRules::whyNoFilm(const YMRVastModel& model) const {
       return "no media file: a SIMID creative is all there is";
     case code::program:
       return "no media file: a VPAID program is all there is";
-    default:
-      return "no media file: there is no ad";
+    default: {
+      const bool isStopped = child(model.lastAd(), "Wrapper") && !model.redirectUrl();
+      return isStopped ? "no media file: no further wrapper is allowed" : "no media file: there is no ad";
+    }
   }
 }

@@ -31,6 +31,7 @@ NSURL filled(const NSURL& url, SKVASTError failure) {
   for (const auto& [name, value] : values) {
     text = stringByReplacingOccurrencesOfString(text, "[" + std::string(name) + "]", value);
     text = stringByReplacingOccurrencesOfString(text, "%5B" + std::string(name) + "%5D", value);
+    text = stringByReplacingOccurrencesOfString(text, "%5b" + std::string(name) + "%5d", value);
   }
   return NSURL::URLWithString(text).value_or(url);
 }
