@@ -73,6 +73,10 @@ void compare(std::vector<Ad>& ads, YMRTagProfile otherProfile, const std::vector
     ad.other = {otherProfile, there, ""};
     if (here) ++shown;
     if (here == there) {
+      const bool bothFail = ad.failure() && other && other->failure();
+      if (bothFail && other->prepared.errorCode() != ad.prepared.errorCode()) {
+        ad.other.why = nameOf(otherProfile) + " shows nothing either, and tells it as " + other->prepared.errorCode();
+      }
       if (!here || !ad.model->adSequence()) continue;
       const auto number = shownBefore(*other, others) + 1;
       if (number == shown) continue;

@@ -62,10 +62,12 @@ std::string messageOf(const YMRVastModel& model) {
   return YMRPlayerErrorHandler::messageOf(model.getVastError(), model.vastErrorReason());
 }
 
-Json notRun(const std::vector<VASTNotRun>& list) {
+// Who wants to hear of it is told with the ad's impressions.
+Json notRun(const YMRPreparedAd& ad) {
   Json array = Json::array();
-  for (const auto& each : list) {
+  for (const auto& each : ad.notRun) {
     array.push_back({{"what", each.what}, {"told", Json::array()}});
+    if (ad.failure) continue;
     for (const NSURL& url : each.tellAt) array.back()["told"].push_back(url.absoluteString());
   }
   return array;
@@ -91,7 +93,7 @@ Json ads(const std::vector<Inspection::Ad>& list) {
                      {"other", other(ad.other)}});
     // Only where the profile knows of them.
     if (prepared.code) array.back()["code"] = *prepared.code;
-    if (!prepared.notRun.empty()) array.back()["notRun"] = notRun(prepared.notRun);
+    if (!prepared.notRun.empty()) array.back()["notRun"] = notRun(prepared);
   }
   return array;
 }

@@ -52,8 +52,12 @@ void printHeading(const Inspection& inspection, std::ostream& out) {
     printShownCount(inspection, out);
   } else {
     const SKVASTError error = inspection.model->getVastError();
+    // What a profile knows better than by its error it knows of the ad.
+    const bool isOfAd = inspection.ads.size() == 1 && inspection.ads[0].failure() == error;
+    const auto code =
+        isOfAd ? inspection.ads[0].prepared.errorCode() : YMRPlayerErrorHandler::VASTErrorToErrorCode(error);
     out << "The player would show NO ad. The tag's outcome is "
-        << printable(describe(error, inspection.model->vastErrorReason())) << ".\n";
+        << printable(describe(error, inspection.model->vastErrorReason(), code)) << ".\n";
   }
 }
 
