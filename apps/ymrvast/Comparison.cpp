@@ -1,6 +1,7 @@
 #include "apps/ymrvast/Comparison.h"
 
 #include <algorithm>
+#include <map>
 #include <string>
 
 #include "ads/core/YMRPlayerErrorHandler.h"
@@ -14,18 +15,56 @@ bool beginsWith(const Positions& whole, const Positions& part) {
   return part.size() <= whole.size() && std::equal(part.begin(), part.end(), whole.begin());
 }
 
-// What stands for the same `Ad` elements; else for what they are in, or what is in them, best one that is shown.
-const Ad* counterpart(const Ad& ad, const std::vector<const Ad*>& others) {
-  const auto& place = ad.model->adPositions();
-  const Ad* best = nullptr;
-  for (const auto* other : others) {
-    const auto& there = other->model->adPositions();
-    if (there == place) return other;
-    if (!beginsWith(place, there) && !beginsWith(there, place)) continue;
-    if (!best || (!best->isShown && other->isShown)) best = other;
+// The other profile's ads by the `Ad` elements that they stand for: a document may have thousands.
+class Others {
+ public:
+  explicit Others(const std::vector<const Ad*>& ads) {
+    std::size_t shown = 0;
+    for (std::size_t number = 0; number < ads.size(); ++number) {
+      byPlace_[ads[number]->model->adPositions()].push_back({ads[number], number, shown});
+      if (ads[number]->isShown) ++shown;
+    }
   }
-  return best;
-}
+
+  struct Entry {
+    const Ad* ad = nullptr;
+    std::size_t number = 0;       // in their order
+    std::size_t shownBefore = 0;  // how many of those before it are shown
+  };
+
+  // What stands for the same elements; else for what they are in, or what is in them, best one that is shown. Without
+  // an ad when nothing does.
+  const Entry& counterpart(const Positions& place) {
+    const auto [found, isNew] = found_.try_emplace(place);
+    if (isNew) found->second = find(place);
+    return found->second;
+  }
+
+ private:
+  Entry find(const Positions& place) const {
+    if (const auto same = byPlace_.find(place); same != byPlace_.end()) return same->second.front();
+    Entry best;
+    const auto consider = [&](const std::vector<Entry>& entries) {
+      for (const auto& each : entries) {
+        const bool isBetter =
+            !best.ad || (each.ad->isShown == best.ad->isShown ? each.number < best.number : each.ad->isShown);
+        if (isBetter) best = each;
+      }
+    };
+    for (Positions outer = place; !outer.empty();) {
+      outer.pop_back();
+      if (const auto found = byPlace_.find(outer); found != byPlace_.end()) consider(found->second);
+    }
+    for (auto inner = byPlace_.upper_bound(place); inner != byPlace_.end() && beginsWith(inner->first, place);
+         ++inner) {
+      consider(inner->second);
+    }
+    return best;
+  }
+
+  std::map<Positions, std::vector<Entry>> byPlace_;
+  std::map<Positions, Entry> found_;
+};
 
 std::optional<NSURL> shownFilm(const Ad& ad) {
   return ad.isShown ? ad.picked() : std::nullopt;
@@ -58,17 +97,13 @@ std::string whyNothing(YMRTagProfile profile, const Ad* ad) {
                                                : "a wrapper lets only one ad, or no other wrapper, come");
 }
 
-std::size_t shownBefore(const Ad& ad, const std::vector<const Ad*>& all) {
-  const auto place = std::ranges::find(all, &ad);
-  return static_cast<std::size_t>(std::count_if(all.begin(), place, [](const Ad* each) { return each->isShown; }));
-}
-
 }  // namespace
 
 void compare(std::vector<Ad>& ads, YMRTagProfile otherProfile, const std::vector<const Ad*>& others) {
+  Others known(others);
   std::size_t shown = 0;
   for (auto& ad : ads) {
-    const Ad* other = counterpart(ad, others);
+    const auto& [other, place, shownBefore] = known.counterpart(ad.model->adPositions());
     const auto here = shownFilm(ad), there = other ? shownFilm(*other) : std::nullopt;
     ad.other = {otherProfile, there, ""};
     if (here) ++shown;
@@ -78,7 +113,7 @@ void compare(std::vector<Ad>& ads, YMRTagProfile otherProfile, const std::vector
         ad.other.why = nameOf(otherProfile) + " shows nothing either, and tells it as " + other->prepared.errorCode();
       }
       if (!here || !ad.model->adSequence()) continue;
-      const auto number = shownBefore(*other, others) + 1;
+      const auto number = shownBefore + 1;
       if (number == shown) continue;
       ad.other.why = nameOf(otherProfile) + " plays it as number " + std::to_string(number) +
                      ", since exact takes the numbers of a pod for text";

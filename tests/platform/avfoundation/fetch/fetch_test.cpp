@@ -48,7 +48,7 @@ TEST(Fetch, beforeTheFirstAnswerOnlyABusyServerAndALostConnectionAreAskedAgain) 
   } rows[] = {
       {FetchRig::refusal(404), NSURLErrorFileDoesNotExist, {}},
       {FetchRig::refusal(403), NSURLErrorNoPermissionsToReadFile, {}},
-      {FetchRig::refusal(204), NSURLErrorBadServerResponse, {}},
+      {FetchRig::refusal(204), NSURLErrorZeroByteResource, {}},
       {FetchRig::refusal(302), NSURLErrorHTTPTooManyRedirects, {}},
       {FetchRig::refusal(206), NSURLErrorBadServerResponse, {}},  // a part without its place
       {FetchRig::lost(), NSURLErrorNetworkConnectionLost, {500, 1000}},
