@@ -63,7 +63,10 @@ void SegmentReader::wishText(unsigned track, std::int64_t time) {
   if (wish_.text == track) return;
   wish_.number = (wish_.number + 1) % SegmentWish::numbers;
   wish_.text = track;
-  wish_.time = std::max<std::int64_t>(time, 0);
+  // Where the row begins has perhaps not been heard of as long as nothing of it has come.
+  const std::uint64_t place = place_;
+  const bool hasBegun = place != SegmentWish{.number = SegmentWish::numberAt(place), .text = {}}.mediaPlace();
+  if (hasBegun) wish_.time = std::max<std::int64_t>(time, 0);
   textPlace_ = wish_.textPlace();
   bytes_->setWish(wish_.packed());
 }

@@ -28,6 +28,7 @@ void SegmentTrack::start() {
   empty_ = 0;
   isStopping_ = false;
   const BlockedSignals blocked;
+  reached_ = 0;
   thread_ = std::thread([this] { run(); });
 }
 

@@ -125,8 +125,10 @@ HLSStream& HLSLoader::stream(std::size_t variant) {
 void HLSLoader::followWish(const ByteStore::Demand& demand) {
   const auto wish = SegmentWish::unpacked(demand.wish);
   const bool isTextPlace = demand.place >= SegmentWish{}.textPlace();
-  const bool isWaitedFor = demand.isWaiting && !isTextPlace && SegmentWish::numberAt(demand.place) == wish.number;
-  if (isWaitedFor && wish.number != wish_.number) jump(wish);
+  // A wish for texts may have followed before this was seen: it has the same time, and the row's number is older.
+  const unsigned row = SegmentWish::numberAt(demand.place);
+  const bool isWaitedFor = demand.isWaiting && !isTextPlace;
+  if (isWaitedFor && row != wish_.number) jump({.number = row, .text = wish.text, .time = wish.time});
   if (wish.number == textNumber_ || !isBegun_) return;
   textNumber_ = wish.number;
   textRow_.begin(wish.textPlace());

@@ -175,6 +175,10 @@ TEST_F(Loader, bringsAFilmInARowAndFromWhereverItIsWanted) {
   wish({.number = 1, .text = {}, .time = 13'000'000'000});
   run(10s, master);
   EXPECT_EQ(told, "high2 high3 high4 high5 over");
+  wish({.number = 2, .text = {}, .time = 25'000'000'000});
+  reader->setWish(SegmentWish{.number = 3, .text = 0, .time = 25'000'000'000}.packed());
+  run(10s, master);
+  EXPECT_EQ(told, "high4 high5 over") << "texts are wanted before the row was";
   EXPECT_FALSE(store->failure());
 }
 
