@@ -68,7 +68,7 @@ void HLSSegmentLoad::need(std::optional<NSURL> url, std::optional<HLSByteRange> 
     const NSURL& whose = request_ ? request_->url : NSURL::fileURLWithPath("/");
     return fail(hlsFaultError({HLSFault::Kind::malformed, "a key or a map can't be opened"}, whose), true);
   }
-  name = url->absoluteString();
+  name = (bytesLimit == keyBytes ? "key " : "map ") + url->absoluteString();
   if (range) name += " " + std::to_string(range->first) + "+" + std::to_string(range->length);
   if (kept_.find(name)) return;
   needed_.push_back({name, {.url = *url, .range = range, .isSide = isSide_}, bytesLimit});
