@@ -12,6 +12,8 @@ using Kind = SegmentRecord::Kind;
 
 constexpr std::size_t heldLimit = 1000;
 constexpr int emptyLimit = 3;
+// A segment of which so much says nothing is not read further.
+constexpr std::size_t silentBytesLimit = 64 * 1024 * 1024;
 
 }  // namespace
 
@@ -26,9 +28,9 @@ void SegmentTrack::start() {
   discontinuity_.reset();
   skipped_ = 0;
   empty_ = 0;
+  reached_ = 0;
   isStopping_ = false;
   const BlockedSignals blocked;
-  reached_ = 0;
   thread_ = std::thread([this] { run(); });
 }
 
@@ -107,10 +109,16 @@ void SegmentTrack::begin(const SegmentRecord& record) {
   isClocked_ = false;
   toRaw_ = 0;
   given_ = 0;
+  fed_ = 0;
 }
 
 GstFlowReturn SegmentTrack::feed(GstMiniObjectRef<GstBuffer> bytes) {
   if (!parser_ || !bytes) return GST_FLOW_OK;
+  fed_ += gst_buffer_get_size(bytes.get());
+  if (given_ == 0 && fed_ > silentBytesLimit) {
+    parser_.reset();
+    return GST_FLOW_OK;
+  }
   GstMapInfo map;
   if (begin_.size() < SegmentBegin::bytesLimit && gst_buffer_map(bytes.get(), &map, GST_MAP_READ)) {
     const auto all = std::as_bytes(std::span(map.data, map.size));

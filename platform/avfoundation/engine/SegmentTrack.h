@@ -86,6 +86,7 @@ class SegmentTrack {
   bool isClocked_ = false;
   std::int64_t toRaw_ = 0;  // from the container's times to those that tracks have in common
   int given_ = 0;           // out of this segment
+  std::size_t fed_ = 0;     // into it
   int empty_ = 0;           // segments in a row
   bool hasGiven_ = false;
   std::int64_t skipped_ = 0;
