@@ -49,6 +49,7 @@ void ItemPlayback::begin(const std::weak_ptr<Player>& player, const Settings& se
   hasBegun_ = true;
   player_ = player;
   rate_ = settings.rate;
+  hasMoved_ = rate_ != 0;
   session_ = asset_->takeSession();
   if (!session_) return post(&ItemPlayback::failWithAsset);
   session_->addListener(shared_from_this());
@@ -78,6 +79,7 @@ void ItemPlayback::dropSession() {
 
 void ItemPlayback::setRate(double rate) {
   rate_ = rate;
+  if (rate != 0) hasMoved_ = true;
   if (!session_) return;
   session_->engine().setRate(rate);
   sample();
@@ -184,6 +186,8 @@ bool ItemPlayback::standsAt(const CMTime& target) const {
   if (seek_ && seek_->target == target) return true;  // asked for already, before it was told to play
   if (!session_->isReady()) return target == asset_->startTime();
   if (rate_ != 0) return false;
+  // A live programme is made ready near its edge, where its viewers begin.
+  if (!hasMoved_ && session_->engine().isLive() && target == asset_->startTime()) return true;
   // A pipeline comes to rest a little after it was told to. Less than half a frame off it shows the picture asked for.
   const auto video = asset_->tracksWithMediaType(AVMediaTypeVideo);
   const double frameRate = video.empty() ? 0 : video.front().nominalFrameRate;
@@ -207,6 +211,7 @@ void ItemPlayback::seek(const CMTime& time, SeekCompletion completion) {
   });
   if (!isStanding) {
     isAtEnd_ = false;
+    hasMoved_ = true;
     session_->seek(target, finish);
   } else if (session_->isReady()) {
     RunLoop::main().post([finish] { finish(true); });

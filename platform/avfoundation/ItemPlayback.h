@@ -113,6 +113,7 @@ class ItemPlayback final : public EngineListener, public std::enable_shared_from
   bool isLetGo_ = false;
   bool isAtEnd_ = false;
   double rate_ = 0;
+  bool hasMoved_ = false;  // played or sought
   std::optional<Seek> seek_;
   unsigned seeks_ = 0;  // how many were asked for: tells a seek from the one that took its place
 
