@@ -22,6 +22,10 @@ constexpr int missingLimit = 5;
 constexpr int sideMissingLimit = 2;
 constexpr int reloadFailuresLimit = 5;
 constexpr int sideReloadFailuresLimit = 3;
+// A live programme of which all lists have failed is tried again so often.
+constexpr int setbacksLimit = 2;
+// A live list that comes so often without news is left for another that may have some. It comes twice a segment.
+constexpr int unchangedLimit = 6;
 constexpr Time firstPause = 500ms;
 constexpr Time mostPause = 8s;
 // Where the lists of two variants disagree by less, they mean the same.
@@ -182,10 +186,11 @@ std::optional<Time> HLSLoader::turnMain(Time now, const ByteStore::Demand& deman
     due = read.turn(now, nullptr);
     const bool isNews = read.version() != toldVersion_;
     if (isNews && row_.hasRoom(SegmentRecord::sizeLimit)) tellFacts();
-    if (read.refusals() >= reloadFailuresLimit && row_.isDry(demand)) {
+    const bool isStuck = hasAlternatives() && read.unchanged() >= unchangedLimit;
+    if (!main_.load && (read.refusals() >= reloadFailuresLimit || isStuck) && row_.isDry(demand)) {
       choice_->bar(*current_, now);
       picked_.reset();
-      error_ = read.failure();
+      if (read.failure()) error_ = read.failure();
     }
   }
   if (main_.load) {
@@ -202,6 +207,14 @@ std::optional<Time> HLSLoader::turnMain(Time now, const ByteStore::Demand& deman
   if (isBegun_ && audio_.isThere() && audio_.track.time <= main_.time) return due;
   if (!picked_) picked_ = asked_.empty() ? choice_->choose(now, ahead()) : choice_->instead(asked_, now);
   if (!picked_ && asked_.empty()) {
+    if (isBegun_ && !variants_[*current_]->list().hasEnded && ++setbacks_ <= setbacksLimit) {
+      choice_->forgive();
+      for (const auto& each : variants_) {
+        if (each) each->startOver();
+      }
+      pause(now);
+      return now;
+    }
     // Of a list without variants there is but one stream, and its own words say it all.
     fail(reason(master_.variants[0].uri.empty() ? "" : "no stream that it names can be had"));
     return std::nullopt;
@@ -232,7 +245,7 @@ std::optional<Time> HLSLoader::turnMain(Time now, const ByteStore::Demand& deman
 
 std::optional<std::size_t> HLSLoader::nextIndex(Track& track, const HLSStream& from) const {
   const HLSMediaPlaylist& list = from.list();
-  if (track.of == &from && track.sequence >= list.firstSequence) {
+  if (track.of == &from && track.count == from.timeline().count() && track.sequence >= list.firstSequence) {
     const auto index = track.sequence - list.firstSequence;
     return index < list.segments.size() ? std::optional(static_cast<std::size_t>(index)) : std::nullopt;
   }
@@ -255,7 +268,7 @@ std::optional<Time> HLSLoader::next(Track& track, HLSRow& row, const HLSStream& 
   SegmentRecord record{.track = track.number};
   record.start = from.timeline().start(*index);
   record.duration = segment.duration;
-  record.discontinuity = segment.discontinuity;
+  record.discontinuity = segment.discontinuity + (std::uint64_t{from.timeline().count()} << 40);
   const bool isBehind = track.of && record.start > track.time + 2 * tolerance;
   if (isBehind && !track.isSide) {
     row.write({.kind = Kind::hole, .start = track.time, .duration = record.start - track.time});
@@ -263,6 +276,7 @@ std::optional<Time> HLSLoader::next(Track& track, HLSRow& row, const HLSStream& 
   }
   track.of = &from;
   track.sequence = list.firstSequence + *index;
+  track.count = from.timeline().count();
   track.loadEnd = record.start + record.duration;
   if (segment.isGap) {
     if (track.isSide) return advance(track), now;
@@ -296,7 +310,7 @@ void HLSLoader::settleMain(Time now) {
     if (++failures_[each] >= variantFailuresLimit) choice_->bar(each, now);
   }
   asked_.clear();
-  main_.missing = 0;
+  main_.missing = setbacks_ = 0;
   pause_ = Time(0);
   advance(main_);
 }
@@ -314,6 +328,10 @@ void HLSLoader::giveUp(Time now) {
     pause_ = Time(0);
     return leaveOut(from, index);
   }
+  pause(now);
+}
+
+void HLSLoader::pause(Time now) {
   pause_ = std::clamp<Time>(2 * pause_, firstPause, mostPause);
   main_.notBefore = now + pause_;
 }

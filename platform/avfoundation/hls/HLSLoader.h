@@ -39,6 +39,7 @@ class HLSLoader {
     bool isSide = false;
     const HLSStream* of = nullptr;  // where the next segment is expected to be
     std::uint64_t sequence = 0;     // and its number there
+    unsigned count = 0;             // by this count
     std::int64_t time = 0;          // up to where it is loaded
     std::unique_ptr<HLSSegmentLoad> load = nullptr;
     std::int64_t loadEnd = 0;
@@ -70,6 +71,7 @@ class HLSLoader {
   void settleMain(Time now);
   // No variant has the next segment.
   void giveUp(Time now);
+  void pause(Time now);
   void leaveOut(const HLSStream& from, std::size_t index);
   void considerLess(Time now);
   void changeSide(Side& side, HLSRow& row);
@@ -105,5 +107,6 @@ class HLSLoader {
   std::optional<NSError> error_;  // why a segment was not had, the last one
   bool isRefused_ = false;
   Time pause_{0};
-  Time now_{0};  // of this turn
+  int setbacks_ = 0;  // of a live programme, in a row: nothing of it was to be had
+  Time now_{0};       // of this turn
 };

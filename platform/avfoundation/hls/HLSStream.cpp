@@ -17,6 +17,8 @@ constexpr Time sideDocumentLimit = 6s;
 // Between two requests, whatever the list says; and while there is nothing to be had.
 constexpr Time leastPause = 500ms;
 constexpr Time mostPause = 8s;
+// A list that ends before the one that is known is believed after so many.
+constexpr int staleLimit = 2;
 
 bool isBelow(const std::filesystem::path& path, const std::filesystem::path& folder) {
   std::error_code error;
@@ -76,18 +78,32 @@ void HLSStream::take(const std::string& text, const NSURL& url, Time now, const 
   if (const auto* fault = std::get_if<HLSFault>(&read)) return fail(hlsFaultError(*fault, url), now, true);
   auto* list = std::get_if<HLSMediaPlaylist>(&read);
   if (!list) return fail(hlsFaultError({HLSFault::Kind::malformed, "it names playlists again"}, url), now, true);
-  const bool isNews = !isReady_ || list->firstSequence != list_.firstSequence ||
-                      list->segments.size() != list_.segments.size() || list->hasEnded;
+  const bool isOther = !isReady_ || list->firstSequence != list_.firstSequence ||
+                       list->segments.size() != list_.segments.size() || list->hasEnded;
+  const bool isNews = !isStale(*list) && isOther;
   if (isNews) {
     list_ = std::move(*list);
     timeline_.adopt(list_, reference);
     ++version_;
   }
+  unchanged_ = isNews ? 0 : std::min(unchanged_ + 1, 1000);
   base_ = url;
   isReady_ = true;
   failures_ = refusals_ = 0;
   failure_.reset();
   askAt_ = askedAt_ + std::max(Time(isNews ? list_.targetDuration : list_.targetDuration / 2), leastPause);
+}
+
+// Some servers give an older list now and then. One that counts anew goes on giving such lists.
+bool HLSStream::isStale(const HLSMediaPlaylist& list) {
+  const bool isOlder = isReady_ && !list.hasEnded && list.endSequence() < list_.endSequence();
+  stale_ = isOlder ? stale_ + 1 : 0;
+  return isOlder && stale_ <= staleLimit;
+}
+
+void HLSStream::startOver() {
+  failures_ = refusals_ = unchanged_ = 0;
+  askAt_ = Time(0);
 }
 
 void HLSStream::fail(NSError error, Time now, bool isRefused) {

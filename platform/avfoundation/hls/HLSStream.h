@@ -26,6 +26,10 @@ class HLSStream {
   const HLSTimeline& timeline() const { return timeline_; }
   // How many lists there have been.
   int version() const { return version_; }
+  // How many lists in a row had nothing new.
+  int unchanged() const { return unchanged_; }
+  // Forgets how often it could not be had, and asks at once.
+  void startOver();
   // What the list means by an address of its own; nil for what can't be one or must not be opened from there.
   std::optional<NSURL> address(const std::string& reference) const;
 
@@ -38,6 +42,7 @@ class HLSStream {
  private:
   void take(const std::string& text, const NSURL& url, Time now, const HLSTimeline* reference);
   void fail(NSError error, Time now, bool isRefused);
+  bool isStale(const HLSMediaPlaylist& list);
 
   HTTPStreams& streams_;
   const NSURL url_;
@@ -48,7 +53,7 @@ class HLSStream {
   HLSMediaPlaylist list_;
   HLSTimeline timeline_;
   NSURL base_ = url_;
-  int version_ = 0, failures_ = 0, refusals_ = 0;
+  int version_ = 0, failures_ = 0, refusals_ = 0, stale_ = 0, unchanged_ = 0;
   std::optional<NSError> failure_;
 };
 

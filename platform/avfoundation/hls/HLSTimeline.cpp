@@ -33,7 +33,7 @@ std::int64_t HLSTimeline::timeOf(std::uint64_t sequence) const {
   return end() + static_cast<std::int64_t>(sequence - endSequence()) * targetDuration_;
 }
 
-std::int64_t HLSTimeline::place(const HLSMediaPlaylist& list, const HLSTimeline* reference) const {
+std::int64_t HLSTimeline::place(const HLSMediaPlaylist& list, const HLSTimeline* reference) {
   if (!isEmpty()) {
     const bool isNewer = list.firstSequence >= firstSequence_ && list.firstSequence - endSequence() <= missedLimit;
     if (knows(list.firstSequence) || isNewer) return timeOf(list.firstSequence);
@@ -45,7 +45,8 @@ std::int64_t HLSTimeline::place(const HLSMediaPlaylist& list, const HLSTimeline*
       }
       return time;
     }
-    return end();  // it counts anew
+    ++count_;
+    return end();
   }
   if (!reference || reference->isEmpty() || list.hasEnded) return 0;
   const auto apart = list.firstSequence > reference->firstSequence_ ? list.firstSequence - reference->firstSequence_

@@ -104,6 +104,10 @@ std::optional<std::size_t> HLSVariantChoice::instead(const std::vector<std::size
   return best ? std::optional(best->variant) : std::nullopt;
 }
 
+void HLSVariantChoice::forgive() {
+  for (Candidate& each : candidates_) each.barredUntil = Time(-1);
+}
+
 void HLSVariantChoice::bar(std::size_t variant, Time now) {
   candidates_[variant].barredUntil = now + barLimit;
 }

@@ -28,6 +28,8 @@ class HLSVariantChoice {
   // One that was not asked for this segment yet, the nearest below first; nil when there is none.
   std::optional<std::size_t> instead(const std::vector<std::size_t>& asked, Time now) const;
   void bar(std::size_t variant, Time now);
+  // All may be tried again.
+  void forgive();
   bool isBarred(std::size_t variant, Time now) const { return now < candidates_[variant].barredUntil; }
 
  private:

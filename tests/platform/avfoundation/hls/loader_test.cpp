@@ -270,4 +270,21 @@ TEST_F(Loader, beginsThreeSegmentsFromTheEdgeAndReloadsAtThePaceOfTheList) {
   EXPECT_LE(site.log.size() - before, 20u) << "a list that has gone bad is asked for less and less";
 }
 
+// In turn: a variant's list stops growing, all lists are junk for 18 s, and the server counts anew.
+TEST_F(Loader, goesOnWithALiveProgrammeThatBendsForAWhile) {
+  for (const std::string name : {"low", "high"}) {
+    site.pages["/" + name + ".m3u8"] = [this, name] {
+      const int age = static_cast<int>((now - 100s) / 6s);
+      if (age >= 9 && age < 12) return Page{"<html>"};
+      const int count = age >= 14 ? age - 10 : name == "high" ? std::min(age, 1) + 6 : age + 6;
+      return Page{film(age >= 14 ? "new" : name, count, "")
+                      .insert(7, age >= 14 ? "\n#EXT-X-MEDIA-SEQUENCE:0" : "\n#EXT-X-MEDIA-SEQUENCE:100")};
+    };
+  }
+  for (int i = 0; i < 20; ++i) put("/new" + std::to_string(i), segment("new" + std::to_string(i)));
+  run(140s, master);
+  EXPECT_FALSE(store->failure());
+  EXPECT_THAT(told, testing::MatchesRegex("high3 high4 high5 high6 low7 .*low17 .*new1 new2 new3 new4 new5 new6 .*"));
+}
+
 }  // namespace
