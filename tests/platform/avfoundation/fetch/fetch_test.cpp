@@ -49,13 +49,13 @@ TEST(Fetch, beforeTheFirstAnswerOnlyABusyServerAndALostConnectionAreAskedAgain) 
       {FetchRig::refusal(404), NSURLErrorFileDoesNotExist, {}},
       {FetchRig::refusal(403), NSURLErrorNoPermissionsToReadFile, {}},
       {FetchRig::refusal(204), NSURLErrorZeroByteResource, {}},
-      {FetchRig::refusal(302), NSURLErrorHTTPTooManyRedirects, {}},
+      {FetchRig::refusal(302), NSURLErrorRedirectToNonExistentLocation, {}},
       {FetchRig::refusal(206), NSURLErrorBadServerResponse, {}},  // a part without its place
       {FetchRig::lost(), NSURLErrorNetworkConnectionLost, {500, 1000}},
       {FetchRig::refusal(500), NSURLErrorBadServerResponse, {500, 1000}},
-      {FetchRig::refusal(408), NSURLErrorBadServerResponse, {500, 1000}},
-      {later(429, 3), NSURLErrorBadServerResponse, {3000, 3000}},
-      {later(503, 3600), NSURLErrorBadServerResponse, {8000, 8000}},
+      {FetchRig::refusal(408), NSURLErrorResourceUnavailable, {500, 1000}},
+      {later(429, 3), NSURLErrorResourceUnavailable, {3000, 3000}},
+      {later(503, 3600), NSURLErrorResourceUnavailable, {8000, 8000}},
       {FetchRig::refusal(416), NSURLErrorBadServerResponse, {0}},  // a second time, without a range
   };
   for (const auto& row : rows) {
