@@ -31,6 +31,7 @@ const char* const footer =
     "  ymrplay --subtitle english.srt --subtitle deutsch.srt film.mkv\n"
     "  ymrplay --headless --events --start 5 clip.mp4\n"
     "  ymrplay --preroll https://ads.example/pre --midroll 600=https://ads.example/mid film.mp4\n"
+    "  ymrplay --profile broad --vmap https://ads.example/schedule film.mp4\n"
     "  ymrplay --headless --key 1=down --snapshot 2=panel.png clip.mkv\n"
     "  ymrplay --ad-screen https://ads.example/tag";
 

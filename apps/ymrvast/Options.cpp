@@ -12,12 +12,14 @@ namespace {
 
 const char* const description =
     "Shows what the player would make of an ad tag: the chain of wrappers, each ad,\n"
-    "which media file it picks and why, and which URLs it would ask.";
+    "which media file it picks and why, and which URLs it would ask. Of a schedule\n"
+    "document (VMAP) it shows the breaks, and what the tag of each comes to.";
 const char* const footer =
     "Exit status: 0 the player would show at least one ad, 1 it would show none,\n"
     "2 wrong usage or unreadable file.\n\n"
     "Examples:\n"
     "  ymrvast https://ads.example/tag\n"
+    "  ymrvast --profile broad https://ads.example/schedule\n"
     "  ymrvast --validate --screen 1280x720 saved.xml\n"
     "  curl -s https://ads.example/tag | ymrvast --json - | jq .ads";
 
