@@ -239,10 +239,6 @@ void Core::factsChanged() {
 
 // What is here is played before it shows: the pipeline comes to its end, and whoever hears of that looks why.
 void Core::fail() {
-  {
-    std::lock_guard lock(mutex_);
-    if (!isDeclared_) GST_ELEMENT_ERROR(element_, RESOURCE, READ, (nullptr), (nullptr));
-  }
   for (SegmentTrack* track : {&main_, &audio_}) {
     SegmentTrack::Item last{{.kind = SegmentRecord::Kind::over}, nullptr};
     track->put(last);

@@ -150,8 +150,9 @@ void SegmentTrack::skip(std::int64_t start, std::int64_t duration) {
 }
 
 void SegmentTrack::end() {
-  if (empty_ > 0) hooks_.undecodable();
-  for (SegmentOutlet* outlet : hooks_.outlets()) outlet->end();
+  const auto outlets = hooks_.outlets();
+  if (empty_ > 0 || outlets.empty()) hooks_.undecodable();
+  for (SegmentOutlet* outlet : outlets) outlet->end();
 }
 
 // The first picture, or without any the first sound, tells what the segment's times mean; until then all is held.
