@@ -64,6 +64,7 @@ void MediaGraph::open(GstElement* source) {
 
 void MediaGraph::openStreams(GstElement* source) {
   const GraphDoor::Lock inside = door_.enter();
+  demuxer_ = shareObject(source);
   queue_ = makeQueue(limits_, false);
   hooks_.demuxerMade(source, true);
   g_signal_connect(source, "pad-added", G_CALLBACK(padAdded), this);
